@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+struct _xmlDoc;
+
+namespace installer {
+
+// A provisioning manifest: the XML document that tells the platform which features to install or
+// remove. Everything that is not changed here (comments, processing instructions, CDATA, entity
+// references, the declared encoding, the order of attributes) is written back as it was read; only
+// the indentation is new.
+class InstallManifest {
+ public:
+  static constexpr const char* DOMAIN_OBJECT = "domain-object";
+  static constexpr const char* OBJECT_DATA = "object-data";
+  static constexpr const char* INSTALL = "install";
+  static constexpr const char* INSTALL_FEATURE = "installfeature";
+  static constexpr const char* REQUIREMENTS = "requirements";
+  static constexpr const char* FEATURE = "feature";
+  static constexpr const char* URL_NODE = "url";
+  static constexpr const char* INSTALLER_ROOT = "${installer.root}";
+
+  // Parses the file. One that is missing or malformed leaves the object without a document.
+  explicit InstallManifest(std::string file);
+
+  // Replaces "${installer.root}" in the url of every feature on the path root / first domain-object
+  // / first object-data / first install / each installfeature / first requirements / each feature,
+  // direct children only. False after an error line that names the missing level; false without a
+  // line when there is no document. The file is untouched until the save.
+  bool replaceInstallerRootWith(const std::string& replacement);
+
+  // Writes the re-indented document to `path`, or over the loaded file for nullopt. False without a
+  // document or when the disk refuses; the old file is then untouched. Nothing is logged.
+  bool saveInstallManifestAs(const std::optional<std::string>& path) const;
+
+ private:
+  struct DocumentDeleter {
+    void operator()(_xmlDoc* document) const;
+  };
+
+  std::string _pathToManifest;
+  std::unique_ptr<_xmlDoc, DocumentDeleter> _document;  // null when the file could not be parsed
+};
+
+}  // namespace installer

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/PropertyList.h"
+
+namespace installer {
+
+// Settings in one property-list file: the whole file is loaded when the object is made and written
+// whole by a save, so two objects on the same file see each other only through the disk. Values
+// that are no texts read as absent and survive a rewrite.
+class Properties {
+ public:
+  // An empty store without a file.
+  Properties();
+
+  // Binds to `file`, "~" expanded, when something exists there. A missing file gives a store with
+  // neither entries nor file, in which nothing can be stored; so does, bound all the same, a file
+  // that is no dictionary list, after one warning line.
+  explicit Properties(const std::string& file);
+
+  std::optional<std::string> getPropertyForKey(const std::optional<std::string>& key) const;
+
+  // Stores the value, or removes the key for an absent value. False without a dictionary or a key.
+  bool setProperty(const std::optional<std::string>& value, const std::optional<std::string>& forKey);
+
+  void removePropertyForKey(const std::optional<std::string>& key);
+  void removeAllProperties();
+
+  // Writes an XML list to `path`, "~" expanded, or to the bound file for nullopt. False without a
+  // dictionary; true otherwise, also when there is no target or the disk refuses, by design.
+  bool savePropertiesToFile(const std::optional<std::string>& path) const;
+
+ private:
+  friend class Configuration;
+  std::optional<PropertyList::Dictionary> _dict;
+  std::optional<std::string> _file;  // "~" expanded
+};
+
+}  // namespace installer

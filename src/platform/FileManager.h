@@ -1,0 +1,133 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace installer {
+
+// What a copy does when something stands at the destination already, be it a dangling link.
+enum class ExistingItem {
+  keep,  // left exactly as it is; the copy counts as done
+  fail,  // left exactly as it is; the copy fails with FileError::kExists
+};
+
+// Whether createDirectory makes missing folders above the last one.
+enum class Intermediates { create, refuse };
+
+// Whether a write takes over owner and mode of the file that it replaces.
+enum class ReplacedFile { takeOver, forget };
+
+// Why an operation failed. `code` follows the platform's numbers where one exists.
+struct FileError {
+  static constexpr int kMissing = 260;  // nothing at the source
+  static constexpr int kExists = 516;   // something at the destination already
+  static constexpr int kOther = 512;
+
+  int code = kOther;
+  std::string description;  // for a log line: what, where, and the system's reason
+};
+
+// Owner, group and mode of a new or changed item. Names are account names.
+struct FileAttributes {
+  std::string owner;
+  std::string group;  // "admin" stands for the owner's primary group where there is no such group
+  mode_t mode = 0;    // permission bits, the process's file-creation mask does not apply
+};
+
+// The file system. Every operation works on bytes of paths as given, without "~" expansion, and
+// answers failures by its result: nothing is thrown and nothing is logged.
+//
+// Safety, for every operation: a file appears under its name whole or not at all; no sockets,
+// pipes or devices are opened; walks hold directory descriptors and never pass through a symbolic
+// link that was not named by the caller. Temporary names begin with ".hotfix-".
+class FileManager {
+ public:
+  static constexpr std::size_t kMaximumRead = std::size_t{256} << 20;  // bytes
+
+  FileManager() = default;
+  FileManager(const FileManager&) = delete;
+  FileManager& operator=(const FileManager&) = delete;
+  virtual ~FileManager() = default;
+
+  // Links are followed: a dangling link does not exist.
+  virtual bool exists(const std::string& path) = 0;
+  // Exists and is a folder, links followed.
+  virtual bool isDirectory(const std::string& path) = 0;
+  // True when the directory entry itself is there, be it a dangling link.
+  virtual bool entryExists(const std::string& path) = 0;
+
+  // The names in the folder, sorted by byte, without "." and ".."; nullopt when it cannot be listed.
+  virtual std::optional<std::vector<std::string>> list(const std::string& folder) = 0;
+
+  // The bytes of a regular file (links followed) of at most kMaximumRead; nullopt for anything
+  // else: missing, unreadable, too long, or no regular file.
+  virtual std::optional<std::string> read(const std::string& path) = 0;
+
+  // As read(), for a file that other users could have planted in a folder open to all: the last
+  // component is not followed if it is a link. `owner` receives the file's user id.
+  virtual std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner) = 0;
+
+  // Replaces or creates the file at `path`: temporary file in the same folder, all bytes, fsync,
+  // rename, fsync of the folder. A link at `path` is replaced, never written through. A new file
+  // (and with ReplacedFile::forget every file) has mode 0666 less the creation mask, or exactly
+  // `mode` when it is given.
+  virtual bool write(const std::string& path, std::string_view bytes,
+                     ReplacedFile replaced = ReplacedFile::takeOver,
+                     std::optional<mode_t> mode = std::nullopt) = 0;
+
+  // Copies a file, a link (as a link) or a whole tree to `to`, whose parent must exist. Permission
+  // bits (without set-id bits) and modification times are kept, owners are the process's. Stops at
+  // the first item that cannot be copied; what was copied until then keeps its name. A folder
+  // cannot be copied into itself. `error`, when not null, is set on failure only.
+  virtual bool copy(const std::string& from, const std::string& to, ExistingItem existing,
+                    FileError* error = nullptr) = 0;
+
+  // Brings the entries of the folder `from` into the existing folder `to`: a folder (links to
+  // folders count) is merged the same way into an existing entry and copied whole where there is
+  // none; anything else replaces what stands there, folders included, and what cannot be copied
+  // still loses its old entry. Entries that only `to` has stay. Failures are passed over. A
+  // destination link that leads out of `boundary` is replaced instead of entered; so is one that
+  // leads into the source.
+  virtual void merge(const std::string& from, const std::string& to,
+                     const std::string& boundary) = 0;
+
+  // Removes the entry, a folder with all below it; links are removed, not followed. False when
+  // something is left or nothing was there.
+  virtual bool remove(const std::string& path) = 0;
+
+  // Makes a folder: mode 0777 less the creation mask, or the attributes. With
+  // Intermediates::create an existing folder counts as made (its attributes stay); without it is a
+  // failure. A folder whose attributes cannot be applied is removed again and counts as failed.
+  virtual bool createDirectory(const std::string& path, Intermediates intermediates,
+                               const std::optional<FileAttributes>& attributes = std::nullopt,
+                               FileError* error = nullptr) = 0;
+
+  // Puts a new file with these bytes in place of whatever file or link stands at `path`; a folder
+  // there makes it fail. Attributes are applied by descriptor before the file gets its name; an
+  // owner that cannot be given is passed over.
+  virtual bool createFile(const std::string& path, std::string_view bytes,
+                          const FileAttributes& attributes) = 0;
+
+  // Applies the attributes to everything below `folder` at all depths, not to `folder` itself. A
+  // link's own owner changes, its target never; a folder named through a link is not entered. A
+  // file with several links whose owner is not the new owner is left alone and counts as failed.
+  // Goes on after failures; true when every change succeeded. False when `folder` does not exist.
+  virtual bool changeAttributesBelow(const std::string& folder,
+                                     const FileAttributes& attributes) = 0;
+
+  // Opens a log file for writing from its start, mode 0644 when new, without following a link. A
+  // file that is not a regular one with one name and owned by this process is removed and created
+  // anew. The caller closes the descriptor; -1 when it cannot be had.
+  virtual int openLog(const std::string& path) = 0;
+
+  // Waits until no other process holds the folder's lock, then holds it until the process ends.
+  // `onWait` is called once when there is somebody to wait for. False when it cannot be locked.
+  virtual bool lock(const std::string& folder, void (*onWait)()) = 0;
+};
+
+}  // namespace installer

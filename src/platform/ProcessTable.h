@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace installer {
+
+// The running processes, this one among them.
+class ProcessTable {
+ public:
+  // Keys of a process's information.
+  static constexpr std::string_view kExecutableKey = "CFBundleExecutable";  // full path
+  static constexpr std::string_view kNameKey = "CFBundleName";              // file name
+
+  ProcessTable() = default;
+  ProcessTable(const ProcessTable&) = delete;
+  ProcessTable& operator=(const ProcessTable&) = delete;
+  virtual ~ProcessTable() = default;
+
+  // One value for each process that has one, in the order of the process list; empty for an unknown
+  // key. No consistent snapshot: processes that end meanwhile are left out.
+  virtual std::vector<std::string> valuesForKey(std::string_view key) = 0;
+
+  // `path` in the form in which the table tells executable paths: with links resolved where the
+  // system resolves them, unchanged where it does not or nothing is there.
+  virtual std::string asReported(const std::string& path) = 0;
+};
+
+}  // namespace installer

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "platform/OrderedDictionary.h"
+
+// The platform's property lists: read in their XML and binary forms, written as XML. Files come
+// from users and from other programs, so the reader is bounded (see kMaximumDepth and
+// kMaximumObjects) and anything it does not understand makes the whole list unreadable instead of
+// dropping a piece of it.
+namespace installer::PropertyList {
+
+class Value;
+using Array = std::vector<Value>;
+using Dictionary = OrderedDictionary<Value>;
+
+struct Data {
+  std::string bytes;
+  friend bool operator==(const Data&, const Data&) = default;
+};
+
+// Seconds since 2001-01-01T00:00:00Z. XML lists hold whole seconds; a binary list may hold parts.
+struct Date {
+  double seconds = 0;
+  friend bool operator==(const Date&, const Date&) = default;
+};
+
+// A keyed archive's object reference; XML lists carry it as {CF$UID: integer}.
+struct Uid {
+  std::uint64_t number = 0;
+  friend bool operator==(const Uid&, const Uid&) = default;
+};
+
+// One property-list value. Integers beyond the signed range are held as unsigned ones; a value
+// that fits the signed range is always held as std::int64_t. Text is UTF-8.
+class Value {
+ public:
+  using Storage = std::variant<std::string, bool, std::int64_t, std::uint64_t, double, Data, Date,
+                               Uid, Array, Dictionary>;
+
+  Value() = default;  // the empty text
+  Value(std::string text) : _storage(std::move(text)) {}
+  Value(const char* text) : _storage(std::string(text)) {}
+  Value(bool flag) : _storage(flag) {}
+  Value(int number) : _storage(static_cast<std::int64_t>(number)) {}
+  Value(std::int64_t number) : _storage(number) {}
+  Value(std::uint64_t number);
+  Value(double number) : _storage(number) {}
+  Value(Data data) : _storage(std::move(data)) {}
+  Value(Date date) : _storage(date) {}
+  Value(Uid uid) : _storage(uid) {}
+  Value(Array array) : _storage(std::move(array)) {}
+  Value(Dictionary dictionary) : _storage(std::move(dictionary)) {}
+
+  // The held value, owned by this object, when it is of type T; nullptr otherwise.
+  template <class T>
+  const T* as() const {
+    return std::get_if<T>(&_storage);
+  }
+  const Storage& storage() const { return _storage; }
+
+  friend bool operator==(const Value&, const Value&) = default;
+
+ private:
+  Storage _storage;
+};
+
+inline constexpr int kMaximumDepth = 128;
+inline constexpr std::size_t kMaximumObjects = 1'000'000;
+
+// Reads an XML or binary list from memory. XML may be in any encoding that it declares. nullopt
+// when `bytes` is not a property list, is damaged, or exceeds the bounds above.
+std::optional<Value> parse(std::string_view bytes);
+
+// The XML form, UTF-8, one element a line, tab-indented, with a line feed at the end. nullopt when
+// the value cannot be told in XML without loss (a control character in a text, say): the bytes are
+// read back and compared before they are handed out.
+std::optional<std::string> serialize(const Value& value);
+
+// Reads the file at `path` as a list whose root is a dictionary. nullopt when there is no regular
+// file, it cannot be read, or it holds anything else. Nothing is logged.
+std::optional<Dictionary> readDictionary(const std::string& path);
+
+// Replaces the file at `path` by the XML form. False when it cannot be told in XML or the disk
+// refuses; the old file is then untouched.
+bool writeDictionary(const Dictionary& dictionary, const std::string& path);
+
+// The text stored under `key`; nullopt when the key is missing or holds another type.
+std::optional<std::string> textForKey(const Dictionary& dictionary, std::string_view key);
+
+// The platform's reading of a value as a truth: a boolean as it is, a number other than 0, a text
+// that begins (after blanks, one sign and zeros) with Y, y, T, t or a digit from 1 to 9. False for
+// a missing key and for every other type.
+bool booleanForKey(const Dictionary& dictionary, std::string_view key);
+
+}  // namespace installer::PropertyList

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+
+namespace installer {
+
+struct User {
+  std::string name;
+  uid_t uid = 0;
+  gid_t gid = 0;     // primary group
+  std::string home;  // from the user database
+};
+
+// Who runs the process, for whom, and the environment it was given.
+class UserContext {
+ public:
+  UserContext() = default;
+  UserContext(const UserContext&) = delete;
+  UserContext& operator=(const UserContext&) = delete;
+  virtual ~UserContext() = default;
+
+  // The variable's value, which may be empty; nullopt when it is unset.
+  virtual std::optional<std::string> environment(const std::string& variable) = 0;
+
+  // The name of the process's effective user; nullopt when the user database does not know it.
+  virtual std::optional<std::string> currentUserName() = 0;
+  virtual uid_t effectiveUserId() = 0;
+
+  virtual std::optional<User> findUser(const std::string& name) = 0;
+  virtual std::optional<gid_t> findGroup(const std::string& name) = 0;
+
+  // Changes the effective user; false, with nothing changed, when the system refuses.
+  virtual bool setEffectiveUserId(uid_t uid) = 0;
+
+  // The user in front of the machine: the value of USER, even when it is empty or unknown, else
+  // currentUserName().
+  std::optional<std::string> consoleUserName() {
+    if (auto user = environment("USER")) return user;
+    return currentUserName();
+  }
+};
+
+}  // namespace installer
