@@ -1,0 +1,152 @@
+#include "platform/posix/PosixChildProcesses.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <system_error>
+
+#include "platform/posix/SpawnDescriptors.h"
+
+extern char** environ;
+
+namespace installer {
+namespace {
+
+constexpr std::size_t kLongestLine = 1022;  // bytes
+constexpr const char* kNullDevice = "/dev/null";
+
+// One start of a child with default signal handling and nothing blocked. The calls that set it up
+// can fail for want of memory only.
+class Spawn {
+ public:
+  Spawn() {
+    posix_spawn_file_actions_init(&_actions);
+    posix_spawnattr_init(&_attributes);
+    sigset_t signals;
+    sigfillset(&signals);
+    posix_spawnattr_setsigdefault(&_attributes, &signals);
+    sigemptyset(&signals);
+    posix_spawnattr_setsigmask(&_attributes, &signals);
+  }
+  Spawn(const Spawn&) = delete;
+  Spawn& operator=(const Spawn&) = delete;
+  ~Spawn() {
+    posix_spawnattr_destroy(&_attributes);
+    posix_spawn_file_actions_destroy(&_actions);
+  }
+
+  void discard(int descriptor) {
+    posix_spawn_file_actions_addopen(&_actions, descriptor, kNullDevice, O_WRONLY, 0);
+  }
+  void connect(int descriptor, int to) {
+    posix_spawn_file_actions_adddup2(&_actions, to, descriptor);
+  }
+
+  // 0 and the child's number, or the system's error number.
+  int run(const Command& command, pid_t* child) {
+    const int flags =
+        POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | keepStandardDescriptorsOnly(&_actions);
+    posix_spawnattr_setflags(&_attributes, static_cast<short>(flags));
+    return posix_spawn(child, command.executable.c_str(), &_actions, &_attributes,
+                       argumentVector(command).data(), environ);
+  }
+
+ private:
+  // Ends with a null pointer; the texts stay the command's, which posix_spawn does not change.
+  static std::vector<char*> argumentVector(const Command& command) {
+    std::vector<char*> vector{const_cast<char*>(command.executable.c_str())};
+    for (const std::string& argument : command.arguments)
+      vector.push_back(const_cast<char*>(argument.c_str()));
+    vector.push_back(nullptr);
+    return vector;
+  }
+
+  posix_spawn_file_actions_t _actions;
+  posix_spawnattr_t _attributes;
+};
+
+// The wait status of the ended child; -1 when there is no such child.
+int waitFor(pid_t child) {
+  int status = -1;
+  while (waitpid(child, &status, 0) < 0)
+    if (errno != EINTR) return -1;
+  return status;
+}
+
+// Up to `size` bytes; 0 at the end of the stream and on failure.
+std::size_t readSome(int descriptor, char* bytes, std::size_t size) {
+  for (;;) {
+    const ssize_t count = read(descriptor, bytes, size);
+    if (count >= 0) return static_cast<std::size_t>(count);
+    if (errno != EINTR) return 0;
+  }
+}
+
+// nullopt when nothing at all comes. What follows the line stays unread or is dropped.
+std::optional<std::string> readLine(int descriptor) {
+  std::array<char, kLongestLine> bytes;
+  std::string line;
+  while (line.size() < kLongestLine) {
+    const std::size_t count = readSome(descriptor, bytes.data(), kLongestLine - line.size());
+    if (count == 0) break;
+    line.append(bytes.data(), count);
+    const std::size_t end = line.find('\n');
+    if (end != std::string::npos) return line.substr(0, end);
+  }
+  return line.empty() ? std::nullopt : std::optional(line);
+}
+
+// Both ends are closed in children; -1 in both when there is no pipe to be had.
+std::array<int, 2> makePipe() {
+  std::array<int, 2> ends{-1, -1};
+  if (pipe(ends.data()) != 0) return {-1, -1};
+  for (const int end : ends) fcntl(end, F_SETFD, FD_CLOEXEC);
+  return ends;
+}
+
+}  // namespace
+
+std::optional<int> PosixChildProcesses::start(const Command& command, std::string* reason) {
+  Spawn spawn;
+  spawn.discard(STDOUT_FILENO);
+  spawn.discard(STDERR_FILENO);
+  pid_t child = -1;
+  const int error = spawn.run(command, &child);
+  if (error == 0) return child;
+  if (reason != nullptr) *reason = std::generic_category().message(error);
+  return std::nullopt;
+}
+
+void PosixChildProcesses::wait(int child) {
+  (void)waitFor(child);
+}
+
+std::optional<std::string> PosixChildProcesses::firstLine(const Command& command) {
+  const auto [readEnd, writeEnd] = makePipe();
+  if (readEnd < 0) return std::nullopt;
+
+  Spawn spawn;
+  spawn.connect(STDOUT_FILENO, writeEnd);
+  spawn.discard(STDERR_FILENO);
+  pid_t child = -1;
+  const bool started = spawn.run(command, &child) == 0;
+  close(writeEnd);
+  const std::optional<std::string> line = started ? readLine(readEnd) : std::nullopt;
+  close(readEnd);  // before the wait: a child that goes on writing is told that nobody reads
+  if (started) (void)waitFor(child);
+  return line;
+}
+
+// "--" keeps a text that begins with a hyphen from being taken for the shell's own options.
+int PosixChildProcesses::shell(const std::string& commandLine) {
+  Spawn spawn;
+  pid_t child = -1;
+  if (spawn.run({"/bin/sh", {"-c", "--", commandLine}}, &child) != 0) return -1;
+  return waitFor(child);
+}
+
+}  // namespace installer
