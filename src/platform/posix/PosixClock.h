@@ -1,0 +1,12 @@
+#pragma once
+
+#include "platform/Clock.h"
+
+namespace installer {
+
+class PosixClock : public Clock {
+ public:
+  std::tm localTime() override;
+};
+
+}  // namespace installer

@@ -1,0 +1,65 @@
+#include "platform/posix/PosixUserContext.h"
+
+#include <grp.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <vector>
+
+namespace installer {
+namespace {
+
+// Answers `read(entry)` for the entry that a reentrant look-up finds. The space for its texts grows
+// until they fit: a group's member list has no upper bound.
+template <class Entry, class Lookup, class Read>
+auto findEntry(Lookup lookup, Read read) -> std::optional<decltype(read(Entry{}))> {
+  std::vector<char> space(64);
+  for (;;) {
+    Entry entry{};
+    Entry* found = nullptr;
+    const int error = lookup(&entry, space.data(), space.size(), &found);
+    if (error == ERANGE) {
+      space.resize(space.size() * 4);
+    } else if (error != EINTR) {
+      if (found == nullptr) return std::nullopt;
+      return read(*found);
+    }
+  }
+}
+
+}  // namespace
+
+std::optional<std::string> PosixUserContext::environment(const std::string& variable) {
+  const char* value = std::getenv(variable.c_str());
+  if (value == nullptr) return std::nullopt;
+  return value;
+}
+
+std::optional<std::string> PosixUserContext::currentUserName() {
+  return findEntry<passwd>([](auto... space) { return getpwuid_r(geteuid(), space...); },
+                           [](const passwd& entry) { return std::string(entry.pw_name); });
+}
+
+uid_t PosixUserContext::effectiveUserId() {
+  return geteuid();
+}
+
+std::optional<User> PosixUserContext::findUser(const std::string& name) {
+  return findEntry<passwd>([&](auto... space) { return getpwnam_r(name.c_str(), space...); },
+                           [](const passwd& entry) {
+                             return User{entry.pw_name, entry.pw_uid, entry.pw_gid, entry.pw_dir};
+                           });
+}
+
+std::optional<gid_t> PosixUserContext::findGroup(const std::string& name) {
+  return findEntry<group>([&](auto... space) { return getgrnam_r(name.c_str(), space...); },
+                          [](const group& entry) { return entry.gr_gid; });
+}
+
+bool PosixUserContext::setEffectiveUserId(uid_t uid) {
+  return seteuid(uid) == 0;
+}
+
+}  // namespace installer

@@ -1,0 +1,39 @@
+#include "platform/posix/UserPreferences.h"
+
+#include "platform/FileManager.h"
+#include "platform/UserContext.h"
+#include "platform/posix/EffectiveUser.h"
+
+namespace installer {
+namespace {
+
+std::optional<User> consoleUser(UserContext& users) {
+  const std::optional<std::string> name = users.consoleUserName();
+  return name ? users.findUser(*name) : std::nullopt;
+}
+
+std::optional<std::string> homeOf(const std::optional<User>& user, UserContext& users) {
+  return user ? user->home : users.environment("HOME");
+}
+
+std::optional<std::string> readAs(const std::optional<User>& user, const std::string& file,
+                                  FileManager& files, UserContext& users) {
+  const EffectiveUser scope(users, user ? std::optional(user->uid) : std::nullopt);
+  return files.read(file);
+}
+
+}  // namespace
+
+std::optional<PropertyList::Dictionary> UserPreferences::domain(std::string_view name) {
+  const std::optional<User> user = consoleUser(_users);
+  const std::optional<std::string> home = homeOf(user, _users);
+  if (!home || home->empty()) return std::nullopt;
+
+  const std::string file = *home + "/Library/Preferences/" + std::string(name) + ".plist";
+  const std::optional<std::string> bytes = readAs(user, file, _files, _users);
+  const auto list = bytes ? PropertyList::parse(*bytes) : std::nullopt;
+  const auto* values = list ? list->as<PropertyList::Dictionary>() : nullptr;
+  return values != nullptr ? std::optional(*values) : std::nullopt;
+}
+
+}  // namespace installer
