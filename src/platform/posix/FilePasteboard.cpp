@@ -1,0 +1,30 @@
+#include "platform/posix/FilePasteboard.h"
+
+#include "platform/FileManager.h"
+
+namespace installer {
+namespace {
+
+constexpr mode_t kMode = 0644;
+
+}  // namespace
+
+// The channel reports no failure of its own, so what the file manager answers is passed over.
+void FilePasteboard::clear() {
+  (void)_files.remove(_path);
+}
+
+void FilePasteboard::setRecord(const PropertyList::Dictionary& record) {
+  const std::optional<std::string> text = PropertyList::serialize(record);
+  if (text) (void)_files.write(_path, *text, ReplacedFile::forget, kMode);
+}
+
+std::optional<PropertyList::Dictionary> FilePasteboard::record() {
+  uid_t owner = 0;  // anybody may leave a record here
+  const std::optional<std::string> text = _files.readUnlinked(_path, &owner);
+  const auto list = text ? PropertyList::parse(*text) : std::nullopt;
+  const auto* values = list ? list->as<PropertyList::Dictionary>() : nullptr;
+  return values != nullptr ? std::optional(*values) : std::nullopt;
+}
+
+}  // namespace installer
