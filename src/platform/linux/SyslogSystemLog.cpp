@@ -1,0 +1,31 @@
+#include "platform/linux/SyslogSystemLog.h"
+
+#include <syslog.h>
+
+#include "platform/posix/TraceLine.h"
+
+namespace installer {
+
+SyslogSystemLog::SyslogSystemLog(Clock& clock) : _files(clock) {
+  openlog("HotfixInstaller", LOG_PID, LOG_USER);
+}
+
+SyslogSystemLog::~SyslogSystemLog() {
+  closelog();
+}
+
+void SyslogSystemLog::write(LogLevel level, std::string_view message) {
+  const std::string line = escapedMessage(message);
+  syslog(static_cast<int>(level), "%s", line.c_str());
+  _files.write(level, line);
+}
+
+int SyslogSystemLog::addFile(int descriptor) {
+  return _files.add(descriptor);
+}
+
+void SyslogSystemLog::removeFile(int descriptor) {
+  _files.remove(descriptor);
+}
+
+}  // namespace installer

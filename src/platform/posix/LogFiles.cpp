@@ -1,0 +1,49 @@
+#include "platform/posix/LogFiles.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include "platform/Clock.h"
+#include "platform/posix/TraceLine.h"
+
+namespace installer {
+namespace {
+
+std::string hostName() {
+  std::array<char, 256> name{};
+  if (gethostname(name.data(), name.size() - 1) != 0 || name[0] == '\0') return "localhost";
+  return name.data();
+}
+
+// A line that cannot be written is lost: there is nobody to tell.
+void writeOnce(int descriptor, const std::string& line) {
+  while (::write(descriptor, line.data(), line.size()) < 0 && errno == EINTR) {
+  }
+}
+
+}  // namespace
+
+LogFiles::LogFiles(Clock& clock) : _clock(clock), _host(hostName()) {}
+
+int LogFiles::add(int descriptor) {
+  if (fcntl(descriptor, F_GETFD) < 0) return -1;
+  remove(descriptor);
+  _descriptors.push_back(descriptor);
+  return 0;
+}
+
+void LogFiles::remove(int descriptor) {
+  std::erase(_descriptors, descriptor);
+}
+
+void LogFiles::write(LogLevel level, std::string_view message) const {
+  if (_descriptors.empty()) return;
+  const std::string line = formatted({_clock.localTime(), _host, getpid(), level, message});
+  for (const int descriptor : _descriptors) writeOnce(descriptor, line);
+}
+
+}  // namespace installer
