@@ -1,0 +1,71 @@
+#include "platform/linux/ProcProcessTable.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+
+namespace installer {
+namespace {
+
+// The kernel puts this behind the path of an executable that has been removed.
+constexpr std::string_view kDeleted = " (deleted)";
+
+bool isNumber(std::string_view name) {
+  return std::all_of(name.begin(), name.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+bool isRemoved(int table, const std::string& link) {
+  struct stat status {};
+  return fstatat(table, link.c_str(), &status, 0) == 0 && status.st_nlink == 0;
+}
+
+std::optional<std::string> executableOf(int table, const char* process) {
+  const std::string link = std::string(process) + "/exe";
+  std::array<char, PATH_MAX> bytes;
+  const ssize_t length = readlinkat(table, link.c_str(), bytes.data(), bytes.size());
+  if (length <= 0) return std::nullopt;
+  std::string path(bytes.data(), static_cast<std::size_t>(length));
+  if (path.ends_with(kDeleted) && isRemoved(table, link))
+    path.resize(path.size() - kDeleted.size());
+  return path;
+}
+
+std::string fileName(const std::string& path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+}  // namespace
+
+std::vector<std::string> ProcProcessTable::executables() const {
+  const std::unique_ptr<DIR, int (*)(DIR*)> table(opendir(_folder.c_str()), closedir);
+  std::vector<std::string> paths;
+  if (!table) return paths;
+  while (const dirent* entry = readdir(table.get())) {
+    if (!isNumber(entry->d_name)) continue;
+    if (auto path = executableOf(dirfd(table.get()), entry->d_name)) paths.push_back(*path);
+  }
+  return paths;
+}
+
+std::vector<std::string> ProcProcessTable::valuesForKey(std::string_view key) {
+  if (key == kExecutableKey) return executables();
+  if (key != kNameKey) return {};
+  std::vector<std::string> names = executables();
+  std::transform(names.begin(), names.end(), names.begin(), fileName);
+  return names;
+}
+
+std::string ProcProcessTable::asReported(const std::string& path) {
+  const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path.c_str(), nullptr), std::free);
+  return resolved ? resolved.get() : path;
+}
+
+}  // namespace installer
