@@ -1,0 +1,25 @@
+#include "platform/posix/ProcessSetup.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace installer {
+namespace {
+
+// The lowest free descriptor is handed out first, so each hole is filled by its own open.
+void fillStandardDescriptors() {
+  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
+    if (fcntl(descriptor, F_GETFD) < 0) (void)open("/dev/null", O_RDWR);
+}
+
+}  // namespace
+
+void setUpProcess() {
+  fillStandardDescriptors();
+  (void)std::signal(SIGPIPE, SIG_IGN);
+  (void)std::signal(SIGXFSZ, SIG_IGN);
+}
+
+}  // namespace installer

@@ -1,0 +1,10 @@
+#pragma once
+
+namespace installer {
+
+// To be called first in main. Fills closed descriptors 0 to 2 with the null device, so that no file
+// opened later can be taken for standard output, and ignores SIGPIPE and SIGXFSZ, so that a write
+// that cannot be done is an error of that write and not the end of the process.
+void setUpProcess();
+
+}  // namespace installer
