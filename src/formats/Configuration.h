@@ -17,7 +17,8 @@ class Configuration {
 
   std::optional<std::string> getPropertyValueForKey(const std::string& key) const;
   // As Properties::setProperty.
-  bool setProperty(const std::optional<std::string>& value, const std::optional<std::string>& forKey);
+  bool setProperty(const std::optional<std::string>& value,
+                   const std::optional<std::string>& forKey);
   // Always to the fixed file, readable for everybody; the result of Properties' save.
   bool saveConfiguration() const;
   // Removes the file and empties the store.

@@ -13,8 +13,8 @@ namespace installer {
 // escaped separator still separates, "!" begins no comment, "\u" is not decoded while reading):
 // files that were rewritten here are read again by the same rules.
 //
-// Files are ISO 8859-1; what is written is pure ASCII. Comments, blank lines and duplicates of a key
-// do not survive a rewrite; entries keep the order in which their keys were first seen.
+// Files are ISO 8859-1; what is written is pure ASCII. Comments, blank lines and duplicates of a
+// key do not survive a rewrite; entries keep the order in which their keys were first seen.
 class JavaProperties {
  public:
   // No entries, no file.
@@ -32,7 +32,8 @@ class JavaProperties {
   std::optional<std::string> getPropertyForKey(const std::string& key) const;
 
   // True when stored. An absent value or key is refused: one error line, nothing changes, false.
-  bool setProperty(const std::optional<std::string>& value, const std::optional<std::string>& forKey);
+  bool setProperty(const std::optional<std::string>& value,
+                   const std::optional<std::string>& forKey);
 
   // Nothing happens when the key is absent.
   void removePropertyForKey(const std::string& key);
@@ -46,9 +47,9 @@ class JavaProperties {
   // untouched. The binding does not change. Nothing is logged.
   bool savePropertiesToFile(const std::optional<std::string>& path) const;
 
-  // Takes over every entry of the properties file at `path`, which wins on a clash, and saves to the
-  // bound file: the save's result. True at once for nullopt, false when no file is there; nothing is
-  // changed or saved then.
+  // Takes over every entry of the properties file at `path`, which wins on a clash, and saves to
+  // the bound file: the save's result. True at once for nullopt, false when no file is there;
+  // nothing is changed or saved then.
   bool mergeWithJavaProperties(const std::optional<std::string>& path);
 
  private:

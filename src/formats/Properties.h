@@ -23,7 +23,8 @@ class Properties {
   std::optional<std::string> getPropertyForKey(const std::optional<std::string>& key) const;
 
   // Stores the value, or removes the key for an absent value. False without a dictionary or a key.
-  bool setProperty(const std::optional<std::string>& value, const std::optional<std::string>& forKey);
+  bool setProperty(const std::optional<std::string>& value,
+                   const std::optional<std::string>& forKey);
 
   void removePropertyForKey(const std::optional<std::string>& key);
   void removeAllProperties();

@@ -1,0 +1,62 @@
+# cmake --install: the program and its manual page, the library in both forms, the headers that
+# other installers of the platform build on, the CMake package and the pkg-config file.
+include(CMakePackageConfigHelpers)
+
+# The public headers. They include nothing but one another and the standard library.
+set(HOTFIX_PUBLIC_HEADERS
+    platform/OrderedDictionary.h
+    platform/Path.h
+    platform/PropertyList.h
+    util/InstallUtil.h
+    util/StringUtil.h
+    formats/Configuration.h
+    formats/InstallManifest.h
+    formats/JavaProperties.h
+    formats/Properties.h
+    formats/RegisterFile.h
+    instance/InstanceService.h
+    workflow/Hotfix.h
+    workflow/HotfixPolicy.h
+    workflow/HotfixUninstall.h
+    driver/Installer.h)
+
+foreach(header IN LISTS HOTFIX_PUBLIC_HEADERS)
+  if(NOT EXISTS ${PROJECT_SOURCE_DIR}/src/${header})
+    continue()
+  endif()
+  get_filename_component(folder ${header} DIRECTORY)
+  install(FILES src/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/hotfix/${folder})
+endforeach()
+
+# An administrator's program: it changes installations and wants root.
+if(TARGET HotfixInstaller)
+  install(TARGETS HotfixInstaller RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
+endif()
+install(FILES packaging/HotfixInstaller.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+
+install(
+  TARGETS hotfix hotfix_shared
+  EXPORT hotfix-targets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/hotfix)
+install(EXPORT hotfix-targets NAMESPACE hotfix:: DESTINATION ${package_folder})
+configure_package_config_file(packaging/hotfix-config.cmake.in hotfix-config.cmake
+                              INSTALL_DESTINATION ${package_folder})
+write_basic_package_version_file(hotfix-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/hotfix-config.cmake
+              ${PROJECT_BINARY_DIR}/hotfix-config-version.cmake DESTINATION ${package_folder})
+
+# The .pc file is made at install time: only then is the prefix known (cmake --install --prefix).
+install(
+  CODE "
+  set(PROJECT_DESCRIPTION \"${PROJECT_DESCRIPTION}\")
+  set(PROJECT_VERSION \"${PROJECT_VERSION}\")
+  set(HOTFIX_PC_LIBDIR \"\\\${exec_prefix}/${CMAKE_INSTALL_LIBDIR}\")
+  set(HOTFIX_PC_INCLUDEDIR \"\\\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}\")
+  get_filename_component(CMAKE_INSTALL_PREFIX \"\${CMAKE_INSTALL_PREFIX}\" ABSOLUTE)
+  configure_file(\"${PROJECT_SOURCE_DIR}/packaging/hotfix.pc.in\"
+                 \"${PROJECT_BINARY_DIR}/hotfix.pc\" @ONLY)
+  ")
+install(FILES ${PROJECT_BINARY_DIR}/hotfix.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
