@@ -1,0 +1,86 @@
+#include "formats/JavaProperties.h"
+
+#include "formats/JavaPropertiesReader.h"
+#include "formats/JavaPropertiesWriter.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "platform/Path.h"
+
+namespace installer {
+
+namespace {
+
+std::optional<std::string> expanded(const std::optional<std::string>& path) {
+  if (!path) return std::nullopt;
+  return path::expandingTilde(*path);
+}
+
+FileManager& files() {
+  return *Platform::current().files;
+}
+
+}  // namespace
+
+JavaProperties::JavaProperties(const std::optional<std::string>& file) : _file(expanded(file)) {
+  initDictionary();
+}
+
+void JavaProperties::initDictionary() {
+  if (!_file) return;
+  const std::optional<std::string> bytes = files().read(*_file);
+  _unreadable = !bytes && files().exists(*_file);
+  if (_unreadable) log(LogLevel::error, "Not able to read {}.", *_file);
+  if (bytes) readJavaProperties(*bytes, _dict);
+}
+
+std::optional<std::string> JavaProperties::getPropertyForKey(const std::string& key) const {
+  const std::string* value = _dict.find(key);
+  if (value == nullptr) return std::nullopt;
+  return *value;
+}
+
+bool JavaProperties::setProperty(const std::optional<std::string>& value,
+                                 const std::optional<std::string>& forKey) {
+  if (!forKey) {
+    log(LogLevel::error, "attempt to insert nil key");
+    return false;
+  }
+  if (!value) {
+    log(LogLevel::error, "attempt to insert nil value (key: {})", *forKey);
+    return false;
+  }
+  _dict.set(*forKey, *value);
+  return true;
+}
+
+void JavaProperties::removePropertyForKey(const std::string& key) {
+  _dict.remove(key);
+}
+
+std::vector<std::string> JavaProperties::propertyNames() const {
+  std::vector<std::string> names;
+  names.reserve(_dict.size());
+  for (const auto& entry : _dict) names.push_back(entry.first);
+  return names;
+}
+
+std::vector<std::string> JavaProperties::allProperties() const {
+  return propertyNames();
+}
+
+bool JavaProperties::savePropertiesToFile(const std::optional<std::string>& path) const {
+  const std::optional<std::string> target = path ? expanded(path) : _file;
+  if (!target) return false;
+  if (_unreadable && target == _file) return false;
+  return files().write(*target, writeJavaProperties(_dict));
+}
+
+bool JavaProperties::mergeWithJavaProperties(const std::optional<std::string>& path) {
+  if (!path) return true;
+  if (!files().exists(path::expandingTilde(*path))) return false;
+  const JavaProperties other(path);
+  for (const auto& [key, value] : other._dict) setProperty(value, key);
+  return savePropertiesToFile(std::nullopt);
+}
+
+}  // namespace installer

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/OrderedDictionary.h"
+
+namespace installer {
+
+// Takes the entries of a properties file's text over into `entries`; a key read again replaces its
+// earlier value. `latin1` are the file's bytes, one character each; keys and values come out as
+// UTF-8. Every text can be read: there are no errors.
+void readJavaProperties(std::string_view latin1, OrderedDictionary<std::string>& entries);
+
+}  // namespace installer

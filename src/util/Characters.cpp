@@ -1,0 +1,112 @@
+#include "util/Characters.h"
+
+#include <array>
+
+namespace installer {
+
+namespace {
+
+constexpr char32_t kFirstHighHalf = 0xD800;
+constexpr char32_t kFirstLowHalf = 0xDC00;
+constexpr char32_t kBehindLowHalves = 0xE000;
+constexpr char32_t kFirstPair = 0x10000;
+constexpr char32_t kLastCharacter = 0x10FFFF;
+
+// The smallest character that needs a sequence of this many bytes; shorter ones are overlong.
+constexpr std::array<char32_t, 5> kSmallest = {0, 0, 0x80, 0x800, kFirstPair};
+
+std::size_t lengthAnnouncedBy(unsigned char lead) {
+  if (lead < 0xC0) return 1;
+  if (lead < 0xE0) return 2;
+  if (lead < 0xF0) return 3;
+  return lead < 0xF8 ? 4 : 1;
+}
+
+// Whether all bytes behind the first one carry on a sequence; `character` receives what they spell.
+bool decodeSequence(std::string_view sequence, char32_t& character) {
+  character = static_cast<unsigned char>(sequence[0]) & (0x7Fu >> sequence.size());
+  for (const char next : sequence.substr(1)) {
+    const auto byte = static_cast<unsigned char>(next);
+    if ((byte & 0xC0u) != 0x80u) return false;
+    character = character << 6 | (byte & 0x3Fu);
+  }
+  return character >= kSmallest[sequence.size()] && character <= kLastCharacter;
+}
+
+bool isHighHalf(char32_t unit) {
+  return unit >= kFirstHighHalf && unit < kFirstLowHalf;
+}
+bool isLowHalf(char32_t unit) {
+  return unit >= kFirstLowHalf && unit < kBehindLowHalves;
+}
+
+char tail(char32_t character, int shift) {
+  return static_cast<char>(0x80u | (character >> shift & 0x3Fu));
+}
+
+}  // namespace
+
+DecodedCharacter decodeCharacter(std::string_view text, std::size_t at) {
+  const auto lead = static_cast<unsigned char>(text[at]);
+  const std::size_t length = lengthAnnouncedBy(lead);
+  char32_t character = 0;
+  if (length > 1 && text.size() - at >= length &&
+      decodeSequence(text.substr(at, length), character))
+    return {character, length};
+  return {lead, 1};
+}
+
+void appendCharacter(char32_t character, std::string& to) {
+  if (character < 0x80) {
+    to += static_cast<char>(character);
+  } else if (character < 0x800) {
+    to += static_cast<char>(0xC0u | character >> 6);
+    to += tail(character, 0);
+  } else if (character < kFirstPair) {
+    to += static_cast<char>(0xE0u | character >> 12);
+    to += tail(character, 6);
+    to += tail(character, 0);
+  } else {
+    to += static_cast<char>(0xF0u | character >> 18);
+    to += tail(character, 12);
+    to += tail(character, 6);
+    to += tail(character, 0);
+  }
+}
+
+std::u16string toUnits(std::string_view text) {
+  std::u16string units;
+  units.reserve(text.size());
+  for (std::size_t at = 0; at < text.size();) {
+    const auto [character, length] = decodeCharacter(text, at);
+    appendUnits(character, units);
+    at += length;
+  }
+  return units;
+}
+
+std::string fromUnits(std::u16string_view units) {
+  std::string text;
+  text.reserve(units.size());
+  for (std::size_t at = 0; at < units.size(); ++at) {
+    char32_t character = units[at];
+    if (isHighHalf(character) && at + 1 < units.size() && isLowHalf(units[at + 1])) {
+      ++at;
+      character = kFirstPair + ((character - kFirstHighHalf) << 10) + (units[at] - kFirstLowHalf);
+    }
+    appendCharacter(character, text);
+  }
+  return text;
+}
+
+void appendUnits(char32_t character, std::u16string& to) {
+  if (character < kFirstPair) {
+    to += static_cast<char16_t>(character);
+    return;
+  }
+  const char32_t rest = character - kFirstPair;
+  to += static_cast<char16_t>(kFirstHighHalf + (rest >> 10));
+  to += static_cast<char16_t>(kFirstLowHalf + (rest & 0x3FFu));
+}
+
+}  // namespace installer

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+// Texts as characters and 16-bit units. UTF-8 is read in its generalised form: the halves of
+// surrogate pairs may stand alone, as three bytes each. A byte that begins no character is the
+// Latin-1 character of the same number.
+namespace installer {
+
+struct DecodedCharacter {
+  char32_t character = 0;
+  std::size_t length = 0;  // bytes that it takes in the text, 1 to 4
+};
+
+// The character at byte `at`, which must be inside the text.
+DecodedCharacter decodeCharacter(std::string_view text, std::size_t at);
+
+// `character` is at most U+10FFFF and may be half of a surrogate pair.
+void appendCharacter(char32_t character, std::string& to);
+
+// One unit, or two for a character beyond 16 bits.
+void appendUnits(char32_t character, std::u16string& to);
+
+std::u16string toUnits(std::string_view text);
+
+// Halves that stand side by side become one character, lone ones stay as they are.
+std::string fromUnits(std::u16string_view units);
+
+}  // namespace installer
