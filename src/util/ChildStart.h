@@ -1,0 +1,16 @@
+#pragma once
+
+#include <optional>
+
+#include "platform/ChildProcesses.h"
+
+namespace installer {
+
+// Starts the command, output discarded. The handle goes to ChildProcesses::wait(); nullopt, after
+// an error line with path and reason, when it cannot be started.
+std::optional<int> startChild(const Command& command);
+
+// The same, and waits for its end. Its exit status tells us nothing and is not asked for.
+void runChild(const Command& command);
+
+}  // namespace installer

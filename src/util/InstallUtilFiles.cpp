@@ -1,0 +1,56 @@
+#include "platform/FileManager.h"
+#include "platform/Path.h"
+#include "platform/Platform.h"
+#include "platform/UserContext.h"
+#include "util/ChildStart.h"
+#include "util/InstallUtil.h"
+#include "util/Ownership.h"
+#include "util/StringUtil.h"
+
+namespace installer {
+
+bool InstallUtil::copyFolderFrom(const std::optional<std::string>& source,
+                                 const std::optional<std::string>& to) {
+  FileManager& files = *Platform::current().files;
+  if (!source || !to || !files.exists(*source)) return false;
+  if (!files.exists(*to)) return files.copy(*source, *to, ExistingItem::keep);
+  // A link of the destination may lead around inside the application, never out of it.
+  files.merge(*source, *to, getBundlePath(*to).value_or(*to));
+  return false;
+}
+
+bool InstallUtil::changeAttributesForDirectory(const std::optional<std::string>& directory) {
+  Platform& platform = Platform::current();
+  if (!directory || !platform.files->exists(*directory)) return false;
+  return platform.files->changeAttributesBelow(
+      *directory, handedTo(platform.users->consoleUserName(), kSharedMode));
+}
+
+void InstallUtil::removeReceipt(const std::optional<std::string>& packageIdentifier) {
+  Platform& platform = Platform::current();
+  const std::string& tool = platform.paths.receiptTool;
+  if (!packageIdentifier || !platform.files->exists(tool)) return;
+  runChild({tool, {"--forget", *packageIdentifier}});
+}
+
+void InstallUtil::replacePackageVariableWith(const std::optional<std::string>& path,
+                                             PropertyList::Dictionary& inProperties) {
+  if (!path) return;
+  const PropertyList::Dictionary before = inProperties;
+  for (const auto& [key, value] : before) {
+    if (const std::string* text = value.as<std::string>())
+      inProperties.set(
+          key, StringUtil::stringByReplacingOccurrencesOfString(*text, "${package}", *path));
+  }
+}
+
+std::string InstallUtil::getPathToMPKGThrough(const std::string& path) {
+  return path::deletingLastComponent(
+      path::deletingLastComponent(path::deletingLastComponent(path)));
+}
+
+std::string InstallUtil::getInstallerRootThrough(const std::string& path) {
+  return path::deletingLastComponent(getPathToMPKGThrough(path));
+}
+
+}  // namespace installer

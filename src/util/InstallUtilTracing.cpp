@@ -1,0 +1,62 @@
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "platform/FileManager.h"
+#include "platform/Path.h"
+#include "platform/Platform.h"
+#include "platform/Preferences.h"
+#include "platform/SystemLog.h"
+#include "util/InstallUtil.h"
+#include "util/LetterCase.h"
+
+namespace installer {
+
+bool InstallUtil::shouldWriteTraces() {
+  // Support needs the trace of every run, so the preference is read for its users' sake and not
+  // heeded.
+  const auto preferences = Platform::current().preferences->domain("com.kiv.rcp.install.mac");
+  if (preferences)
+    (void)PropertyList::booleanForKey(*preferences, "com.kiv.rcp.install.mac.traceEnable");
+  return true;
+}
+
+int InstallUtil::setupTraceOutput() {
+  if (!shouldWriteTraces()) return 0;
+  return openTraceFile() == -1 ? -1 : 0;
+}
+
+int InstallUtil::openTraceFile() {
+  Platform& platform = Platform::current();
+  const int descriptor = platform.files->openLog(platform.paths.traceFile);
+  if (descriptor == -1 || platform.log->addFile(descriptor) == 0) return descriptor;
+  ::close(descriptor);
+  return -1;
+}
+
+void InstallUtil::closeTraceFile(int descriptor) {
+  if (descriptor == -1) return;
+  Platform::current().log->removeFile(descriptor);
+  ::close(descriptor);
+}
+
+std::string InstallUtil::getCurrentLocale() {
+  const auto preferences = Platform::current().preferences->domain(Preferences::kGlobalDomain);
+  std::optional<std::string> locale;
+  if (preferences) locale = PropertyList::textForKey(*preferences, "AppleLocale");
+  return locale.value_or("en_US");
+}
+
+bool InstallUtil::containUnSupportedCharacters(const std::optional<std::string>& path) {
+  if (!path || path->empty()) return false;
+  if (path->find_first_of("!\"';\\#%|=?") != std::string::npos) return true;
+  return std::ranges::any_of(path::components(*path), [](const std::string& component) {
+    return component.find(':') != std::string::npos;
+  });
+}
+
+bool InstallUtil::hasPrefixCaseInsensitive(std::string_view string, std::string_view prefix) {
+  return !prefix.empty() && letterCase::lowered(string).starts_with(letterCase::lowered(prefix));
+}
+
+}  // namespace installer

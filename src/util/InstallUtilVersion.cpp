@@ -1,0 +1,22 @@
+#include "platform/Clock.h"
+#include "platform/Platform.h"
+#include "util/InstallUtil.h"
+
+namespace installer {
+
+std::string InstallUtil::generateNewManifestVersion() {
+  const std::tm now = Platform::current().clock->localTime();
+  const int month = now.tm_mon + 1;
+  // tm_year counts from 1900, which leaves the same remainder.
+  const int year = now.tm_year % 100;
+  std::string version;
+  for (const int field : {now.tm_mday, month, year, now.tm_hour, now.tm_min})
+    version += processDate(std::to_string(field));
+  return version;
+}
+
+std::string InstallUtil::processDate(const std::string& date) {
+  return date.size() == 1 ? "0" + date : date;
+}
+
+}  // namespace installer
