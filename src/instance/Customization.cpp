@@ -1,0 +1,98 @@
+#include "formats/JavaProperties.h"
+#include "instance/InstanceLayout.h"
+#include "instance/InstanceService.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "platform/Path.h"
+#include "util/InstallUtil.h"
+
+namespace installer {
+
+namespace {
+
+bool exists(const std::string& path) {
+  return Platform::current().files->exists(path);
+}
+
+// The key stores among a folder's entries; none when it cannot be listed.
+std::vector<std::string> keyStoresIn(const std::string& folder) {
+  std::vector<std::string> names =
+      Platform::current().files->list(folder).value_or(std::vector<std::string>());
+  std::erase_if(names, [](const std::string& name) {
+    return !InstallUtil::hasPrefixCaseInsensitive(name, ".keystore");
+  });
+  return names;
+}
+
+void removeKeyStores(const std::string& folder) {
+  for (const std::string& name : keyStoresIn(folder)) {
+    const std::string file = path::appendingComponent(folder, name);
+    (void)Platform::current().files->remove(file);
+    log(LogLevel::info, "Delete existing keystore files '{}' from {}.", name, file);
+  }
+}
+
+}  // namespace
+
+bool InstanceService::mergePluginCustomizationWithBase(const std::optional<std::string>& path) {
+  if (!_pathToRcphome || !path || !exists(*path)) return false;
+  const std::optional<std::string> version = getBaseVersion();
+  if (!version) return false;
+  const std::string baseFile = InstanceLayout::baseCustomization(*_pathToRcphome, *version);
+  if (!exists(baseFile)) return true;
+  JavaProperties settings(baseFile);
+  (void)settings.mergeWithJavaProperties(*path);
+  (void)settings.savePropertiesToFile(InstanceLayout::customization(*_pathToRcphome));
+  return true;
+}
+
+bool InstanceService::mergePluginCustomizationWithRcphome(const std::optional<std::string>& path) {
+  if (!path || !hasRcphomeFolder()) return false;
+  const std::string file = InstanceLayout::customization(*_pathToRcphome);
+  if (!exists(file)) {
+    (void)copyItem(*path, file);
+    return true;
+  }
+  JavaProperties settings(file);
+  (void)settings.mergeWithJavaProperties(*path);
+  // The merge has saved already unless `path` is missing; the file is then put into our form alone.
+  (void)settings.savePropertiesToFile(std::nullopt);
+  return true;
+}
+
+void InstanceService::copyKeyStores(const std::string& path) {
+  if (!_pathToRcphome) return;
+  log(LogLevel::info, ".keystore source files are in {}.", path);
+  const std::string folder = InstanceLayout::deploy(*_pathToRcphome);
+  removeKeyStores(folder);
+  for (const std::string& name : keyStoresIn(path)) {
+    const std::string from = path::appendingComponent(path, name);
+    const std::string to = path::appendingComponent(folder, name);
+    (void)copyItem(from, to);
+    log(LogLevel::info, "Copy keystore file '{}' from {} to {}.", name, from, to);
+  }
+}
+
+void InstanceService::copyExtras(const std::optional<std::string>& path) {
+  FileManager& files = *Platform::current().files;
+  if (!path || !files.isDirectory(*path)) return;
+  if (files.list(*path).value_or(std::vector<std::string>()).empty() || !_pathToRcphome) return;
+  const std::string target = InstanceLayout::extras(*_pathToRcphome);
+  log(LogLevel::info, "Begin to copy files from {} to {} ", *path, target);
+  (void)InstallUtil::copyFolderFrom(*path, target);
+}
+
+void InstanceService::updatePermissions(bool rcphome, const std::optional<std::string>& workspace) {
+  if (!_pathToRcphome) return;
+  if (rcphome) {
+    (void)InstallUtil::changeAttributesForDirectory(*_pathToRcphome);
+    (void)InstallUtil::changeAttributesForDirectory(InstanceLayout::shared(*_pathToRcphome));
+  }
+  if (workspace) (void)InstallUtil::changeAttributesForDirectory(workspace);
+}
+
+void InstanceService::updatePermissions(bool rcphome, bool updateWorkspace) {
+  updatePermissions(rcphome, updateWorkspace ? getWorkspace() : std::nullopt);
+}
+
+}  // namespace installer

@@ -1,0 +1,120 @@
+#include "formats/Properties.h"
+#include "instance/InstanceLayout.h"
+#include "instance/InstanceService.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "util/InstallUtil.h"
+#include "util/StringUtil.h"
+
+namespace installer {
+
+namespace {
+
+constexpr const char* kVersion = "version";
+constexpr const char* kHotfixVersion = "hotfixVersion";
+constexpr const char* kSkipRunningCheck = "SKIPRUNNINGCHECK";
+constexpr const char* kBundleID = "installedHotfixBundleID";
+
+bool exists(const std::string& path) {
+  return Platform::current().files->exists(path);
+}
+
+// What stands between the first and the second "_" of a base plug-in folder's name.
+std::string versionInName(const std::string& name) {
+  const std::size_t begin = name.find('_') + 1;
+  return name.substr(begin, name.find('_', begin) - begin);
+}
+
+}  // namespace
+
+bool InstanceService::hasInstanceInstalled() const {
+  return _pathToRcphome && exists(InstanceLayout::installManifest(*_pathToRcphome));
+}
+
+std::optional<std::string> InstanceService::getBaseVersion() const {
+  FileManager& files = *Platform::current().files;
+  if (!hasRcphomeFolder()) return std::nullopt;
+  const auto names = files.list(InstanceLayout::plugins(*_pathToRcphome));
+  if (!names) return std::nullopt;
+  std::optional<std::string> best;
+  for (const std::string& name : *names) {
+    if (!name.starts_with(InstanceLayout::kBasePlugin)) continue;
+    const std::string version = versionInName(name);
+    if (!best || version > *best) best = version;
+  }
+  return best;
+}
+
+std::optional<std::string> InstanceService::getInstalledTargetVersion() const {
+  if (!_pathToRcphome) return std::nullopt;
+  const std::optional<std::string> bundle = InstallUtil::getBundlePath(*_pathToRcphome);
+  if (!bundle) return std::nullopt;
+  return Properties(InstanceLayout::bundleInfo(*bundle))
+      .getPropertyForKey("CFBundleShortVersionString");
+}
+
+std::optional<std::string> InstanceService::installInfoValue(const std::string& key) const {
+  if (!_pathToRcphome) return std::nullopt;
+  return Properties(InstanceLayout::installInfo(*_pathToRcphome)).getPropertyForKey(key);
+}
+
+void InstanceService::storeInstallInfo(const std::string& key,
+                                       const std::optional<std::string>& value) {
+  if (!_pathToRcphome) return;
+  const std::string file = InstanceLayout::installInfo(*_pathToRcphome);
+  Properties info = exists(file) ? Properties(file) : Properties();
+  (void)info.setProperty(value, key);
+  (void)info.savePropertiesToFile(file);
+}
+
+std::optional<std::string> InstanceService::getInstalledVersion() const {
+  if (!_pathToRcphome) return std::nullopt;
+  log(LogLevel::info, "Get installInfo: {}", InstanceLayout::installInfo(*_pathToRcphome));
+  return installInfoValue(kVersion);
+}
+
+void InstanceService::setInstalledVersion(const std::optional<std::string>& version) {
+  if (version) storeInstallInfo(kVersion, version);
+}
+
+void InstanceService::updateHotfixVersion(const std::optional<std::string>& version) {
+  storeInstallInfo(kHotfixVersion, version);
+}
+
+std::optional<std::string> InstanceService::getCurrentHotfixVersion() const {
+  return installInfoValue(kHotfixVersion);
+}
+
+bool InstanceService::isHotfixApplied() const {
+  return getCurrentHotfixVersion().has_value();
+}
+
+void InstanceService::saveHotfixSkipRunningCheckProperty(bool skip) {
+  storeInstallInfo(kSkipRunningCheck, StringUtil::boolToString(skip));
+}
+
+bool InstanceService::isHotfixInstallWithSkipRunningCheck() const {
+  if (!_pathToRcphome || !exists(InstanceLayout::installInfo(*_pathToRcphome))) return false;
+  // Files of installers that knew no such flag were made by ones that always skipped the check.
+  return installInfoValue(kSkipRunningCheck).value_or("true") == "true";
+}
+
+void InstanceService::removeHotfixSkipRunningCheckProperty() {
+  if (_pathToRcphome && exists(InstanceLayout::installInfo(*_pathToRcphome)))
+    storeInstallInfo(kSkipRunningCheck, std::nullopt);
+}
+
+void InstanceService::saveHotfixBundleID(const std::optional<std::string>& bundleID) {
+  if (_pathToRcphome && exists(InstanceLayout::installInfo(*_pathToRcphome)))
+    storeInstallInfo(kBundleID, bundleID);
+}
+
+std::optional<std::string> InstanceService::getInstalledHotfixBundleID() const {
+  return installInfoValue(kBundleID);
+}
+
+void InstanceService::deleteInstalledHotfixBundleID() {
+  saveHotfixBundleID(std::nullopt);
+}
+
+}  // namespace installer

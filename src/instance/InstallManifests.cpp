@@ -1,0 +1,125 @@
+#include "formats/InstallManifest.h"
+#include "formats/JavaProperties.h"
+#include "instance/InstanceLayout.h"
+#include "instance/InstanceService.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "platform/Path.h"
+
+namespace installer {
+
+namespace {
+
+constexpr const char* kManifestVersion = "provisioning.manifest.version";
+constexpr const char* kInstallID = "rcp.install.id";
+
+bool exists(const std::string& path) {
+  return Platform::current().files->exists(path);
+}
+
+void setAndSave(JavaProperties& properties, const char* key,
+                const std::optional<std::string>& value) {
+  (void)properties.setProperty(value, key);
+  (void)properties.savePropertiesToFile(std::nullopt);
+}
+
+// Copies skip what exists, so whatever has the name goes first, a dangling link included.
+void removeEntry(const std::string& path) {
+  FileManager& files = *Platform::current().files;
+  if (files.entryExists(path)) (void)files.remove(path);
+}
+
+bool resolveInstallerRoot(const std::string& manifest, const std::string& root) {
+  log(LogLevel::info, "Update ${{installer.root}}.");
+  InstallManifest document(manifest);
+  const std::string replacement = "file:" + root;
+  log(LogLevel::info, "Get ${{installer.root}} : {}.", replacement);
+  (void)document.replaceInstallerRootWith(replacement);
+  log(LogLevel::info, "Save install manifest.");
+  return document.saveInstallManifestAs(std::nullopt);
+}
+
+}  // namespace
+
+void InstanceService::setLauncherProperty(const std::string& key, const std::string& value) {
+  if (!_pathToRcphome) return;
+  const std::string file = InstanceLayout::launcherProperties(*_pathToRcphome);
+  if (!exists(file)) return;
+  JavaProperties properties(file);
+  setAndSave(properties, key.c_str(), value);
+}
+
+void InstanceService::updateProvisionManifestVersion(const std::string& version) {
+  setLauncherProperty(kManifestVersion, version);
+}
+
+void InstanceService::updateInstallID(const std::string& installID) {
+  setLauncherProperty(kInstallID, installID);
+}
+
+void InstanceService::updateInstallIDWithProvManVer() {
+  if (!_pathToRcphome || !_pathToRcpData) return;
+  const std::string dataFile = InstanceLayout::dataSettings(*_pathToRcpData);
+  const std::string launcherFile = InstanceLayout::launcherProperties(*_pathToRcphome);
+  if (!exists(dataFile) || !exists(launcherFile)) return;
+  JavaProperties launcher(launcherFile);
+  const std::optional<std::string> version = launcher.getPropertyForKey(kManifestVersion);
+  setAndSave(launcher, kInstallID, version);
+  JavaProperties data(dataFile);
+  setAndSave(data, kInstallID, version);
+}
+
+void InstanceService::backupInstallManifest() {
+  if (!_pathToRcphome) return;
+  const std::string launcherFile = InstanceLayout::launcherProperties(*_pathToRcphome);
+  if (!exists(launcherFile)) return;
+  const std::string version =
+      JavaProperties(launcherFile).getPropertyForKey(kManifestVersion).value_or("old");
+  const std::string manifest = InstanceLayout::installManifest(*_pathToRcphome);
+  if (exists(manifest))
+    (void)copyItem(manifest,
+                   InstanceLayout::deployed(*_pathToRcphome, "install." + version + ".xml"));
+}
+
+bool InstanceService::copyUpdateManifest(
+    const std::string& manifest, const std::optional<std::string>& replaceInstallerRootWith) {
+  return _pathToRcphome &&
+         copyInstallManifest(manifest, std::string(InstanceLayout::kUpdateManifest),
+                             replaceInstallerRootWith);
+}
+
+bool InstanceService::copyInstallManifest(
+    const std::string& manifest, const std::optional<std::string>& replaceInstallerRootWith) {
+  return _pathToRcphome &&
+         copyInstallManifest(manifest, std::string(InstanceLayout::kInstallManifest),
+                             replaceInstallerRootWith);
+}
+
+bool InstanceService::copyInstallManifest(
+    const std::string& manifest, const std::string& toFile,
+    const std::optional<std::string>& replaceInstallerRootWith) {
+  if (!_pathToRcphome) {
+    log(LogLevel::error, "The _pathToRcphome is nil, manually setting rcpHome!");
+    takeFallbackRcphome();
+  }
+  const std::string target = InstanceLayout::deployed(*_pathToRcphome, toFile);
+  removeEntry(target);
+  log(LogLevel::info, "Copy install manifest to {}.", target);
+  if (!copyItem(manifest, target)) return false;
+  if (!replaceInstallerRootWith || !exists(*replaceInstallerRootWith)) return true;
+  return resolveInstallerRoot(target, *replaceInstallerRootWith);
+}
+
+bool InstanceService::copyManifest(const std::optional<std::string>& manifest) {
+  if (!_pathToRcphome || !manifest || !exists(*manifest) || !exists(*_pathToRcphome)) return false;
+  return copyInstallManifest(*manifest, path::lastComponent(*manifest), std::nullopt);
+}
+
+bool InstanceService::copyHotfixUninstallManifest(const std::optional<std::string>& manifest) {
+  if (!_pathToRcphome || !manifest || !exists(*manifest) || !exists(*_pathToRcphome)) return false;
+  const std::string target = InstanceLayout::uninstallManifest(*_pathToRcphome);
+  removeEntry(target);
+  return copyItem(*manifest, target);
+}
+
+}  // namespace installer

@@ -1,0 +1,69 @@
+#include "instance/InstanceService.h"
+
+#include "formats/Configuration.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+
+namespace installer {
+
+InstanceService::InstanceService(const std::optional<std::string>& pathToRcphome)
+    : InstanceService(pathToRcphome, std::nullopt) {}
+
+InstanceService::InstanceService(const std::optional<std::string>& pathToRcphome,
+                                 const std::optional<std::string>& pathToRcpData) {
+  FileManager& files = *Platform::current().files;
+  log(LogLevel::info, "The pathToRcphome is: {}.", orNull(pathToRcphome));
+  if (pathToRcphome) (void)files.createDirectory(*pathToRcphome, Intermediates::create);
+  copyStagingFolder();
+  if (!pathToRcphome || !files.exists(*pathToRcphome)) {
+    log(LogLevel::error, "No file at: {}!", orNull(pathToRcphome));
+    return;
+  }
+  _pathToRcphome = pathToRcphome;
+  _pathToRcpData = pathToRcpData;
+}
+
+void InstanceService::copyStagingFolder() const {
+  const std::optional<std::string> location =
+      Configuration().getPropertyValueForKey("newInstallLocation");
+  log(LogLevel::info, "newInstallLocation : {}.", orNull(location));
+  if (!location) {
+    log(LogLevel::warning, "Can not copy to newInstallLocation because its nil!");
+    return;
+  }
+  FileError error;
+  if (!copyItem(Platform::current().paths.stagingFolder, *location, &error))
+    log(LogLevel::error, "Error copying files: {}.", error.description);
+}
+
+bool InstanceService::shouldProceedAfterError(const FileError& error,
+                                              const std::string& /*copyingItemAtPath*/,
+                                              const std::string& /*toPath*/) const {
+  return error.code == FileError::kExists;
+}
+
+bool InstanceService::copyItem(const std::string& from, const std::string& to,
+                               FileError* error) const {
+  FileError reason;
+  if (Platform::current().files->copy(from, to, ExistingItem::fail, &reason)) return true;
+  if (shouldProceedAfterError(reason, from, to)) return true;
+  if (error != nullptr) *error = reason;
+  return false;
+}
+
+bool InstanceService::hasRcphomeFolder() const {
+  return _pathToRcphome && Platform::current().files->isDirectory(*_pathToRcphome);
+}
+
+void InstanceService::takeFallbackRcphome() {
+  const std::optional<std::string> product = Configuration().getPropertyValueForKey("productName");
+  // The name is told for support only: the fixed home belongs to the one product that other
+  // installers share.
+  if (product)
+    log(LogLevel::info, "The product name is: {}.", *product);
+  else
+    log(LogLevel::error, "The productName is nil!");
+  _pathToRcphome = Platform::current().paths.fallbackRcpHome;
+}
+
+}  // namespace installer

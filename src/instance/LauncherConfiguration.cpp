@@ -1,0 +1,148 @@
+#include "formats/JavaProperties.h"
+#include "instance/InstanceLayout.h"
+#include "instance/InstanceService.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "platform/UserContext.h"
+#include "util/InstallUtil.h"
+#include "util/Ownership.h"
+#include "util/StringUtil.h"
+
+namespace installer {
+
+namespace {
+
+bool exists(const std::string& path) {
+  return Platform::current().files->exists(path);
+}
+
+void writeLink(const std::string& file, const std::string& target) {
+  JavaProperties link(file);
+  (void)link.setProperty(target, "path");
+  (void)link.savePropertiesToFile(std::nullopt);
+}
+
+bool makeFolderUnlessThere(const std::string& folder, const FileAttributes& attributes) {
+  return exists(folder) ||
+         Platform::current().files->createDirectory(folder, Intermediates::refuse, attributes);
+}
+
+}  // namespace
+
+bool InstanceService::generateLinks() {
+  Platform& platform = Platform::current();
+  if (!_pathToRcphome || !platform.files->isDirectory(InstanceLayout::eclipse(*_pathToRcphome)))
+    return false;
+  const std::string owner = platform.users->consoleUserName().value_or("root");
+  if (!makeFolderUnlessThere(InstanceLayout::links(*_pathToRcphome),
+                             handedTo(owner, kSharedMode))) {
+    log(LogLevel::warning, "Not able to create links directory.");
+    return false;
+  }
+  writeLink(InstanceLayout::rcpLink(*_pathToRcphome), *_pathToRcphome);
+  writeLink(InstanceLayout::sharedLink(*_pathToRcphome), InstanceLayout::shared(*_pathToRcphome));
+  return true;
+}
+
+bool InstanceService::copyLauncherTemplate(const std::string& path) const {
+  FileManager& files = *Platform::current().files;
+  // The second attempt is judged by this slot and not by its own answer, so a failure to make the
+  // folder ends it too.
+  std::optional<FileError> failure;
+  FileError error;
+  if (!files.createDirectory(*_pathToRcphome, Intermediates::create, std::nullopt, &error)) {
+    failure = error;
+    log(LogLevel::error, "Failed to create directory {}", *_pathToRcphome);
+  }
+  const std::string target = InstanceLayout::launcherProperties(*_pathToRcphome);
+  if (files.copy(path, target, ExistingItem::fail)) return true;
+  log(LogLevel::error, "Fail to copy rcplauncher.properties to {}, try again...", target);
+  if (!files.copy(path, target, ExistingItem::fail, &error)) failure = error;
+  if (!failure) return true;
+  log(LogLevel::error, "Fail to copy rcplauncher.properties to {} again!", target);
+  return false;
+}
+
+void InstanceService::setIdentity(JavaProperties& launcherProperties) const {
+  const std::string version = InstallUtil::generateNewManifestVersion();
+  (void)launcherProperties.setProperty(version, "rcp.install.id");
+  (void)launcherProperties.setProperty(version, "provisioning.manifest.version");
+}
+
+void InstanceService::setBaseLocation(JavaProperties& launcherProperties) const {
+  if (const std::optional<std::string> version = getBaseVersion())
+    (void)launcherProperties.setProperty(
+        "${rcp.home}/rcp/eclipse/plugins/com.kiv.rcp.base_" + *version, "rcp.base.location");
+}
+
+bool InstanceService::generateRcplauncherPropertiesWithTemplate(
+    const std::string& path, const std::optional<std::string>& workspace) {
+  if (!_pathToRcphome) {
+    log(LogLevel::error, "The rcpHome is nil, manually setting rcpHome");
+    takeFallbackRcphome();
+  }
+  if (!exists(path)) {
+    log(LogLevel::error, "Fail to locate the template for rcplauncher.properties.");
+    return false;
+  }
+  if (!copyLauncherTemplate(path)) return false;
+  log(LogLevel::info, "Update rcplauncher.properties. ");
+  JavaProperties properties(InstanceLayout::launcherProperties(*_pathToRcphome));
+  setIdentity(properties);
+  (void)properties.setProperty("file:/${rcp.home}/rcp/deploy/install.xml", "provisioning.manifest");
+  setBaseLocation(properties);
+  if (workspace) (void)properties.setProperty(workspace, "rcp.data");
+  log(LogLevel::info, "Save rcplauncher.properties.");
+  (void)properties.savePropertiesToFile(std::nullopt);
+  return true;
+}
+
+bool InstanceService::updateRcpLauncherProperties() {
+  if (!hasRcphomeFolder()) return false;
+  const std::string file = InstanceLayout::launcherProperties(*_pathToRcphome);
+  if (!exists(file)) return false;
+  JavaProperties properties(file);
+  setIdentity(properties);
+  setBaseLocation(properties);
+  return properties.savePropertiesToFile(std::nullopt);
+}
+
+bool InstanceService::copyOgsiAgentProperties(const std::string& path) {
+  if (!_pathToRcphome) return false;
+  if (!exists(path)) {
+    log(LogLevel::error, "Not able to find template for osgiagent.properties.");
+    return false;
+  }
+  return hasRcphomeFolder() &&
+         Platform::current().files->copy(path, InstanceLayout::agentProperties(*_pathToRcphome),
+                                         ExistingItem::fail);
+}
+
+bool InstanceService::generateJVMPropertiesWithTemplate(const std::optional<std::string>& path) {
+  if (!hasRcphomeFolder()) return false;
+  Platform& platform = Platform::current();
+  // Unlike the links, these files are the current user's, whoever sits in front of the machine.
+  const FileAttributes attributes = handedTo(platform.users->currentUserName(), kSharedMode);
+  const std::string deploy = InstanceLayout::deploy(*_pathToRcphome);
+  if (!makeFolderUnlessThere(deploy, attributes)) {
+    log(LogLevel::error, "Not able to create the {} directory.", deploy);
+    return false;
+  }
+  const std::string target = InstanceLayout::jvmProperties(*_pathToRcphome);
+  if (!path || !exists(*path)) return platform.files->createFile(target, "", attributes);
+  (void)platform.files->remove(target);
+  return copyItem(*path, target);
+}
+
+std::optional<std::string> InstanceService::getWorkspace() const {
+  if (!_pathToRcphome) return std::nullopt;
+  if (_pathToRcpData) return _pathToRcpData;
+  const std::string file = InstanceLayout::launcherProperties(*_pathToRcphome);
+  if (!exists(file)) return std::nullopt;
+  const std::optional<std::string> data = JavaProperties(file).getPropertyForKey("rcp.data");
+  const std::optional<std::string> home = Platform::current().users->environment("HOME");
+  if (!data || !home) return data;
+  return StringUtil::stringByReplacingOccurrencesOfString(*data, "${env.HOME}", *home);
+}
+
+}  // namespace installer

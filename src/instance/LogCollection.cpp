@@ -1,0 +1,86 @@
+#include "instance/InstanceLayout.h"
+#include "instance/InstanceService.h"
+#include "platform/FileManager.h"
+#include "platform/JavaRuntime.h"
+#include "platform/Log.h"
+#include "platform/Path.h"
+#include "util/ChildStart.h"
+#include "util/InstallUtil.h"
+#include "util/LetterCase.h"
+
+namespace installer {
+
+namespace {
+
+std::optional<std::string> javaHome() {
+  Platform& platform = Platform::current();
+  const std::string& plugin = platform.paths.javaAppletPlugin;
+  const std::optional<std::string> identifier = InstallUtil::getBundleID(plugin);
+  if (identifier && letterCase::equalIgnoringCase(*identifier, "com.oracle.java.JavaAppletPlugin"))
+    return path::appendingComponent(plugin, "Contents/Home");
+  if (const auto line = platform.children->firstLine({platform.paths.javaHomeTool, {}}))
+    return line;
+  return hostJavaHome();
+}
+
+}  // namespace
+
+std::string InstanceService::getAddonLogFile(const std::optional<std::string>& addon,
+                                             const std::optional<std::string>& action) const {
+  const std::string file = path::appendingComponent(
+      Platform::current().paths.addonLogFolder,
+      "rcp_" + addon.value_or("addon") + "_" + action.value_or("") + ".log");
+  log(LogLevel::info, "Addon Log Fie is {}", file);
+  return file;
+}
+
+void InstanceService::collectLogFiles(const std::optional<std::string>& productName,
+                                      const std::string& action, const std::string& logFile) {
+  collectLogFiles(productName, action, logFile, std::nullopt);
+}
+
+void InstanceService::collectLogFiles(const std::optional<std::string>& productName,
+                                      const std::string& action, const std::string& logFile,
+                                      const std::optional<std::string>& workspaceLocation) {
+  const std::string product = orNull(productName);
+  log(LogLevel::notice,
+      "Begin to call collection utility to gather log files for the {} operaton of {} project.",
+      action, product);
+  const std::optional<std::string> java = javaHome();
+  if (!java) {
+    log(LogLevel::notice,
+        "Can't find java home, skip log collection for the {} operaton of {} project.", action,
+        product);
+    return;
+  }
+  log(LogLevel::info, "_pathToRcphome is {}.", orNull(_pathToRcphome));
+  if (!_pathToRcphome ||
+      !Platform::current().files->exists(InstanceLayout::logCollectionTool(*_pathToRcphome))) {
+    log(LogLevel::info, "No log files are gathered as there is no collectionutility.jar under {}. ",
+        orNull(_pathToRcphome));
+    return;
+  }
+  const std::optional<std::string> installed = getInstalledTargetVersion();
+  const std::string version = installed ? *installed : InstallUtil::generateNewManifestVersion();
+  log(LogLevel::info, "productVersion is {}.", version);
+  const std::optional<std::string> workspace =
+      workspaceLocation ? workspaceLocation : getWorkspace();
+  if (!productName || !workspace) {
+    log(LogLevel::warning, "No log files are gathered as the {} is unknown.",
+        productName ? "workspace" : "product");
+    return;
+  }
+  const std::optional<int> tool =
+      startChild({path::appendingComponent(*java, "bin/java"),
+                  {"-jar", InstanceLayout::logCollectionTool(*_pathToRcphome), "-productName",
+                   *productName, "-productVersion", version, "-action", action, "-workspace",
+                   *workspace, "-logLocation", logFile, "-s"}});
+  if (!tool) return;
+  log(LogLevel::notice,
+      "Successfully collect the log files and place them under {} for the {} operaton of {} "
+      "project.",
+      InstanceLayout::installHistory(*_pathToRcphome), action, product);
+  Platform::current().children->wait(*tool);
+}
+
+}  // namespace installer
