@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/PropertyList.h"
+
+namespace installer {
+
+// What a hotfix package allows, read from its hotfix.plist.
+class HotfixPolicy {
+ public:
+  // A missing package or plist gives the policy that allows nothing.
+  explicit HotfixPolicy(const std::optional<std::string>& path);
+
+  // Whether the package may be installed into a running instance: SKIPRUNNINGCHECK is the text
+  // "true", to the letter.
+  bool isSkipRunningCheck() const;
+
+ private:
+  PropertyList::Dictionary _properties;  // all entries of the plist
+};
+
+}  // namespace installer
