@@ -1,0 +1,74 @@
+#include "driver/Checks.h"
+
+#include "driver/InstanceLock.h"
+#include "driver/PackageLoader.h"
+#include "driver/RunState.h"
+#include "driver/VersionGate.h"
+#include "instance/InstanceService.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "util/InstallUtil.h"
+#include "workflow/HotfixPackage.h"
+#include "workflow/HotfixPolicy.h"
+
+namespace installer {
+
+namespace {
+
+constexpr int kUnsupportedCharacters = 3;
+constexpr int kRunning = 6;
+constexpr int kNotInstalled = 8;
+
+bool hasSupportedPaths() {
+  const RunState& state = runState();
+  log(LogLevel::info, "Check whether the unsupported characters are contained.");
+  if (!InstallUtil::containUnSupportedCharacters(state._pathToInstallPackage) &&
+      !InstallUtil::containUnSupportedCharacters(state._pathToInstallDestination))
+    return true;
+  InstallUtil::sendErrorMessage(kUnsupportedCharacters, {});
+  return false;
+}
+
+bool holdsInstance(const std::optional<std::string>& rcpHome) {
+  if (!rcpHome || !Platform::current().files->exists(*rcpHome)) return false;
+  log(LogLevel::info, "Check the target platform under {}.", *rcpHome);
+  return InstanceService(rcpHome).hasInstanceInstalled();
+}
+
+bool isInstalled(const std::optional<std::string>& rcpHome) {
+  log(LogLevel::info, "Check whether the target platform is installed.");
+  if (holdsInstance(rcpHome)) return true;
+  const RunState& state = runState();
+  std::vector<std::string> details = {state._pathToInstallDestination};
+  if (const auto application = HotfixPackage::applicationName(state._properties))
+    details.push_back(*application);
+  InstallUtil::sendErrorMessage(kNotInstalled, details);
+  return false;
+}
+
+bool isStopped() {
+  const RunState& state = runState();
+  if (HotfixPolicy(state._pathToInstallPackage).isSkipRunningCheck()) return true;
+  log(LogLevel::info, "Check whether platform is running.");
+  if (!InstallUtil::checkBundleIsRunning(resolveBundle())) return true;
+  const std::string bundleName = orNull(state.property("bundleName"));
+  InstallUtil::sendErrorMessage(kRunning, {bundleName});
+  log(LogLevel::info, "The target platform {} is running.", bundleName);
+  return false;
+}
+
+bool isNewEnough() {
+  log(LogLevel::info, "Check the version of hotfix");
+  return !isHigherHotfixVersionInstalled();
+}
+
+}  // namespace
+
+bool passesChecks(const std::optional<std::string>& rcpHome) {
+  if (!hasSupportedPaths() || !isInstalled(rcpHome) || !isStopped()) return false;
+  // From here on the answers must hold until the end of the run.
+  lockInstance(rcpHome);
+  return isNewEnough();
+}
+
+}  // namespace installer

@@ -1,0 +1,20 @@
+#include "driver/ErrorStatus.h"
+
+#include "platform/FileManager.h"
+#include "platform/Platform.h"
+#include "platform/UserContext.h"
+#include "util/Ownership.h"
+
+namespace installer {
+
+void setHotfixErrorStatus(bool status) {
+  if (status) return;
+  Platform& platform = Platform::current();
+  // The graphical installer runs as another user and removes the file.
+  constexpr mode_t kOpenToEverybody = 0777;
+  const std::string owner = platform.users->consoleUserName().value_or("root");
+  (void)platform.files->createFile(platform.paths.errorMarker, "",
+                                   handedTo(owner, kOpenToEverybody));
+}
+
+}  // namespace installer

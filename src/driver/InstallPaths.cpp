@@ -1,0 +1,78 @@
+#include "driver/InstallPaths.h"
+
+#include "driver/ErrorStatus.h"
+#include "driver/RunState.h"
+#include "driver/VersionGate.h"
+#include "instance/InstanceLayout.h"
+#include "instance/InstanceService.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "util/InstallUtil.h"
+#include "workflow/Hotfix.h"
+#include "workflow/HotfixUninstall.h"
+
+namespace installer {
+
+namespace {
+
+std::optional<std::string> launcherIn(const std::optional<std::string>& rcpHome) {
+  if (!rcpHome) return std::nullopt;
+  return InstanceLayout::launcher(*rcpHome);
+}
+
+bool clientHasStartedOn(const std::optional<std::string>& rcpData) {
+  return rcpData && Platform::current().files->exists(InstanceLayout::workspaceFlag(*rcpData));
+}
+
+void removeOldHotfix(const std::optional<std::string>& rcpHome,
+                     const std::optional<std::string>& rcpData) {
+  if (!isOtherHotfixVersionInstalled()) return;
+  log(LogLevel::info, "Found another hot fix, uninstall it before installing the new hot fix");
+  (void)HotfixUninstall(rcpHome, rcpData).uninstallOldHotfix();
+}
+
+void updateUntouchedInstance(const std::optional<std::string>& rcpHome,
+                             const std::optional<std::string>& rcpData) {
+  InstanceService service(rcpHome, rcpData);
+  service.startProvisioningWithUpdate(launcherIn(rcpHome));
+  service.updateInstallIDWithProvManVer();
+}
+
+}  // namespace
+
+bool runSuccessPath(const std::optional<std::string>& rcpHome,
+                    const std::optional<std::string>& rcpData) {
+  log(LogLevel::info, "Success");
+  removeOldHotfix(rcpHome, rcpData);
+  updateUntouchedInstance(rcpHome, rcpData);
+  const RunState& state = runState();
+  Hotfix hotfix(state._pathToInstallPackage, state._pathToInstallDestination, rcpData);
+  if (!clientHasStartedOn(rcpData)) {
+    // Provisioning on fresh data finishes only with its second run.
+    log(LogLevel::info,
+        "Hot fix workspace flag file is missing, launching install new hotfix twice");
+    (void)hotfix.installNewHotfix();
+  }
+  return hotfix.installNewHotfix();
+}
+
+void runFailurePath(const std::optional<std::string>& rcpHome,
+                    const std::optional<std::string>& rcpData) {
+  log(LogLevel::info, "Not success");
+  InstanceService service(rcpHome, rcpData);
+  const std::optional<std::string> launcher = launcherIn(rcpHome);
+  service.startProvisioningWithCleanUp(launcher);
+  service.updateInstallID(InstallUtil::generateNewManifestVersion());
+  service.startProvisioningWithUpdate(launcher);
+  service.updatePermissions(true, true);
+  setHotfixErrorStatus(false);
+}
+
+void runLogCollection(const std::optional<std::string>& rcpHome,
+                      const std::optional<std::string>& rcpData) {
+  InstanceService(rcpHome, rcpData)
+      .collectLogFiles(runState().property("bundleName"), "HOTFIX_INSTALL",
+                       Platform::current().paths.traceFile);
+}
+
+}  // namespace installer

@@ -1,0 +1,77 @@
+#include "driver/Installer.h"
+
+#include <cstdio>
+#include <optional>
+
+#include "driver/Checks.h"
+#include "driver/InstallPaths.h"
+#include "driver/InstanceLock.h"
+#include "driver/PackageLoader.h"
+#include "driver/RunState.h"
+#include "instance/InstanceLayout.h"
+#include "platform/Log.h"
+#include "util/InstallUtil.h"
+
+namespace installer {
+
+namespace {
+
+// The mirrored trace of one run.
+class Trace {
+ public:
+  Trace() {
+    if (InstallUtil::shouldWriteTraces()) _descriptor = InstallUtil::openTraceFile();
+  }
+  Trace(const Trace&) = delete;
+  Trace& operator=(const Trace&) = delete;
+  ~Trace() {
+    if (InstallUtil::shouldWriteTraces()) InstallUtil::closeTraceFile(_descriptor);
+  }
+
+ private:
+  int _descriptor = -1;
+};
+
+std::optional<std::string> chooseRcpData(const std::vector<std::string>& arguments,
+                                         const std::optional<std::string>& rcpHome) {
+  if (arguments.size() > 4 && arguments[3] == "-rcpdata") {
+    log(LogLevel::info, "Caller specified rcpdata");
+    return arguments[4];
+  }
+  log(LogLevel::info, "Caller didn't specify rcpdata, use rcp/systemdata");
+  if (!rcpHome) return std::nullopt;
+  return InstanceLayout::defaultRcpData(*rcpHome);
+}
+
+bool installPackage(const std::vector<std::string>& arguments) {
+  loadPackage();
+  const std::optional<std::string> rcpHome = runState().property("rcpHome");
+  const std::optional<std::string> rcpData = chooseRcpData(arguments, rcpHome);
+  const bool passed = passesChecks(rcpHome);
+  lockInstance(rcpHome);
+  const bool installed = passed && runSuccessPath(rcpHome, rcpData);
+  if (!passed) runFailurePath(rcpHome, rcpData);
+  runLogCollection(rcpHome, rcpData);
+  return installed;
+}
+
+}  // namespace
+
+int runInstaller(const std::vector<std::string>& arguments) {
+  const Trace trace;
+  log(LogLevel::info, "Begin to install hotfix.");
+  InstallUtil::initInternalPasteboard(true);
+  if (arguments.size() < 3) {
+    (void)std::fputs(
+        "Usage: HotfixInstaller <pathToInstallPackage> <pathToInstallDestination> "
+        "[-rcpdata <pathToRcpData>]\n",
+        stderr);
+    return 1;
+  }
+  runState() = RunState();
+  runState()._pathToInstallPackage = arguments[1];
+  runState()._pathToInstallDestination = arguments[2];
+  return installPackage(arguments) ? 0 : 1;
+}
+
+}  // namespace installer

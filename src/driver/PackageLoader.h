@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace installer {
+
+// Reads the package's hotfix.plist into runState(), finds the application bundle, and derives
+// rcpHome. Where a registered bundle is found, the destination becomes the folder that holds it. A
+// package that does not tell enough leaves rcpHome unset, with one error line that says why.
+void loadPackage();
+
+// The application bundle that the package in runState() is for: <destination>/<bundleName>.app, or,
+// unless the package allows several instances, the existing bundle that the product's registration
+// names. "" when the package names no bundle.
+std::string resolveBundle();
+
+}  // namespace installer

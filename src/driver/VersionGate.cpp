@@ -1,0 +1,33 @@
+#include "driver/VersionGate.h"
+
+#include "driver/RunState.h"
+#include "instance/InstanceService.h"
+#include "platform/Log.h"
+#include "platform/Path.h"
+#include "util/InstallUtil.h"
+#include "workflow/HotfixPackage.h"
+
+namespace installer {
+
+bool isHigherHotfixVersionInstalled() {
+  const RunState& state = runState();
+  const std::optional<std::string> current = state.property("version");
+  const std::optional<std::string> installed =
+      InstanceService(state.property("rcpHome")).getCurrentHotfixVersion();
+  log(LogLevel::info, "Current hotfix version: {}.", orNull(current));
+  log(LogLevel::info, "Installed hotfix version: {}.", orNull(installed));
+  if (!current || !installed || *current >= *installed) return false;
+  log(LogLevel::error, "Higher version hotfix has been installed.");
+  constexpr int kHigherInstalled = 7;
+  InstallUtil::sendErrorMessage(
+      kHigherInstalled,
+      {path::appendingComponent(state._pathToInstallDestination,
+                                HotfixPackage::applicationName(state._properties).value_or(""))});
+  return true;
+}
+
+bool isOtherHotfixVersionInstalled() {
+  return InstanceService(runState().property("rcpHome")).getCurrentHotfixVersion().has_value();
+}
+
+}  // namespace installer
