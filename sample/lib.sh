@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Shared by the scripts that make the sample: texts in the forms that its files need.
 # Sourced, never started.
 
@@ -7,13 +8,13 @@ fail() {
 }
 
 # The text as content or attribute value of an XML element.
-xml_text() {
+xmlText() {
   printf '%s' "$1" | sed -e 's/&/\&amp;/g' -e 's/</\&lt;/g' -e 's/>/\&gt;/g' -e 's/"/\&quot;/g'
 }
 
 # The text as a value in a Java properties file, which is plain ASCII: everything else is written as
 # the escapes of its UTF-16 units.
-property_value() {
+propertyValue() {
   local LC_ALL=C.UTF-8 at one unit
   for ((at = 0; at < ${#1}; ++at)); do
     one=${1:at:1}
@@ -29,8 +30,8 @@ property_value() {
   done
 }
 
-# plist_begin FILE; plist_string FILE KEY VALUE; plist_boolean FILE KEY true|false; plist_end FILE
-plist_begin() {
+# plistBegin FILE; plistString FILE KEY VALUE; plistBoolean FILE KEY true|false; plistEnd FILE
+plistBegin() {
   cat >"$1" <<'EOF'
 <?xml version="1.0" encoding="UTF-8"?>
 <!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
@@ -39,15 +40,15 @@ plist_begin() {
 EOF
 }
 
-plist_string() {
-  printf '\t<key>%s</key>\n\t<string>%s</string>\n' "$(xml_text "$2")" "$(xml_text "$3")" >>"$1"
+plistString() {
+  printf '\t<key>%s</key>\n\t<string>%s</string>\n' "$(xmlText "$2")" "$(xmlText "$3")" >>"$1"
 }
 
-plist_boolean() {
-  printf '\t<key>%s</key>\n\t<%s/>\n' "$(xml_text "$2")" "$3" >>"$1"
+plistBoolean() {
+  printf '\t<key>%s</key>\n\t<%s/>\n' "$(xmlText "$2")" "$3" >>"$1"
 }
 
-plist_end() {
+plistEnd() {
   printf '</dict>\n</plist>\n' >>"$1"
 }
 
@@ -59,9 +60,9 @@ manifest() {
   <domain-object>
     <object-data>
       <install>
-        <installfeature id="$(xml_text "$3")" description="$(xml_text "$6")">
+        <installfeature id="$(xmlText "$3")" description="$(xmlText "$6")">
           <requirements>
-            <feature id="$(xml_text "$3")" version="$(xml_text "$4")" url="$(xml_text "$5")" action="$2"/>
+            <feature id="$(xmlText "$3")" version="$(xmlText "$4")" url="$(xmlText "$5")" action="$2"/>
           </requirements>
         </installfeature>
       </install>
@@ -78,7 +79,7 @@ feature() {
   mkdir -p "$folder"
   {
     printf '<?xml version="1.0" encoding="UTF-8"?>\n'
-    printf '<feature id="%s" version="%s" label="%s">\n' "$id" "$version" "$(xml_text "$label")"
+    printf '<feature id="%s" version="%s" label="%s">\n' "$id" "$version" "$(xmlText "$label")"
     for plugin in "$@"; do
       printf '  <plugin id="%s" version="%s" unpack="true"/>\n' "${plugin%%_*}" "${plugin#*_}"
     done
@@ -98,6 +99,6 @@ EOF
 }
 
 # Names that end up in the names of files and in XML.
-check_plain() {
+checkPlain() {
   [[ $2 =~ ^[A-Za-z0-9._-]+$ && $2 =~ [^.] ]] || fail "$1 \"$2\" is not a plain name"
 }
