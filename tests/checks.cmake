@@ -8,6 +8,29 @@ hotfix_add_check(layers ${PROJECT_SOURCE_DIR}/scripts/check-layers)
 hotfix_add_check(format ${PROJECT_SOURCE_DIR}/scripts/check-format)
 set_tests_properties(check.format PROPERTIES SKIP_RETURN_CODE 77)
 
+# Every test file has a test in one of the programs; every behaviour that the documents promise has
+# one that ran. The second comes last: ctest learns what to wait for when it learns of the tests.
+if(HOTFIX_TEST_PROGRAMS)
+  list(TRANSFORM HOTFIX_TEST_PROGRAMS REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE programs)
+  hotfix_add_check(test_files ${PROJECT_SOURCE_DIR}/scripts/check-test-files ${programs})
+
+  list(TRANSFORM HOTFIX_TEST_PROGRAMS REPLACE "(.+)" "\${\\1_TESTS}" OUTPUT_VARIABLE all_tests)
+  list(JOIN programs "\" \"" programs)
+  file(
+    GENERATE
+    OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/behaviours.cmake
+    CONTENT
+      "add_test(check.behaviours \"${PROJECT_SOURCE_DIR}/scripts/check-behaviours\"
+  --results \"${HOTFIX_RESULTS}\" \"${programs}\")
+set_tests_properties(check.behaviours PROPERTIES
+  LABELS check TIMEOUT 600 WORKING_DIRECTORY \"${PROJECT_SOURCE_DIR}\" DEPENDS \"${all_tests}\")
+")
+  if(EXISTS ${PROJECT_SOURCE_DIR}/docs/behaviours.md)
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES
+                                           ${CMAKE_CURRENT_BINARY_DIR}/behaviours.cmake)
+  endif()
+endif()
+
 file(GLOB script_tests CONFIGURE_DEPENDS scripts/*_test.py)
 foreach(script_test IN LISTS script_tests)
   get_filename_component(name ${script_test} NAME_WE)

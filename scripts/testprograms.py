@@ -1,0 +1,65 @@
+"""What GoogleTest programs hold and how their tests ended; shared by the checks beside it."""
+
+import os
+import subprocess
+import tempfile
+import xml.etree.ElementTree as ElementTree
+from collections import namedtuple
+from pathlib import Path
+
+# One test: its full name ("Inst/Suite.Name/0"), the source file, the program that holds it.
+Test = namedtuple("Test", "name file program")
+
+
+def _cases(document):
+    for suite in document.getroot().iter("testsuite"):
+        for case in suite.iter("testcase"):
+            yield f"{suite.get('name')}.{case.get('name')}", case
+
+
+def _run(program, *arguments):
+    """The parsed report of one run of the program; None when it left none."""
+    with tempfile.TemporaryDirectory() as folder:
+        report = Path(folder) / "report.xml"
+        subprocess.run(
+            [program, f"--gtest_output=xml:{report}", *arguments],
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, check=False)
+        return ElementTree.parse(report) if report.exists() else None
+
+
+def testsOf(program):
+    document = _run(program, "--gtest_list_tests")
+    if document is None:
+        raise SystemExit(f"{program}: cannot list its tests")
+    return [Test(name, case.get("file"), program) for name, case in _cases(document)]
+
+
+def outcomeOf(case):
+    if case.find("failure") is not None or case.find("error") is not None:
+        return "failed"
+    if case.get("result") == "skipped" or case.find("skipped") is not None:
+        return "skipped"
+    return "passed" if case.get("status") == "run" else "not run"
+
+
+def recordedOutcomes(folder, program):
+    """The outcomes that runs of this very program have left in the folder, by test name."""
+    built = os.stat(program).st_mtime
+    outcomes = {}
+    for report in Path(folder).rglob("*.xml"):
+        if report.stat().st_mtime < built:
+            continue
+        try:
+            document = ElementTree.parse(report)
+        except ElementTree.ParseError:  # being written, or the test ended in the middle
+            continue
+        outcomes.update((name, outcomeOf(case)) for name, case in _cases(document))
+    return outcomes
+
+
+def runTests(program, names):
+    """Runs these tests of the program: their outcomes by name."""
+    document = _run(program, "--gtest_filter=" + ":".join(names))
+    if document is None:
+        return {}
+    return {name: outcomeOf(case) for name, case in _cases(document)}
