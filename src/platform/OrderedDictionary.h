@@ -1,11 +1,12 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <functional>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -44,20 +45,24 @@ class OrderedDictionary {
       return;
     }
     _entries.emplace_back(std::move(key), std::move(value));
-    if (!_places.empty() || _entries.size() > kSmall) indexNewEntries();
+    if (_entries.size() * 2 <= _slots.size()) {
+      fillSlot(_entries.size() - 1);
+    } else if (_entries.size() > kSmall) {
+      rebuildSlots();
+    }
   }
 
   void remove(std::string_view key) {
     const std::optional<std::size_t> place = placeOf(key);
     if (!place) return;
     _entries.erase(_entries.begin() + static_cast<std::ptrdiff_t>(*place));
-    _places.clear();
-    if (_entries.size() > kSmall) indexNewEntries();
+    _slots.clear();
+    if (_entries.size() > kSmall) rebuildSlots();
   }
 
   void clear() {
     _entries.clear();
-    _places.clear();
+    _slots.clear();
   }
 
   friend bool operator==(const OrderedDictionary& left, const OrderedDictionary& right) {
@@ -73,26 +78,48 @@ class OrderedDictionary {
   // Up to this many entries a walk over them is faster than hashing.
   static constexpr std::size_t kSmall = 8;
 
+  // One entry's place and the hash of its key; a place of kFree marks a slot without entry.
+  struct Slot {
+    std::size_t hash = 0;
+    std::size_t place = kFree;
+  };
+  static constexpr std::size_t kFree = static_cast<std::size_t>(-1);
+
+  static std::size_t hashOf(std::string_view key) { return std::hash<std::string_view>{}(key); }
+
   std::optional<std::size_t> placeOf(std::string_view key) const {
-    if (_places.empty()) {
+    if (_slots.empty()) {
       for (std::size_t place = 0; place < _entries.size(); ++place)
         if (_entries[place].first == key) return place;
       return std::nullopt;
     }
-    const auto [first, last] = _places.equal_range(std::hash<std::string_view>{}(key));
-    for (auto found = first; found != last; ++found)
-      if (_entries[found->second].first == key) return found->second;
+    const std::size_t hash = hashOf(key);
+    for (std::size_t slot = firstSlot(hash); _slots[slot].place != kFree; slot = nextSlot(slot)) {
+      const auto [slotHash, place] = _slots[slot];
+      if (slotHash == hash && _entries[place].first == key) return place;
+    }
     return std::nullopt;
   }
 
-  void indexNewEntries() {
-    for (std::size_t place = _places.size(); place < _entries.size(); ++place)
-      _places.emplace(std::hash<std::string_view>{}(_entries[place].first), place);
+  void fillSlot(std::size_t place) {
+    const std::size_t hash = hashOf(_entries[place].first);
+    std::size_t slot = firstSlot(hash);
+    while (_slots[slot].place != kFree) slot = nextSlot(slot);
+    _slots[slot] = {hash, place};
   }
 
+  // At least half of the slots stay free, so that a search ends soon.
+  void rebuildSlots() {
+    _slots.assign(std::bit_ceil(_entries.size() * 4), Slot());
+    for (std::size_t place = 0; place < _entries.size(); ++place) fillSlot(place);
+  }
+
+  std::size_t firstSlot(std::size_t hash) const { return hash & (_slots.size() - 1); }
+  std::size_t nextSlot(std::size_t slot) const { return (slot + 1) & (_slots.size() - 1); }
+
   std::vector<Entry> _entries;
-  // Hash of a key -> place in _entries; empty while there are few entries.
-  std::unordered_multimap<std::size_t, std::size_t> _places;
+  // Open hash table over the entries, a power of two long; empty while there are few entries.
+  std::vector<Slot> _slots;
 };
 
 }  // namespace installer
