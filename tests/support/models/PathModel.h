@@ -1,0 +1,67 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// Models the platform's rules for path components: a path is a mark whether it is absolute and the
+// names between its slashes.
+namespace installer::model {
+
+struct Path {
+  bool absolute = false;
+  std::vector<std::string> names;
+};
+
+inline Path takenApart(const std::string& path) {
+  Path parts;
+  parts.absolute = path.substr(0, 1) == "/";
+  std::string name;
+  for (const char character : path + "/") {
+    if (character != '/') {
+      name += character;
+      continue;
+    }
+    if (name != "") parts.names.push_back(name);
+    name = "";
+  }
+  return parts;
+}
+
+inline std::string putTogether(const Path& parts) {
+  std::string path = parts.absolute ? "/" : "";
+  for (std::size_t i = 0; i < parts.names.size(); ++i) {
+    if (i > 0) path += "/";
+    path += parts.names[i];
+  }
+  return path;
+}
+
+inline std::string appendingComponent(const std::string& path, const std::string& component) {
+  if (path == "") return putTogether(takenApart(component));
+  Path parts = takenApart(path);
+  for (const std::string& name : takenApart(component).names) parts.names.push_back(name);
+  return putTogether(parts);
+}
+
+inline std::string deletingLastComponent(const std::string& path) {
+  Path parts = takenApart(path);
+  if (!parts.names.empty()) parts.names.pop_back();
+  return putTogether(parts);
+}
+
+inline std::string lastComponent(const std::string& path) {
+  const Path parts = takenApart(path);
+  if (!parts.names.empty()) return parts.names.back();
+  return parts.absolute ? "/" : "";
+}
+
+inline std::vector<std::string> components(const std::string& path) {
+  const Path parts = takenApart(path);
+  std::vector<std::string> all;
+  if (parts.absolute) all.push_back("/");
+  for (const std::string& name : parts.names) all.push_back(name);
+  if (!parts.names.empty() && path.back() == '/') all.push_back("/");
+  return all;
+}
+
+}  // namespace installer::model
