@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "platform/Path.h"
+#include "platform/Platform.h"
 #include "util/Characters.h"
 #include "util/PropertyEscapes.h"
 
@@ -12,7 +13,6 @@ namespace {
 
 constexpr std::size_t kEscapeLength = 6;  // backslash, "u" and four places
 constexpr std::string_view kPlaceholder = "%@";
-constexpr std::string_view kVolumes = "/Volumes";
 
 std::optional<unsigned> hexDigitValue(char16_t unit) {
   if (unit >= u'0' && unit <= u'9') return unit - u'0';
@@ -111,13 +111,14 @@ std::string StringUtil::addQuotesToString(std::string_view string) {
 
 std::optional<std::string> StringUtil::getVolume(const std::optional<std::string>& path) {
   if (!path) return std::nullopt;
+  const std::string& volumes = Platform::current().paths.volumes;
   std::string folder = path::expandingTilde(*path);
   std::string parent = path::deletingLastComponent(folder);
-  while (parent != kVolumes && parent != "/" && !parent.empty()) {
+  while (parent != volumes && parent != "/" && !parent.empty()) {
     folder = parent;
     parent = path::deletingLastComponent(folder);
   }
-  if (parent != kVolumes) return "/";
+  if (parent != volumes) return "/";
   return path::appendingComponent(parent, path::lastComponent(folder));
 }
 
