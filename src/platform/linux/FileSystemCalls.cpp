@@ -1,0 +1,84 @@
+#include "platform/posix/FileSystemCalls.h"
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <stdio.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+
+namespace installer::syscalls {
+
+namespace {
+
+// Since Linux 6.6, the same number on every architecture that matters; the C library's headers may
+// be older than the kernel.
+constexpr long kChangeModeCall = 452;
+
+bool isFolder(int folder, const char* name) {
+  struct stat status {};
+  return ::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
+}
+
+// For file systems that cannot keep an existing entry by themselves. A file gets a second name
+// first, which fails on an existing one; a folder can at worst take the place of an empty folder.
+int renameInSteps(int fromFolder, const char* from, int toFolder, const char* to) {
+  if (!isFolder(fromFolder, from)) {
+    if (::linkat(fromFolder, from, toFolder, to, 0) != 0) return -1;
+    return ::unlinkat(fromFolder, from, 0);
+  }
+  struct stat status {};
+  if (::fstatat(toFolder, to, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    return ::renameat(fromFolder, from, toFolder, to);
+  }
+  errno = EEXIST;
+  return -1;
+}
+
+}  // namespace
+
+int renameKeepingExisting(int fromFolder, const char* from, int toFolder, const char* to) {
+  if (::renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE) == 0) return 0;
+  if (errno != EINVAL && errno != ENOSYS) return -1;
+  return renameInSteps(fromFolder, from, toFolder, to);
+}
+
+int flushFileSystem(int folder) {
+  return ::syncfs(folder);
+}
+
+int flushFile(int file) {
+  return ::fsync(file);
+}
+
+ssize_t copyRange(int from, int to, std::size_t length) {
+  return ::copy_file_range(from, nullptr, to, nullptr, length, 0);
+}
+
+int openItem(int folder, const char* name) {
+  return ::openat(folder, name, O_PATH | O_NOFOLLOW | O_CLOEXEC);
+}
+
+int changeOwnerOfItem(int item, uid_t owner, gid_t group) {
+  return ::fchownat(item, "", owner, group, AT_EMPTY_PATH);
+}
+
+int changeModeOfItem(int item, mode_t mode) {
+  if (::syscall(kChangeModeCall, item, "", mode, AT_EMPTY_PATH) == 0) return 0;
+  // An older kernel, or a container's filter, does not know the call. The name below leads to the
+  // very item of the descriptor.
+  const std::string name = "/proc/self/fd/" + std::to_string(item);
+  return ::chmod(name.c_str(), mode);
+}
+
+int openFolderAbove(int folder) {
+  return ::openat(folder, "..", O_PATH | O_DIRECTORY | O_CLOEXEC);
+}
+
+timespec modificationTime(const struct stat& status) {
+  return status.st_mtim;
+}
+
+}  // namespace installer::syscalls

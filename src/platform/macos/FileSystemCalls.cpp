@@ -1,0 +1,50 @@
+#include "platform/posix/FileSystemCalls.h"
+
+#include <fcntl.h>
+#include <stdio.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace installer::syscalls {
+
+int renameKeepingExisting(int fromFolder, const char* from, int toFolder, const char* to) {
+  return ::renameatx_np(fromFolder, from, toFolder, to, RENAME_EXCL);
+}
+
+// There is no flush of one file system by descriptor; a full flush empties the volume's cache.
+int flushFileSystem(int folder) {
+  return flushFile(folder);
+}
+
+int flushFile(int file) {
+  if (::fcntl(file, F_FULLFSYNC) == 0) return 0;
+  return ::fsync(file);
+}
+
+ssize_t copyRange(int, int, std::size_t) {
+  errno = ENOSYS;
+  return -1;
+}
+
+int openItem(int folder, const char* name) {
+  return ::openat(folder, name, O_EVTONLY | O_SYMLINK | O_NONBLOCK | O_CLOEXEC);
+}
+
+int changeOwnerOfItem(int item, uid_t owner, gid_t group) {
+  return ::fchown(item, owner, group);
+}
+
+int changeModeOfItem(int item, mode_t mode) {
+  return ::fchmod(item, mode);
+}
+
+int openFolderAbove(int folder) {
+  return ::openat(folder, "..", O_SEARCH | O_CLOEXEC);
+}
+
+timespec modificationTime(const struct stat& status) {
+  return status.st_mtimespec;
+}
+
+}  // namespace installer::syscalls

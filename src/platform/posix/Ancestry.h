@@ -1,0 +1,29 @@
+#pragma once
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <compare>
+#include <optional>
+#include <set>
+
+namespace installer {
+
+// Which item it is, whatever its names.
+struct FileIdentity {
+  dev_t device = 0;
+  ino_t inode = 0;
+
+  auto operator<=>(const FileIdentity&) const = default;
+};
+
+FileIdentity identityOf(const struct stat& status);
+std::optional<FileIdentity> identityOf(int file);
+
+// The open folder and all folders above it up to the root; nullopt when the way up is barred.
+std::optional<std::set<FileIdentity>> ancestryOf(int folder);
+
+// Whether the open folder is the other one or below it; nullopt when the way up is barred.
+std::optional<bool> isInside(int folder, const FileIdentity& other);
+
+}  // namespace installer

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "platform/posix/Descriptor.h"
+
+namespace installer {
+
+// The bytes of the open file from its offset to its end; nullopt when it cannot be read, is not
+// open, or holds more than `maximum` bytes.
+std::optional<std::string> readWhole(const Descriptor& file, std::size_t maximum);
+
+}  // namespace installer

@@ -1,0 +1,51 @@
+#include "platform/posix/FolderLock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <cerrno>
+#include <map>
+#include <utility>
+
+#include "platform/posix/Ancestry.h"
+#include "platform/posix/Opening.h"
+
+namespace installer {
+
+namespace {
+
+// Kept open, and locked with that, until the process ends.
+std::map<FileIdentity, Descriptor>& heldFolders() {
+  static std::map<FileIdentity, Descriptor> folders;
+  return folders;
+}
+
+int tryLock(int folder, int operation) {
+  int result = 0;
+  do {
+    result = ::flock(folder, operation);
+  } while (result != 0 && errno == EINTR);
+  return result == 0 ? 0 : errno;
+}
+
+bool waitForLock(int folder, void (*onWait)()) {
+  const int error = tryLock(folder, LOCK_EX | LOCK_NB);
+  if (error != EWOULDBLOCK) return error == 0;
+  if (onWait != nullptr) onWait();
+  return tryLock(folder, LOCK_EX) == 0;
+}
+
+}  // namespace
+
+bool lockFolder(const std::string& folder, void (*onWait)()) {
+  if (!isUsablePath(folder)) return false;
+  Descriptor descriptor = openFolderFollowingLinks(AT_FDCWD, folder);
+  const auto identity = identityOf(descriptor.get());
+  if (!identity) return false;
+  if (heldFolders().contains(*identity)) return true;
+  if (!waitForLock(descriptor.get(), onWait)) return false;
+  heldFolders().emplace(*identity, std::move(descriptor));
+  return true;
+}
+
+}  // namespace installer

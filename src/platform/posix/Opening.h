@@ -1,0 +1,48 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/posix/Descriptor.h"
+
+namespace installer {
+
+// Where an entry is: the open folder that holds it, and its name there.
+struct Place {
+  Descriptor folder;
+  std::string name;  // never empty, holds no slash
+  int error = 0;     // why there is no folder
+
+  bool usable() const { return folder.valid(); }
+};
+
+// A path as the system can take it: a zero byte would silently cut it short.
+bool isUsablePath(std::string_view path);
+
+// Without trailing slashes, so that a link named with one is the link itself. "/" stays.
+std::string withoutTrailingSlashes(std::string_view path);
+
+// Opens the folder that holds the last component of `path`.
+Place openPlace(const std::string& path);
+
+// Opens as openat() does, close-on-exec and tried again after a signal. Invalid with errno set.
+Descriptor openEntry(int folder, const std::string& name, int flags, mode_t mode = 0);
+
+// Opens a folder for listing and as an anchor; a link in the last component is refused or followed.
+Descriptor openFolder(int folder, const std::string& name);
+Descriptor openFolderFollowingLinks(int folder, const std::string& name);
+
+// Opens a regular file for reading without ever waiting; anything else is refused unopened, with
+// errno EINVAL. A link in the last component is refused or followed.
+Descriptor openRegularFile(int folder, const std::string& name);
+Descriptor openRegularFileFollowingLinks(int folder, const std::string& name);
+
+// The status of the entry itself, not of what a link leads to. nullopt with errno set.
+std::optional<struct stat> statusOf(int folder, const std::string& name);
+std::optional<struct stat> statusFollowingLinks(int folder, const std::string& name);
+std::optional<struct stat> statusOf(const Descriptor& file);
+
+}  // namespace installer

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "platform/posix/PosixFileManager.h"
+
+namespace installer::test {
+
+// The real file manager, which refuses the changes that a test picks and remembers the others.
+class FailingFileManager : public PosixFileManager {
+ public:
+  using PosixFileManager::PosixFileManager;
+
+  // The next change of this kind fails with the error number; later ones go on.
+  void failNext(FileOperation operation, int error) {
+    _kind = operation;
+    _kindError = error;
+  }
+
+  // The n-th change from now on (1 is the next) fails, whatever its kind; later ones go on.
+  void failAt(std::size_t number, int error) {
+    _number = _operations.size() + number;
+    _numberError = error;
+  }
+
+  // From now on every change of this kind fails, until stopFailing().
+  void failAlways(FileOperation operation, int error) {
+    _alwaysKind = operation;
+    _alwaysError = error;
+  }
+
+  void stopFailing() {
+    _kind.reset();
+    _alwaysKind.reset();
+    _number = 0;
+  }
+
+  // True once a failure asked for with failNext() or failAt() has happened.
+  bool hasFailed() const { return _hasFailed; }
+
+  // Every change that was asked for, refused ones included, in order.
+  const std::vector<FileOperation>& operations() const { return _operations; }
+
+ protected:
+  int refusal(FileOperation operation) override {
+    _operations.push_back(operation);
+    if (_alwaysKind == operation) return _alwaysError;
+    if (_number == _operations.size()) return refuse(_numberError);
+    if (_kind != operation) return 0;
+    _kind.reset();
+    return refuse(_kindError);
+  }
+
+ private:
+  int refuse(int error) {
+    _hasFailed = true;
+    return error;
+  }
+
+  std::optional<FileOperation> _kind;
+  int _kindError = 0;
+  std::optional<FileOperation> _alwaysKind;
+  int _alwaysError = 0;
+  std::size_t _number = 0;  // 0: none
+  int _numberError = 0;
+  bool _hasFailed = false;
+  std::vector<FileOperation> _operations;
+};
+
+}  // namespace installer::test
