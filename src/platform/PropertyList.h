@@ -1,9 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -77,9 +79,13 @@ inline constexpr std::size_t kMaximumObjects = 1'000'000;
 // when `bytes` is not a property list, is damaged, or exceeds the bounds above.
 std::optional<Value> parse(std::string_view bytes);
 
+// The same for a list whose root is a dictionary; nullopt for any other root, too.
+std::optional<Dictionary> parseDictionary(std::string_view bytes);
+
 // The XML form, UTF-8, one element a line, tab-indented, with a line feed at the end. nullopt when
 // the value cannot be told in XML without loss (a control character in a text, say): the bytes are
-// read back and compared before they are handed out.
+// read back and compared before they are handed out. The one loss accepted is a date's part of a
+// second: the whole second in which the date lies is written. Years end with 9999.
 std::optional<std::string> serialize(const Value& value);
 
 // Reads the file at `path` as a list whose root is a dictionary. nullopt when there is no regular

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/PropertyList.h"
+
+// Dates as XML property lists tell them: "2013-03-05T09:07:00Z", years 0001 to 9999.
+namespace installer::PropertyList {
+
+// nullopt for any other form and for a day or time that does not exist.
+std::optional<Date> dateFromText(std::string_view text);
+
+// The whole second in which the date lies; nullopt when it has no four-digit year.
+std::optional<std::string> textFromDate(const Date& date);
+
+}  // namespace installer::PropertyList
