@@ -35,6 +35,11 @@ class Properties {
 
  private:
   friend class Configuration;
+
+  // Takes the entries from the bytes of the file; none, after one warning line, when they are
+  // absent or no dictionary list.
+  void load(const std::optional<std::string>& bytes, const std::string& file);
+
   std::optional<PropertyList::Dictionary> _dict;
   std::optional<std::string> _file;  // "~" expanded
 };

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <set>
+#include <string>
+
 #include "platform/FixedPaths.h"
 
 namespace installer {
@@ -25,6 +28,9 @@ struct Platform {
   UserContext* users = nullptr;
   Clock* clock = nullptr;
   FixedPaths paths;
+
+  // Log lines that one run writes only once and has written.
+  std::set<std::string> saidOnce;
 
   // The platform in force: the real one unless a ScopedPlatform is alive.
   static Platform& current();

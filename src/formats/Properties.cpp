@@ -1,0 +1,57 @@
+#include "formats/Properties.h"
+
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "platform/Path.h"
+#include "platform/Platform.h"
+
+namespace installer {
+
+Properties::Properties() : _dict(PropertyList::Dictionary()) {}
+
+Properties::Properties(const std::string& file) {
+  FileManager& files = *Platform::current().files;
+  std::string expanded = path::expandingTilde(file);
+  if (!files.exists(expanded)) return;
+  load(files.read(expanded), expanded);
+  _file = std::move(expanded);
+}
+
+void Properties::load(const std::optional<std::string>& bytes, const std::string& file) {
+  if (bytes) _dict = PropertyList::parseDictionary(*bytes);
+  if (!_dict) log(LogLevel::warning, "Not able to read the property list {}.", file);
+}
+
+std::optional<std::string> Properties::getPropertyForKey(
+    const std::optional<std::string>& key) const {
+  if (!_dict || !key) return std::nullopt;
+  return PropertyList::textForKey(*_dict, *key);
+}
+
+bool Properties::setProperty(const std::optional<std::string>& value,
+                             const std::optional<std::string>& forKey) {
+  if (!_dict || !forKey) return false;
+  if (value)
+    _dict->set(*forKey, *value);
+  else
+    _dict->remove(*forKey);
+  return true;
+}
+
+void Properties::removePropertyForKey(const std::optional<std::string>& key) {
+  if (_dict && key) _dict->remove(*key);
+}
+
+void Properties::removeAllProperties() {
+  if (_dict) _dict->clear();
+}
+
+bool Properties::savePropertiesToFile(const std::optional<std::string>& path) const {
+  if (!_dict) return false;
+  const std::optional<std::string> target = path ? path::expandingTilde(*path) : _file;
+  // Callers carry on whatever the disk says; what they stored is lost then.
+  if (target) (void)PropertyList::writeDictionary(*_dict, *target);
+  return true;
+}
+
+}  // namespace installer
