@@ -11,7 +11,7 @@ namespace installer {
 // A provisioning manifest: the XML document that tells the platform which features to install or
 // remove. Everything that is not changed here (comments, processing instructions, CDATA, entity
 // references, the declared encoding, the order of attributes) is written back as it was read; only
-// the indentation is new.
+// the indentation is new. An element's or attribute's name counts as it is written, prefix and all.
 class InstallManifest {
  public:
   static constexpr const char* DOMAIN_OBJECT = "domain-object";

@@ -1,0 +1,117 @@
+#include "formats/InstallManifest.h"
+
+#include <libxml/tree.h>
+
+#include <string_view>
+#include <utility>
+
+#include "formats/ManifestFeatures.h"
+#include "formats/XmlDocument.h"
+#include "platform/FileManager.h"
+#include "platform/Platform.h"
+#include "util/Characters.h"
+#include "util/StringUtil.h"
+
+namespace installer {
+
+namespace {
+
+// No location is longer; beyond it entities are somebody's attempt to fill the memory.
+constexpr std::size_t kMaximumValue = std::size_t{1} << 20;  // bytes
+
+std::string_view textOf(const xmlChar* text) {
+  return text == nullptr ? std::string_view() : reinterpret_cast<const char*>(text);
+}
+
+// Locations hold the bytes of paths, XML holds characters: what is no UTF-8 counts as Latin-1.
+std::string asCharacters(std::string_view bytes) {
+  std::string text;
+  for (std::size_t at = 0; at < bytes.size();) {
+    const DecodedCharacter decoded = decodeCharacter(bytes, at);
+    appendCharacter(decoded.character, text);
+    at += decoded.length;
+  }
+  return text;
+}
+
+xmlAttr* urlOf(const xmlNode* feature) {
+  for (xmlAttr* attribute = feature->properties; attribute != nullptr; attribute = attribute->next)
+    if (attribute->ns == nullptr && textOf(attribute->name) == InstallManifest::URL_NODE)
+      return attribute;
+  return nullptr;
+}
+
+// Appends the value that the pieces have once their entity references are replaced; false when it
+// grows too long.
+bool appendValue(const xmlNode* pieces, std::string& value) {
+  for (const xmlNode* piece = pieces; piece != nullptr; piece = piece->next) {
+    const bool isReference = piece->type == XML_ENTITY_REF_NODE;
+    if (isReference && piece->children != nullptr) {
+      if (!appendValue(piece->children->children, value)) return false;
+    } else if (!isReference) {
+      value += textOf(piece->content);
+    }
+    if (value.size() > kMaximumValue) return false;
+  }
+  return true;
+}
+
+std::optional<std::string> valueOf(const xmlAttr* attribute) {
+  std::string value;
+  if (!appendValue(attribute->children, value)) return std::nullopt;
+  return value;
+}
+
+std::string replaceRoot(std::string_view text, std::string_view replacement) {
+  return StringUtil::stringByReplacingOccurrencesOfString(text, InstallManifest::INSTALLER_ROOT,
+                                                          replacement);
+}
+
+void replaceInPieces(const xmlAttr* url, std::string_view replacement) {
+  for (xmlNode* piece = url->children; piece != nullptr; piece = piece->next) {
+    if (piece->type != XML_TEXT_NODE) continue;
+    const std::string text = replaceRoot(textOf(piece->content), replacement);
+    xmlNodeSetContent(piece, BAD_CAST text.c_str());
+  }
+}
+
+// Entity references in the value stay as they are, unless the placeholder stands in one of them or
+// reaches across: then the value is written out.
+void replaceInUrl(xmlAttr* url, std::string_view replacement) {
+  const std::optional<std::string> before = valueOf(url);
+  replaceInPieces(url, replacement);
+  if (!before) return;
+  const std::string wanted = replaceRoot(*before, replacement);
+  if (valueOf(url) != wanted) xmlSetProp(url->parent, url->name, BAD_CAST wanted.c_str());
+}
+
+}  // namespace
+
+void InstallManifest::DocumentDeleter::operator()(_xmlDoc* document) const {
+  xml::DocumentDeleter()(document);
+}
+
+InstallManifest::InstallManifest(std::string file) : _pathToManifest(std::move(file)) {
+  const std::optional<std::string> bytes = Platform::current().files->read(_pathToManifest);
+  if (!bytes) return;
+  _document.reset(xml::parse(*bytes).release());
+  if (_document) xml::reindent(*_document);
+}
+
+bool InstallManifest::replaceInstallerRootWith(const std::string& replacement) {
+  if (!_document) return false;
+  const std::optional<std::vector<_xmlNode*>> features = manifestFeatures(*_document);
+  if (!features) return false;
+  const std::string characters = asCharacters(replacement);
+  for (const xmlNode* feature : *features)
+    if (xmlAttr* url = urlOf(feature)) replaceInUrl(url, characters);
+  return true;
+}
+
+bool InstallManifest::saveInstallManifestAs(const std::optional<std::string>& path) const {
+  if (!_document) return false;
+  const std::optional<std::string> bytes = xml::serialize(*_document);
+  return bytes && Platform::current().files->write(path.value_or(_pathToManifest), *bytes);
+}
+
+}  // namespace installer
