@@ -1,0 +1,10 @@
+#include <string>
+#include <vector>
+
+#include "driver/Installer.h"
+#include "platform/posix/ProcessSetup.h"
+
+int main(int argc, char* argv[]) {
+  installer::setUpProcess();
+  return installer::runInstaller(std::vector<std::string>(argv, argv + argc));
+}
