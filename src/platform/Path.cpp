@@ -66,7 +66,7 @@ std::vector<std::string> components(std::string_view path) {
     if (end > start) result.emplace_back(path.substr(start, end - start));
     start = end + 1;
   }
-  if (path.back() == '/' && result.size() > 1) result.emplace_back("/");
+  if (path.back() == '/' && result.back() != "/") result.emplace_back("/");
   return result;
 }
 
