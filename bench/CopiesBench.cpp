@@ -1,0 +1,67 @@
+#include <benchmark/benchmark.h>
+
+#include "Benchmarks.h"
+#include "util/InstallUtil.h"
+
+namespace installer::bench {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A copy changes what the next one would find, so each benchmark copies once.
+void registerOnce(const std::string& name, void (*copy)(benchmark::State&, const BenchData&, int),
+                  const BenchData& data, int size) {
+  benchmark::RegisterBenchmark(
+      name.c_str(), [&data, copy, size](benchmark::State& state) { copy(state, data, size); })
+      ->Iterations(1)
+      ->Unit(benchmark::kMillisecond)
+      ->UseRealTime();
+}
+
+void prepareSource(const BenchData& data, int size) {
+  if (!data.own()) return;
+  fs::remove_all(data.live());
+  fs::create_directories(data.live());
+  fs::copy(data.data() / "tree" / std::to_string(size), data.live() / "src",
+           fs::copy_options::recursive);
+}
+
+void freshCopy(benchmark::State& state, const BenchData& data, int size) {
+  prepareSource(data, size);
+  for (auto _ : state)
+    if (!InstallUtil::copyFolderFrom(data.live() / "src", data.live() / "copy"))
+      state.SkipWithError("not copied");
+}
+
+void mergeCopy(benchmark::State& state, const BenchData& data, int size) {
+  prepareSource(data, size);
+  if (data.own()) fs::copy(data.live() / "src", data.live() / "copy", fs::copy_options::recursive);
+  for (auto _ : state)
+    benchmark::DoNotOptimize(
+        InstallUtil::copyFolderFrom(data.live() / "src", data.live() / "copy"));
+}
+
+// `size` is that of each of the twenty files.
+void bigCopy(benchmark::State& state, const BenchData& data, int size) {
+  const fs::path copy = data.data() / "bigcopy";
+  if (data.own()) fs::remove_all(copy);
+  for (auto _ : state)
+    if (!InstallUtil::copyFolderFrom(data.data() / "big" / ("20x" + std::to_string(size)), copy))
+      state.SkipWithError("not copied");
+}
+
+}  // namespace
+
+void registerCopies(const BenchData& data) {
+  for (const int size : data.sizes("tree", "", "")) {
+    registerOnce("fresh_copy/" + std::to_string(size), freshCopy, data, size);
+    registerOnce("merge_copy/" + std::to_string(size), mergeCopy, data, size);
+  }
+  for (const int size : data.sizes("big", "20x", "")) {
+    // A total that twenty does not divide was rounded down; its benchmark has both names.
+    for (int total = size * 20; total < size * 20 + 20; ++total)
+      registerOnce("fresh_copy/big" + std::to_string(total), bigCopy, data, size);
+  }
+}
+
+}  // namespace installer::bench

@@ -1,0 +1,31 @@
+#include <benchmark/benchmark.h>
+
+#include "Benchmarks.h"
+#include "formats/JavaProperties.h"
+
+namespace installer::bench {
+
+// Loads a file, takes a second one over and saves the result elsewhere, so that the next iteration
+// starts from the same files.
+static void propertiesRoundtrip(benchmark::State& state, const BenchData& data, int size) {
+  const std::string file = data.data() / "props" / std::to_string(size);
+  const std::string saved = data.live() / "out.properties";
+  for (auto _ : state) {
+    JavaProperties properties(file + ".properties");
+    const JavaProperties merged(file + ".merge.properties");
+    for (const std::string& key : merged.propertyNames())
+      properties.setProperty(merged.getPropertyForKey(key), key);
+    if (!properties.savePropertiesToFile(saved)) state.SkipWithError("not saved");
+  }
+}
+
+void registerProperties(const BenchData& data) {
+  for (const int size : data.sizes("props", "", ".merge.properties"))
+    benchmark::RegisterBenchmark(
+        ("properties_roundtrip/" + std::to_string(size)).c_str(),
+        [&data, size](benchmark::State& state) { propertiesRoundtrip(state, data, size); })
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+}
+
+}  // namespace installer::bench
