@@ -1,0 +1,397 @@
+#include "platform/posix/PosixChildProcesses.h"
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+
+#include "support/ChildRecords.h"
+#include "support/ScopedDescriptor.h"
+#include "support/ScopedVariable.h"
+#include "support/TemporaryFolder.h"
+
+namespace installer::test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
+
+std::size_t countOpenDescriptors() {
+  return static_cast<std::size_t>(
+      std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
+}
+
+// A signal of this process, handled otherwise for a while.
+class ScopedAction {
+ public:
+  ScopedAction(int signal, void (*handler)(int)) : _signal(signal) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    sigaction(signal, &action, &_previous);
+  }
+  ScopedAction(const ScopedAction&) = delete;
+  ScopedAction& operator=(const ScopedAction&) = delete;
+  ~ScopedAction() { sigaction(_signal, &_previous, nullptr); }
+
+ private:
+  const int _signal;
+  struct sigaction _previous {};
+};
+
+class ScopedLimit {
+ public:
+  ScopedLimit(__rlimit_resource_t resource, rlim_t limit) : _resource(resource) {
+    getrlimit(resource, &_previous);
+    const rlimit lowered{limit, _previous.rlim_max};
+    setrlimit(resource, &lowered);
+  }
+  ScopedLimit(const ScopedLimit&) = delete;
+  ScopedLimit& operator=(const ScopedLimit&) = delete;
+  ~ScopedLimit() { setrlimit(_resource, &_previous); }
+
+ private:
+  const __rlimit_resource_t _resource;
+  rlimit _previous{};
+};
+
+void passOver(int) {}
+
+class PosixChildProcessesTest : public ::testing::Test {
+ protected:
+  void script(const std::string& lines) { _folder.makeFile("child-helper.script", lines); }
+
+  Command helper(std::vector<std::string> arguments = {}) {
+    return {childHelper(), std::move(arguments)};
+  }
+
+  void run(const Command& command) {
+    std::string reason;
+    const auto child = _children.start(command, &reason);
+    ASSERT_TRUE(child.has_value()) << reason;
+    _children.wait(*child);
+  }
+
+  ChildRecord onlyRecord() {
+    const std::vector<ChildRecord> records = childRecords(_folder.path());
+    EXPECT_THAT(records, SizeIs(1));
+    return records.empty() ? ChildRecord() : records.front();
+  }
+
+  // No child is left, ended or not.
+  static void expectNoChildren() {
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
+  }
+
+  std::string reasonFor(const Command& command) {
+    std::string reason;
+    EXPECT_EQ(_children.start(command, &reason), std::nullopt);
+    return reason;
+  }
+
+  TemporaryFolder _folder;
+  ScopedVariable _variable{"CHILD_HELPER_DIR", _folder.path()};
+  PosixChildProcesses _children;
+};
+
+// --- start and wait ------------------------------------------------------------------------------
+
+TEST_F(PosixChildProcessesTest, ArgumentsReachTheChildAsTheyAre) {
+  const std::vector<std::string> arguments = {
+      "",          "a b",  "$HOME *", "\"quoted\" 'too'", "back\\slash", "two\nlines",
+      "M\xC3\xBC", "\xFF", "-x=1"};
+
+  run(helper(arguments));
+
+  EXPECT_EQ(onlyRecord().executable, childHelper());
+  EXPECT_THAT(onlyRecord().arguments, ElementsAreArray(arguments));
+}
+
+TEST_F(PosixChildProcessesTest, AChildHoldsStandardInputAndTheNullDeviceOnly) {
+  const std::string input = _folder.makeFile("input", "");
+  const ScopedDescriptor standardInput(STDIN_FILENO, input, O_RDONLY);
+  const ScopedDescriptor standardOutput(STDOUT_FILENO, _folder.path("output"), O_RDWR | O_CREAT);
+  const int inheritable = open(input.c_str(), O_RDONLY);
+  const int high = fcntl(inheritable, F_DUPFD, 200);
+
+  run(helper());
+  close(inheritable);
+  close(high);
+
+  EXPECT_THAT(onlyRecord().descriptors, ElementsAre("0 " + input, "1 /dev/null", "2 /dev/null"));
+}
+
+TEST_F(PosixChildProcessesTest, AChildMayWriteToItsNullDevice) {
+  script("print\tx\nerror\tx\nwrite\t" + _folder.path("done") + "\n");
+
+  run(helper());
+
+  EXPECT_TRUE(std::filesystem::exists(_folder.path("done")));
+}
+
+TEST_F(PosixChildProcessesTest, AChildHasDefaultSignalHandling) {
+  const ScopedAction pipe(SIGPIPE, SIG_IGN);
+  const ScopedAction size(SIGXFSZ, SIG_IGN);
+  const ScopedAction interrupt(SIGINT, SIG_IGN);
+  const ScopedAction user(SIGUSR2, SIG_IGN);
+  const ScopedAction last(SIGRTMAX, SIG_IGN);
+  sigset_t blocked;
+  sigset_t previous;
+  sigemptyset(&blocked);
+  for (const int signal : {SIGTERM, SIGCHLD, SIGUSR1, SIGRTMIN}) sigaddset(&blocked, signal);
+  sigprocmask(SIG_BLOCK, &blocked, &previous);
+
+  run(helper());
+  sigprocmask(SIG_SETMASK, &previous, nullptr);
+
+  EXPECT_THAT(onlyRecord().ignored, IsEmpty());
+  EXPECT_THAT(onlyRecord().blocked, IsEmpty());
+}
+
+TEST_F(PosixChildProcessesTest, AChildInheritsEnvironmentFolderMaskAndUser) {
+  const ScopedVariable variable("HOTFIX_TEST_VARIABLE", "a value");
+  const mode_t mask = umask(027);
+
+  run(helper());
+  umask(mask);
+
+  EXPECT_THAT(onlyRecord().environment, Contains("HOTFIX_TEST_VARIABLE=a value"));
+  EXPECT_EQ(onlyRecord().directory, std::filesystem::current_path().string());
+  EXPECT_EQ(onlyRecord().mask, "27");
+  EXPECT_EQ(onlyRecord().user, std::to_string(geteuid()));
+}
+
+TEST_F(PosixChildProcessesTest, StartReturnsWhileTheChildRuns) {
+  script("await\t" + _folder.path("go") + "\nwrite\t" + _folder.path("done") + "\tdone\n");
+
+  const auto child = _children.start(helper(), nullptr);
+  ASSERT_TRUE(child.has_value());
+  const bool wasDone = std::filesystem::exists(_folder.path("done"));
+  _folder.makeFile("go", "");
+  _children.wait(*child);
+
+  EXPECT_FALSE(wasDone);
+  EXPECT_EQ(_folder.content("done"), "done");
+}
+
+TEST_F(PosixChildProcessesTest, WaitLeavesNoChildBehind) {
+  run(helper());
+
+  expectNoChildren();
+}
+
+TEST_F(PosixChildProcessesTest, WaitReturnsHoweverTheChildEnds) {
+  for (const char* ending : {"exit\t3\n", "kill\t15\n", "kill\t9\n"}) {
+    script(ending);
+
+    run(helper());
+
+    expectNoChildren();
+  }
+}
+
+TEST_F(PosixChildProcessesTest, SignalsDoNotCutTheWaitShort) {
+  const ScopedAction action(SIGUSR1, passOver);
+  script("signal-parent\t10\t50\nwrite\t" + _folder.path("done") + "\n");
+
+  run(helper());
+
+  EXPECT_TRUE(std::filesystem::exists(_folder.path("done")));
+  expectNoChildren();
+}
+
+TEST_F(PosixChildProcessesTest, WaitingForNobodyReturns) {
+  _children.wait(getpid());
+
+  expectNoChildren();
+}
+
+TEST_F(PosixChildProcessesTest, ExecutablesAreNotLookedUp) {
+  EXPECT_EQ(reasonFor({"sh", {}}), "No such file or directory");
+}
+
+TEST_F(PosixChildProcessesTest, ARelativeExecutableCountsFromTheWorkingFolder) {
+  const std::string relative = std::filesystem::relative(childHelper()).string();
+
+  run({relative, {}});
+
+  EXPECT_EQ(onlyRecord().executable, relative);
+}
+
+TEST_F(PosixChildProcessesTest, WhatCannotBeExecutedIsTold) {
+  EXPECT_EQ(reasonFor({_folder.makeFile("plain", "", 0644), {}}), "Permission denied");
+  EXPECT_EQ(reasonFor({_folder.path(), {}}), "Permission denied");
+  EXPECT_EQ(reasonFor({_folder.makeFile("text", "echo x\n", 0755), {}}), "Exec format error");
+  EXPECT_EQ(reasonFor({"", {}}), "No such file or directory");
+  EXPECT_EQ(reasonFor(helper({std::string(1 << 20, 'x')})), "Argument list too long");
+}
+
+TEST_F(PosixChildProcessesTest, AFailedStartLeavesNothingBehind) {
+  const std::size_t descriptors = countOpenDescriptors();
+
+  (void)reasonFor({"/nowhere/tool", {}});
+
+  EXPECT_EQ(countOpenDescriptors(), descriptors);
+  expectNoChildren();
+}
+
+// --- firstLine -----------------------------------------------------------------------------------
+
+struct LineCase {
+  std::string name;
+  std::string script;
+  std::optional<std::string> expected;
+};
+
+class FirstLineTest : public PosixChildProcessesTest,
+                      public ::testing::WithParamInterface<LineCase> {};
+
+TEST_P(FirstLineTest, IsCutAtTheLineFeed) {
+  script(GetParam().script);
+
+  EXPECT_EQ(_children.firstLine(helper()), GetParam().expected);
+
+  expectNoChildren();
+}
+
+const std::vector<LineCase> kLineCases = {
+    {"OneLine", "print\t/java\\n\n", "/java"},
+    {"TwoLines", "print\ta\\nb\\n\n", "a"},
+    {"NoLineFeed", "print\ta\n", "a"},
+    {"EmptyLine", "print\t\\n\n", ""},
+    {"EmptyLineBeforeAnother", "print\t\\nb\\n\n", ""},
+    {"Nothing", "exit\t0\n", std::nullopt},
+    {"ErrorOutputOnly", "error\ta\\n\n", std::nullopt},
+    {"InPieces", "print\ta\nprint\tb\nprint\tc\\n\n", "abc"},
+    {"CarriageReturnStays", "print\ta\\x0d\\n\n", "a\r"},
+    {"LineBeforeFailure", "print\ta\\n\nexit\t1\n", "a"},
+    {"LineBeforeKill", "print\ta\\n\nkill\t9\n", "a"},
+    {"OneBelowTheLimit", "fill\t1021\nprint\t\\n\n", std::string(1021, 'x')},
+    {"TheLimit", "fill\t1022\nprint\t\\n\n", std::string(1022, 'x')},
+    {"OneAboveTheLimit", "fill\t1023\nprint\t\\n\n", std::string(1022, 'x')},
+    {"TheLimitWithoutLineFeed", "fill\t1022\n", std::string(1022, 'x')},
+    {"FarAboveTheLimit", "fill\t1000000\n", std::string(1022, 'x')},
+    {"TheLimitInPieces", "fill\t1000\nfill\t23\n", std::string(1022, 'x')},
+};
+
+INSTANTIATE_TEST_SUITE_P(Lines, FirstLineTest, ::testing::ValuesIn(kLineCases),
+                         [](const auto& test) { return test.param.name; });
+
+TEST_F(PosixChildProcessesTest, FirstLineGivesTheChildAPipeAndTheNullDevice) {
+  const ScopedDescriptor standardInput(STDIN_FILENO, "/dev/zero", O_RDONLY);
+  script("print\ta\\n\n");
+
+  EXPECT_EQ(_children.firstLine(helper({"--failfast"})), "a");
+
+  EXPECT_THAT(onlyRecord().descriptors,
+              ElementsAre("0 /dev/zero", StartsWith("1 pipe:"), "2 /dev/null"));
+  EXPECT_THAT(onlyRecord().arguments, ElementsAre("--failfast"));
+}
+
+TEST_F(PosixChildProcessesTest, FirstLineWaitsForTheChildsEnd) {
+  script("print\ta\\n\nwrite\t" + _folder.path("done") + "\n");
+
+  EXPECT_EQ(_children.firstLine(helper()), "a");
+
+  EXPECT_TRUE(std::filesystem::exists(_folder.path("done")));
+}
+
+TEST_F(PosixChildProcessesTest, AChildThatGoesOnPrintingIsStopped) {
+  const ScopedAction action(SIGPIPE, SIG_IGN);
+  script("print\ta\\n\nfill\t1000000\nwrite\t" + _folder.path("done") + "\n");
+
+  EXPECT_EQ(_children.firstLine(helper()), "a");
+
+  EXPECT_FALSE(std::filesystem::exists(_folder.path("done")));
+  expectNoChildren();
+}
+
+TEST_F(PosixChildProcessesTest, SignalsDoNotCutTheLineShort) {
+  const ScopedAction action(SIGUSR1, passOver);
+  script("print\ta\nsignal-parent\t10\t50\nprint\tb\\n\n");
+
+  EXPECT_EQ(_children.firstLine(helper()), "ab");
+}
+
+TEST_F(PosixChildProcessesTest, FirstLineLeavesNoDescriptorOpen) {
+  const std::size_t descriptors = countOpenDescriptors();
+  script("print\ta\\n\n");
+
+  EXPECT_EQ(_children.firstLine(helper()), "a");
+  EXPECT_EQ(_children.firstLine({"/nowhere/tool", {}}), std::nullopt);
+
+  EXPECT_EQ(countOpenDescriptors(), descriptors);
+}
+
+TEST_F(PosixChildProcessesTest, WithoutAPipeThereIsNoFirstLineAndNoStart) {
+  script("print\ta\\n\n");
+  std::optional<std::string> line;
+  {
+    const ScopedLimit limit(RLIMIT_NOFILE, 1);
+    line = _children.firstLine(helper());
+  }
+
+  EXPECT_EQ(line, std::nullopt);
+  EXPECT_THAT(childRecords(_folder.path()), IsEmpty());
+}
+
+// --- shell ---------------------------------------------------------------------------------------
+
+TEST_F(PosixChildProcessesTest, ShellAnswersTheWaitStatus) {
+  const int exited = _children.shell("exit 3");
+  const int killed = _children.shell("kill -9 $$");
+
+  EXPECT_TRUE(WIFEXITED(exited));
+  EXPECT_EQ(WEXITSTATUS(exited), 3);
+  EXPECT_TRUE(WIFSIGNALED(killed));
+  EXPECT_EQ(WTERMSIG(killed), SIGKILL);
+  EXPECT_EQ(_children.shell(""), 0);
+}
+
+TEST_F(PosixChildProcessesTest, ShellUnderstandsTheWholeText) {
+  EXPECT_EQ(
+      _children.shell("cd '" + _folder.path() + "' && echo 'a  b' | cat > out; echo c >> out"), 0);
+
+  EXPECT_EQ(_folder.content("out"), "a  b\nc\n");
+}
+
+TEST_F(PosixChildProcessesTest, ShellTakesAHyphenForACommand) {
+  const int status = _children.shell("-v 2>/dev/null; exit 5");
+
+  EXPECT_EQ(WEXITSTATUS(status), 5);
+}
+
+TEST_F(PosixChildProcessesTest, ShellInheritsOutputAndError) {
+  {
+    const ScopedDescriptor output(STDOUT_FILENO, _folder.path("out"), O_WRONLY | O_CREAT);
+    const ScopedDescriptor error(STDERR_FILENO, _folder.path("err"), O_WRONLY | O_CREAT);
+    (void)_children.shell("echo to output; echo to error >&2");
+  }
+
+  EXPECT_EQ(_folder.content("out"), "to output\n");
+  EXPECT_EQ(_folder.content("err"), "to error\n");
+}
+
+TEST_F(PosixChildProcessesTest, ShellHoldsNoOtherDescriptor) {
+  const int inheritable = open("/dev/zero", O_RDONLY);
+
+  (void)_children.shell("'" + childHelper() + "'");
+  close(inheritable);
+
+  EXPECT_THAT(onlyRecord().descriptors, SizeIs(3));
+}
+
+TEST_F(PosixChildProcessesTest, AShellThatCannotBeStartedAnswersMinusOne) {
+  EXPECT_EQ(_children.shell(std::string(1 << 20, ' ')), -1);
+}
+
+}  // namespace
+}  // namespace installer::test
