@@ -1,0 +1,18 @@
+#include "support/CapturedLog.h"
+
+#include <ostream>
+
+#include "platform/posix/TraceLine.h"
+
+namespace installer::test {
+
+void CapturedLog::write(LogLevel level, std::string_view message) {
+  _lines.push_back({level, std::string(message)});
+  _files.write(level, escapedMessage(message));
+}
+
+void PrintTo(const LogLine& line, std::ostream* stream) {
+  *stream << '<' << static_cast<int>(line.level) << "> " << ::testing::PrintToString(line.text);
+}
+
+}  // namespace installer::test

@@ -1,0 +1,128 @@
+#include "platform/posix/LogFiles.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "support/FakeClock.h"
+#include "support/TemporaryFolder.h"
+
+namespace installer::test {
+namespace {
+
+class LogFilesTest : public ::testing::Test {
+ protected:
+  ~LogFilesTest() override {
+    for (const int descriptor : _opened) close(descriptor);
+  }
+
+  int open(const std::string& name, int flags = O_WRONLY | O_CREAT) {
+    _opened.push_back(::open(_folder.path(name).c_str(), flags, 0600));
+    return _opened.back();
+  }
+
+  static std::string line(const std::string& time, const std::string& rest) {
+    char host[256] = {};
+    gethostname(host, sizeof host - 1);
+    return time + " " + host + " HotfixInstaller[" + std::to_string(getpid()) + "] " + rest + "\n";
+  }
+
+  TemporaryFolder _folder;
+  FakeClock _clock;
+  LogFiles _files{_clock};
+  std::vector<int> _opened;
+};
+
+TEST_F(LogFilesTest, EachLineTellsTheTimeOfItsWriting) {
+  ASSERT_EQ(_files.add(open("log")), 0);
+
+  _clock.set(2024, 3, 9, 14, 5, 7);
+  _files.write(LogLevel::info, "first");
+  _clock.set(2025, 12, 31, 23, 59, 59);
+  _files.write(LogLevel::error, "second");
+
+  EXPECT_EQ(_folder.content("log"),
+            line("Mar  9 14:05:07", "<Info>: first") + line("Dec 31 23:59:59", "<Error>: second"));
+}
+
+TEST_F(LogFilesTest, EveryFileGetsEveryLine) {
+  _files.add(open("one"));
+  _files.write(LogLevel::info, "first");
+  _files.add(open("two"));
+  _files.write(LogLevel::info, "second");
+
+  EXPECT_EQ(_folder.content("one"),
+            line("Mar  9 14:05:07", "<Info>: first") + line("Mar  9 14:05:07", "<Info>: second"));
+  EXPECT_EQ(_folder.content("two"), line("Mar  9 14:05:07", "<Info>: second"));
+}
+
+TEST_F(LogFilesTest, ARemovedFileGetsNothingMoreAndStaysOpen) {
+  const int one = open("one");
+  const int two = open("two");
+  _files.add(one);
+  _files.add(two);
+
+  _files.remove(one);
+  _files.write(LogLevel::info, "text");
+
+  EXPECT_EQ(_folder.content("one"), "");
+  EXPECT_NE(_folder.content("two"), "");
+  EXPECT_GE(fcntl(one, F_GETFD), 0);
+}
+
+TEST_F(LogFilesTest, RemovingWhatWasNeverAddedChangesNothing) {
+  _files.add(open("log"));
+
+  _files.remove(12345);
+  _files.write(LogLevel::info, "text");
+
+  EXPECT_EQ(_folder.content("log"), line("Mar  9 14:05:07", "<Info>: text"));
+}
+
+TEST_F(LogFilesTest, AFileAddedTwiceGetsEachLineOnce) {
+  const int file = open("log");
+
+  EXPECT_EQ(_files.add(file), 0);
+  EXPECT_EQ(_files.add(file), 0);
+  _files.write(LogLevel::info, "text");
+
+  EXPECT_EQ(_folder.content("log"), line("Mar  9 14:05:07", "<Info>: text"));
+}
+
+TEST_F(LogFilesTest, AClosedDescriptorIsRefused) {
+  EXPECT_EQ(_files.add(12345), -1);
+  EXPECT_EQ(_files.add(-1), -1);
+}
+
+TEST_F(LogFilesTest, AFileThatCannotBeWrittenLosesItsLinesOnly) {
+  open("readable");
+  _files.add(open("readable", O_RDONLY));
+  _files.add(open("full", O_WRONLY | O_CREAT));
+  ASSERT_EQ(_files.add(::open("/dev/full", O_WRONLY)), 0);
+  _files.add(open("log"));
+
+  _files.write(LogLevel::info, "text");
+
+  EXPECT_EQ(_folder.content("log"), line("Mar  9 14:05:07", "<Info>: text"));
+}
+
+// A packet pipe keeps writes apart, so a second write of a line would show as a second packet.
+TEST_F(LogFilesTest, ALineIsOneWrite) {
+  int ends[2] = {-1, -1};
+  ASSERT_EQ(pipe2(ends, O_DIRECT), 0);
+  _files.add(ends[1]);
+
+  _files.write(LogLevel::notice, "a long enough text");
+  char packet[512] = {};
+  const ssize_t length = read(ends[0], packet, sizeof packet);
+  close(ends[0]);
+  close(ends[1]);
+
+  EXPECT_EQ(std::string(packet, static_cast<std::size_t>(length)),
+            line("Mar  9 14:05:07", "<Notice>: a long enough text"));
+}
+
+}  // namespace
+}  // namespace installer::test
