@@ -1,0 +1,18 @@
+#include "support/FakeProcessTable.h"
+
+namespace installer::test {
+
+std::vector<std::string> FakeProcessTable::valuesForKey(std::string_view key) {
+  if (key == kExecutableKey) return _executables;
+  std::vector<std::string> names;
+  if (key != kNameKey) return names;
+  for (const std::string& path : _executables) names.push_back(path.substr(path.rfind('/') + 1));
+  return names;
+}
+
+std::string FakeProcessTable::asReported(const std::string& path) {
+  const auto found = _reported.find(path);
+  return found != _reported.end() ? found->second : path;
+}
+
+}  // namespace installer::test

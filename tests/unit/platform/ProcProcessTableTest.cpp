@@ -1,0 +1,223 @@
+#include "platform/linux/ProcProcessTable.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+#include "platform/posix/PosixChildProcesses.h"
+#include "support/ChildRecords.h"
+#include "support/FakeProcessTable.h"
+#include "support/ScopedVariable.h"
+#include "support/TemporaryFolder.h"
+
+namespace installer::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using ::testing::Contains;
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+using ::testing::UnorderedElementsAre;
+
+constexpr std::string_view kExecutable = ProcessTable::kExecutableKey;
+constexpr std::string_view kName = ProcessTable::kNameKey;
+
+// --- Contract ------------------------------------------------------------------------------------
+
+struct Kind {
+  std::string name;
+  std::function<std::unique_ptr<ProcessTable>(const std::string& self)> make;
+};
+
+std::unique_ptr<ProcessTable> makeFake(const std::string& self) {
+  auto table = std::make_unique<FakeProcessTable>();
+  table->add("/sbin/init");
+  table->add(self);
+  return table;
+}
+
+class ProcessTableContractTest : public ::testing::TestWithParam<Kind> {
+ protected:
+  const std::string _self = fs::read_symlink("/proc/self/exe").string();
+  std::unique_ptr<ProcessTable> _table = GetParam().make(_self);
+};
+
+TEST_P(ProcessTableContractTest, TellsThisProcessByItsPath) {
+  EXPECT_THAT(_table->valuesForKey("CFBundleExecutable"), Contains(_self));
+  EXPECT_THAT(_table->valuesForKey(kExecutable), Each(StartsWith("/")));
+}
+
+TEST_P(ProcessTableContractTest, TellsThisProcessByItsFileName) {
+  EXPECT_THAT(_table->valuesForKey("CFBundleName"), Contains(fs::path(_self).filename().string()));
+  EXPECT_THAT(_table->valuesForKey(kName), Each(Not(::testing::HasSubstr("/"))));
+}
+
+TEST_P(ProcessTableContractTest, KnowsNoOtherKey) {
+  EXPECT_THAT(_table->valuesForKey("CFBundleIdentifier"), IsEmpty());
+  EXPECT_THAT(_table->valuesForKey(""), IsEmpty());
+  EXPECT_THAT(_table->valuesForKey("cfbundleexecutable"), IsEmpty());
+}
+
+TEST_P(ProcessTableContractTest, ReportsAPathWhereNothingIsAsItIs) {
+  EXPECT_EQ(_table->asReported("/nowhere/at/../all"), "/nowhere/at/../all");
+  EXPECT_EQ(_table->asReported(""), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, ProcessTableContractTest,
+                         ::testing::Values(Kind{"Real",
+                                                [](const std::string&) {
+                                                  return std::make_unique<ProcProcessTable>();
+                                                }},
+                                           Kind{"Fake", makeFake}),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(FakeProcessTableTest, ReportsPathsAsToldTo) {
+  FakeProcessTable table;
+
+  table.report("/link", "/target");
+
+  EXPECT_EQ(table.asReported("/link"), "/target");
+}
+
+// --- The real table on running programs ----------------------------------------------------------
+
+class RunningProgramTest : public ::testing::Test {
+ protected:
+  ~RunningProgramTest() override {
+    _folder.makeFile("go", "");
+    if (_child) _children.wait(*_child);
+  }
+
+  // Runs a copy of the helper until the end of the test; returns when it is known to be up.
+  std::string runCopy(const std::string& name) {
+    const std::string copy = _folder.path(name);
+    fs::copy_file(childHelper(), copy);
+    _folder.makeFile(fs::path(name).filename().string() + ".script",
+                     "write\t" + _folder.path("up") + "\nawait\t" + _folder.path("go") + "\n");
+    _child = _children.start({copy, {}}, nullptr);
+    while (_child && !std::filesystem::exists(_folder.path("up"))) sched_yield();
+    return copy;
+  }
+
+  TemporaryFolder _folder;
+  ScopedVariable _variable{"CHILD_HELPER_DIR", _folder.path()};
+  PosixChildProcesses _children;
+  std::optional<int> _child;
+  ProcProcessTable _table;
+};
+
+TEST_F(RunningProgramTest, IsListedByPathAndName) {
+  const std::string copy = runCopy("Quill mere");
+
+  EXPECT_THAT(_table.valuesForKey(kExecutable), Contains(copy));
+  EXPECT_THAT(_table.valuesForKey(kName), Contains("Quill mere"));
+}
+
+TEST_F(RunningProgramTest, KeepsItsPathWhenItsFileIsRemoved) {
+  const std::string copy = runCopy("Quillmere");
+
+  fs::remove(copy);
+
+  EXPECT_THAT(_table.valuesForKey(kExecutable), Contains(copy));
+  EXPECT_THAT(_table.valuesForKey(kName), Contains("Quillmere"));
+}
+
+TEST_F(RunningProgramTest, KeepsANameThatLooksRemoved) {
+  const std::string copy = runCopy("Quillmere (deleted)");
+
+  EXPECT_THAT(_table.valuesForKey(kExecutable), Contains(copy));
+}
+
+TEST_F(RunningProgramTest, LosesOneMarkOnlyWhenItLooksRemovedAndIs) {
+  const std::string copy = runCopy("Quillmere (deleted)");
+
+  fs::remove(copy);
+
+  EXPECT_THAT(_table.valuesForKey(kExecutable), Contains(copy));
+}
+
+TEST_F(RunningProgramTest, IsReportedWithLinksResolved) {
+  const std::string copy = runCopy("program");
+  _folder.makeLink("folder", _folder.path());
+
+  EXPECT_EQ(_table.asReported(_folder.path("folder/./program")), copy);
+  EXPECT_THAT(_table.valuesForKey(kExecutable), Contains(copy));
+}
+
+// --- A table of our own making -------------------------------------------------------------------
+
+class MadeTableTest : public ::testing::Test {
+ protected:
+  TemporaryFolder _folder;
+  ProcProcessTable _table{_folder.path()};
+};
+
+TEST_F(MadeTableTest, OnlyNumbersAreProcesses) {
+  _folder.makeLink("1/exe", "/sbin/init");
+  _folder.makeLink("4711/exe", "/bin/sh");
+  _folder.makeLink("self/exe", "/bin/self");
+  _folder.makeLink("12a/exe", "/bin/mixed");
+  _folder.makeLink("a12/exe", "/bin/mixed");
+  _folder.makeLink("10:/exe", "/bin/mixed");
+  _folder.makeLink("10./exe", "/bin/mixed");
+
+  EXPECT_THAT(_table.valuesForKey(kExecutable), UnorderedElementsAre("/sbin/init", "/bin/sh"));
+  EXPECT_THAT(_table.valuesForKey(kName), UnorderedElementsAre("init", "sh"));
+}
+
+TEST_F(MadeTableTest, EveryDigitMakesANumber) {
+  _folder.makeLink("1234567890/exe", "/bin/sh");
+
+  EXPECT_THAT(_table.valuesForKey(kExecutable), ElementsAre("/bin/sh"));
+}
+
+TEST_F(MadeTableTest, NamesAndPathsComeInTheSameOrder) {
+  for (const char* number : {"3", "20", "100"})
+    _folder.makeLink(std::string(number) + "/exe", std::string("/bin/") + number);
+
+  std::vector<std::string> names = _table.valuesForKey(kName);
+  for (std::string& name : names) name.insert(0, "/bin/");
+  EXPECT_EQ(_table.valuesForKey(kExecutable), names);
+}
+
+TEST_F(MadeTableTest, ProcessesWithoutExecutableAreLeftOut) {
+  _folder.makeFolder("2");
+  _folder.makeFile("3/exe", "no link");
+  _folder.makeLink("4/exe", "/bin/sh");
+
+  EXPECT_THAT(_table.valuesForKey(kExecutable), ElementsAre("/bin/sh"));
+}
+
+TEST_F(MadeTableTest, AMarkStaysWhileTheFileHasALink) {
+  const std::string file = _folder.makeFile("program (deleted)", "");
+  _folder.makeLink("5/exe", file);
+
+  EXPECT_THAT(_table.valuesForKey(kExecutable), ElementsAre(file));
+}
+
+TEST_F(MadeTableTest, AMarkStaysWhenTheFileCannotBeAsked) {
+  _folder.makeLink("5/exe", "/nowhere (deleted)");
+
+  EXPECT_THAT(_table.valuesForKey(kExecutable), ElementsAre("/nowhere (deleted)"));
+}
+
+TEST_F(MadeTableTest, AnExecutableWithoutFolderIsItsOwnName) {
+  _folder.makeLink("5/exe", "program");
+
+  EXPECT_THAT(_table.valuesForKey(kName), ElementsAre("program"));
+}
+
+TEST_F(MadeTableTest, NoTableHasNoProcesses) {
+  ProcProcessTable table(_folder.path("nowhere"));
+
+  EXPECT_THAT(table.valuesForKey(kExecutable), IsEmpty());
+}
+
+}  // namespace
+}  // namespace installer::test
