@@ -1,0 +1,71 @@
+# shellcheck shell=bash
+# shellcheck disable=SC2034,SC2154 # shared with story.sh
+# The main job, step by step, on the sample instance whose launcher is our own program.
+# Sourced by demo after story.sh.
+
+hotfix() { sample/make-hotfix --version "$1" "${@:3}" "$stage/$2"; }
+
+tellStory() {
+  local first second broken third
+  app=$(sample/make-instance --programs build/release/sample "$stage/Applications")
+  rcpHome=$app/Contents/MacOS/rcp
+  first=$(hotfix 6.2.3.1 hotfix-1)
+  second=$(hotfix 6.2.3.2 hotfix-2 --layout flat)
+  broken=$(hotfix 6.2.3.3 hotfix-3-broken --without-feature)
+  third=$(hotfix 6.2.3.3 hotfix-3)
+
+  step "A hotfix is installed" \
+    "Manifests, settings, key stores and extras arrive; the launcher adds the feature."
+  runInstaller 0 0 "$first" "$stage/Applications"
+  expectHotfix 6.2.3.1
+  expectMarker no
+  askApplication
+  expectApplicationSays "hotfix 6.2.3.1 is active"
+
+  step "It is upgraded to a newer one" \
+    "The old one is removed first, by the uninstall manifest that its package left."
+  runInstaller 0 0 "$second" "$stage/Applications"
+  expectInTrace "Found another hot fix, uninstall it before installing the new hot fix"
+  expectHotfix 6.2.3.2
+  askApplication
+  expectApplicationSays "hotfix 6.2.3.2 is active"
+  expectApplicationSilentAbout "hotfix 6.2.3.1"
+
+  step "The same one is installed again" \
+    "An equal version is never refused: it is removed and installed anew."
+  runInstaller 0 0 "$second" "$stage/Applications"
+  expectHotfix 6.2.3.2
+  askApplication
+  expectApplicationSays "hotfix 6.2.3.2 is active"
+
+  step "A lower one is refused" \
+    "Code 7 and the marker file; the instance is cleaned up and keeps its hotfix."
+  runInstaller 1 7 "$first" "$stage/Applications"
+  expectHotfix 6.2.3.2
+  expectMarker yes
+  askApplication
+  expectApplicationSays "hotfix 6.2.3.2 is active"
+
+  step "A running application is not touched" "Code 6 and the marker file."
+  startApplication
+  runInstaller 1 6 "$third" "$stage/Applications"
+  endApplication
+  expectHotfix 6.2.3.2
+  expectMarker yes
+
+  step "Provisioning fails" \
+    "The site lacks the feature. The old hotfix is gone by then, the application still runs." \
+    "No check failed, hence code 0 and no marker file: only the status tells."
+  runInstaller 1 0 "$broken" "$stage/Applications"
+  expectHotfix none
+  expectMarker no
+  askApplication
+  expectApplicationSays "feature com.quillmere.platform_6.2.3"
+  expectApplicationSilentAbout "com.quillmere.hotfix"
+
+  step "The repaired hotfix is installed" "Nothing of the failure is in the way."
+  runInstaller 0 0 "$third" "$stage/Applications"
+  expectHotfix 6.2.3.3
+  askApplication
+  expectApplicationSays "hotfix 6.2.3.3 is active"
+}

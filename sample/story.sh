@@ -1,0 +1,214 @@
+# shellcheck shell=bash
+# shellcheck disable=SC2154 # set by the caller and its story
+# Tells a run of the installer to a person: the command, what it answered, what it left behind and
+# what it changed. Every run has an expected outcome; a different one ends the story with status 1.
+# Sourced, never started. The caller sets "installer", the path of the built program; its story sets
+# "app", the instance's application bundle, and "rcpHome".
+
+traceFile=/tmp/install_trace.log
+recordFile=/tmp/INSTALLATION_INTERNAL_PASTEBOARD
+markerFile=/tmp/quillmere.hotfix.error
+configurationFile=/tmp/com.kiv.rcp.platform.internal.configuration
+
+if [[ -t 1 ]]; then bold=$'\e[1m' plain=$'\e[0m'; else bold='' plain=''; fi
+stepNumber=0
+children=()
+
+storyFails() {
+  printf '\n%sNOT AS EXPECTED: %s%s\n' "$bold" "$1" "$plain" >&2
+  exit 1
+}
+
+# openStage FOLDER: an empty folder for the instance, the packages and the notes of the runs.
+openStage() {
+  stage=$1
+  rm -rf "$stage"
+  mkdir -p "$stage/notes"
+  trap closeStage EXIT
+}
+
+closeStage() {
+  local child
+  for child in "${children[@]}"; do kill "$child" 2>/dev/null || true; done
+}
+
+# Files of another user in /tmp stay as they are: what they say would not be about our runs.
+requireOwnTraces() {
+  local file foreign=()
+  ((EUID != 0)) || return 0
+  for file in "$traceFile" "$recordFile" "$markerFile" "$configurationFile"; do
+    [[ ! -e $file || -O $file ]] || foreign+=("$file")
+  done
+  ((${#foreign[@]} == 0)) || storyFails "left by another user's run, remove first: ${foreign[*]}"
+}
+
+# step TITLE [LINE...]: what comes now, and what to look for.
+step() {
+  stepNumber=$((stepNumber + 1))
+  printf '\n%s== %s. %s%s\n' "$bold" "$stepNumber" "$1" "$plain"
+  shift
+  (($# == 0)) || printf '   %s\n' "$@"
+}
+
+row() { printf '  %-10s %s\n' "$1" "$2"; }
+
+# rows NAME: the lines of standard input, the name before the first.
+rows() {
+  local name=$1 line
+  while IFS= read -r line; do
+    row "$name" "$line"
+    name=''
+  done
+}
+
+# plistValues FILE KEY: the texts under a key of one of our XML property lists, one a line.
+plistValues() {
+  [[ -r $1 ]] || return 0
+  tr -d '\n\t' <"$1" | sed -e 's/</\n</g' | awk -v key="$2" '
+    /^<key>/ { inside = substr($0, 6) == key; next }
+    inside && /^<(string|integer)>/ { sub(/^<[a-z]*>/, ""); print }
+    inside && /^<(true|false)\/>/ { gsub(/[<\/>]/, ""); print }' |
+    sed -e 's/&lt;/</g' -e 's/&gt;/>/g' -e 's/&quot;/"/g' -e "s/&apos;/'/g" -e 's/&amp;/\&/g'
+}
+
+# snapshot FOLDER: kind, mode, owner and content of everything below it, one tab-separated line each.
+snapshot() {
+  (
+    cd "$1" || exit
+    find . -type f -print0 | LC_ALL=C sort -z | xargs -0 -r sha256sum -z |
+      tr '\0' '\n' | sed -e 's/^\([0-9a-f]*\)  \(.*\)$/\2\t\1/'
+    find . -mindepth 1 ! -type f -printf '%p\t%y%l\n'
+  ) | LC_ALL=C sort
+}
+
+attributes() { find "$1" -printf '%P\t%m %u:%g\n' | LC_ALL=C sort; }
+
+# showChanges BEFORE AFTER: "+" added, "-" removed, "~" changed; a folder stands for what is in it.
+showChanges() {
+  awk -F '\t' '
+    function parentOf(path) { sub(/\/[^\/]*$/, "", path); return path }
+    FNR == NR { before[$1] = $2; next }
+    { after[$1] = $2 }
+    END {
+      for (path in after) {
+        if (!(path in before)) {
+          if ((parentOf(path) in before) || parentOf(path) == ".") print path "\t+"
+        } else if (before[path] != after[path]) print path "\t~"
+      }
+      for (path in before) {
+        if (!(path in after) && ((parentOf(path) in after) || parentOf(path) == ".")) print path "\t-"
+      }
+    }' "$1" "$2" | LC_ALL=C sort | awk -F '\t' '{ sub(/^\.\//, "", $1); print $2 " " $1 }'
+}
+
+# What the trace says beyond its informational lines, each text once, with how often it came.
+traceProblems() {
+  [[ -r $traceFile ]] || return 0
+  sed -n -e 's/^.*HotfixInstaller\[[0-9]*\] \(<\(Warning\|Error\)>: .*\)$/\1/p' "$traceFile" |
+    awk '!($0 in count) { order[++n] = $0 } { ++count[$0] }
+         END { for (i = 1; i <= n; ++i) print order[i] (count[order[i]] > 1 ? "  (" count[order[i]] " times)" : "") }'
+}
+
+showRecord() {
+  local details
+  details=$(plistValues "$recordFile" ERROR_DETAILS | sed -e 's/.*/"&"/' | paste -s -d , -)
+  row record "ERROR_CODE $1, ERROR_DETAILS [$details]"
+  if [[ -e $markerFile ]]; then row marker "$markerFile exists"; else row marker none; fi
+}
+
+showVersions() {
+  local info=$rcpHome/installInfo.plist key value line=''
+  for key in version hotfixVersion SKIPRUNNINGCHECK installedHotfixBundleID; do
+    value=$(plistValues "$info" "$key")
+    line+="${line:+, }$key ${value:-none}"
+  done
+  row recorded "$line"
+}
+
+# runInstaller STATUS CODE ARGUMENT...: one run on the instance "app" and what became of it.
+runInstaller() {
+  local wantedStatus=$1 wantedCode=$2 status=0 code changed
+  shift 2
+  rm -f "$markerFile"
+  snapshot "$app" >"$stage/notes/before"
+  attributes "$app" >"$stage/notes/attributes-before"
+  row command "$(printf '%q ' "${installer#"$PWD"/}" "${@/#"$PWD"\//}")"
+  "$installer" "$@" >"$stage/notes/output" || status=$?
+  snapshot "$app" >"$stage/notes/after"
+  attributes "$app" >"$stage/notes/attributes-after"
+
+  rows printed <"$stage/notes/output"
+  row status "$status"
+  code=$(plistValues "$recordFile" ERROR_CODE)
+  showRecord "${code:-unknown}"
+  showVersions
+  showChanges "$stage/notes/before" "$stage/notes/after" | rows changed
+  changed=$(awk -F '\t' 'FNR == NR { before[$1] = $2; next }
+    ($1 in before) && before[$1] != $2' "$stage/notes/attributes-before" \
+    "$stage/notes/attributes-after" | wc -l)
+  ((changed == 0)) || row '' "and new owner, group or mode for $changed items that stayed"
+  traceProblems | rows trace
+
+  ((status == wantedStatus)) || storyFails "exit status $status instead of $wantedStatus"
+  [[ $code == "$wantedCode" ]] || storyFails "error code $code instead of $wantedCode"
+}
+
+# The checks behind a run; each says what it found.
+expectHotfix() {
+  local recorded
+  recorded=$(plistValues "$rcpHome/installInfo.plist" hotfixVersion)
+  [[ ${recorded:-none} == "$1" ]] || storyFails "hotfix ${recorded:-none} is recorded instead of $1"
+}
+
+expectMarker() {
+  [[ $(test -e "$markerFile" && echo yes || echo no) == "$1" ]] ||
+    storyFails "the marker file $markerFile should be there: $1"
+}
+
+expectInTrace() {
+  grep -q -F -e "$1" "$traceFile" || storyFails "the trace does not say \"$1\""
+}
+
+# What the application itself says about its features.
+askApplication() {
+  "$app/Contents/MacOS/Quillmere" >"$stage/notes/application" || storyFails "the application fails"
+  grep -v '^up, ' "$stage/notes/application" | rows runs
+}
+
+expectApplicationSays() {
+  grep -q -F -e "$1" "$stage/notes/application" || storyFails "the application does not say \"$1\""
+}
+
+expectApplicationSilentAbout() {
+  ! grep -q -F -e "$1" "$stage/notes/application" || storyFails "the application still says \"$1\""
+}
+
+# Starts the application and goes on once it is up.
+startApplication() {
+  local line
+  coproc application { exec "$app/Contents/MacOS/Quillmere" --stay 60; }
+  # shellcheck disable=SC2154 # set by coproc
+  applicationProcess=$application_PID
+  children+=("$applicationProcess")
+  while IFS= read -r line <&"${application[0]}"; do
+    [[ $line != up,* ]] || break
+  done
+  row started "${app#"$PWD"/}/Contents/MacOS/Quillmere, process $applicationProcess"
+}
+
+endApplication() {
+  kill "$applicationProcess"
+  wait "$applicationProcess" 2>/dev/null || true
+  children=()
+}
+
+# What stays behind.
+closingWords() {
+  local file
+  printf '\n%sAll %s steps went as expected.%s\n' "$bold" "$stepNumber" "$plain"
+  printf 'The instance and the packages are in %s.\n' "${stage#"$PWD"/}"
+  printf 'Outside the build tree there are only the files of the program itself:\n'
+  for file in "$traceFile" "$recordFile" "$markerFile" "$configurationFile"; do
+    if [[ -e $file ]]; then printf '  %s\n' "$file"; fi
+  done
+}
