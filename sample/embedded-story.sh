@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 # shellcheck disable=SC2034,SC2154 # shared with story.sh
 # The main job, step by step, on the sample instance whose launcher is our own program.
-# Sourced by demo after story.sh.
+# Sourced by tell-story.
 
 hotfix() { sample/make-hotfix --version "$1" "${@:3}" "$stage/$2"; }
 

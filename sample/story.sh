@@ -8,7 +8,8 @@
 traceFile=/tmp/install_trace.log
 recordFile=/tmp/INSTALLATION_INTERNAL_PASTEBOARD
 markerFile=/tmp/quillmere.hotfix.error
-configurationFile=/tmp/com.kiv.rcp.platform.internal.configuration
+programFiles=("$traceFile" "$recordFile" "$markerFile"
+  /tmp/com.kiv.rcp.platform.internal.configuration)
 
 if [[ -t 1 ]]; then bold=$'\e[1m' plain=$'\e[0m'; else bold='' plain=''; fi
 stepNumber=0
@@ -32,14 +33,14 @@ closeStage() {
   for child in "${children[@]}"; do kill "$child" 2>/dev/null || true; done
 }
 
-# Files of another user in /tmp stay as they are: what they say would not be about our runs.
-requireOwnTraces() {
+# The program's files in /tmp that another user has left and this one cannot replace.
+foreignTraces() {
   local file foreign=()
   ((EUID != 0)) || return 0
-  for file in "$traceFile" "$recordFile" "$markerFile" "$configurationFile"; do
-    [[ ! -e $file || -O $file ]] || foreign+=("$file")
+  for file in "${programFiles[@]}"; do
+    if [[ -e $file && ! -O $file ]]; then foreign+=("$file"); fi
   done
-  ((${#foreign[@]} == 0)) || storyFails "left by another user's run, remove first: ${foreign[*]}"
+  printf '%s' "${foreign[*]}"
 }
 
 # step TITLE [LINE...]: what comes now, and what to look for.
@@ -208,7 +209,7 @@ closingWords() {
   printf '\n%sAll %s steps went as expected.%s\n' "$bold" "$stepNumber" "$plain"
   printf 'The instance and the packages are in %s.\n' "${stage#"$PWD"/}"
   printf 'Outside the build tree there are only the files of the program itself:\n'
-  for file in "$traceFile" "$recordFile" "$markerFile" "$configurationFile"; do
+  for file in "${programFiles[@]}"; do
     if [[ -e $file ]]; then printf '  %s\n' "$file"; fi
   done
 }
