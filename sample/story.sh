@@ -208,7 +208,11 @@ closingWords() {
   local file
   printf '\n%sAll %s steps went as expected.%s\n' "$bold" "$stepNumber" "$plain"
   printf 'The instance and the packages are in %s.\n' "${stage#"$PWD"/}"
-  printf 'Outside the build tree there are only the files of the program itself:\n'
+  if [[ /tmp -ef $stage/../demo-tmp ]]; then
+    printf 'The files of the program itself are in build/demo-tmp:\n'
+  else
+    printf 'Outside the build tree there are only the files of the program itself:\n'
+  fi
   for file in "${programFiles[@]}"; do
     if [[ -e $file ]]; then printf '  %s\n' "$file"; fi
   done
