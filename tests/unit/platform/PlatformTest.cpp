@@ -1,0 +1,78 @@
+#include "platform/Platform.h"
+
+#include <gmock/gmock.h>
+
+#include "platform/linux/ProcProcessTable.h"
+#include "platform/linux/SyslogSystemLog.h"
+#include "platform/posix/FilePasteboard.h"
+#include "platform/posix/PosixChildProcesses.h"
+#include "platform/posix/PosixClock.h"
+#include "platform/posix/PosixFileManager.h"
+#include "platform/posix/PosixUserContext.h"
+#include "platform/posix/UserPreferences.h"
+
+namespace installer::test {
+namespace {
+
+TEST(PlatformTest, IsTheSystemsOwnAtFirst) {
+  Platform& platform = Platform::current();
+
+  EXPECT_NE(dynamic_cast<PosixFileManager*>(platform.files), nullptr);
+  EXPECT_NE(dynamic_cast<PosixChildProcesses*>(platform.children), nullptr);
+  EXPECT_NE(dynamic_cast<ProcProcessTable*>(platform.processes), nullptr);
+  EXPECT_NE(dynamic_cast<FilePasteboard*>(platform.pasteboard), nullptr);
+  EXPECT_NE(dynamic_cast<SyslogSystemLog*>(platform.log), nullptr);
+  EXPECT_NE(dynamic_cast<UserPreferences*>(platform.preferences), nullptr);
+  EXPECT_NE(dynamic_cast<PosixUserContext*>(platform.users), nullptr);
+  EXPECT_NE(dynamic_cast<PosixClock*>(platform.clock), nullptr);
+}
+
+TEST(PlatformTest, IsMadeOnce) {
+  EXPECT_EQ(&Platform::current(), &Platform::current());
+}
+
+TEST(PlatformTest, IsReplacedForAScope) {
+  Platform* const real = &Platform::current();
+  Platform other;
+  {
+    const ScopedPlatform scope(other);
+
+    EXPECT_EQ(&Platform::current(), &other);
+  }
+
+  EXPECT_EQ(&Platform::current(), real);
+}
+
+TEST(PlatformTest, ScopesNest) {
+  Platform outer;
+  Platform inner;
+  const ScopedPlatform outerScope(outer);
+  {
+    const ScopedPlatform innerScope(inner);
+
+    EXPECT_EQ(&Platform::current(), &inner);
+  }
+
+  EXPECT_EQ(&Platform::current(), &outer);
+}
+
+TEST(FixedPathsTest, AreWhatOtherProgramsExpect) {
+  const FixedPaths paths;
+
+  EXPECT_EQ(paths.traceFile, "/tmp/install_trace.log");
+  EXPECT_EQ(paths.errorMarker, "/tmp/quillmere.hotfix.error");
+  EXPECT_EQ(paths.pasteboard, "/tmp/INSTALLATION_INTERNAL_PASTEBOARD");
+  EXPECT_EQ(paths.internalConfiguration, "/tmp/com.kiv.rcp.platform.internal.configuration");
+  EXPECT_EQ(paths.staleResultPanel, "/tmp/qlm.config");
+  EXPECT_EQ(paths.stagingFolder, "/tmp/qlmcore2/");
+  EXPECT_EQ(paths.addonLogFolder, "/tmp");
+  EXPECT_EQ(paths.registrations, "/Library/Application Support/Velna");
+  EXPECT_EQ(paths.fallbackRcpHome, "/Applications/Quillmere.app/Contents/MacOS/rcp");
+  EXPECT_EQ(paths.javaAppletPlugin, "/Library/Internet Plug-Ins/JavaAppletPlugin.plugin/");
+  EXPECT_EQ(paths.javaHomeTool, "/usr/libexec/java_home");
+  EXPECT_EQ(paths.receiptTool, "/usr/sbin/pkgutil");
+  EXPECT_EQ(paths.volumes, "/Volumes");
+}
+
+}  // namespace
+}  // namespace installer::test

@@ -1,0 +1,87 @@
+#include "platform/linux/SyslogSystemLog.h"
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <syslog.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "support/FakeClock.h"
+
+// These definitions come before the C library's, so that the tests see what it would be given.
+namespace {
+
+std::vector<std::string> calls;
+
+void note(const char* format, std::va_list values, int priority) {
+  char text[256];
+  std::vsnprintf(text, sizeof text, format, values);
+  calls.push_back(fmt::format("{} {}", priority, text));
+}
+
+}  // namespace
+
+extern "C" {
+
+void openlog(const char* name, int options, int facility) {
+  calls.push_back(fmt::format("open {} {} {}", name, options, facility));
+}
+
+void syslog(int priority, const char* format, ...) {
+  std::va_list values;
+  va_start(values, format);
+  note(format, values, priority);
+  va_end(values);
+}
+
+void closelog() {
+  calls.emplace_back("close");
+}
+
+}  // extern "C"
+
+namespace installer::test {
+namespace {
+
+using ::testing::ElementsAre;
+
+class SyslogSystemLogTest : public ::testing::Test {
+ protected:
+  SyslogSystemLogTest() { calls.clear(); }
+
+  FakeClock _clock;
+};
+
+TEST_F(SyslogSystemLogTest, WritesUnderItsNameWithTheProcessNumber) {
+  { const SyslogSystemLog log(_clock); }
+
+  EXPECT_THAT(calls,
+              ElementsAre(fmt::format("open HotfixInstaller {} {}", LOG_PID, LOG_USER), "close"));
+}
+
+TEST_F(SyslogSystemLogTest, KeepsTheLevels) {
+  SyslogSystemLog log(_clock);
+  calls.clear();
+
+  log.write(LogLevel::error, "a");
+  log.write(LogLevel::warning, "b");
+  log.write(LogLevel::notice, "c");
+  log.write(LogLevel::info, "d");
+
+  EXPECT_THAT(calls, ElementsAre("3 a", "4 b", "5 c", "6 d"));
+}
+
+TEST_F(SyslogSystemLogTest, WritesMessagesEscapedAndNeverAsFormats) {
+  SyslogSystemLog log(_clock);
+  calls.clear();
+
+  log.write(LogLevel::info, "100 %s %n\x1b[1m\n");
+
+  EXPECT_THAT(calls, ElementsAre("6 100 %s %n\\x1b[1m"));
+}
+
+}  // namespace
+}  // namespace installer::test
