@@ -1,0 +1,557 @@
+#include "cli/CliSandbox.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sched.h>
+#include <signal.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/statvfs.h>
+#include <sys/syscall.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <ostream>
+#include <regex>
+#include <sstream>
+#include <utility>
+
+namespace installer::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+// --- The namespace of the whole test program
+// -------------------------------------------------------
+
+struct World {
+  std::string folder;  // a file system in memory, seen by this process alone
+  std::optional<std::string> refusal;
+  bool manyUsers = false;
+  int sandboxes = 0;
+};
+
+World& world() {
+  static World instance;
+  return instance;
+}
+
+bool writeWhole(const char* path, const std::string& text) {
+  const int file = open(path, O_WRONLY | O_CLOEXEC);
+  if (file < 0) return false;
+  const bool done = write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+  close(file);
+  return done;
+}
+
+// Real root needs no user namespace and keeps all user ids; anybody else becomes the root of one.
+bool enterNamespaces() {
+  const uid_t user = geteuid();
+  const gid_t group = getegid();
+  if (user == 0 && unshare(CLONE_NEWNS) == 0) return true;
+  if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
+  writeWhole("/proc/self/setgroups", "deny");
+  return writeWhole("/proc/self/uid_map", "0 " + std::to_string(user) + " 1\n") &&
+         writeWhole("/proc/self/gid_map", "0 " + std::to_string(group) + " 1\n");
+}
+
+bool canGiveAway(const std::string& folder) {
+  const std::string probe = folder + "/probe";
+  const int file = open(probe.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
+  const bool given = file >= 0 && fchown(file, CliSandbox::kAlice, CliSandbox::kAdmin) == 0;
+  close(file);
+  unlink(probe.c_str());
+  return given;
+}
+
+std::optional<std::string> buildWorld(World& made) {
+  char folder[] = "/tmp/hotfix-cli-XXXXXX";
+  if (mkdtemp(folder) == nullptr) return "no temporary folder: " + std::string(strerror(errno));
+  made.folder = folder;
+  if (!enterNamespaces())
+    return "no mount namespace (run as root, or allow user namespaces): " +
+           std::string(strerror(errno));
+  if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+      mount("tmpfs", folder, "tmpfs", MS_NODEV, "mode=0755") != 0)
+    return "no private file system: " + std::string(strerror(errno));
+  made.manyUsers = canGiveAway(made.folder);
+  return std::nullopt;
+}
+
+class WorldEnvironment : public ::testing::Environment {
+ public:
+  void SetUp() override { world().refusal = buildWorld(world()); }
+  void TearDown() override {
+    if (world().folder.empty()) return;
+    umount2(world().folder.c_str(), MNT_DETACH);
+    rmdir(world().folder.c_str());
+  }
+};
+
+const auto* const kEnvironment = ::testing::AddGlobalTestEnvironment(new WorldEnvironment);
+
+// --- One run: mounts, process 1, the program
+// -------------------------------------------------------
+
+[[noreturn]] void giveUp(const std::string& what) {
+  const std::string line = "sandbox: " + what + ": " + strerror(errno) + "\n";
+  (void)!write(2, line.data(), line.size());
+  _exit(126);
+}
+
+void bindFile(const std::string& source, const std::string& target) {
+  if (access(source.c_str(), F_OK) != 0) return;
+  close(open(target.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0755));
+  if (mount(source.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) != 0)
+    giveUp("bind " + source);
+}
+
+void bindReadOnly(const std::string& source, const std::string& target) {
+  fs::create_directories(target);
+  if (mount(source.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0)
+    giveUp("bind " + source);
+  struct statvfs status {};
+  statvfs(target.c_str(), &status);
+  unsigned long flags = MS_BIND | MS_REMOUNT | MS_RDONLY;
+  if ((status.f_flag & ST_NOSUID) != 0) flags |= MS_NOSUID;
+  if ((status.f_flag & ST_NODEV) != 0) flags |= MS_NODEV;
+  (void)mount(nullptr, target.c_str(), nullptr, flags, nullptr);
+}
+
+// The folders of shared libraries; on most systems those of the root are links into /usr.
+void bindLibraries(const std::string& root) {
+  for (const char* folder : {"/usr/lib", "/usr/lib64", "/usr/lib32"})
+    if (fs::is_directory(folder)) bindReadOnly(folder, root + folder);
+  for (const char* folder : {"/lib", "/lib64", "/lib32", "/bin"}) {
+    std::error_code ignored;
+    if (fs::is_symlink(folder)) {
+      fs::create_symlink(fs::read_symlink(folder), root + folder, ignored);
+    } else if (fs::is_directory(folder)) {
+      bindReadOnly(folder, root + folder);
+    }
+  }
+}
+
+// The build tree at its own path, for the counters of a build that measures coverage.
+void bindBuildTree(const std::string& root) {
+  const std::string tree = HOTFIX_BINARY_DIR;
+  if (tree.rfind("/tmp/", 0) == 0) return;
+  fs::create_directories(root + tree);
+  (void)mount(tree.c_str(), (root + tree).c_str(), nullptr, MS_BIND | MS_REC, nullptr);
+}
+
+void mountEverything(const std::string& root) {
+  bindLibraries(root);
+  bindBuildTree(root);
+  for (const char* device : {"null", "zero", "full", "random", "urandom"})
+    bindFile(std::string("/dev/") + device, root + "/dev/" + device);
+  bindFile("/bin/sh", root + "/usr/bin/sh");
+  bindFile("/etc/ld.so.cache", root + "/etc/ld.so.cache");
+  bindFile(HOTFIX_PROGRAM, root + CliSandbox::kProgram);
+  bindFile(HOTFIX_CHILDREN "/RecordedChild", root + CliSandbox::kChild);
+  const std::string proc = root + "/proc";
+  if (mount("proc", proc.c_str(), "proc", 0, nullptr) != 0 &&
+      mount("/proc", proc.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0)
+    giveUp("mount /proc");
+}
+
+std::vector<char*> pointers(std::vector<std::string>& texts) {
+  std::vector<char*> result;
+  for (std::string& text : texts) result.push_back(text.data());
+  result.push_back(nullptr);
+  return result;
+}
+
+[[noreturn]] void execute(std::vector<std::string> command, const RunOptions& options) {
+  std::vector<std::string> variables;
+  for (const auto& [name, value] : options.environment) variables.push_back(name + "=" + value);
+  const auto arguments = pointers(command);
+  const auto environment = pointers(variables);
+  execve(arguments[0], arguments.data(), environment.data());
+  giveUp("execute " + command[0]);
+}
+
+// Returns when the program has been started, so that the process list shows it.
+void startBackground(const std::vector<std::string>& command, const RunOptions& options) {
+  int started[2];
+  if (pipe2(started, O_CLOEXEC) != 0) giveUp("pipe");
+  if (fork() == 0) execute(command, options);
+  close(started[1]);
+  char nothing;
+  (void)!read(started[0], &nothing, 1);
+  close(started[0]);
+}
+
+[[noreturn]] void startProgram(const std::vector<std::string>& command, const RunOptions& options) {
+  if (chdir(options.directory.c_str()) != 0) giveUp("enter " + options.directory);
+  if (options.user) {
+    if (setgroups(0, nullptr) != 0 || setgid(*options.user) != 0 || setuid(*options.user) != 0)
+      giveUp("become another user");
+  }
+  if (options.fileSizeLimit) {
+    const rlimit limit{static_cast<rlim_t>(*options.fileSizeLimit),
+                       static_cast<rlim_t>(*options.fileSizeLimit)};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  umask(options.mask);
+  for (const int descriptor : options.closedDescriptors) close(descriptor);
+  execute(command, options);
+}
+
+struct Ends {
+  int input, out, err, report;
+};
+
+// Process 1 of the run: whatever is left ends with it.
+[[noreturn]] void beInit(const std::string& root, const std::vector<std::string>& command,
+                         const RunOptions& options, const Ends& ends) {
+  dup2(ends.input, 0);
+  dup2(ends.out, 1);
+  dup2(ends.err, 2);
+  umask(0);
+  mountEverything(root);
+  if (chroot(root.c_str()) != 0 || chdir("/") != 0) giveUp("change root");
+  for (const auto& program : options.background) startBackground(program, options);
+  const pid_t program = fork();
+  if (program == 0) startProgram(command, options);
+  int status = 0;
+  pid_t ended = 0;
+  while ((ended = wait(&status)) != program && ended > 0) continue;
+  (void)!write(ends.report, &status, sizeof status);
+  _exit(0);
+}
+
+// A descriptor to read the whole input from.
+int inputFrom(const std::string& text) {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) return -1;
+  (void)!write(ends[1], text.data(), text.size());
+  close(ends[1]);
+  return ends[0];
+}
+
+void drain(int descriptor, std::string& into, bool& open) {
+  char buffer[65536];
+  const ssize_t length = read(descriptor, buffer, sizeof buffer);
+  if (length > 0) into.append(buffer, static_cast<std::size_t>(length));
+  if (length <= 0) open = false;
+}
+
+// The socket takes few lines before its writers block, so it is emptied while the program runs.
+void drainLog(int descriptor, std::vector<std::string>& into) {
+  char buffer[8192];
+  for (ssize_t length = 0; (length = recv(descriptor, buffer, sizeof buffer, MSG_DONTWAIT)) > 0;) {
+    std::string line(buffer, static_cast<std::size_t>(length));
+    while (!line.empty() && (line.back() == '\0' || line.back() == '\n')) line.pop_back();
+    into.push_back(line);
+  }
+}
+
+int exitStatus(int status) {
+  return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+std::string kindOf(const struct stat& status) {
+  if (S_ISLNK(status.st_mode)) return "link";
+  if (S_ISDIR(status.st_mode)) return "folder";
+  if (S_ISREG(status.st_mode)) return "file";
+  return "other";
+}
+
+}  // namespace
+
+RunOptions& RunOptions::set(const std::string& variable, const std::string& value) {
+  environment[variable] = value;
+  return *this;
+}
+
+RunOptions& RunOptions::unset(const std::string& variable) {
+  environment.erase(variable);
+  return *this;
+}
+
+RunResult RunningProgram::finish() {
+  RunResult result;
+  using Clock = std::chrono::steady_clock;
+  const auto end = Clock::now() + _limit;
+  bool outOpen = true, errOpen = true, reportOpen = true;
+  std::string report;
+  bool late = false;
+  while (outOpen || errOpen || reportOpen) {
+    pollfd watched[] = {{outOpen ? _out : -1, POLLIN, 0},
+                        {errOpen ? _err : -1, POLLIN, 0},
+                        {reportOpen ? _report : -1, POLLIN, 0},
+                        {_log, POLLIN, 0}};
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
+    if (poll(watched, 4, static_cast<int>(std::max<long>(left.count(), 0))) == 0) {
+      late = true;
+      kill(_init, SIGKILL);
+      break;
+    }
+    if (watched[0].revents != 0) drain(_out, result.out, outOpen);
+    if (watched[1].revents != 0) drain(_err, result.err, errOpen);
+    if (watched[2].revents != 0) drain(_report, report, reportOpen);
+    if (watched[3].revents != 0) drainLog(_log, result.systemLog);
+  }
+  waitpid(_init, nullptr, 0);
+  if (_log >= 0) drainLog(_log, result.systemLog);
+  for (const int descriptor : {_out, _err, _report, _log}) close(descriptor);
+  int status = 0;
+  if (!late && report.size() == sizeof status) {
+    std::memcpy(&status, report.data(), sizeof status);
+    result.status = exitStatus(status);
+  }
+  return result;
+}
+
+void PrintTo(const TraceLine& line, std::ostream* stream) {
+  *stream << "<" << line.level << "> " << line.text;
+}
+
+std::optional<std::string> CliSandbox::refusal() {
+  return world().refusal;
+}
+bool CliSandbox::hasManyUsers() {
+  return world().manyUsers;
+}
+
+CliSandbox::CliSandbox() {
+  umask(0);
+  _root = world().folder + "/" + std::to_string(++world().sandboxes);
+  for (const char* folder : {"", "/usr", "/usr/bin", "/usr/sbin", "/usr/libexec", "/etc", "/dev",
+                             "/proc", "/Library", "/Applications", "/Users", "/Users/alice",
+                             "/Users/bob", "/Volumes", "/control", "/control/scripts", "/root"})
+    mkdir(host(folder).c_str(), 0755);
+  makeFolder("/tmp", 01777);
+  makeFolder("/control/records", 0777);
+  writeFile("/control/lock", "", 0666);
+  if (hasManyUsers()) {
+    giveTo("/Users/alice", kAlice, kAlice);
+    giveTo("/Users/bob", kBob, kBob);
+  }
+  writeFile("/etc/nsswitch.conf", "passwd: files\ngroup: files\n");
+  writeUserDatabase(true);
+}
+
+CliSandbox::~CliSandbox() {
+  std::error_code ignored;
+  fs::remove_all(_root, ignored);
+}
+
+RunningProgram CliSandbox::start(const std::vector<std::string>& arguments,
+                                 const RunOptions& options) {
+  std::vector<std::string> command = {kProgram};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  int out[2], err[2], report[2];
+  if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0 || pipe2(report, O_CLOEXEC) != 0)
+    std::abort();
+  const int input = inputFrom(options.input);
+  const int log = options.systemLog ? listenToSystemLog() : -1;
+  RunningProgram program;
+  program._init = static_cast<pid_t>(
+      syscall(SYS_clone, CLONE_NEWPID | CLONE_NEWNS | SIGCHLD, nullptr, nullptr, nullptr, nullptr));
+  if (program._init == 0) beInit(_root, command, options, {input, out[1], err[1], report[1]});
+  for (const int descriptor : {input, out[1], err[1], report[1]}) close(descriptor);
+  program._out = out[0];
+  program._err = err[0];
+  program._report = report[0];
+  program._limit = options.limit;
+  program._log = log;
+  return program;
+}
+
+RunResult CliSandbox::run(const std::vector<std::string>& arguments, const RunOptions& options) {
+  return start(arguments, options).finish();
+}
+
+void CliSandbox::writeFile(const std::string& path, std::string_view bytes, mode_t mode) const {
+  fs::create_directories(fs::path(host(path)).parent_path());
+  std::ofstream(host(path), std::ios::binary)
+      .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  setMode(path, mode);
+}
+
+void CliSandbox::makeFolder(const std::string& path, mode_t mode) const {
+  const mode_t before = umask(022);
+  fs::create_directories(host(path));
+  umask(before);
+  setMode(path, mode);
+}
+
+void CliSandbox::makeLink(const std::string& path, const std::string& target) const {
+  fs::create_directories(fs::path(host(path)).parent_path());
+  fs::create_symlink(target, host(path));
+}
+
+void CliSandbox::makePipe(const std::string& path) const {
+  fs::create_directories(fs::path(host(path)).parent_path());
+  mkfifo(host(path).c_str(), 0644);
+}
+
+void CliSandbox::giveTo(const std::string& path, uid_t owner, gid_t group) const {
+  EXPECT_EQ(0, lchown(host(path).c_str(), owner, group)) << path;
+}
+
+void CliSandbox::setMode(const std::string& path, mode_t mode) const {
+  EXPECT_EQ(0, chmod(host(path).c_str(), mode)) << path;
+}
+
+void CliSandbox::remove(const std::string& path) const {
+  fs::remove_all(host(path));
+}
+
+bool CliSandbox::exists(const std::string& path) const {
+  return fs::exists(fs::symlink_status(host(path)));
+}
+bool CliSandbox::isFolder(const std::string& path) const {
+  return fs::symlink_status(host(path)).type() == fs::file_type::directory;
+}
+bool CliSandbox::isRegular(const std::string& path) const {
+  return fs::symlink_status(host(path)).type() == fs::file_type::regular;
+}
+bool CliSandbox::isLink(const std::string& path) const {
+  return fs::symlink_status(host(path)).type() == fs::file_type::symlink;
+}
+
+std::optional<std::string> CliSandbox::readFile(const std::string& path) const {
+  if (!isRegular(path)) return std::nullopt;
+  std::ifstream file(host(path), std::ios::binary);
+  return std::string{std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string CliSandbox::linkTarget(const std::string& path) const {
+  std::error_code ignored;
+  return fs::read_symlink(host(path), ignored).string();
+}
+
+Ownership CliSandbox::ownership(const std::string& path) const {
+  struct stat status {};
+  EXPECT_EQ(0, lstat(host(path).c_str(), &status)) << path;
+  return {status.st_uid, status.st_gid, static_cast<mode_t>(status.st_mode & 07777)};
+}
+
+std::vector<std::string> CliSandbox::list(const std::string& folder) const {
+  std::vector<std::string> names;
+  std::error_code ignored;
+  for (const auto& entry : fs::directory_iterator(host(folder), ignored))
+    names.push_back(entry.path().filename().string());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::map<std::string, std::string> CliSandbox::tree(const std::string& folder) const {
+  std::map<std::string, std::string> entries;
+  std::error_code ignored;
+  for (const auto& entry : fs::recursive_directory_iterator(host(folder), ignored)) {
+    struct stat status {};
+    lstat(entry.path().c_str(), &status);
+    std::ostringstream text;
+    text << kindOf(status) << " " << std::oct << (status.st_mode & 07777) << std::dec << " "
+         << status.st_uid << ":" << status.st_gid << " ";
+    const std::string seen = entry.path().string().substr(_root.size());
+    if (S_ISREG(status.st_mode)) text << *readFile(seen);
+    if (S_ISLNK(status.st_mode)) text << linkTarget(seen);
+    entries[seen.substr(folder.size())] = text.str();
+  }
+  return entries;
+}
+
+void CliSandbox::installChild(const std::string& path, mode_t mode) const {
+  writeFile(path, std::string("#!") + kChild + "\n", mode);
+}
+
+void CliSandbox::copyChildProgram(const std::string& path) const {
+  fs::create_directories(fs::path(host(path)).parent_path());
+  fs::copy_file(HOTFIX_CHILDREN "/RecordedChild", host(path));
+  setMode(path, 0755);
+}
+
+void CliSandbox::script(const std::string& role, const ChildScript& script) const {
+  writeFile("/control/scripts/" + role, script.text());
+}
+
+void CliSandbox::script(const std::string& role, int start, const ChildScript& script) const {
+  writeFile("/control/scripts/" + role + "." + std::to_string(start), script.text());
+}
+
+std::vector<ChildRecord> CliSandbox::children() const {
+  std::vector<ChildRecord> records;
+  for (const std::string& name : list("/control/records"))
+    records.push_back(ChildRecord::parse(*readFile("/control/records/" + name)));
+  return records;
+}
+
+std::vector<ChildRecord> CliSandbox::children(const std::string& role) const {
+  std::vector<ChildRecord> records;
+  for (ChildRecord& record : children())
+    if (record.role == role) records.push_back(std::move(record));
+  return records;
+}
+
+void CliSandbox::forgetChildren() const {
+  for (const std::string& name : list("/control/records")) remove("/control/records/" + name);
+}
+
+std::vector<TraceLine> CliSandbox::trace() const {
+  static const std::regex form(
+      "(?:Jan|Feb|Mar|Apr|May|Jun|Jul|Aug|Sep|Oct|Nov|Dec) [ 0-3][0-9] "
+      "[0-2][0-9]:[0-5][0-9]:[0-6][0-9] [^ ]+ HotfixInstaller\\[[0-9]+\\] "
+      "<(Error|Warning|Notice|Info)>: ");
+  std::vector<TraceLine> lines;
+  std::istringstream text(readFile("/tmp/install_trace.log").value_or(""));
+  for (std::string line; std::getline(text, line);) {
+    std::smatch parts;
+    const bool matches =
+        std::regex_search(line, parts, form, std::regex_constants::match_continuous);
+    EXPECT_TRUE(matches) << "not a trace line: " << line;
+    if (matches) lines.push_back({parts[1], parts.suffix()});
+  }
+  return lines;
+}
+
+std::vector<std::string> CliSandbox::texts(std::string_view level) const {
+  std::vector<std::string> found;
+  for (const TraceLine& line : trace())
+    if (level.empty() || line.level == level) found.push_back(line.text);
+  return found;
+}
+
+std::vector<TraceLine> CliSandbox::traceWithoutProcesses() const {
+  std::vector<TraceLine> lines = trace();
+  std::erase_if(lines, [](const TraceLine& line) { return line.text.rfind(">>>> ", 0) == 0; });
+  return lines;
+}
+
+int CliSandbox::listenToSystemLog() const {
+  const int listener = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  host("/dev/log").copy(address.sun_path, sizeof address.sun_path - 1);
+  EXPECT_EQ(0, bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+  EXPECT_EQ(0, chmod(host("/dev/log").c_str(), 0666));
+  return listener;
+}
+
+void CliSandbox::writeUserDatabase(bool withAdmin) const {
+  writeFile("/etc/passwd",
+            "root:x:0:0:root:/root:/bin/sh\n"
+            "alice:x:1000:1000:Alice:/Users/alice:/bin/sh\n"
+            "bob:x:1001:1001:Bob:/Users/bob:/bin/sh\n");
+  writeFile("/etc/group", std::string("root:x:0:\n") + (withAdmin ? "admin:x:80:alice\n" : "") +
+                              "alice:x:1000:\nbob:x:1001:\n");
+}
+
+}  // namespace installer::cli
