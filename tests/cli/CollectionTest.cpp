@@ -1,0 +1,420 @@
+#include <gmock/gmock.h>
+
+#include <unistd.h>
+
+#include <chrono>
+
+#include "cli/Fixtures.h"
+
+namespace installer::cli {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
+
+// The platform's own collection of the run's logs, at the end of every run.
+class CollectionTest : public InstallerTest {
+ protected:
+  static constexpr const char* kPlugin = "/Library/Internet Plug-Ins/JavaAppletPlugin.plugin";
+
+  void installPlugin(const std::string& identifier) {
+    _sandbox.writeFile(
+        std::string(kPlugin) + "/Contents/Info.plist",
+        xmlList(ListValue::dictionary({{"CFBundleIdentifier", ListValue::string(identifier)}})));
+    _sandbox.installChild(std::string(kPlugin) + "/Contents/Home/bin/java");
+  }
+
+  ChildRecord java() const {
+    const auto calls = _sandbox.children("java");
+    EXPECT_THAT(calls, SizeIs(1));
+    return calls.empty() ? ChildRecord{} : calls[0];
+  }
+
+  std::vector<std::string> arguments(const std::string& version,
+                                     const std::string& workspace) const {
+    return {"-jar",      _instance.tool(),  "-productName",
+            "Quillmere", "-productVersion", version,
+            "-action",   "HOTFIX_INSTALL",  "-workspace",
+            workspace,   "-logLocation",    "/tmp/install_trace.log",
+            "-s"};
+  }
+
+  std::string skipped() const {
+    return "Can't find java home, skip log collection for the HOTFIX_INSTALL operaton of Quillmere "
+           "project.";
+  }
+  std::string placed() const {
+    return "Successfully collect the log files and place them under " +
+           _instance.deploy("installHistory") +
+           " for the HOTFIX_INSTALL operaton of Quillmere project.";
+  }
+};
+
+TEST_F(CollectionTest, ToolIsStartedWithThirteenArguments) {
+  installJava();
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ(arguments("8.5.2", _instance.data()), java().arguments);
+  EXPECT_THAT(java().arguments, SizeIs(13));
+  EXPECT_EQ("/java/bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, ToolsOutputIsDiscardedAndItsStatusIgnored) {
+  installJava();
+  _sandbox.script("java", ChildScript().print("noise").printError("noise").exit(9));
+
+  const RunResult result = install();
+
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ("", result.out);
+  EXPECT_EQ("", result.err);
+  EXPECT_EQ("/dev/null", java().descriptors.at(1));
+  EXPECT_EQ("/dev/null", java().descriptors.at(2));
+  EXPECT_THAT(java().descriptors, SizeIs(3));
+}
+
+TEST_F(CollectionTest, ToolReadsTheWholeTraceBeforeTheLastLine) {
+  installJava();
+  _sandbox.script("java", ChildScript().snapshot("/tmp/install_trace.log"));
+
+  ASSERT_EQ(0, install().status);
+
+  const auto seen = java().fileAt("/tmp/install_trace.log");
+  ASSERT_TRUE(seen.has_value());
+  EXPECT_THAT(*seen, HasSubstr("productVersion is 8.5.2."));
+}
+
+TEST_F(CollectionTest, SuccessIsToldBeforeTheToolEnds) {
+  installJava();
+  // Waits for a file that only the test makes, after it has seen the line.
+  _sandbox.script("java", ChildScript().await("/tmp/go"));
+  RunningProgram run = _sandbox.start({_package.folder, _destination});
+
+  bool told = false;
+  for (int turn = 0; turn < 2000 && !told; ++turn) {
+    const auto trace = _sandbox.readFile(kTrace);
+    told = trace && trace->find(placed()) != std::string::npos;
+    if (!told) usleep(5000);
+  }
+  _sandbox.writeFile("/tmp/go", "");
+
+  EXPECT_EQ(0, run.finish().status);
+  EXPECT_TRUE(told);
+}
+
+TEST_F(CollectionTest, InstallerWaitsForTheTool) {
+  installJava();
+  _sandbox.script("java", ChildScript().await("/nothing/comes").exit(0));
+  RunOptions options;
+  options.limit = std::chrono::milliseconds(400);
+
+  EXPECT_EQ(-1, install(options).status) << "ended although the tool was still at work";
+}
+
+TEST_F(CollectionTest, GivenDataIsTheWorkspace) {
+  installJava();
+  _sandbox.makeFolder("/Users/alice/ws/.config");
+
+  ASSERT_EQ(0, installWithData("/Users/alice/ws").status);
+
+  EXPECT_EQ(arguments("8.5.2", "/Users/alice/ws"), java().arguments);
+}
+
+TEST_F(CollectionTest, FailedRunCollectsToo) {
+  installJava();
+  _sandbox.remove(_instance.deploy("install.xml"));
+
+  ASSERT_EQ(1, install().status);
+
+  EXPECT_EQ(arguments("8.5.2", _instance.data()), java().arguments);
+}
+
+TEST_F(CollectionTest, CollectionComesLast) {
+  installJava();
+  _sandbox.remove(_instance.deploy("install.xml"));
+  _sandbox.script("java", ChildScript().snapshot(kMarker));
+
+  ASSERT_EQ(1, install().status);
+
+  EXPECT_EQ("F", java().snapshots.at(kMarker));
+  EXPECT_EQ("java", _sandbox.children().back().role);
+}
+
+// --- Product version
+// -------------------------------------------------------------------------------
+
+TEST_F(CollectionTest, WithoutApplicationVersionAStampStandsIn) {
+  installJava();
+  const StampWatch watch;
+  _sandbox.remove(_instance.bundle + "/Contents/Info.plist");
+
+  ASSERT_EQ(0, install().status);
+
+  const auto given = java().arguments;
+  ASSERT_THAT(given, SizeIs(13));
+  EXPECT_TRUE(watch.covers(given[5])) << given[5];
+  EXPECT_THAT(_sandbox.texts(), Contains("productVersion is " + given[5] + "."));
+}
+
+TEST_F(CollectionTest, VersionThatIsNoTextIsAbsent) {
+  installJava();
+  const StampWatch watch;
+  _sandbox.writeFile(
+      _instance.bundle + "/Contents/Info.plist",
+      xmlList(ListValue::dictionary({{"CFBundleShortVersionString", ListValue::integer(8)}})));
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_TRUE(watch.covers(java().arguments.at(5)));
+}
+
+TEST_F(CollectionTest, HomeOutsideContentsMacOSHasNoVersion) {
+  installJava();
+  const StampWatch watch;
+  _package.set("frameworkPath", "Contents/Frameworks");
+  writePreferences();
+  const std::string home = _instance.bundle + "/Contents/Frameworks/rcp";
+  _sandbox.writeFile(home + "/deploy/install.xml", "x");
+  _sandbox.writeFile(home + "/collectionutility.jar", "jar");
+
+  (void)install();
+
+  EXPECT_TRUE(watch.covers(java().arguments.at(5)));
+  EXPECT_EQ(home + "/collectionutility.jar", java().arguments.at(1));
+}
+
+TEST_F(CollectionTest, InnermostBundleGivesTheVersion) {
+  installJava();
+  Instance inner{_instance.bundle + "/Contents/MacOS/Inner.app"};
+  buildInstance(inner);
+  _sandbox.writeFile(inner.bundle + "/Contents/Info.plist",
+                     xmlList(ListValue::dictionary(
+                         {{"CFBundleShortVersionString", ListValue::string("inner 3")}})));
+  _package.set("bundleName", "Inner");
+  writePreferences();
+
+  EXPECT_EQ(0, _sandbox.run({_package.folder, _instance.bundle + "/Contents/MacOS"}).status);
+
+  EXPECT_EQ("inner 3", java().arguments.at(5));
+}
+
+TEST_F(CollectionTest, EmptyVersionIsPassedOn) {
+  installJava();
+  _sandbox.writeFile(
+      _instance.bundle + "/Contents/Info.plist",
+      xmlList(ListValue::dictionary({{"CFBundleShortVersionString", ListValue::string("")}})));
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ("", java().arguments.at(5));
+}
+
+// --- Missing tool
+// ----------------------------------------------------------------------------------
+
+TEST_F(CollectionTest, MissingToolIsOneInfoLineAndNoLaunch) {
+  installJava();
+  _sandbox.remove(_instance.tool());
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_THAT(_sandbox.children("java"), IsEmpty());
+  EXPECT_EQ((TraceLine{"Info",
+                       "No log files are gathered as there is no collectionutility.jar "
+                       "under " +
+                           _instance.home() + ". "}),
+            _sandbox.trace().back());
+  EXPECT_THAT(_sandbox.texts(), Not(Contains(placed())));
+}
+
+TEST_F(CollectionTest, UnknownHomeIsToldAsNull) {
+  installJava();
+
+  EXPECT_EQ(1, _sandbox.run({"/no/package", "/Applications"}).status);
+
+  EXPECT_THAT(_sandbox.texts("Notice"),
+              Contains("Begin to call collection utility to gather log files for the "
+                       "HOTFIX_INSTALL operaton of (null) project."));
+  EXPECT_THAT(_sandbox.texts("Info"), Contains("_pathToRcphome is (null)."));
+  EXPECT_THAT(_sandbox.children("java"), IsEmpty());
+}
+
+// --- Finding Java
+// ----------------------------------------------------------------------------------
+
+TEST_F(CollectionTest, PluginComesBeforeTheTool) {
+  installJava();
+  installPlugin("com.oracle.java.JavaAppletPlugin");
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ(std::string(kPlugin) + "/Contents/Home/bin/java", java().executable);
+  EXPECT_THAT(_sandbox.children("java_home"), IsEmpty());
+}
+
+TEST_F(CollectionTest, PluginsIdentifierCountsWithoutCase) {
+  installPlugin("COM.ORACLE.JAVA.JAVAAPPLETPLUGIN");
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ(std::string(kPlugin) + "/Contents/Home/bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, PluginOfAnotherIdentifierIsPassedOver) {
+  installJava();
+  installPlugin("com.oracle.java.JavaAppletPlugin2");
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ("/java/bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, PluginWithoutIdentifierIsPassedOver) {
+  installJava();
+  _sandbox.writeFile(std::string(kPlugin) + "/Contents/Info.plist", "damaged");
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ("/java/bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, FirstLineOfTheToolCounts) {
+  installJava();
+  _sandbox.script("java_home", ChildScript().print("/java\n/other\n").printError("noise"));
+
+  const RunResult result = install();
+
+  EXPECT_EQ("/java/bin/java", java().executable);
+  EXPECT_EQ("", result.err);
+  EXPECT_THAT(_sandbox.children("java_home").at(0).arguments, IsEmpty());
+}
+
+TEST_F(CollectionTest, LineWithoutLineFeedCounts) {
+  installJava();
+  _sandbox.script("java_home", ChildScript().print("/java"));
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ("/java/bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, LineOfAFailedToolCounts) {
+  installJava();
+  _sandbox.script("java_home", ChildScript().print("/java\n").exit(1));
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ("/java/bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, BlanksOfTheLineStay) {
+  installJava();
+  _sandbox.installChild("/ja va /bin/java");
+  _sandbox.script("java_home", ChildScript().print("/ja va \n"));
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ("/ja va /bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, EmptyLineGivesARelativeExecutable) {
+  installJava();
+  _sandbox.script("java_home", ChildScript().print("\n"));
+  _sandbox.installChild("/Users/alice/bin/java");
+  RunOptions options;
+  options.directory = "/Users/alice";
+
+  ASSERT_EQ(0, install(options).status);
+
+  EXPECT_EQ("bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, LongLineIsCutAt1022Characters) {
+  installJava();
+  std::string home = "/";
+  while (home.size() < 1022) home += home.size() % 200 == 0 ? "/" : "j";
+  _sandbox.installChild(home + "/bin/java");
+  _sandbox.script("java_home", ChildScript().print(home + "tail that is cut\n"));
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ(home + "/bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, NoJavaAnywhereIsTheSkipNotice) {
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ((TraceLine{"Notice", skipped()}), _sandbox.trace().back());
+  EXPECT_THAT(_sandbox.texts(), Not(Contains(StartsWith("_pathToRcphome is "))));
+}
+
+TEST_F(CollectionTest, SilentToolAndNoOtherJavaIsTheSkipNotice) {
+  _sandbox.installChild("/usr/libexec/java_home");
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ((TraceLine{"Notice", skipped()}), _sandbox.trace().back());
+}
+
+TEST_F(CollectionTest, JavaHomeOfTheEnvironmentIsTheThirdChoice) {
+  _sandbox.installChild("/jdk/bin/java");
+  RunOptions options;
+  options.set("JAVA_HOME", "/jdk");
+
+  ASSERT_EQ(0, install(options).status);
+
+  EXPECT_EQ("/jdk/bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, ToolComesBeforeTheEnvironment) {
+  installJava();
+  _sandbox.installChild("/jdk/bin/java");
+  RunOptions options;
+  options.set("JAVA_HOME", "/jdk");
+
+  ASSERT_EQ(0, install(options).status);
+
+  EXPECT_EQ("/java/bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, JavaOnThePathIsTheLastChoiceWithLinksResolved) {
+  _sandbox.installChild("/opt/jdk/bin/java");
+  _sandbox.makeLink("/usr/bin/java", "/opt/jdk/bin/java");
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ("/opt/jdk/bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, JavaThatCannotBeStartedIsLoggedAndChangesNothing) {
+  installJava();
+  _sandbox.remove("/java/bin/java");
+
+  EXPECT_EQ(0, install().status);
+
+  EXPECT_THAT(_sandbox.texts("Error"), ElementsAre(HasSubstr("/java/bin/java")));
+}
+
+// --- Workspace without given data
+// ------------------------------------------------------------------
+
+// With an unknown product the collection has a data folder neither given nor derived.
+TEST_F(CollectionTest, WorkspaceOfAServiceWithDataIsNeverTheLaunchers) {
+  installJava();
+  _sandbox.writeFile(_instance.launcherProperties(), "rcp.data=/elsewhere\n");
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ(_instance.data(), java().arguments.at(9));
+}
+
+}  // namespace
+}  // namespace installer::cli
