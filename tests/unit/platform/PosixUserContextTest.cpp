@@ -4,6 +4,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <functional>
+#include <memory>
+#include <optional>
+
 #include "support/FakeUserContext.h"
 #include "support/ScopedVariable.h"
 
@@ -22,30 +26,77 @@ int inOwnProcess(Work work) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-class PosixUserContextTest : public ::testing::Test {
- protected:
+// --- Contract ------------------------------------------------------------------------------------
+
+// One implementation with the means to set a variable and to say which user is known to run it.
+class Subject {
+ public:
+  virtual ~Subject() = default;
+  virtual UserContext& users() = 0;
+  virtual void setVariable(const std::optional<std::string>& value) = 0;
+};
+
+class RealSubject : public Subject {
+ public:
+  UserContext& users() override { return _users; }
+  void setVariable(const std::optional<std::string>& value) override {
+    _variable.emplace(kVariable, value);
+  }
+
+ private:
+  std::optional<ScopedVariable> _variable;
   PosixUserContext _users;
 };
 
-TEST_F(PosixUserContextTest, TellsVariables) {
-  const ScopedVariable variable(kVariable, "a value");
+class FakeSubject : public Subject {
+ public:
+  FakeSubject() {
+    _users.userList = {{.name = "root", .uid = 0, .gid = 0, .home = "/root"}};
+    _users.groups = {{"root", 0}};
+    _users.effectiveUser = 0;
+  }
+  UserContext& users() override { return _users; }
+  void setVariable(const std::optional<std::string>& value) override {
+    if (value)
+      _users.variables[kVariable] = *value;
+    else
+      _users.variables.erase(kVariable);
+  }
+
+ private:
+  FakeUserContext _users;
+};
+
+struct Kind {
+  std::string name;
+  std::function<std::unique_ptr<Subject>()> make;
+};
+
+class UserContextContractTest : public ::testing::TestWithParam<Kind> {
+ protected:
+  std::unique_ptr<Subject> _subject = GetParam().make();
+  UserContext& _users = _subject->users();
+};
+
+TEST_P(UserContextContractTest, TellsVariables) {
+  _subject->setVariable("a value");
 
   EXPECT_EQ(_users.environment(kVariable), "a value");
 }
 
-TEST_F(PosixUserContextTest, AnEmptyVariableIsNotUnset) {
-  const ScopedVariable variable(kVariable, "");
+TEST_P(UserContextContractTest, AnEmptyVariableIsNotUnset) {
+  _subject->setVariable("");
 
   EXPECT_EQ(_users.environment(kVariable), "");
 }
 
-TEST_F(PosixUserContextTest, AnUnsetVariableIsAbsent) {
-  const ScopedVariable variable(kVariable, std::nullopt);
+TEST_P(UserContextContractTest, AnUnsetVariableIsAbsent) {
+  _subject->setVariable(std::nullopt);
 
   EXPECT_EQ(_users.environment(kVariable), std::nullopt);
 }
 
-TEST_F(PosixUserContextTest, FindsRoot) {
+TEST_P(UserContextContractTest, FindsRoot) {
   const std::optional<User> root = _users.findUser("root");
 
   ASSERT_TRUE(root.has_value());
@@ -53,7 +104,42 @@ TEST_F(PosixUserContextTest, FindsRoot) {
   EXPECT_EQ(root->uid, 0U);
   EXPECT_EQ(root->gid, 0U);
   EXPECT_EQ(root->home, "/root");
+  EXPECT_EQ(_users.findGroup("root"), 0U);
 }
+
+TEST_P(UserContextContractTest, UnknownNamesAreAbsent) {
+  EXPECT_EQ(_users.findGroup("no-such-group"), std::nullopt);
+  EXPECT_FALSE(_users.findUser("no-such-user").has_value());
+  EXPECT_FALSE(_users.findUser("").has_value());
+  EXPECT_FALSE(_users.findUser("0").has_value());
+}
+
+TEST_P(UserContextContractTest, NamesTheEffectiveUser) {
+  const std::optional<std::string> name = _users.currentUserName();
+
+  ASSERT_TRUE(name.has_value());
+  EXPECT_EQ(_users.findUser(*name)->uid, _users.effectiveUserId());
+}
+
+TEST_P(UserContextContractTest, BecomingOneselfIsGranted) {
+  const uid_t self = _users.effectiveUserId();
+
+  EXPECT_TRUE(_users.setEffectiveUserId(self));
+  EXPECT_EQ(_users.effectiveUserId(), self);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, UserContextContractTest,
+    ::testing::Values(Kind{"Real", [] { return std::make_unique<RealSubject>(); }},
+                      Kind{"Fake", [] { return std::make_unique<FakeSubject>(); }}),
+    [](const auto& test) { return test.param.name; });
+
+// --- The system's own database and rights --------------------------------------------------------
+
+class PosixUserContextTest : public ::testing::Test {
+ protected:
+  PosixUserContext _users;
+};
 
 TEST_F(PosixUserContextTest, FindsUserWithIdsAndHomeOfTheirOwn) {
   const std::optional<User> user = _users.findUser("games");
@@ -65,27 +151,12 @@ TEST_F(PosixUserContextTest, FindsUserWithIdsAndHomeOfTheirOwn) {
   EXPECT_EQ(user->home, "/usr/games");
 }
 
-TEST_F(PosixUserContextTest, UnknownNamesAreAbsent) {
-  EXPECT_EQ(_users.findGroup("no-such-group"), std::nullopt);
-  EXPECT_FALSE(_users.findUser("no-such-user").has_value());
-  EXPECT_FALSE(_users.findUser("").has_value());
-  EXPECT_FALSE(_users.findUser("0").has_value());
-}
-
 TEST_F(PosixUserContextTest, FindsGroups) {
-  EXPECT_EQ(_users.findGroup("root"), 0U);
   EXPECT_EQ(_users.findGroup("games"), 60U);
 }
 
 TEST_F(PosixUserContextTest, TellsTheEffectiveUser) {
   EXPECT_EQ(_users.effectiveUserId(), geteuid());
-}
-
-TEST_F(PosixUserContextTest, NamesTheEffectiveUser) {
-  const std::optional<std::string> name = _users.currentUserName();
-
-  ASSERT_TRUE(name.has_value());
-  EXPECT_EQ(_users.findUser(*name)->uid, geteuid());
 }
 
 TEST_F(PosixUserContextTest, ChangesTheEffectiveUserAndNoOther) {
