@@ -2,7 +2,7 @@
 #include <vector>
 
 #include "driver/Installer.h"
-#include "platform/posix/ProcessSetup.h"
+#include "platform/ProcessSetup.h"
 
 int main(int argc, char* argv[]) {
   installer::setUpProcess();

@@ -61,7 +61,8 @@ class FileManager {
   // True when the directory entry itself is there, be it a dangling link.
   virtual bool entryExists(const std::string& path) = 0;
 
-  // The names in the folder, sorted by byte, without "." and ".."; nullopt when it cannot be listed.
+  // The names in the folder, sorted by byte, without "." and ".."; nullopt when it cannot be
+  // listed.
   virtual std::optional<std::vector<std::string>> list(const std::string& folder) = 0;
 
   // The bytes of a regular file (links followed) of at most kMaximumRead; nullopt for anything

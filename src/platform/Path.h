@@ -9,7 +9,8 @@
 // and no result but "/" ends in a slash. Paths are bytes; the disk is never consulted.
 namespace installer::path {
 
-// "/a" + "b/c" gives "/a/b/c"; "/a/" + "/b/" gives "/a/b"; "" + "b" gives "b"; "/a/" + "" gives "/a".
+// "/a" + "b/c" gives "/a/b/c"; "/a/" + "/b/" gives "/a/b"; "" + "b" gives "b"; "/a/" + "" gives
+// "/a".
 std::string appendingComponent(std::string_view path, std::string_view component);
 
 // "/a/b" and "/a/b/" give "/a"; "/a" and "/" give "/"; "a" and "" give "". ".." is a component like

@@ -2,6 +2,8 @@
 
 namespace installer {
 
-std::optional<std::string> hostJavaHome() { return std::nullopt; }
+std::optional<std::string> hostJavaHome() {
+  return std::nullopt;
+}
 
 }  // namespace installer

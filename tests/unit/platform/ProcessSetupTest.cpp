@@ -1,4 +1,4 @@
-#include "platform/posix/ProcessSetup.h"
+#include "platform/ProcessSetup.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
