@@ -1,0 +1,303 @@
+// docs/files-and-codes.md promises exact names. What the code holds as a constant is compared with
+// its tables in both directions; names that the code spells where it uses them must at least occur.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "instance/InstanceLayout.h"
+#include "instance/ProvisioningCommand.h"
+#include "platform/FixedPaths.h"
+#include "platform/SystemLog.h"
+#include "platform/posix/TraceLine.h"
+#include "util/InstallUtil.h"
+#include "workflow/HotfixPackage.h"
+
+namespace fs = std::filesystem;
+using ::testing::Contains;
+using ::testing::ElementsAreArray;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+namespace installer {
+namespace {
+
+using Row = std::vector<std::string>;
+using Table = std::vector<Row>;
+
+std::string contentOf(const fs::path& file) {
+  std::ifstream in(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+std::string trimmed(const std::string& text) {
+  const std::size_t first = text.find_first_not_of(' ');
+  if (first == std::string::npos) return "";
+  return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+// The cells of a line such as "| a | b \| c |".
+Row cellsOf(const std::string& line) {
+  Row cells;
+  std::string cell;
+  for (std::size_t at = 1; at < line.size(); ++at) {
+    if (line[at] == '\\' && at + 1 < line.size() && line[at + 1] == '|') {
+      cell += line[++at];
+    } else if (line[at] == '|') {
+      cells.push_back(trimmed(cell));
+      cell.clear();
+    } else {
+      cell += line[at];
+    }
+  }
+  return cells;
+}
+
+std::string withoutBackquotes(const std::string& cell) {
+  if (cell.size() < 2 || !cell.starts_with('`') || !cell.ends_with('`')) return cell;
+  return cell.substr(1, cell.size() - 2);
+}
+
+// The rows of all tables under one heading up to the next one, whose first cell is in backquotes.
+Table tableUnder(const std::string& heading) {
+  Table table;
+  bool inside = false;
+  std::istringstream lines(contentOf(HOTFIX_SOURCE_DIR "/docs/files-and-codes.md"));
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with('#')) inside = line.substr(line.find(' ') + 1) == heading;
+    if (inside && line.starts_with("| `")) table.push_back(cellsOf(line));
+  }
+  EXPECT_FALSE(table.empty()) << "no table under " << heading;
+  return table;
+}
+
+std::vector<std::string> firstColumnOf(const Table& table) {
+  std::vector<std::string> names;
+  for (const Row& row : table) names.push_back(withoutBackquotes(row.at(0)));
+  return names;
+}
+
+std::set<std::string> namesUnder(const std::string& heading) {
+  const std::vector<std::string> names = firstColumnOf(tableUnder(heading));
+  return {names.begin(), names.end()};
+}
+
+// Every source that ships, by its path below src/.
+std::map<std::string, std::string> sources() {
+  std::map<std::string, std::string> found;
+  const fs::path root = HOTFIX_SOURCE_DIR "/src";
+  for (const auto& entry : fs::recursive_directory_iterator(root)) {
+    if (!entry.is_regular_file()) continue;
+    found[fs::relative(entry.path(), root).string()] = contentOf(entry.path());
+  }
+  return found;
+}
+
+std::string allSources() {
+  std::string text;
+  for (const auto& [path, content] : sources()) text += content;
+  return text;
+}
+
+TEST(FilesAndCodesTest, FixedPlacesAreThoseOfTheProgram) {
+  const FixedPaths paths;
+  // Names every field: a new one does not compile until it stands here.
+  const auto& [trace, marker, pasteboard, configuration, panel, staging, addonLogs, registrations,
+               fallback, applet, javaHome, receipts, volumes] = paths;
+
+  const std::set<std::string> expected{trace,    marker,    pasteboard,    configuration, panel,
+                                       staging,  addonLogs, registrations, fallback,      applet,
+                                       javaHome, receipts,  volumes};
+
+  EXPECT_EQ(namesUnder("Fixed places"), expected);
+}
+
+TEST(FilesAndCodesTest, InstanceHasTheDocumentedLayout) {
+  using namespace InstanceLayout;
+  const std::string home = "B/rcp";
+  const std::string base = std::string(kBasePlugin) + "<version>";
+  const std::vector<std::string> places = {
+      installInfo(home),
+      addonInfo(home),
+      launcher(home),
+      launcherProperties(home),
+      agentProperties(home),
+      customization(home),
+      logCollectionTool(home),
+      defaultRcpData(home),
+      deploy(home),
+      installManifest(home),
+      deployed(home, kUpdateManifest),
+      uninstallManifest(home),
+      deployed(home, "install.<version>.xml"),
+      jvmProperties(home),
+      extras(home),
+      deployed(home, ".keystore*"),
+      installHistory(home),
+      links(home),
+      rcpLink(home),
+      sharedLink(home),
+      plugins(home),
+      plugins(home) + "/" + base,
+      baseCustomization(home, "<version>"),
+  };
+  std::set<std::string> expected;
+  for (const std::string& place : places) expected.insert(place.substr(home.size() + 1));
+  expected.insert("../" + provisioningResult(home).substr(2));
+  expected.insert("../" + shared(home).substr(2));
+  expected.insert(bundleInfo("<bundle>.app"));
+  expected.insert(workspaceFlag("<rcp data>"));
+  expected.insert(dataSettings("<rcp data>"));
+
+  EXPECT_EQ(namesUnder("The instance"), expected);
+}
+
+TEST(FilesAndCodesTest, PackageKeepsItsDescriptionInTheDocumentedFile) {
+  EXPECT_EQ(HotfixPackage::propertiesFile("P"),
+            "P/" + firstColumnOf(tableUnder("The package")).front());
+}
+
+TEST(FilesAndCodesTest, DefaultPlacesOfThePackageAreThoseOfTheWorkflow) {
+  const std::string workflow = sources().at("workflow/Hotfix.cpp");
+  const std::set<std::string> beside = namesUnder("The package");
+  std::set<std::string> defaults;
+  for (const Row& row : tableUnder("hotfix.plist")) {
+    const std::string value = withoutBackquotes(row.at(2));
+    if (!value.starts_with("${package}/")) continue;
+    EXPECT_THAT(workflow, HasSubstr('"' + value + '"'));
+    EXPECT_THAT(beside, Contains(value.substr(std::string("${package}/").size())));
+    defaults.insert(value);
+  }
+
+  const std::regex literal("\"(\\$\\{package\\}/[^\"]*)\"");
+  std::set<std::string> used;
+  for (std::sregex_iterator at(workflow.begin(), workflow.end(), literal), end; at != end; ++at) {
+    used.insert((*at)[1]);
+  }
+  EXPECT_EQ(used, defaults);
+}
+
+TEST(FilesAndCodesTest, DocumentedKeysAreSpelledInTheCode) {
+  const std::string code = allSources();
+  for (const char* const heading :
+       {"hotfix.plist", "installInfo.plist", "rcplauncher.properties and rcpinstall.properties",
+        ".provisioning_rc", "eclipse/links/rcp.link and shared.link", "addonInfo.plist",
+        "framework.plist", "Internal configuration", "Bundle property lists", "Error record",
+        "Manifests", "Preferences", "Environment"}) {
+    for (const std::string& name : namesUnder(heading)) {
+      EXPECT_THAT(code, HasSubstr('"' + name + '"')) << "under " << heading;
+    }
+  }
+}
+
+TEST(FilesAndCodesTest, HotfixStartHasTheDocumentedArguments) {
+  const Table table = tableUnder("The launcher");
+
+  EXPECT_THAT(firstColumnOf(table), ElementsAreArray(ProvisioningCommand::hotfixArguments(
+                                        "<locale>", "<update sites>", "<rcp data>")));
+  for (const Row& row : table) EXPECT_EQ(row.at(3), "yes") << row.at(0);
+}
+
+TEST(FilesAndCodesTest, UpdateAndCleanUpStartsHaveTheDocumentedArguments) {
+  std::vector<std::string> withData[2];
+  std::vector<std::string> withoutData[2];
+  for (const Row& row : tableUnder("The launcher")) {
+    for (const std::size_t column : {0U, 1U}) {
+      const std::string& cell = row.at(column + 1);
+      if (cell == "no") continue;
+      const std::string argument =
+          withoutBackquotes(cell == "`cleanup` instead" ? "`cleanup`" : row.at(0));
+      withData[column].push_back(argument);
+      if (cell != "when known") withoutData[column].push_back(argument);
+    }
+  }
+
+  using ProvisioningCommand::arguments;
+  EXPECT_EQ(withData[0], arguments(ProvisioningCommand::kUpdate, "<locale>", "<rcp data>"));
+  EXPECT_EQ(withData[1], arguments(ProvisioningCommand::kCleanUp, "<locale>", "<rcp data>"));
+  EXPECT_EQ(withoutData[0], arguments(ProvisioningCommand::kUpdate, "<locale>", std::nullopt));
+  EXPECT_EQ(withoutData[1], arguments(ProvisioningCommand::kCleanUp, "<locale>", std::nullopt));
+}
+
+TEST(FilesAndCodesTest, ToolsAreStartedWithTheDocumentedOptions) {
+  const std::string collection = sources().at("instance/LogCollection.cpp");
+  std::size_t place = 0;
+  for (const std::string& option : firstColumnOf(tableUnder("Log collection"))) {
+    const std::size_t found = collection.find('"' + option + '"', place);
+    ASSERT_NE(found, std::string::npos) << option << " is missing or not in its place";
+    place = found;
+  }
+  for (const std::string& option : namesUnder("Receipts")) {
+    EXPECT_THAT(sources().at("util/InstallUtilFiles.cpp"), HasSubstr('"' + option + '"'));
+  }
+}
+
+TEST(FilesAndCodesTest, ErrorCodesAreThoseThatAreSent) {
+  const std::regex named("constexpr int (k\\w+) = ([0-9]+);");
+  const std::regex sent("sendErrorMessage\\(\\s*(k\\w+|[0-9]+),");
+  std::set<std::string> codes;
+  for (const auto& [path, text] : sources()) {
+    if (!path.ends_with(".cpp")) continue;
+    std::map<std::string, std::string> constants;
+    for (std::sregex_iterator at(text.begin(), text.end(), named), end; at != end; ++at) {
+      constants[(*at)[1]] = (*at)[2];
+    }
+    for (std::sregex_iterator at(text.begin(), text.end(), sent), end; at != end; ++at) {
+      const std::string code = (*at)[1];
+      codes.insert(constants.contains(code) ? constants.at(code) : code);
+    }
+  }
+
+  EXPECT_EQ(namesUnder("Error codes"), codes);
+}
+
+TEST(FilesAndCodesTest, ReadmeAndTablesAgreeOnTheErrorCodes) {
+  const std::string readme = contentOf(HOTFIX_SOURCE_DIR "/README.md");
+  for (const std::string& code : namesUnder("Error codes")) {
+    EXPECT_THAT(readme, HasSubstr("\n| `" + code + "` |"));
+  }
+}
+
+TEST(FilesAndCodesTest, DocumentedCharactersAndNoOthersAreRefused) {
+  const std::set<std::string> refused = namesUnder("Characters that no path may hold");
+  for (char one = ' '; one <= '~'; ++one) {
+    const std::string character(1, one);
+
+    EXPECT_EQ(InstallUtil::containUnSupportedCharacters("/a" + character + "b"),
+              refused.contains(character))
+        << character;
+  }
+}
+
+TEST(FilesAndCodesTest, LogLevelsHaveTheDocumentedNumbersAndNames) {
+  const Table table = tableUnder("Log levels");
+  EXPECT_EQ(namesUnder("Log levels"), (std::set<std::string>{"3", "4", "5", "6"}));
+  for (const Row& row : table) {
+    TraceLine line;
+    line.time.tm_mday = 1;
+    line.level = static_cast<LogLevel>(std::stoi(withoutBackquotes(row.at(0))));
+
+    EXPECT_THAT(formatted(line), HasSubstr(" <" + withoutBackquotes(row.at(1)) + ">: "));
+  }
+}
+
+TEST(FilesAndCodesTest, TablesHoldNoNameTwice) {
+  for (const char* const heading :
+       {"Fixed places", "The package", "hotfix.plist", "The instance", "installInfo.plist"}) {
+    const std::vector<std::string> names = firstColumnOf(tableUnder(heading));
+
+    EXPECT_EQ(names.size(), namesUnder(heading).size()) << heading;
+  }
+}
+
+}  // namespace
+}  // namespace installer
