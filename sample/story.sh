@@ -31,9 +31,8 @@ openStage() {
 closeStage() {
   local child
   for child in "${children[@]}"; do
-    kill "$child" 2>/dev/null && wait "$child" 2>/dev/null
+    kill "$child" 2>/dev/null && wait "$child" 2>/dev/null || true
   done
-  return 0
 }
 
 # The program's files in /tmp that another user has left and this one cannot replace.
