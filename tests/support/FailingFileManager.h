@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/posix/PosixFileManager.h"
@@ -31,6 +33,12 @@ class FailingFileManager : public PosixFileManager {
     _alwaysError = error;
   }
 
+  // Runs the action just before the next change of this kind, which then goes on.
+  void beforeNext(FileOperation operation, std::function<void()> action) {
+    _actionKind = operation;
+    _action = std::move(action);
+  }
+
   void stopFailing() {
     _kind.reset();
     _alwaysKind.reset();
@@ -46,6 +54,10 @@ class FailingFileManager : public PosixFileManager {
  protected:
   int refusal(FileOperation operation) override {
     _operations.push_back(operation);
+    if (_actionKind == operation) {
+      _actionKind.reset();
+      _action();
+    }
     if (_alwaysKind == operation) return _alwaysError;
     if (_number == _operations.size()) return refuse(_numberError);
     if (_kind != operation) return 0;
@@ -61,6 +73,8 @@ class FailingFileManager : public PosixFileManager {
 
   std::optional<FileOperation> _kind;
   int _kindError = 0;
+  std::optional<FileOperation> _actionKind;
+  std::function<void()> _action;
   std::optional<FileOperation> _alwaysKind;
   int _alwaysError = 0;
   std::size_t _number = 0;  // 0: none

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "platform/UserContext.h"
+#include "support/FailingFileManager.h"
+#include "support/TemporaryFolder.h"
+#include "support/TreeSnapshot.h"
+
+namespace installer::test {
+
+// Accounts that a test makes up. The process's own user is known as "self".
+class MadeUpUsers : public UserContext {
+ public:
+  MadeUpUsers() {
+    users["self"] = {"self", ::geteuid(), ::getegid(), "/home/self"};
+    groups["own"] = ::getegid();
+  }
+
+  std::optional<std::string> environment(const std::string&) override { return std::nullopt; }
+  std::optional<std::string> currentUserName() override { return "self"; }
+  uid_t effectiveUserId() override { return ::geteuid(); }
+  std::optional<User> findUser(const std::string& name) override {
+    const auto user = users.find(name);
+    return user == users.end() ? std::nullopt : std::optional(user->second);
+  }
+  std::optional<gid_t> findGroup(const std::string& name) override {
+    const auto group = groups.find(name);
+    return group == groups.end() ? std::nullopt : std::optional(group->second);
+  }
+  bool setEffectiveUserId(uid_t) override { return false; }
+
+  std::map<std::string, User> users;
+  std::map<std::string, gid_t> groups;
+};
+
+// The real file manager on a private folder.
+class FileManagerFixture : public ::testing::Test {
+ protected:
+  // What is left when a test is over: never a temporary name, never an open descriptor.
+  void TearDown() override {
+    EXPECT_EQ(openDescriptors(), _openBefore);
+    for (const std::string& entry : pathsIn(snapshotOf(_folder.path()))) {
+      EXPECT_EQ(entry.find(".hotfix-"), std::string::npos) << entry;
+    }
+  }
+
+  // How many descriptors this process has open.
+  static std::size_t openDescriptors() {
+    std::size_t count = 0;
+    for (int number = 0; number < 1024; ++number) {
+      if (::fcntl(number, F_GETFD) >= 0) ++count;
+    }
+    return count;
+  }
+
+  std::string path(std::string_view relative) const { return _folder.path(relative); }
+
+  struct stat statusOf(std::string_view relative) const {
+    struct stat status {};
+    EXPECT_EQ(::lstat(path(relative).c_str(), &status), 0) << relative;
+    return status;
+  }
+  mode_t modeOf(std::string_view relative) const { return statusOf(relative).st_mode & 07777; }
+  bool isThere(std::string_view relative) const {
+    struct stat status {};
+    return ::lstat(path(relative).c_str(), &status) == 0;
+  }
+
+  TreeSnapshot snapshot(std::string_view relative = "") const { return snapshotOf(path(relative)); }
+
+  std::size_t _openBefore = openDescriptors();
+  TemporaryFolder _folder;
+  MadeUpUsers _users;
+  FailingFileManager _files{_users};
+};
+
+// Sets the file-creation mask for a scope.
+class CreationMask {
+ public:
+  explicit CreationMask(mode_t mask) : _previous(::umask(mask)) {}
+  CreationMask(const CreationMask&) = delete;
+  CreationMask& operator=(const CreationMask&) = delete;
+  ~CreationMask() { ::umask(_previous); }
+
+ private:
+  mode_t _previous;
+};
+
+}  // namespace installer::test
