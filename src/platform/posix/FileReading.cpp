@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 
 #include "platform/posix/Opening.h"
@@ -21,31 +20,31 @@ ssize_t readInterruptibly(int file, char* to, std::size_t length) {
   return count;
 }
 
-// The room for the first read: the whole file and one byte more, to meet its end.
-std::size_t firstRoom(const Descriptor& file, std::size_t maximum) {
+// What the system says; files that are made when they are read say nothing.
+std::size_t expectedLength(const Descriptor& file) {
   const auto status = statusOf(file);
-  if (!status || status->st_size <= 0) return kBlock;
-  return std::min(static_cast<std::size_t>(status->st_size), maximum) + 1;
+  return status && status->st_size > 0 ? static_cast<std::size_t>(status->st_size) : 0;
 }
 
 }  // namespace
 
 std::optional<std::string> readWhole(const Descriptor& file, std::size_t maximum) {
-  if (!file.valid()) return std::nullopt;
-  std::string bytes;
+  const std::size_t expected = expectedLength(file);
+  if (!file.valid() || expected > maximum) return std::nullopt;
+  std::string bytes(expected + 1, '\0');  // one more than there is, to meet the end
   std::size_t length = 0;
-  bytes.resize(firstRoom(file, maximum));
-  for (;;) {
-    if (length > maximum) return std::nullopt;
-    if (length == bytes.size()) bytes.resize(length + kBlock);
+  while (length <= maximum) {
     const ssize_t count =
         readInterruptibly(file.get(), bytes.data() + length, bytes.size() - length);
     if (count < 0) return std::nullopt;
-    if (count == 0) break;
     length += static_cast<std::size_t>(count);
+    if (count == 0) {
+      bytes.resize(length);
+      return bytes;
+    }
+    if (length == bytes.size()) bytes.resize(length + kBlock);  // longer than expected
   }
-  bytes.resize(length);
-  return bytes;
+  return std::nullopt;
 }
 
 }  // namespace installer

@@ -22,32 +22,28 @@ class TreeRemoval {
 
  private:
   int removeFolder(int folder, const std::string& name, int depth) {
-    const int error = depth < kMaximumDepth ? empty(folder, name, depth) : ELOOP;
-    // Tried all the same: a folder that cannot be listed can be empty.
-    const int ownError = _changes.removeEmptyFolder(folder, name);
-    return ownError != 0 && error != 0 ? error : ownError;
-  }
-
-  int empty(int folder, const std::string& name, int depth) {
+    if (depth >= kMaximumDepth) return ELOOP;
     FolderReader reader(openFolder(folder, name));
-    // Some file systems skip entries of a folder that shrinks while it is read.
-    while (removeOnce(reader, depth)) reader.rewind();
-    return reader.error() != 0 ? reader.error() : _error;
+    for (;;) {
+      const bool progress = empty(reader, depth);
+      // Tried whatever happened: a folder that cannot be listed can be empty.
+      const int error = _changes.removeEmptyFolder(folder, name);
+      if (error == 0 || !progress) return error;
+      // Some file systems skip entries of a folder that shrinks while it is read.
+      reader.rewind();
+    }
   }
 
-  // One pass over the folder; true when it removed something and another one is worth it.
-  bool removeOnce(FolderReader& reader, int depth) {
-    bool removed = false;
+  // One pass over the folder; true when it removed something.
+  bool empty(FolderReader& reader, int depth) {
+    bool progress = false;
     while (const auto name = reader.next()) {
-      const int error = remove(reader.descriptor(), *name, depth + 1);
-      if (error == 0) removed = true;
-      if (error != 0 && _error == 0) _error = error;
+      if (remove(reader.descriptor(), *name, depth + 1) == 0) progress = true;
     }
-    return removed && reader.error() == 0;
+    return progress;
   }
 
   FileChanges& _changes;
-  int _error = 0;  // the first one below
 };
 
 }  // namespace

@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "platform/posix/FileReading.h"
+#include "platform/posix/Opening.h"
 #include "support/ChildRun.h"
 #include "unit/platform/FileManagerFixture.h"
 
@@ -133,26 +135,37 @@ TEST_F(FileManagerReadTest, AFileThatHidesItsSizeIsRead) {
   EXPECT_GT(_files.read("/proc/kallsyms").value_or("").size(), std::size_t{1} << 17);
 }
 
-TEST_F(FileManagerReadTest, AFileThatGrowsMeanwhileIsReadToItsEnd) {
-  // Every process's own maps are longer than the first block of a file without a size.
-  const auto maps = _files.read("/proc/self/smaps");
-
-  ASSERT_TRUE(maps);
-  EXPECT_EQ(maps->back(), '\n');
-}
-
-TEST_F(FileManagerReadTest, TheLimitOfAReadIsExact) {
+TEST_F(FileManagerReadTest, AFileOverTheLimitReadsAsAbsent) {
   _folder.makeFile("file", "");
-  const auto limit = static_cast<off_t>(FileManager::kMaximumRead);
+  ASSERT_EQ(::truncate(path("file").c_str(), off_t{256} * 1024 * 1024 + 1), 0);
 
-  ASSERT_EQ(::truncate(path("file").c_str(), limit), 0);
-  const auto whole = read("file");
-  ASSERT_TRUE(whole);
-  EXPECT_EQ(whole->size(), std::size_t{256} * 1024 * 1024);
-
-  ASSERT_EQ(::truncate(path("file").c_str(), limit + 1), 0);
   EXPECT_EQ(read("file"), std::nullopt);
   EXPECT_EQ(readUnlinked("file"), std::nullopt);
+  EXPECT_EQ(FileManager::kMaximumRead, std::size_t{256} * 1024 * 1024);
+}
+
+TEST_F(FileManagerReadTest, TheLimitIsExact) {
+  const std::string name = _folder.makeFile("file", "12345");
+
+  EXPECT_EQ(readWhole(openRegularFile(AT_FDCWD, name), 4), std::nullopt);
+  EXPECT_EQ(readWhole(openRegularFile(AT_FDCWD, name), 5), "12345");
+  EXPECT_EQ(readWhole(openRegularFile(AT_FDCWD, name), 6), "12345");
+}
+
+TEST_F(FileManagerReadTest, TheLimitHoldsForFilesThatHideTheirSize) {
+  const auto open = [] { return openRegularFile(AT_FDCWD, "/proc/self/cmdline"); };
+  const std::size_t length = readWhole(open(), 1 << 20).value_or("").size();
+  ASSERT_GT(length, 1u);
+
+  EXPECT_EQ(readWhole(open(), length - 1), std::nullopt);
+  EXPECT_NE(readWhole(open(), length), std::nullopt);
+}
+
+TEST_F(FileManagerReadTest, AClosedOrWriteOnlyFileIsUnreadable) {
+  const std::string name = _folder.makeFile("file", "x");
+
+  EXPECT_EQ(readWhole(Descriptor(), 10), std::nullopt);
+  EXPECT_EQ(readWhole(openEntry(AT_FDCWD, name, O_WRONLY), 10), std::nullopt);
 }
 
 TEST_F(FileManagerReadTest, OnlyRegularFilesAreReadAndNothingElseIsOpened) {
