@@ -41,6 +41,11 @@ class UserContext {
     if (auto user = environment("USER")) return user;
     return currentUserName();
   }
+  // That user; nullopt when the user database does not know them.
+  std::optional<User> consoleUser() {
+    const std::optional<std::string> name = consoleUserName();
+    return name ? findUser(*name) : std::nullopt;
+  }
 };
 
 }  // namespace installer

@@ -7,11 +7,6 @@
 namespace installer {
 namespace {
 
-std::optional<User> consoleUser(UserContext& users) {
-  const std::optional<std::string> name = users.consoleUserName();
-  return name ? users.findUser(*name) : std::nullopt;
-}
-
 std::optional<std::string> homeOf(const std::optional<User>& user, UserContext& users) {
   return user ? user->home : users.environment("HOME");
 }
@@ -25,7 +20,7 @@ std::optional<std::string> readAs(const std::optional<User>& user, const std::st
 }  // namespace
 
 std::optional<PropertyList::Dictionary> UserPreferences::domain(std::string_view name) {
-  const std::optional<User> user = consoleUser(_users);
+  const std::optional<User> user = _users.consoleUser();
   const std::optional<std::string> home = homeOf(user, _users);
   if (!home || home->empty()) return std::nullopt;
 

@@ -222,5 +222,22 @@ TEST_F(ConsoleUserTest, IsAbsentWhenNobodyIsKnown) {
   EXPECT_EQ(_users.consoleUserName(), std::nullopt);
 }
 
+TEST_F(ConsoleUserTest, IsLookedUpInTheDatabase) {
+  EXPECT_EQ(_users.consoleUser()->uid, 7U);
+
+  _users.variables["USER"] = "worker";
+  _users.effectiveUser = 8;
+  EXPECT_EQ(_users.consoleUser()->uid, 7U);
+}
+
+TEST_F(ConsoleUserTest, IsUnknownWhenTheDatabaseHasNoSuchUser) {
+  _users.variables["USER"] = "somebody";
+  EXPECT_FALSE(_users.consoleUser().has_value());
+
+  _users.variables.erase("USER");
+  _users.effectiveUser = 8;
+  EXPECT_FALSE(_users.consoleUser().has_value());
+}
+
 }  // namespace
 }  // namespace installer::test
