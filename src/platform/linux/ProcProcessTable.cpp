@@ -8,9 +8,10 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <cstdlib>
 #include <memory>
 #include <optional>
+
+#include "platform/posix/ExecutablePath.h"
 
 namespace installer {
 namespace {
@@ -38,10 +39,6 @@ std::optional<std::string> executableOf(int table, const char* process) {
   return path;
 }
 
-std::string fileName(const std::string& path) {
-  return path.substr(path.rfind('/') + 1);
-}
-
 }  // namespace
 
 std::vector<std::string> ProcProcessTable::executables() const {
@@ -59,13 +56,12 @@ std::vector<std::string> ProcProcessTable::valuesForKey(std::string_view key) {
   if (key == kExecutableKey) return executables();
   if (key != kNameKey) return {};
   std::vector<std::string> names = executables();
-  std::transform(names.begin(), names.end(), names.begin(), fileName);
+  std::transform(names.begin(), names.end(), names.begin(), fileNameOf);
   return names;
 }
 
 std::string ProcProcessTable::asReported(const std::string& path) {
-  const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path.c_str(), nullptr), std::free);
-  return resolved ? resolved.get() : path;
+  return resolvedOrSame(path);
 }
 
 }  // namespace installer

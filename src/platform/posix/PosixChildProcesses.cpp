@@ -9,9 +9,7 @@
 #include <csignal>
 #include <system_error>
 
-#include "platform/posix/SpawnDescriptors.h"
-
-extern char** environ;
+#include "platform/posix/SpawnSupport.h"
 
 namespace installer {
 namespace {
@@ -52,7 +50,7 @@ class Spawn {
         POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | keepStandardDescriptorsOnly(&_actions);
     posix_spawnattr_setflags(&_attributes, static_cast<short>(flags));
     return posix_spawn(child, command.executable.c_str(), &_actions, &_attributes,
-                       argumentVector(command).data(), environ);
+                       argumentVector(command).data(), ownEnvironment());
   }
 
  private:
