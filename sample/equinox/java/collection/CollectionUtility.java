@@ -21,6 +21,8 @@ import java.util.zip.ZipOutputStream;
  * <p>{@code -productName N -productVersion V -action A -workspace W -logLocation L -s}
  */
 public final class CollectionUtility {
+  private static final int START_TIME = 19; // in stat, behind the name: ticks since the boot
+  private static final double TICKS = 100; // a second, in what the kernel shows
   private static final DateTimeFormatter STAMP = DateTimeFormatter.ofPattern("yyyyMMdd-HHmmss");
 
   private final Path rcpHome;
@@ -35,7 +37,30 @@ public final class CollectionUtility {
     Path jar =
         Path.of(
             CollectionUtility.class.getProtectionDomain().getCodeSource().getLocation().toURI());
-    new CollectionUtility(jar.getParent(), arguments).collect();
+    CollectionUtility utility = new CollectionUtility(jar.getParent(), arguments);
+    utility.collect();
+    utility.noteDuration();
+  }
+
+  /** In the launcher's log, counted from the start of this process. */
+  private void noteDuration() throws IOException {
+    double began = Double.parseDouble(field(Path.of("/proc/self/stat"), START_TIME)) / TICKS;
+    double now = Double.parseDouble(field(Path.of("/proc/uptime"), 0));
+    Files.writeString(
+        launcherLog(),
+        "collection: done after " + Math.round((now - began) * 1000) + " ms\n",
+        StandardOpenOption.CREATE,
+        StandardOpenOption.APPEND);
+  }
+
+  /** A field of the kernel's; behind the process's name in parentheses if there is one. */
+  private static String field(Path file, int index) throws IOException {
+    String line = Files.readString(file);
+    return line.substring(line.lastIndexOf(')') + 1).trim().split(" ")[index];
+  }
+
+  private Path launcherLog() {
+    return rcpHome.resolve("rcplauncher.log");
   }
 
   private void collect() throws IOException {
@@ -56,7 +81,7 @@ public final class CollectionUtility {
     Map<String, Path> logs = new LinkedHashMap<>();
     Path operation = Path.of(option("-logLocation"));
     logs.put(operation.getFileName().toString(), operation);
-    logs.put("rcplauncher.log", rcpHome.resolve("rcplauncher.log"));
+    logs.put("rcplauncher.log", launcherLog());
     logs.put("workspace/.log", Path.of(option("-workspace"), ".metadata/.log"));
     Path configuration = rcpHome.resolve("eclipse/configuration");
     for (Path log : logsIn(configuration)) logs.put("configuration/" + log.getFileName(), log);
