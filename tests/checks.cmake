@@ -36,3 +36,20 @@ foreach(script_test IN LISTS script_tests)
   get_filename_component(name ${script_test} NAME_WE)
   hotfix_add_check(${name} ${Python3_EXECUTABLE} -B ${script_test})
 endforeach()
+
+# The release as others get it: built, installed, and used from outside. The first step builds.
+function(hotfix_add_package_step step)
+  add_test(NAME package.${step} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/package/run ${step}
+                                        ${PROJECT_BINARY_DIR}/package)
+  set_tests_properties(package.${step} PROPERTIES LABELS package TIMEOUT 900)
+  if(step STREQUAL "install")
+    set_tests_properties(package.${step} PROPERTIES FIXTURES_SETUP installed PROCESSORS 2)
+  else()
+    set_tests_properties(package.${step} PROPERTIES FIXTURES_REQUIRED installed)
+  endif()
+endfunction()
+
+foreach(step install headers hardening exports cmake cmake-shared cmake-static pkg-config-shared
+             pkg-config-static)
+  hotfix_add_package_step(${step})
+endforeach()

@@ -1,0 +1,75 @@
+// Uses something of every public header, the way another installer of the platform does.
+
+#include <cstdio>
+#include <string>
+
+#include "driver/Installer.h"
+#include "formats/Configuration.h"
+#include "formats/InstallManifest.h"
+#include "formats/JavaProperties.h"
+#include "formats/Properties.h"
+#include "formats/RegisterFile.h"
+#include "instance/InstanceService.h"
+#include "platform/OrderedDictionary.h"
+#include "platform/Path.h"
+#include "platform/PropertyList.h"
+#include "util/InstallUtil.h"
+#include "util/StringUtil.h"
+#include "workflow/Hotfix.h"
+#include "workflow/HotfixPolicy.h"
+#include "workflow/HotfixUninstall.h"
+
+using namespace installer;
+
+namespace {
+
+void show(const char* what, const std::string& value) {
+  std::printf("%s: %s\n", what, value.c_str());
+}
+
+void show(const char* what, bool value) {
+  show(what, StringUtil::boolToString(value));
+}
+
+void useFormats(const std::string& folder) {
+  const std::string file = path::appendingComponent(folder, "a.properties");
+  JavaProperties properties(file);
+  properties.setProperty("value", "key");
+  show("saved properties", properties.savePropertiesToFile(std::nullopt));
+  show("read properties", JavaProperties(file).getPropertyForKey("key").value_or("nothing"));
+
+  Properties store;
+  show("stored", store.setProperty("1", "a"));
+  show("manifest", InstallManifest(folder + "/none.xml").replaceInstallerRootWith("/x"));
+  show("register", RegisterFile("NoSuchProduct").getProductPath().has_value());
+  show("configuration", Configuration().getPropertyValueForKey("no such key").has_value());
+}
+
+void usePropertyLists() {
+  PropertyList::Dictionary dictionary{{"name", "Quillmere"}, {"count", 3}};
+  const auto bytes = PropertyList::serialize(dictionary);
+  const auto again = PropertyList::parse(bytes.value_or(""));
+  show("property list", again && *again == PropertyList::Value(dictionary));
+}
+
+void useWorkflows(const std::string& folder) {
+  InstanceService service(folder + "/rcp");
+  show("installed", service.hasInstanceInstalled());
+  show("skip", HotfixPolicy(folder).isSkipRunningCheck());
+  show("uninstalled", HotfixUninstall(folder + "/rcp", folder + "/data").uninstallOldHotfix());
+  Hotfix hotfix(folder, folder, folder + "/data");
+  (void)hotfix;
+  show("driver", reinterpret_cast<void*>(&runInstaller) != nullptr);
+}
+
+}  // namespace
+
+int main(int, char** arguments) {
+  const std::string folder = arguments[1];
+  show("quoted", StringUtil::addQuotesToString("text"));
+  show("stamp", InstallUtil::generateNewManifestVersion().size() == 10);
+  useFormats(folder);
+  usePropertyLists();
+  useWorkflows(folder);
+  return 0;
+}
