@@ -194,8 +194,8 @@ TEST(JavaPropertiesReaderTest, EntriesJoinTheOnesThatAreThere) {
   EXPECT_EQ(entriesOf(dictionary), (Entries{{"k", "2"}, {"j", "3"}, {"x", "4"}}));
 }
 
-TEST(JavaPropertiesReaderTest, MillionLinesAreAllThere) {
-  constexpr int kLines = 1'000'000;
+TEST(JavaPropertiesReaderTest, ManyLinesAreAllThere) {
+  constexpr int kLines = 100'000;
   std::string text;
   for (int line = 0; line < kLines; ++line) text += std::to_string(line) + "=x\n";
   OrderedDictionary<std::string> dictionary;
@@ -203,7 +203,7 @@ TEST(JavaPropertiesReaderTest, MillionLinesAreAllThere) {
   readJavaProperties(text, dictionary);
 
   EXPECT_EQ(dictionary.size(), static_cast<std::size_t>(kLines));
-  EXPECT_THAT(dictionary.find("999999"), ::testing::Pointee(std::string("x")));
+  EXPECT_THAT(dictionary.find("99999"), ::testing::Pointee(std::string("x")));
 }
 
 // --- Writing -------------------------------------------------------------------------------------
