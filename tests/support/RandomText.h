@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace installer::testing {
+namespace installer::test {
 
 // The same numbers for the same seed on every machine (splitmix64).
 class RandomSource {
@@ -63,4 +63,4 @@ void forRandomCases(Check check) {
   }
 }
 
-}  // namespace installer::testing
+}  // namespace installer::test

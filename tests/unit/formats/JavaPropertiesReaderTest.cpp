@@ -15,8 +15,8 @@ namespace installer {
 namespace {
 
 using model::Entries;
-using testing::forRandomCases;
-using testing::RandomSource;
+using test::forRandomCases;
+using test::RandomSource;
 
 Entries entriesOf(const OrderedDictionary<std::string>& dictionary) {
   return {dictionary.begin(), dictionary.end()};

@@ -119,7 +119,7 @@ class ListOfPairs {
 };
 
 TEST(OrderedDictionaryTest, RandomChangesAgreeWithAListOfPairs) {
-  testing::RandomSource random(7);
+  test::RandomSource random(7);
   for (int run = 0; run < 200; ++run) {
     Dictionary dictionary;
     ListOfPairs list;

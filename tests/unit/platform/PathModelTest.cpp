@@ -13,7 +13,7 @@ namespace {
 TEST(PathModelTest, RandomPathsAreHandledAsTheModelSays) {
   const std::vector<std::string> pieces = {"/", "/",  "//",    "a", "b c",
                                            ".", "..", "x.app", "~", "\u00e9"};
-  testing::forRandomCases([&](testing::RandomSource& random) {
+  test::forRandomCases([&](test::RandomSource& random) {
     const std::string path = random.textOf(pieces, 9);
     const std::string component = random.textOf(pieces, 4);
 

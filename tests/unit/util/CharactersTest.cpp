@@ -103,7 +103,7 @@ TEST(CharactersTest, RandomBytesAgreeWithTheModel) {
       "\xC2",     "\xDF",         "\xE0",         "\xED",         "\xEF",
       "\xF0",     "\xF4",         "\xF5",         "\xF8",         "\xFF",
       "\xC3\xA9", "\xE2\x82\xAC", "\xED\xA0\x80", "\xED\xB0\x80", "\xF0\x9F\x98\x80"};
-  testing::forRandomCases([&](testing::RandomSource& random) {
+  test::forRandomCases([&](test::RandomSource& random) {
     const std::string bytes = random.textOf(pieces, 10);
 
     const std::u16string units = toUnits(bytes);

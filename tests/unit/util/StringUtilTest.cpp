@@ -16,8 +16,8 @@ namespace {
 
 using namespace std::string_literals;
 
-using testing::forRandomCases;
-using testing::RandomSource;
+using test::forRandomCases;
+using test::RandomSource;
 
 // --- Escaping ------------------------------------------------------------------------------------
 

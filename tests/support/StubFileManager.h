@@ -1,0 +1,52 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/FileManager.h"
+
+namespace installer::test {
+
+// A file system that only answers questions, from what the test puts into it, without a disk below
+// it: for tests that ask a hundred thousand times. Everything exists; every change is refused.
+class StubFileManager : public FileManager {
+ public:
+  std::map<std::string, std::string> contents;  // by path; any other file cannot be read
+  std::vector<std::string> names;               // what every folder holds
+
+  bool exists(const std::string&) override { return true; }
+  bool isDirectory(const std::string&) override { return true; }
+  bool entryExists(const std::string&) override { return true; }
+  std::optional<std::vector<std::string>> list(const std::string&) override { return names; }
+  std::optional<std::string> read(const std::string& path) override {
+    const auto found = contents.find(path);
+    if (found == contents.end()) return std::nullopt;
+    return found->second;
+  }
+  std::optional<std::string> readUnlinked(const std::string&, uid_t*) override {
+    return std::nullopt;
+  }
+  bool write(const std::string&, std::string_view, ReplacedFile, std::optional<mode_t>) override {
+    return false;
+  }
+  bool copy(const std::string&, const std::string&, ExistingItem, FileError*) override {
+    return false;
+  }
+  void merge(const std::string&, const std::string&, const std::string&) override {}
+  bool remove(const std::string&) override { return false; }
+  bool createDirectory(const std::string&, Intermediates, const std::optional<FileAttributes>&,
+                       FileError*) override {
+    return false;
+  }
+  bool createFile(const std::string&, std::string_view, const FileAttributes&) override {
+    return false;
+  }
+  bool changeAttributesBelow(const std::string&, const FileAttributes&) override { return false; }
+  int openLog(const std::string&) override { return -1; }
+  bool lock(const std::string&, void (*)()) override { return false; }
+};
+
+}  // namespace installer::test
