@@ -21,7 +21,7 @@ if(HOTFIX_TEST_PROGRAMS)
     OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/behaviours.cmake
     CONTENT
       "add_test(check.behaviours \"${PROJECT_SOURCE_DIR}/scripts/check-behaviours\"
-  --results \"${HOTFIX_RESULTS}\" \"${programs}\")
+  --results \"${HOTFIX_RESULTS}\" --build \"${PROJECT_BINARY_DIR}\" \"${programs}\")
 set_tests_properties(check.behaviours PROPERTIES
   LABELS check TIMEOUT 600 WORKING_DIRECTORY \"${PROJECT_SOURCE_DIR}\" DEPENDS \"${all_tests}\")
 ")

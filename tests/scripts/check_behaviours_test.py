@@ -137,6 +137,13 @@ class CheckBehavioursTest(unittest.TestCase):
 
         self.assertEqual(self._runs.read_text(), "Inst/Suite.Each/0 Inst/Suite.Each/1\n")
 
+    def testATestOfCtestItselfIsLookedUpInTheBuild(self):
+        self.writeRows("| one | `real.SecondRunWaits` |", "| two | `real.Gone`, `Suite.Good` |")
+        (self._root / "CTestTestfile.cmake").write_text(
+            'add_test(real.SecondRunWaits "/bin/true")\n', encoding="utf-8")
+
+        self.assertRefused("8: real.Gone: there is no such test", options=("--build", self._root))
+
 
 if __name__ == "__main__":
     unittest.main()
