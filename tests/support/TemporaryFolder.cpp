@@ -34,7 +34,15 @@ std::string systemFolder() {
 
 }  // namespace
 
-TemporaryFolder::TemporaryFolder() : _path(systemFolder() + "/hotfix-test-XXXXXX") {
+std::string memoryFolder() {
+  const std::string folder = "/dev/shm";
+  return ::access(folder.c_str(), W_OK | X_OK) == 0 ? folder : systemFolder();
+}
+
+TemporaryFolder::TemporaryFolder() : TemporaryFolder(systemFolder()) {}
+
+TemporaryFolder::TemporaryFolder(const std::string& parent)
+    : _path(parent + "/hotfix-test-XXXXXX") {
   require(::mkdtemp(_path.data()) != nullptr, _path);
   // Others have to get in when a test becomes one of them.
   require(::chmod(_path.c_str(), 0755) == 0, _path);

@@ -12,7 +12,10 @@ namespace installer::test {
 // refuses them.
 class TemporaryFolder {
  public:
+  // Below TMPDIR, else below "/tmp".
   TemporaryFolder();
+  // Below the folder `parent`.
+  explicit TemporaryFolder(const std::string& parent);
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
   ~TemporaryFolder();
@@ -38,6 +41,10 @@ class TemporaryFolder {
  private:
   std::string _path;
 };
+
+// A folder for files that live in memory, where a flush costs nothing; the usual one where the
+// system has none.
+std::string memoryFolder();
 
 // Removes a tree of any depth, whatever its modes. A missing one is fine.
 void removeTree(const std::string& path);

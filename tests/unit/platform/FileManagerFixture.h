@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -79,7 +80,7 @@ class FileManagerFixture : public ::testing::Test {
   TreeSnapshot snapshot(std::string_view relative = "") const { return snapshotOf(path(relative)); }
 
   std::size_t _openBefore = openDescriptors();
-  TemporaryFolder _folder;
+  TemporaryFolder _folder{memoryFolder()};
   MadeUpUsers _users;
   FailingFileManager _files{_users};
 };
