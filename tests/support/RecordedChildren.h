@@ -19,6 +19,7 @@ class RecordedChildren : public ChildProcesses {
   void failToStart(const std::string& executable) { _missing.insert(executable); }
   // firstLine() of this executable answers this line; it answers nullopt for every other one.
   void print(const std::string& executable, const std::string& line) { _lines[executable] = line; }
+  void printNothing(const std::string& executable) { _lines.erase(executable); }
   void setShellStatus(int status) { _shellStatus = status; }
 
   // Every call of start(), successful or not, in order.

@@ -1,0 +1,198 @@
+#include <gmock/gmock.h>
+
+#include "support/Sandbox.h"
+#include "util/InstallUtil.h"
+#include "util/LetterCase.h"
+
+namespace installer::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class InstallUtilFilesTest : public ::testing::Test {
+ protected:
+  Sandbox _sandbox;
+};
+
+TEST_F(InstallUtilFilesTest, AbsentOrMissingFoldersAreNotCopied) {
+  _sandbox.makeFolder("from");
+
+  EXPECT_FALSE(InstallUtil::copyFolderFrom(std::nullopt, _sandbox.path("to")));
+  EXPECT_FALSE(InstallUtil::copyFolderFrom(_sandbox.path("from"), std::nullopt));
+  EXPECT_FALSE(InstallUtil::copyFolderFrom(_sandbox.path("missing"), _sandbox.path("to")));
+  EXPECT_FALSE(_sandbox.exists("to"));
+}
+
+TEST_F(InstallUtilFilesTest, MissingDestinationBecomesACopyAndAnswersTrue) {
+  _sandbox.write("from/a/x", "1");
+  _sandbox.makeLink("from/link", "a/x");
+
+  EXPECT_TRUE(InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path("to")));
+
+  EXPECT_EQ(_sandbox.read("to/a/x"), "1");
+  EXPECT_EQ(_sandbox.linkTarget("to/link"), "a/x");
+}
+
+TEST_F(InstallUtilFilesTest, FailedWholeCopyAnswersFalse) {
+  _sandbox.write("from/a", "1");
+
+  EXPECT_FALSE(InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path("no/folder/to")));
+}
+
+TEST_F(InstallUtilFilesTest, MergeReplacesAddsKeepsAndAnswersFalse) {
+  _sandbox.write("from/a/x", "new x");
+  _sandbox.write("from/b", "new b");
+  _sandbox.write("to/a/y", "old y");
+  _sandbox.write("to/b", "old b");
+
+  EXPECT_FALSE(InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path("to")));
+
+  EXPECT_EQ(_sandbox.read("to/b"), "new b");
+  EXPECT_EQ(_sandbox.read("to/a/x"), "new x");
+  EXPECT_EQ(_sandbox.read("to/a/y"), "old y");
+}
+
+TEST_F(InstallUtilFilesTest, MergeReplacesALinkThatLeadsOutOfTheApplication) {
+  _sandbox.write("from/sub/x", "new");
+  _sandbox.makeFolder("outside");
+  const std::string to = "Q.app/Contents/MacOS/rcp/extras";
+  _sandbox.makeFolder(to);
+  _sandbox.makeLink(to + "/sub", _sandbox.path("outside"));
+
+  (void)InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path(to));
+
+  EXPECT_FALSE(_sandbox.exists("outside/x"));
+  EXPECT_EQ(_sandbox.read(to + "/sub/x"), "new");
+}
+
+TEST_F(InstallUtilFilesTest, MergeFollowsALinkInsideTheApplication) {
+  _sandbox.write("from/sub/x", "new");
+  _sandbox.makeFolder("Q.app/Contents/MacOS/inside");
+  const std::string to = "Q.app/Contents/MacOS/rcp/extras";
+  _sandbox.makeFolder(to);
+  _sandbox.makeLink(to + "/sub", "../../inside");
+
+  (void)InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path(to));
+
+  EXPECT_EQ(_sandbox.read("Q.app/Contents/MacOS/inside/x"), "new");
+}
+
+TEST_F(InstallUtilFilesTest, MergeOutsideOfApplicationsStaysInsideTheDestination) {
+  _sandbox.write("from/sub/x", "new");
+  _sandbox.makeFolder("outside");
+  _sandbox.makeFolder("to");
+  _sandbox.makeLink("to/sub", _sandbox.path("outside"));
+
+  (void)InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path("to"));
+
+  EXPECT_FALSE(_sandbox.exists("outside/x"));
+}
+
+TEST_F(InstallUtilFilesTest, AttributesChangeBelowTheFolderOnly) {
+  _sandbox.makeFolder("w", 0700);
+  _sandbox.makeFolder("w/sub", 0700);
+  _sandbox.write("w/sub/file", "x", 0600);
+
+  EXPECT_TRUE(InstallUtil::changeAttributesForDirectory(_sandbox.path("w")));
+
+  EXPECT_EQ(_sandbox.mode("w"), 0700U);
+  EXPECT_EQ(_sandbox.mode("w/sub"), 0775U);
+  EXPECT_EQ(_sandbox.mode("w/sub/file"), 0775U);
+}
+
+TEST_F(InstallUtilFilesTest, AttributesOfAnAbsentOrMissingFolderAreNotChanged) {
+  EXPECT_FALSE(InstallUtil::changeAttributesForDirectory(std::nullopt));
+  EXPECT_FALSE(InstallUtil::changeAttributesForDirectory(_sandbox.path("missing")));
+}
+
+TEST_F(InstallUtilFilesTest, UnknownUserFailsButModesAreSet) {
+  _sandbox.users().variables["USER"] = "nobody-knows";
+  _sandbox.write("w/file", "x", 0600);
+
+  EXPECT_FALSE(InstallUtil::changeAttributesForDirectory(_sandbox.path("w")));
+
+  EXPECT_EQ(_sandbox.mode("w/file"), 0775U);
+}
+
+TEST_F(InstallUtilFilesTest, ReceiptIsForgottenByTheSystemsTool) {
+  const std::string tool = Platform::current().paths.receiptTool;
+  _sandbox.write(tool, "");
+
+  InstallUtil::removeReceipt("com.example.hotfix");
+
+  EXPECT_THAT(_sandbox.children().started(),
+              ElementsAre(Command{tool, {"--forget", "com.example.hotfix"}}));
+  EXPECT_EQ(_sandbox.children().running(), 0U);
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(InstallUtilFilesTest, AbsentReceiptStartsNothing) {
+  _sandbox.write(Platform::current().paths.receiptTool, "");
+
+  InstallUtil::removeReceipt(std::nullopt);
+
+  EXPECT_THAT(_sandbox.children().started(), IsEmpty());
+}
+
+TEST_F(InstallUtilFilesTest, WithoutReceiptToolThereIsNothingToForget) {
+  InstallUtil::removeReceipt("com.example.hotfix");
+
+  EXPECT_THAT(_sandbox.children().started(), IsEmpty());
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(InstallUtilFilesTest, ReceiptToolThatCannotBeStartedIsLogged) {
+  const std::string tool = Platform::current().paths.receiptTool;
+  _sandbox.write(tool, "");
+  _sandbox.children().failToStart(tool);
+
+  InstallUtil::removeReceipt("com.example.hotfix");
+
+  EXPECT_THAT(_sandbox.log(),
+              ElementsAre(Says(LogLevel::error,
+                               "Not able to start " + tool + ": No such file or directory.")));
+}
+
+TEST(PackageVariableTest, IsReplacedInEveryTextAndNothingElseIsExpanded) {
+  PropertyList::Dictionary properties{{"a", "${package}/../deploy/x.xml"},
+                                      {"b", "${package}:${package}"},
+                                      {"c", "${Package} ~ $package"},
+                                      {"d", 5},
+                                      {"e", PropertyList::Array{"${package}"}}};
+
+  InstallUtil::replacePackageVariableWith("/P/HF.pkg", properties);
+
+  const PropertyList::Dictionary expected{{"a", "/P/HF.pkg/../deploy/x.xml"},
+                                          {"b", "/P/HF.pkg:/P/HF.pkg"},
+                                          {"c", "${Package} ~ $package"},
+                                          {"d", 5},
+                                          {"e", PropertyList::Array{"${package}"}}};
+  EXPECT_EQ(properties, expected);
+}
+
+TEST(PackageVariableTest, AbsentPathChangesNothing) {
+  PropertyList::Dictionary properties{{"a", "${package}"}};
+
+  InstallUtil::replacePackageVariableWith(std::nullopt, properties);
+
+  EXPECT_EQ(properties, (PropertyList::Dictionary{{"a", "${package}"}}));
+}
+
+TEST(PackageRootTest, ThreeComponentsAboveIsTheMetapackageAndOneMoreTheRoot) {
+  EXPECT_EQ(InstallUtil::getPathToMPKGThrough("X/Suite.mpkg/Contents/Packages/Part.pkg"),
+            "X/Suite.mpkg");
+  EXPECT_EQ(InstallUtil::getInstallerRootThrough("X/Suite.mpkg/Contents/Packages/Part.pkg"), "X");
+  EXPECT_EQ(InstallUtil::getPathToMPKGThrough("/a"), "/");
+  EXPECT_EQ(InstallUtil::getInstallerRootThrough("/a/../b/c/d"), "/a");
+}
+
+TEST(LetterCaseTest, LowersLettersAndKeepsForeignBytes) {
+  EXPECT_EQ(letterCase::lowered("AbÄ\xff\xc3Z"), "abä\xff\xc3z");
+  EXPECT_EQ(letterCase::lowered(""), "");
+  EXPECT_TRUE(letterCase::equalIgnoringCase("COM.Oracle", "com.oracle"));
+  EXPECT_FALSE(letterCase::equalIgnoringCase("com.oracle", "com.oracle.java"));
+}
+
+}  // namespace
+}  // namespace installer::test

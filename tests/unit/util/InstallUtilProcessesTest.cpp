@@ -1,0 +1,178 @@
+#include <gmock/gmock.h>
+
+#include "platform/ProcessTable.h"
+#include "support/Sandbox.h"
+#include "util/InstallUtil.h"
+
+namespace installer::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class InstallUtilProcessesTest : public ::testing::Test {
+ protected:
+  Sandbox _sandbox;
+};
+
+TEST_F(InstallUtilProcessesTest, AllProcessesAreToldInOrder) {
+  _sandbox.processes().add("/usr/bin/b");
+  _sandbox.processes().add("/usr/bin/a");
+
+  EXPECT_THAT(InstallUtil::getAllProcess(ProcessTable::kExecutableKey),
+              ElementsAre("/usr/bin/b", "/usr/bin/a"));
+  EXPECT_THAT(InstallUtil::getAllProcess(ProcessTable::kNameKey), ElementsAre("b", "a"));
+  EXPECT_THAT(InstallUtil::getAllProcess("NoSuchKey"), IsEmpty());
+}
+
+TEST_F(InstallUtilProcessesTest, ExecutableInsideTheBundleCountsAsRunning) {
+  _sandbox.processes().add("/Applications/Quillmere.app/Contents/MacOS/Quillmere");
+
+  EXPECT_TRUE(InstallUtil::checkBundleIsRunning("/Applications/Quillmere.app"));
+}
+
+TEST_F(InstallUtilProcessesTest, LettersCaseDoesNotMatterOnEitherSide) {
+  _sandbox.processes().add("/applications/quillmere.APP/Contents/MacOS/rcplauncher");
+
+  EXPECT_TRUE(InstallUtil::checkBundleIsRunning("/Applications/QUILLMERE.app"));
+}
+
+TEST_F(InstallUtilProcessesTest, CaseIsIgnoredBeyondAscii) {
+  _sandbox.processes().add("/Applications/Äpfel.app/x");
+
+  EXPECT_TRUE(InstallUtil::checkBundleIsRunning("/Applications/äPFEL.app"));
+}
+
+TEST_F(InstallUtilProcessesTest, NoSeparatorIsLookedForBehindThePrefix) {
+  _sandbox.processes().add("/Applications/Quillmere.app2/Contents/MacOS/x");
+
+  EXPECT_TRUE(InstallUtil::checkBundleIsRunning("/Applications/Quillmere.app"));
+}
+
+TEST_F(InstallUtilProcessesTest, PathInsideAnExecutablesPathIsNoPrefix) {
+  _sandbox.processes().add("/Volumes/Applications/Quillmere.app/x");
+
+  EXPECT_FALSE(InstallUtil::checkBundleIsRunning("/Applications/Quillmere.app"));
+}
+
+TEST_F(InstallUtilProcessesTest, EmptyPathMatchesAnyProcess) {
+  _sandbox.processes().add("/usr/bin/a");
+
+  EXPECT_TRUE(InstallUtil::checkBundleIsRunning(""));
+}
+
+TEST_F(InstallUtilProcessesTest, EmptyPathMatchesNothingAmongNoProcesses) {
+  EXPECT_FALSE(InstallUtil::checkBundleIsRunning(""));
+}
+
+TEST_F(InstallUtilProcessesTest, EveryProcessIsLoggedWhenNoneMatches) {
+  _sandbox.processes().add("/usr/bin/a");
+  _sandbox.processes().add("/usr/bin/b");
+
+  EXPECT_FALSE(InstallUtil::checkBundleIsRunning("/Applications/Quillmere.app"));
+
+  EXPECT_THAT(_sandbox.log(), ElementsAre(Says(LogLevel::info, ">>>> current is /usr/bin/a."),
+                                          Says(LogLevel::info, ">>>> current is /usr/bin/b.")));
+}
+
+TEST_F(InstallUtilProcessesTest, LoggingEndsWithTheFirstMatch) {
+  _sandbox.processes().add("/usr/bin/a");
+  _sandbox.processes().add("/Q.app/x");
+  _sandbox.processes().add("/usr/bin/b");
+
+  EXPECT_TRUE(InstallUtil::checkBundleIsRunning("/Q.app"));
+
+  EXPECT_THAT(_sandbox.log(), ElementsAre(Says(LogLevel::info, ">>>> current is /usr/bin/a."),
+                                          Says(LogLevel::info, ">>>> current is /Q.app/x.")));
+}
+
+TEST_F(InstallUtilProcessesTest, BundleIsFoundUnderItsResolvedPathToo) {
+  _sandbox.processes().report("/link/Q.app", "/Real/Q.app");
+  _sandbox.processes().add("/real/q.app/Contents/MacOS/Q");
+
+  EXPECT_TRUE(InstallUtil::checkBundleIsRunning("/link/Q.app"));
+}
+
+TEST_F(InstallUtilProcessesTest, NamesAreNotResolved) {
+  _sandbox.processes().report("quill", "real");
+  _sandbox.processes().add("/usr/bin/realmere");
+
+  EXPECT_FALSE(InstallUtil::checkBundleIsRunning("quill", ProcessTable::kNameKey));
+  EXPECT_TRUE(InstallUtil::checkBundleIsRunning("REAL", ProcessTable::kNameKey));
+}
+
+TEST(BundlePathTest, EndsBehindTheApplicationsExtension) {
+  EXPECT_EQ(InstallUtil::getBundlePath("/Applications/Quillmere.app/Contents/MacOS/rcp"),
+            "/Applications/Quillmere.app");
+}
+
+TEST(BundlePathTest, LastApplicationWins) {
+  EXPECT_EQ(InstallUtil::getBundlePath("/A.app/Contents/MacOS/B.app/Contents/MacOS/x"),
+            "/A.app/Contents/MacOS/B.app");
+}
+
+TEST(BundlePathTest, IsAbsentOutsideOfApplications) {
+  EXPECT_EQ(InstallUtil::getBundlePath("/usr/bin"), std::nullopt);
+  EXPECT_EQ(InstallUtil::getBundlePath("/A.APP/Contents/MacOS"), std::nullopt);
+  EXPECT_EQ(InstallUtil::getBundlePath("/A.app/Contents/Resources"), std::nullopt);
+  EXPECT_EQ(InstallUtil::getBundlePath(""), std::nullopt);
+}
+
+TEST_F(InstallUtilProcessesTest, BundleIdComesFromTheBundlesInfo) {
+  _sandbox.writePlist("B.app/Contents/Info.plist",
+                      {{"CFBundleIdentifier", "com.example.b"}, {"Other", 1}});
+
+  EXPECT_EQ(InstallUtil::getBundleID(_sandbox.path("B.app")), "com.example.b");
+}
+
+TEST_F(InstallUtilProcessesTest, BundleIdIsAbsentWithoutFileOrText) {
+  _sandbox.writePlist("B.app/Contents/Info.plist", {{"CFBundleIdentifier", 7}});
+
+  EXPECT_EQ(InstallUtil::getBundleID(_sandbox.path("B.app")), std::nullopt);
+  EXPECT_EQ(InstallUtil::getBundleID(_sandbox.path("Missing.app")), std::nullopt);
+}
+
+struct TargetName {
+  const char* path;
+  const char* name;
+};
+
+class TargetNameTest : public ::testing::TestWithParam<TargetName> {
+ protected:
+  Sandbox _sandbox;
+};
+
+TEST_P(TargetNameTest, IsTheApplicationsTextBeforeTheFirstDot) {
+  EXPECT_EQ(InstallUtil::getTargetNameBy(GetParam().path), GetParam().name);
+
+  EXPECT_THAT(
+      _sandbox.log(),
+      ElementsAre(Says(LogLevel::info, std::string("pathToRCPHome is ") + GetParam().path + "."),
+                  Says(LogLevel::info, std::string("targetName is ") + GetParam().name + ".")));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Paths, TargetNameTest,
+    ::testing::Values(TargetName{"/Applications/Quillmere.app/Contents/MacOS/rcp", "Quillmere"},
+                      TargetName{"/x/My.Tool.app/Contents/MacOS/rcp", "My"},
+                      TargetName{"/srv/webapp/rcp", "webapp"}, TargetName{"/A.app/B.app/rcp", "B"},
+                      TargetName{"A.app", "A"}, TargetName{"/x/.app/rcp", ""}));
+
+TEST_F(InstallUtilProcessesTest, TargetNameOfAPathWithoutApplicationIsTheRootAndAnError) {
+  EXPECT_EQ(InstallUtil::getTargetNameBy("/opt/rcp"), "/");
+
+  EXPECT_THAT(
+      _sandbox.log(),
+      ElementsAre(Says(LogLevel::info, "pathToRCPHome is /opt/rcp."),
+                  Says(LogLevel::error,
+                       "Error path value, please provide a valid path value for rcp home.")));
+}
+
+TEST_F(InstallUtilProcessesTest, TargetNameOfARelativePathEndsAtTheEmptyPath) {
+  EXPECT_EQ(InstallUtil::getTargetNameBy("opt/rcp"), "");
+
+  EXPECT_THAT(_sandbox.log(), ElementsAre(AtLevel(LogLevel::info), AtLevel(LogLevel::error)));
+}
+
+}  // namespace
+}  // namespace installer::test

@@ -1,0 +1,163 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+
+#include "platform/Log.h"
+#include "support/Sandbox.h"
+#include "util/InstallUtil.h"
+
+namespace installer::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+class InstallUtilTracingTest : public ::testing::Test {
+ protected:
+  InstallUtilTracingTest() {
+    _sandbox.users().variables["USER"] = "alice";
+    _sandbox.users().userList = {{"alice", 501, 20, _sandbox.path("Users/alice")}};
+  }
+
+  void writePreference(const std::string& domain, const PropertyList::Dictionary& values) {
+    _sandbox.writePlist("Users/alice/Library/Preferences/" + domain + ".plist", values);
+  }
+  std::string trace() const { return _sandbox.read(Platform::current().paths.traceFile); }
+  static bool isOpen(int descriptor) { return fcntl(descriptor, F_GETFD) != -1; }
+
+  Sandbox _sandbox;
+};
+
+TEST_F(InstallUtilTracingTest, TracesAreWrittenWhateverThePreferenceSays) {
+  EXPECT_TRUE(InstallUtil::shouldWriteTraces());
+
+  writePreference("com.kiv.rcp.install.mac", {{"com.kiv.rcp.install.mac.traceEnable", false}});
+
+  EXPECT_TRUE(InstallUtil::shouldWriteTraces());
+}
+
+TEST_F(InstallUtilTracingTest, PreferenceIsReadAsTheConsoleUserAndTheUserIsRestored) {
+  _sandbox.users().effectiveUser = 0;
+
+  (void)InstallUtil::shouldWriteTraces();
+
+  EXPECT_THAT(_sandbox.users().switches, ElementsAre(501, 0));
+}
+
+TEST_F(InstallUtilTracingTest, TraceFileMirrorsTheLogUntilItIsClosed) {
+  _sandbox.write(Platform::current().paths.traceFile, "of an earlier run\n");
+
+  const int descriptor = InstallUtil::openTraceFile();
+  log(LogLevel::info, "inside");
+  InstallUtil::closeTraceFile(descriptor);
+  log(LogLevel::info, "behind");
+
+  EXPECT_THAT(trace(), EndsWith("<Info>: inside\n"));
+  EXPECT_THAT(trace(), Not(StartsWith("of an earlier run")));
+  EXPECT_FALSE(isOpen(descriptor));
+}
+
+TEST_F(InstallUtilTracingTest, TraceFileThatCannotBeHadIsMinusOneWithoutALine) {
+  _sandbox.makeFolder(Platform::current().paths.traceFile);
+
+  EXPECT_EQ(InstallUtil::openTraceFile(), -1);
+  EXPECT_EQ(InstallUtil::setupTraceOutput(), -1);
+
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(InstallUtilTracingTest, ClosingNoTraceFileDoesNothing) {
+  InstallUtil::closeTraceFile(-1);
+
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(InstallUtilTracingTest, SetUpTraceStaysAttached) {
+  EXPECT_EQ(InstallUtil::setupTraceOutput(), 0);
+  log(LogLevel::notice, "later");
+
+  EXPECT_THAT(trace(), EndsWith("<Notice>: later\n"));
+  EXPECT_THAT(_sandbox.users().switches, ElementsAre(501, 0));
+}
+
+TEST_F(InstallUtilTracingTest, LocaleComesFromTheUsersGlobalPreferences) {
+  writePreference(".GlobalPreferences", {{"AppleLocale", "de_DE"}});
+
+  EXPECT_EQ(InstallUtil::getCurrentLocale(), "de_DE");
+  EXPECT_THAT(_sandbox.users().switches, ElementsAre(501, 0));
+}
+
+TEST_F(InstallUtilTracingTest, LocaleDefaultsToEnglish) {
+  EXPECT_EQ(InstallUtil::getCurrentLocale(), "en_US");
+
+  writePreference(".GlobalPreferences", {{"Other", "de_DE"}});
+
+  EXPECT_EQ(InstallUtil::getCurrentLocale(), "en_US");
+}
+
+TEST_F(InstallUtilTracingTest, LocaleOfAnotherTypeReadsAsNone) {
+  writePreference(".GlobalPreferences", {{"AppleLocale", 3}});
+
+  EXPECT_EQ(InstallUtil::getCurrentLocale(), "en_US");
+}
+
+class UnsupportedCharacterTest : public ::testing::TestWithParam<char> {};
+
+TEST_P(UnsupportedCharacterTest, RefusesThePathWhereverItStands) {
+  const std::string character(1, GetParam());
+
+  EXPECT_TRUE(InstallUtil::containUnSupportedCharacters(character));
+  EXPECT_TRUE(InstallUtil::containUnSupportedCharacters("/a/b" + character + "c/d"));
+  EXPECT_TRUE(InstallUtil::containUnSupportedCharacters(character + "/a"));
+  EXPECT_TRUE(InstallUtil::containUnSupportedCharacters("/a/" + character));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, UnsupportedCharacterTest,
+                         ::testing::Values('!', '"', '\'', ';', '\\', '#', '%', '|', '=', '?',
+                                           ':'));
+
+TEST(SupportedCharactersTest, AcceptsEverythingElse) {
+  EXPECT_FALSE(InstallUtil::containUnSupportedCharacters(std::nullopt));
+  EXPECT_FALSE(InstallUtil::containUnSupportedCharacters(""));
+  for (int number = 1; number < 256; ++number) {
+    const char character = static_cast<char>(number);
+    if (std::string("!\"';\\#%|=?:").find(character) != std::string::npos) continue;
+    EXPECT_FALSE(InstallUtil::containUnSupportedCharacters(std::string("/a") + character + "b"))
+        << number;
+  }
+}
+
+TEST(CaseInsensitivePrefixTest, IsFoundAtTheBeginningOnly) {
+  EXPECT_TRUE(InstallUtil::hasPrefixCaseInsensitive("/Applications/X", "/applications"));
+  EXPECT_TRUE(InstallUtil::hasPrefixCaseInsensitive(".KEYSTORE.bak", ".keystore"));
+  EXPECT_TRUE(InstallUtil::hasPrefixCaseInsensitive("ÄX", "äx"));
+  EXPECT_FALSE(InstallUtil::hasPrefixCaseInsensitive("X/Applications", "/Applications"));
+  EXPECT_FALSE(InstallUtil::hasPrefixCaseInsensitive("ab", "abc"));
+}
+
+TEST(CaseInsensitivePrefixTest, EmptyPrefixIsNone) {
+  EXPECT_FALSE(InstallUtil::hasPrefixCaseInsensitive("x", ""));
+  EXPECT_FALSE(InstallUtil::hasPrefixCaseInsensitive("", ""));
+}
+
+TEST_F(InstallUtilTracingTest, ManifestVersionIsDayMonthYearHourMinute) {
+  _sandbox.clock().set(2013, 3, 5, 9, 7);
+  EXPECT_EQ(InstallUtil::generateNewManifestVersion(), "0503130907");
+
+  _sandbox.clock().set(2009, 12, 31, 23, 59, 59);
+  EXPECT_EQ(InstallUtil::generateNewManifestVersion(), "3112092359");
+
+  _sandbox.clock().set(2100, 1, 1, 0, 0);
+  EXPECT_EQ(InstallUtil::generateNewManifestVersion(), "0101000000");
+}
+
+TEST(ProcessDateTest, PadsOneCharacterOnly) {
+  EXPECT_EQ(InstallUtil::processDate("7"), "07");
+  EXPECT_EQ(InstallUtil::processDate("12"), "12");
+  EXPECT_EQ(InstallUtil::processDate(""), "");
+  EXPECT_EQ(InstallUtil::processDate("123"), "123");
+}
+
+}  // namespace
+}  // namespace installer::test
