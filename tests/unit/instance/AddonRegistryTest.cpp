@@ -1,0 +1,113 @@
+#include <gmock/gmock.h>
+
+#include "instance/InstanceService.h"
+#include "support/InstanceFixture.h"
+
+namespace installer::test {
+namespace {
+
+using PropertyList::Array;
+using PropertyList::Dictionary;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class AddonRegistryTest : public InstanceFixture {
+ protected:
+  AddonRegistryTest()
+      : _spelling{{"ID", "com.example"},
+                  {"version", "1.0"},
+                  {"CFBundleIdentifier", "b.one"},
+                  {"more", 1}},
+        _later{{"ID", "com.example"}, {"version", "2.0"}},
+        _nameless{{"version", "3.0"}} {}
+
+  void writeRegistry(const Dictionary& root) {
+    _sandbox.writePlist(inHome("addonInfo.plist"), root);
+  }
+  void writeEntries() { writeRegistry({{"addons", Array{_nameless, _spelling, _later}}}); }
+  InstanceService service() const { return InstanceService(home()); }
+
+  Dictionary _spelling;
+  Dictionary _later;
+  Dictionary _nameless;
+};
+
+TEST_F(AddonRegistryTest, EntriesAreListedInOrder) {
+  writeEntries();
+
+  const auto entries = service().getAllAddonRegistryInfo();
+
+  ASSERT_TRUE(entries);
+  EXPECT_THAT(*entries, ElementsAre(_nameless, _spelling, _later));
+}
+
+TEST_F(AddonRegistryTest, WithoutFileEverythingIsAbsent) {
+  EXPECT_EQ(service().getAllAddonRegistryInfo(), std::nullopt);
+  EXPECT_EQ(service().getRegistryInfoForAddon("com.example"), std::nullopt);
+  EXPECT_EQ(service().getAddonInstalledVersion("com.example"), std::nullopt);
+  EXPECT_EQ(service().getAddonInstalledBundleID("com.example"), std::nullopt);
+}
+
+TEST_F(AddonRegistryTest, WithoutHomeEverythingIsAbsent) {
+  writeEntries();
+
+  EXPECT_EQ(InstanceService(std::nullopt).getAllAddonRegistryInfo(), std::nullopt);
+  EXPECT_EQ(InstanceService(std::nullopt).getRegistryInfoForAddon("com.example"), std::nullopt);
+}
+
+TEST_F(AddonRegistryTest, UnreadableRegistryOrOneWithoutAddonsIsEmpty) {
+  _sandbox.write(inHome("addonInfo.plist"), "no list");
+  ASSERT_TRUE(service().getAllAddonRegistryInfo());
+  EXPECT_THAT(*service().getAllAddonRegistryInfo(), IsEmpty());
+
+  writeRegistry({{"other", 1}});
+  ASSERT_TRUE(service().getAllAddonRegistryInfo());
+  EXPECT_THAT(*service().getAllAddonRegistryInfo(), IsEmpty());
+
+  writeRegistry({{"addons", "no array"}});
+  ASSERT_TRUE(service().getAllAddonRegistryInfo());
+  EXPECT_THAT(*service().getAllAddonRegistryInfo(), IsEmpty());
+}
+
+TEST_F(AddonRegistryTest, EntriesThatAreNoDictionariesAreSkipped) {
+  writeRegistry({{"addons", Array{"x", _later, 1}}});
+
+  EXPECT_THAT(*service().getAllAddonRegistryInfo(), ElementsAre(_later));
+}
+
+TEST_F(AddonRegistryTest, FirstEntryWithTheIdWins) {
+  writeEntries();
+
+  EXPECT_EQ(service().getRegistryInfoForAddon("com.example"), _spelling);
+  EXPECT_EQ(service().getAddonInstalledVersion("com.example"), "1.0");
+  EXPECT_EQ(service().getAddonInstalledBundleID("com.example"), "b.one");
+}
+
+TEST_F(AddonRegistryTest, IdsAreComparedToTheLetter) {
+  writeEntries();
+
+  EXPECT_EQ(service().getRegistryInfoForAddon("Com.Example"), std::nullopt);
+  EXPECT_EQ(service().getRegistryInfoForAddon("com.exampl"), std::nullopt);
+  EXPECT_EQ(service().getRegistryInfoForAddon(std::nullopt), std::nullopt);
+}
+
+TEST_F(AddonRegistryTest, MissingKeysOfAnEntryAreAbsent) {
+  writeRegistry({{"addons", Array{Dictionary{{"ID", "x"}}}}});
+
+  EXPECT_EQ(service().getAddonInstalledVersion("x"), std::nullopt);
+  EXPECT_EQ(service().getAddonInstalledBundleID("x"), std::nullopt);
+}
+
+TEST_F(AddonRegistryTest, RemovalLeavesTheRegistryAsItIs) {
+  writeEntries();
+  const std::string before = _sandbox.read(inHome("addonInfo.plist"));
+
+  service().removeRegistryInfoforAddon("com.example");
+  service().removeRegistryInfoforAddon(std::nullopt);
+
+  EXPECT_EQ(_sandbox.read(inHome("addonInfo.plist")), before);
+  EXPECT_EQ(service().getRegistryInfoForAddon("com.example"), _spelling);
+}
+
+}  // namespace
+}  // namespace installer::test

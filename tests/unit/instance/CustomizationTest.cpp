@@ -1,0 +1,258 @@
+#include <gmock/gmock.h>
+
+#include "instance/InstanceService.h"
+#include "support/InstanceFixture.h"
+
+namespace installer::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr const char* kIni = "plugin_customization.ini";
+constexpr const char* kBaseIni = "eclipse/plugins/com.kiv.rcp.base_6.2/plugin_customization.ini";
+
+class CustomizationTest : public InstanceFixture {
+ protected:
+  CustomizationTest() { _sandbox.write("pkg/new.ini", "# new\nk=2\nn=4\n"); }
+
+  std::string given() const { return _sandbox.path("pkg/new.ini"); }
+  std::string instanceFile() const { return _sandbox.read(inHome(kIni)); }
+  InstanceService quietService(const std::optional<std::string>& data = std::nullopt) {
+    InstanceService service(home(), data);
+    _sandbox.clearLog();
+    return service;
+  }
+};
+
+TEST_F(CustomizationTest, MissingInstanceFileBecomesAByteCopy) {
+  EXPECT_TRUE(quietService().mergePluginCustomizationWithRcphome(given()));
+
+  EXPECT_EQ(instanceFile(), "# new\nk=2\nn=4\n");
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(CustomizationTest, GivenValuesWinAndOldCommentsGo) {
+  _sandbox.write(inHome(kIni), "# old\nk=1\nj=3\n");
+
+  EXPECT_TRUE(quietService().mergePluginCustomizationWithRcphome(given()));
+
+  EXPECT_EQ(instanceFile(), "k=2\nj=3\nn=4\n");
+}
+
+TEST_F(CustomizationTest, InstanceFileIsWrittenTwice) {
+  _sandbox.write(inHome(kIni), "k=1\n");
+  InstanceService service = quietService();
+  const auto renames = [&] {
+    return std::ranges::count(_sandbox.files().operations(), FileOperation::kRename);
+  };
+  const auto before = renames();
+
+  EXPECT_TRUE(service.mergePluginCustomizationWithRcphome(given()));
+
+  EXPECT_EQ(renames() - before, 2);
+}
+
+TEST_F(CustomizationTest, MissingGivenFileRewritesTheInstanceFileOnce) {
+  _sandbox.write(inHome(kIni), "# old\nk=1\n");
+  InstanceService service = quietService();
+
+  EXPECT_TRUE(service.mergePluginCustomizationWithRcphome(_sandbox.path("none")));
+
+  EXPECT_EQ(instanceFile(), "k=1\n");
+}
+
+TEST_F(CustomizationTest, MergeIntoTheInstanceNeedsPathAndHomeFolder) {
+  EXPECT_FALSE(quietService().mergePluginCustomizationWithRcphome(std::nullopt));
+  EXPECT_FALSE(InstanceService(std::nullopt).mergePluginCustomizationWithRcphome(given()));
+  InstanceService service = quietService();
+  _sandbox.remove(kHome);
+  EXPECT_FALSE(service.mergePluginCustomizationWithRcphome(given()));
+}
+
+TEST_F(CustomizationTest, MergeWithBaseRewritesBaseAndInstanceAlike) {
+  _sandbox.write(inHome(kBaseIni), "# base\nk=1\nj=3\n");
+  _sandbox.write(inHome(kIni), "gone=1\n");
+
+  EXPECT_TRUE(quietService().mergePluginCustomizationWithBase(given()));
+
+  EXPECT_EQ(_sandbox.read(inHome(kBaseIni)), "k=2\nj=3\nn=4\n");
+  EXPECT_EQ(instanceFile(), "k=2\nj=3\nn=4\n");
+}
+
+TEST_F(CustomizationTest, MergeWithBaseThatHasNoFileSucceedsAndWritesNothing) {
+  _sandbox.makeFolder(inHome("eclipse/plugins/com.kiv.rcp.base_6.2"));
+
+  EXPECT_TRUE(quietService().mergePluginCustomizationWithBase(given()));
+
+  EXPECT_FALSE(_sandbox.exists(inHome(kBaseIni)));
+  EXPECT_FALSE(_sandbox.exists(inHome(kIni)));
+}
+
+TEST_F(CustomizationTest, MergeWithBaseNeedsHomePathFileAndBase) {
+  EXPECT_FALSE(InstanceService(std::nullopt).mergePluginCustomizationWithBase(given()));
+  EXPECT_FALSE(quietService().mergePluginCustomizationWithBase(given()));
+  _sandbox.write(inHome(kBaseIni), "# base\nk=1\n");
+  EXPECT_FALSE(quietService().mergePluginCustomizationWithBase(std::nullopt));
+  EXPECT_FALSE(quietService().mergePluginCustomizationWithBase(_sandbox.path("none")));
+
+  EXPECT_EQ(_sandbox.read(inHome(kBaseIni)), "# base\nk=1\n");
+}
+
+TEST_F(CustomizationTest, KeyStoresAreReplacedWithALineEach) {
+  _sandbox.write(inHome("deploy/.keystore"), "old");
+  _sandbox.write(inHome("deploy/.KeyStore2"), "old");
+  _sandbox.write(inHome("deploy/trust.keystore"), "stays");
+  _sandbox.write("pkg/ks/.keystore", "new");
+  _sandbox.write("pkg/ks/.KEYSTORE.bak", "new bak");
+  _sandbox.write("pkg/ks/client.keystore", "not one");
+
+  quietService().copyKeyStores(_sandbox.path("pkg/ks"));
+
+  const std::string deploy = homePath("deploy");
+  const std::string source = _sandbox.path("pkg/ks");
+  EXPECT_EQ(_sandbox.read(inHome("deploy/.keystore")), "new");
+  EXPECT_EQ(_sandbox.read(inHome("deploy/.KEYSTORE.bak")), "new bak");
+  EXPECT_EQ(_sandbox.read(inHome("deploy/trust.keystore")), "stays");
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/.KeyStore2")));
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/client.keystore")));
+  EXPECT_THAT(
+      numberedLines(),
+      ElementsAre("6 .keystore source files are in " + source + ".",
+                  "6 Delete existing keystore files '.KeyStore2' from " + deploy + "/.KeyStore2.",
+                  "6 Delete existing keystore files '.keystore' from " + deploy + "/.keystore.",
+                  "6 Copy keystore file '.KEYSTORE.bak' from " + source + "/.KEYSTORE.bak to " +
+                      deploy + "/.KEYSTORE.bak.",
+                  "6 Copy keystore file '.keystore' from " + source + "/.keystore to " + deploy +
+                      "/.keystore."));
+}
+
+TEST_F(CustomizationTest, SourceWithoutKeyStoresLeavesNone) {
+  _sandbox.write(inHome("deploy/.keystore"), "old");
+
+  quietService().copyKeyStores(_sandbox.path("missing"));
+
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/.keystore")));
+  EXPECT_EQ(_sandbox.log().size(), 2U);
+}
+
+TEST_F(CustomizationTest, WithoutHomeKeyStoresAreNotEvenTold) {
+  InstanceService service(std::nullopt);
+  _sandbox.clearLog();
+
+  service.copyKeyStores(_sandbox.path("pkg"));
+
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(CustomizationTest, KeyStoreThatIsAFolderIsReplacedWhole) {
+  _sandbox.write(inHome("deploy/.keystore/old"), "old");
+  _sandbox.write("pkg/ks/.keystore/new", "new");
+
+  quietService().copyKeyStores(_sandbox.path("pkg/ks"));
+
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/.keystore/old")));
+  EXPECT_EQ(_sandbox.read(inHome("deploy/.keystore/new")), "new");
+}
+
+TEST_F(CustomizationTest, ExtrasAreCopiedWholeWhenThereAreNone) {
+  _sandbox.write("pkg/extras/a/x", "x");
+
+  quietService().copyExtras(_sandbox.path("pkg/extras"));
+
+  EXPECT_EQ(_sandbox.read(inHome("deploy/extras/a/x")), "x");
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("6 Begin to copy files from " + _sandbox.path("pkg/extras") + " to " +
+                          homePath("deploy/extras") + " "));
+}
+
+TEST_F(CustomizationTest, ExtrasAreMergedIntoExistingOnes) {
+  _sandbox.write("pkg/extras/b", "new");
+  _sandbox.write(inHome("deploy/extras/b"), "old");
+  _sandbox.write(inHome("deploy/extras/c"), "kept");
+
+  quietService().copyExtras(_sandbox.path("pkg/extras"));
+
+  EXPECT_EQ(_sandbox.read(inHome("deploy/extras/b")), "new");
+  EXPECT_EQ(_sandbox.read(inHome("deploy/extras/c")), "kept");
+}
+
+TEST_F(CustomizationTest, NoExtrasAreNotTold) {
+  _sandbox.makeFolder("pkg/empty");
+  InstanceService service = quietService();
+
+  service.copyExtras(std::nullopt);
+  service.copyExtras(_sandbox.path("missing"));
+  service.copyExtras(given());
+  service.copyExtras(_sandbox.path("pkg/empty"));
+
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/extras")));
+}
+
+TEST_F(CustomizationTest, ExtrasNeedAHome) {
+  InstanceService service(std::nullopt);
+  _sandbox.clearLog();
+
+  service.copyExtras(_sandbox.path("pkg"));
+
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+class PermissionsTest : public CustomizationTest {
+ protected:
+  PermissionsTest() {
+    _sandbox.write(inHome("file"), "", 0600);
+    _sandbox.write(inHome("../shared/file"), "", 0600);
+    _sandbox.write(inHome("../beside"), "", 0600);
+    _sandbox.write("data/file", "", 0600);
+  }
+  std::vector<bool> changed() const {
+    std::vector<bool> result;
+    for (const std::string& file :
+         {inHome("file"), inHome("../shared/file"), std::string("data/file")})
+      result.push_back(_sandbox.mode(file) == 0775);
+    return result;
+  }
+};
+
+TEST_F(PermissionsTest, FlagTreatsHomeAndSharedFolder) {
+  quietService().updatePermissions(true, std::optional<std::string>());
+
+  EXPECT_THAT(changed(), ElementsAre(true, true, false));
+  EXPECT_EQ(_sandbox.mode(inHome("../beside")), 0600U);
+}
+
+TEST_F(PermissionsTest, WorkspaceIsTreatedWhateverTheFlag) {
+  quietService().updatePermissions(false, _sandbox.path("data"));
+
+  EXPECT_THAT(changed(), ElementsAre(false, false, true));
+}
+
+TEST_F(PermissionsTest, NothingIsTreatedWithoutFlagAndWorkspace) {
+  quietService().updatePermissions(false, std::optional<std::string>());
+  quietService(_sandbox.path("data")).updatePermissions(false, false);
+
+  EXPECT_THAT(changed(), ElementsAre(false, false, false));
+}
+
+TEST_F(PermissionsTest, WorkspaceIsLookedUpOnDemand) {
+  quietService(_sandbox.path("data")).updatePermissions(false, true);
+
+  EXPECT_THAT(changed(), ElementsAre(false, false, true));
+}
+
+TEST_F(PermissionsTest, UnknownWorkspaceIsNone) {
+  quietService().updatePermissions(true, true);
+
+  EXPECT_THAT(changed(), ElementsAre(true, true, false));
+}
+
+TEST_F(PermissionsTest, WithoutHomeNothingIsTreated) {
+  InstanceService(std::nullopt).updatePermissions(true, _sandbox.path("data"));
+
+  EXPECT_THAT(changed(), ElementsAre(false, false, false));
+}
+
+}  // namespace
+}  // namespace installer::test

@@ -1,0 +1,308 @@
+#include <gmock/gmock.h>
+
+#include "instance/InstanceService.h"
+#include "support/InstanceFixture.h"
+
+namespace installer::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+constexpr const char* kManifest =
+    "<m><domain-object><object-data><install><installfeature><requirements>"
+    "<feature url=\"${installer.root}/x\"/>"
+    "</requirements></installfeature></install></object-data></domain-object></m>";
+
+class InstallManifestsTest : public InstanceFixture {
+ protected:
+  InstallManifestsTest() {
+    _sandbox.write("pkg/m.xml", kManifest);
+    _sandbox.clearLog();
+  }
+
+  std::string manifest() const { return _sandbox.path("pkg/m.xml"); }
+  std::string root() const { return _sandbox.path("pkg"); }
+  std::string deployed(const std::string& name) const {
+    return _sandbox.read(inHome("deploy/" + name));
+  }
+  std::string launcherFile() const { return _sandbox.read(inHome("rcplauncher.properties")); }
+  InstanceService quietService(const std::optional<std::string>& data = std::nullopt) {
+    InstanceService service(home(), data);
+    _sandbox.clearLog();
+    return service;
+  }
+};
+
+TEST_F(InstallManifestsTest, ManifestVersionAndInstallIdAreSetAlone) {
+  _sandbox.write(inHome("rcplauncher.properties"), "# comment\nb=1\na=2\n");
+
+  quietService().updateProvisionManifestVersion("0503130907");
+  quietService().updateInstallID("0503130908");
+
+  EXPECT_EQ(launcherFile(),
+            "b=1\na=2\nprovisioning.manifest.version=0503130907\nrcp.install.id=0503130908\n");
+}
+
+TEST_F(InstallManifestsTest, WithoutLauncherPropertiesNothingIsSet) {
+  _sandbox.remove(inHome("rcplauncher.properties"));
+
+  quietService().updateProvisionManifestVersion("1");
+  quietService().updateInstallID("1");
+
+  EXPECT_FALSE(_sandbox.exists(inHome("rcplauncher.properties")));
+}
+
+TEST_F(InstallManifestsTest, ManifestVersionIsCarriedIntoBothInstallIds) {
+  _sandbox.write(inHome("rcplauncher.properties"), "provisioning.manifest.version=V\nx=1\n");
+  _sandbox.write("data/.config/rcpinstall.properties", "rcp.install.id=old\ny=2\n");
+
+  quietService(_sandbox.path("data")).updateInstallIDWithProvManVer();
+
+  EXPECT_EQ(launcherFile(), "provisioning.manifest.version=V\nx=1\nrcp.install.id=V\n");
+  EXPECT_EQ(_sandbox.read("data/.config/rcpinstall.properties"), "rcp.install.id=V\ny=2\n");
+}
+
+TEST_F(InstallManifestsTest, WithoutDataSettingsTheLauncherKeepsItsIdToo) {
+  _sandbox.makeFolder("data/.config");
+  const std::string before = launcherFile();
+
+  quietService(_sandbox.path("data")).updateInstallIDWithProvManVer();
+  quietService().updateInstallIDWithProvManVer();
+
+  EXPECT_EQ(launcherFile(), before);
+}
+
+TEST_F(InstallManifestsTest, WithoutLauncherPropertiesTheDataKeepsItsId) {
+  _sandbox.remove(inHome("rcplauncher.properties"));
+  _sandbox.write("data/.config/rcpinstall.properties", "rcp.install.id=old\n");
+
+  quietService(_sandbox.path("data")).updateInstallIDWithProvManVer();
+
+  EXPECT_EQ(_sandbox.read("data/.config/rcpinstall.properties"), "rcp.install.id=old\n");
+  EXPECT_FALSE(_sandbox.exists(inHome("rcplauncher.properties")));
+}
+
+TEST_F(InstallManifestsTest, AbsentManifestVersionIsRefusedForBothFiles) {
+  _sandbox.write(inHome("rcplauncher.properties"), "rcp.install.id=a\n");
+  _sandbox.write("data/.config/rcpinstall.properties", "# c\nrcp.install.id=b\n");
+
+  quietService(_sandbox.path("data")).updateInstallIDWithProvManVer();
+
+  EXPECT_EQ(launcherFile(), "rcp.install.id=a\n");
+  EXPECT_EQ(_sandbox.read("data/.config/rcpinstall.properties"), "rcp.install.id=b\n");
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre(HasSubstr("rcp.install.id"), HasSubstr("rcp.install.id")));
+}
+
+TEST_F(InstallManifestsTest, BackupCarriesTheManifestVersion) {
+  _sandbox.write(inHome("deploy/install.xml"), "now");
+
+  quietService().backupInstallManifest();
+
+  EXPECT_EQ(deployed("install.0101130000.xml"), "now");
+  EXPECT_EQ(deployed("install.xml"), "now");
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(InstallManifestsTest, BackupWithoutVersionIsCalledOld) {
+  _sandbox.write(inHome("rcplauncher.properties"), "x=1\n");
+
+  quietService().backupInstallManifest();
+
+  EXPECT_TRUE(_sandbox.exists(inHome("deploy/install.old.xml")));
+}
+
+TEST_F(InstallManifestsTest, ExistingBackupStays) {
+  _sandbox.write(inHome("deploy/install.0101130000.xml"), "first");
+
+  quietService().backupInstallManifest();
+
+  EXPECT_EQ(deployed("install.0101130000.xml"), "first");
+}
+
+TEST_F(InstallManifestsTest, NothingIsBackedUpWithoutManifestOrLauncherProperties) {
+  _sandbox.remove(inHome("deploy/install.xml"));
+  quietService().backupInstallManifest();
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.0101130000.xml")));
+
+  _sandbox.write(inHome("deploy/install.xml"), "x");
+  _sandbox.remove(inHome("rcplauncher.properties"));
+  quietService().backupInstallManifest();
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.old.xml")));
+}
+
+TEST_F(InstallManifestsTest, UpdateManifestIsReplacedAndResolved) {
+  _sandbox.write(inHome("deploy/install.update.xml"), "of an earlier run");
+
+  EXPECT_TRUE(quietService().copyUpdateManifest(manifest(), root()));
+
+  EXPECT_THAT(deployed("install.update.xml"), HasSubstr("url=\"file:" + root() + "/x\""));
+  EXPECT_THAT(
+      numberedLines(),
+      ElementsAre("6 Copy install manifest to " + homePath("deploy/install.update.xml") + ".",
+                  "6 Update ${installer.root}.", "6 Get ${installer.root} : file:" + root() + ".",
+                  "6 Save install manifest."));
+}
+
+TEST_F(InstallManifestsTest, WithoutRootTheManifestIsCopiedByteForByte) {
+  EXPECT_TRUE(quietService().copyUpdateManifest(manifest(), std::nullopt));
+
+  EXPECT_EQ(deployed("install.update.xml"), kManifest);
+  EXPECT_THAT(numberedLines(), ElementsAre("6 Copy install manifest to " +
+                                           homePath("deploy/install.update.xml") + "."));
+}
+
+TEST_F(InstallManifestsTest, RootThatIsNotOnDiskLeavesThePlaceholder) {
+  EXPECT_TRUE(quietService().copyUpdateManifest(manifest(), _sandbox.path("missing")));
+
+  EXPECT_EQ(deployed("install.update.xml"), kManifest);
+  EXPECT_EQ(_sandbox.log().size(), 1U);
+}
+
+TEST_F(InstallManifestsTest, InstallManifestHasItsOwnName) {
+  EXPECT_TRUE(quietService().copyInstallManifest(manifest(), std::nullopt));
+
+  EXPECT_EQ(deployed("install.xml"), kManifest);
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.update.xml")));
+}
+
+TEST_F(InstallManifestsTest, MissingManifestFailsAndTheOldOneIsGone) {
+  _sandbox.write(inHome("deploy/install.update.xml"), "old");
+
+  EXPECT_FALSE(quietService().copyUpdateManifest(_sandbox.path("missing.xml"), root()));
+
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.update.xml")));
+  EXPECT_EQ(_sandbox.log().size(), 1U);
+}
+
+TEST_F(InstallManifestsTest, MissingDeployFolderFails) {
+  _sandbox.remove(inHome("deploy"));
+
+  EXPECT_FALSE(quietService().copyUpdateManifest(manifest(), root()));
+}
+
+TEST_F(InstallManifestsTest, CopyOntoItselfRemovesTheManifestAndFails) {
+  EXPECT_FALSE(quietService().copyInstallManifest(homePath("deploy/install.xml"), std::nullopt));
+
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.xml")));
+}
+
+TEST_F(InstallManifestsTest, MalformedManifestStaysAsCopiedAndFails) {
+  _sandbox.write("pkg/m.xml", "<m><unclosed>");
+
+  EXPECT_FALSE(quietService().copyUpdateManifest(manifest(), root()));
+
+  EXPECT_EQ(deployed("install.update.xml"), "<m><unclosed>");
+}
+
+TEST_F(InstallManifestsTest, ManifestWithoutTheExpectedElementsSucceeds) {
+  _sandbox.write("pkg/m.xml", "<m><other/></m>");
+
+  EXPECT_TRUE(quietService().copyUpdateManifest(manifest(), root()));
+
+  EXPECT_THAT(linesAt(LogLevel::error), ElementsAre("Not able to get domain-object element"));
+  EXPECT_THAT(deployed("install.update.xml"), HasSubstr("\n  <other/>"));
+}
+
+TEST_F(InstallManifestsTest, LinkInThePlaceOfAManifestIsReplacedAndNotWrittenThrough) {
+  _sandbox.write("victim", "untouched");
+  _sandbox.makeLink(inHome("deploy/install.update.xml"), _sandbox.path("victim"));
+  _sandbox.makeLink(inHome("deploy/install.dangling.xml"), _sandbox.path("nothing"));
+
+  EXPECT_TRUE(quietService().copyUpdateManifest(manifest(), root()));
+  EXPECT_TRUE(quietService().copyInstallManifest(manifest(), "install.dangling.xml", root()));
+
+  EXPECT_EQ(_sandbox.read("victim"), "untouched");
+  EXPECT_FALSE(_sandbox.exists("nothing"));
+  EXPECT_THAT(deployed("install.dangling.xml"), HasSubstr("url"));
+}
+
+TEST_F(InstallManifestsTest, WithoutHomeOnlyTheGeneralCopyFallsBack) {
+  InstanceService service(std::nullopt);
+  _sandbox.clearLog();
+
+  EXPECT_FALSE(service.copyUpdateManifest(manifest(), std::nullopt));
+  EXPECT_FALSE(service.copyInstallManifest(manifest(), std::nullopt));
+  EXPECT_FALSE(service.copyManifest(manifest()));
+  EXPECT_FALSE(service.copyHotfixUninstallManifest(manifest()));
+  service.updateProvisionManifestVersion("1");
+  service.updateInstallID("1");
+  service.updateInstallIDWithProvManVer();
+  service.backupInstallManifest();
+
+  EXPECT_EQ(service.pathToRcphome(), std::nullopt);
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(InstallManifestsTest, GeneralCopyWithoutHomeTakesTheFixedOneFromThenOn) {
+  InstanceService service(std::nullopt);
+  _sandbox.clearLog();
+
+  EXPECT_TRUE(service.copyInstallManifest(manifest(), "install.x.xml", std::nullopt));
+
+  EXPECT_EQ(deployed("install.x.xml"), kManifest);
+  EXPECT_EQ(service.pathToRcphome(), home());
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("3 The _pathToRcphome is nil, manually setting rcpHome!",
+                          "3 The productName is nil!",
+                          "6 Copy install manifest to " + homePath("deploy/install.x.xml") + "."));
+}
+
+TEST_F(InstallManifestsTest, ProductNameIsToldButDoesNotEnterThePath) {
+  _sandbox.writePlist(_sandbox.paths().internalConfiguration, {{"productName", "Other"}});
+  InstanceService service(std::nullopt);
+  _sandbox.clearLog();
+
+  EXPECT_TRUE(service.copyInstallManifest(manifest(), "install.x.xml", std::nullopt));
+
+  EXPECT_EQ(service.pathToRcphome(), home());
+  EXPECT_THAT(numberedLines(), ElementsAre("3 The _pathToRcphome is nil, manually setting rcpHome!",
+                                           "6 The product name is: Other.", ::testing::_));
+}
+
+TEST_F(InstallManifestsTest, OwnNameCopyKeepsNameAndPlaceholder) {
+  EXPECT_TRUE(quietService().copyManifest(manifest()));
+
+  EXPECT_EQ(deployed("m.xml"), kManifest);
+}
+
+TEST_F(InstallManifestsTest, OwnNameCopyNeedsManifestAndHome) {
+  InstanceService service = quietService();
+
+  EXPECT_FALSE(service.copyManifest(std::nullopt));
+  EXPECT_FALSE(service.copyManifest(_sandbox.path("missing.xml")));
+  _sandbox.remove(kHome);
+  EXPECT_FALSE(service.copyManifest(manifest()));
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(InstallManifestsTest, UninstallManifestIsReplacedSilentlyAndUnresolved) {
+  _sandbox.write(inHome("deploy/uninstall.hotfix.xml"), "old");
+
+  EXPECT_TRUE(quietService().copyHotfixUninstallManifest(manifest()));
+
+  EXPECT_EQ(deployed("uninstall.hotfix.xml"), kManifest);
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(InstallManifestsTest, UninstallManifestNeedsManifestAndHome) {
+  InstanceService service = quietService();
+  _sandbox.write(inHome("deploy/uninstall.hotfix.xml"), "old");
+
+  EXPECT_FALSE(service.copyHotfixUninstallManifest(std::nullopt));
+  EXPECT_FALSE(service.copyHotfixUninstallManifest(_sandbox.path("missing.xml")));
+  EXPECT_EQ(deployed("uninstall.hotfix.xml"), "old");
+  _sandbox.remove(kHome);
+  EXPECT_FALSE(service.copyHotfixUninstallManifest(manifest()));
+}
+
+TEST_F(InstallManifestsTest, UninstallManifestCopyFailsWithoutDeployFolder) {
+  _sandbox.remove(inHome("deploy"));
+
+  EXPECT_FALSE(quietService().copyHotfixUninstallManifest(manifest()));
+}
+
+}  // namespace
+}  // namespace installer::test

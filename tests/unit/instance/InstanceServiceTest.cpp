@@ -1,0 +1,115 @@
+#include "instance/InstanceService.h"
+
+#include <gmock/gmock.h>
+
+#include "platform/FileManager.h"
+#include "support/InstanceFixture.h"
+
+namespace installer::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::StartsWith;
+
+class InstanceServiceTest : public InstanceFixture {
+ protected:
+  void nameInstallLocation(const std::string& location) {
+    _sandbox.writePlist(_sandbox.paths().internalConfiguration, {{"newInstallLocation", location}});
+  }
+};
+
+TEST_F(InstanceServiceTest, BindsToAnExistingHome) {
+  const InstanceService service(home(), "/data");
+
+  EXPECT_EQ(service.pathToRcphome(), home());
+  EXPECT_EQ(service.getWorkspace(), "/data");
+  EXPECT_THAT(
+      numberedLines(),
+      ElementsAre("6 The pathToRcphome is: " + home() + ".", "6 newInstallLocation : (null).",
+                  "4 Can not copy to newInstallLocation because its nil!"));
+}
+
+TEST_F(InstanceServiceTest, WithoutDataFolderNoneIsKnown) {
+  EXPECT_EQ(InstanceService(home()).getWorkspace(), std::nullopt);
+}
+
+TEST_F(InstanceServiceTest, MissingHomeIsMadeWithAllFoldersAbove) {
+  const InstanceService service(_sandbox.path("new/a/rcp"));
+
+  EXPECT_EQ(service.pathToRcphome(), _sandbox.path("new/a/rcp"));
+  EXPECT_TRUE(_sandbox.exists("new/a/rcp"));
+}
+
+TEST_F(InstanceServiceTest, HomeThatCannotBeMadeLeavesAServiceWithoutFolders) {
+  _sandbox.write("file", "");
+  const std::string impossible = _sandbox.path("file/rcp");
+
+  const InstanceService service(impossible, "/data");
+
+  EXPECT_EQ(service.pathToRcphome(), std::nullopt);
+  EXPECT_EQ(service.getWorkspace(), std::nullopt);
+  EXPECT_THAT(_sandbox.log().back(), Says(LogLevel::error, "No file at: " + impossible + "!"));
+}
+
+TEST_F(InstanceServiceTest, AbsentHomeIsToldAsNull) {
+  const InstanceService service(std::nullopt, "/data");
+
+  EXPECT_EQ(service.pathToRcphome(), std::nullopt);
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("6 The pathToRcphome is: (null).", "6 newInstallLocation : (null).",
+                          "4 Can not copy to newInstallLocation because its nil!",
+                          "3 No file at: (null)!"));
+}
+
+TEST_F(InstanceServiceTest, HomeThatIsAFileIsTakenAsItIs) {
+  _sandbox.write("file", "");
+
+  EXPECT_EQ(InstanceService(_sandbox.path("file")).pathToRcphome(), _sandbox.path("file"));
+}
+
+TEST_F(InstanceServiceTest, StagingFolderIsCopiedToTheNewLocation) {
+  _sandbox.write("tmp/qlmcore2/sub/file", "staged");
+  nameInstallLocation(_sandbox.path("new"));
+
+  const InstanceService service(home());
+
+  EXPECT_EQ(_sandbox.read("new/sub/file"), "staged");
+  EXPECT_THAT(numberedLines(), ElementsAre("6 The pathToRcphome is: " + home() + ".",
+                                           "6 newInstallLocation : " + _sandbox.path("new") + "."));
+}
+
+TEST_F(InstanceServiceTest, LocationThatExistsIsLeftAsItIs) {
+  _sandbox.write("tmp/qlmcore2/file", "staged");
+  _sandbox.write("new/other", "mine");
+  nameInstallLocation(_sandbox.path("new"));
+
+  const InstanceService service(home());
+
+  EXPECT_FALSE(_sandbox.exists("new/file"));
+  EXPECT_TRUE(linesAt(LogLevel::error).empty());
+}
+
+TEST_F(InstanceServiceTest, FailedStagingCopyIsLoggedAndPassedOver) {
+  nameInstallLocation(_sandbox.path("new"));
+
+  const InstanceService service(home());
+
+  EXPECT_EQ(service.pathToRcphome(), home());
+  EXPECT_THAT(linesAt(LogLevel::error), ElementsAre(StartsWith("Error copying files: \"")));
+}
+
+TEST_F(InstanceServiceTest, CopiesGoOnOnlyWhereTheDestinationExists) {
+  const InstanceService service(home());
+  const auto proceeds = [&](int code) {
+    return service.shouldProceedAfterError({.code = code, .description = ""}, "a", "b");
+  };
+
+  EXPECT_TRUE(proceeds(516));
+  EXPECT_FALSE(proceeds(515));
+  EXPECT_FALSE(proceeds(517));
+  EXPECT_FALSE(proceeds(FileError::kMissing));
+  EXPECT_FALSE(proceeds(FileError::kOther));
+}
+
+}  // namespace
+}  // namespace installer::test

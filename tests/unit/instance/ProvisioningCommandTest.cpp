@@ -1,0 +1,42 @@
+#include "instance/ProvisioningCommand.h"
+
+#include <gmock/gmock.h>
+
+namespace installer::test {
+namespace {
+
+using ::testing::ElementsAre;
+
+TEST(ProvisioningCommandTest, UpdateWithoutDataHasElevenArguments) {
+  EXPECT_THAT(ProvisioningCommand::arguments(ProvisioningCommand::kUpdate, "de_DE", std::nullopt),
+              ElementsAre("-rcpLauncherWait", "-provManifest", "-noSplash",
+                          "-provisioningOperation", "update", "-nl", "de_DE", "-vmargs",
+                          "-Dfile.encoding=UTF-8", "-Xms32m", "-Xmx256m"));
+}
+
+TEST(ProvisioningCommandTest, CleanUpWithDataHasThirteenArguments) {
+  EXPECT_THAT(ProvisioningCommand::arguments(ProvisioningCommand::kCleanUp, "en_US", "/a b/data"),
+              ElementsAre("-rcpLauncherWait", "-provManifest", "-noSplash",
+                          "-provisioningOperation", "cleanup", "-nl", "en_US", "-vmargs",
+                          "-Dfile.encoding=UTF-8", "-Xms32m", "-Xmx256m", "-data", "/a b/data"));
+}
+
+TEST(ProvisioningCommandTest, HotfixRunHasFifteenArguments) {
+  EXPECT_THAT(
+      ProvisioningCommand::hotfixArguments("en_US", "/Volumes/HF/updates/platform", "/data"),
+      ElementsAre("-rcpLauncherWait", "-provManifest", "-noSplash", "-provisioningOperation",
+                  "update", "-nl", "en_US", "-vmargs", "-Dfile.encoding=UTF-8",
+                  "-DprovisioningOperation=update",
+                  "-DprovUpdateSiteListOverride=file:/Volumes/HF/updates/platform", "-Xms32m",
+                  "-Xmx256m", "-data", "/data"));
+}
+
+TEST(ProvisioningCommandTest, UpdateSitesArePassedOnAsTheyAre) {
+  EXPECT_EQ(ProvisioningCommand::hotfixArguments("l", "/a b,/c'd\"", "/data")[10],
+            "-DprovUpdateSiteListOverride=file:/a b,/c'd\"");
+  EXPECT_EQ(ProvisioningCommand::hotfixArguments("l", "", "/data")[10],
+            "-DprovUpdateSiteListOverride=file:");
+}
+
+}  // namespace
+}  // namespace installer::test

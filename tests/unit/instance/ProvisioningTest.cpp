@@ -1,0 +1,157 @@
+#include <gmock/gmock.h>
+
+#include "instance/InstanceService.h"
+#include "instance/ProvisioningCommand.h"
+#include "instance/ProvisioningRun.h"
+#include "support/InstanceFixture.h"
+
+namespace installer::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class ProvisioningTest : public InstanceFixture {
+ protected:
+  static std::vector<std::string> update(const std::optional<std::string>& data) {
+    return ProvisioningCommand::arguments("update", "en_US", data);
+  }
+  static std::vector<std::string> cleanUp(const std::optional<std::string>& data) {
+    return ProvisioningCommand::arguments("cleanup", "en_US", data);
+  }
+  void writeResult(const std::string& text) { _sandbox.write(inHome("../.provisioning_rc"), text); }
+};
+
+TEST_F(ProvisioningTest, UpdateStartsTheGivenLauncherAndWaits) {
+  InstanceService(home(), "/data").startProvisioningWithUpdate("/any/launcher");
+
+  EXPECT_THAT(_sandbox.children().started(),
+              ElementsAre(Command{"/any/launcher", update("/data")}));
+  EXPECT_EQ(_sandbox.children().running(), 0U);
+}
+
+TEST_F(ProvisioningTest, CleanUpStartsTheGivenLauncherAndWaits) {
+  InstanceService(home(), "/data").startProvisioningWithCleanUp("/any/launcher");
+
+  EXPECT_THAT(_sandbox.children().started(),
+              ElementsAre(Command{"/any/launcher", cleanUp("/data")}));
+  EXPECT_EQ(_sandbox.children().running(), 0U);
+}
+
+TEST_F(ProvisioningTest, WithoutDataFolderThereIsNoDataPair) {
+  InstanceService(home()).startProvisioningWithUpdate(launcher());
+  InstanceService(home()).startProvisioningWithCleanUp(launcher());
+
+  EXPECT_THAT(_sandbox.children().started(),
+              ElementsAre(Command{launcher(), update(std::nullopt)},
+                          Command{launcher(), cleanUp(std::nullopt)}));
+}
+
+TEST_F(ProvisioningTest, LocaleIsTheUsers) {
+  _sandbox.writePlist("Users/tester/Library/Preferences/.GlobalPreferences.plist",
+                      {{"AppleLocale", "de_DE"}});
+
+  InstanceService(home()).startProvisioningWithUpdate(launcher());
+
+  ASSERT_EQ(_sandbox.children().started().size(), 1U);
+  EXPECT_EQ(_sandbox.children().started()[0].arguments[6], "de_DE");
+}
+
+TEST_F(ProvisioningTest, RunsStartWithoutHomeToo) {
+  InstanceService(std::nullopt).startProvisioningWithUpdate("/any/launcher");
+
+  EXPECT_THAT(_sandbox.children().started(),
+              ElementsAre(Command{"/any/launcher", update(std::nullopt)}));
+}
+
+TEST_F(ProvisioningTest, AbsentLauncherIsAnErrorLine) {
+  runProvisioning(std::nullopt, {"x"});
+
+  EXPECT_THAT(_sandbox.children().started(), IsEmpty());
+  EXPECT_THAT(_sandbox.log(),
+              ElementsAre(Says(LogLevel::error,
+                               "Not able to start rcplauncher: the rcp home is unknown.")));
+}
+
+TEST_F(ProvisioningTest, LauncherThatCannotBeStartedIsAnErrorLine) {
+  _sandbox.children().failToStart("/any/launcher");
+
+  runProvisioning("/any/launcher", {"x"});
+
+  EXPECT_THAT(_sandbox.log(),
+              ElementsAre(Says(LogLevel::error,
+                               "Not able to start /any/launcher: No such file or directory.")));
+}
+
+TEST_F(ProvisioningTest, ResultNeedsHomeAndFile) {
+  EXPECT_EQ(InstanceService(std::nullopt).getProvisioningResult(), -1);
+  EXPECT_EQ(InstanceService(home()).getProvisioningResult(), -1);
+
+  writeResult("rc=0\n");
+  InstanceService service(home());
+  _sandbox.remove(kHome);
+
+  EXPECT_EQ(service.getProvisioningResult(), -1);
+}
+
+struct ResultCase {
+  const char* text;
+  int result;
+};
+
+class ProvisioningResultTest : public InstanceFixture,
+                               public ::testing::WithParamInterface<ResultCase> {};
+
+TEST_P(ProvisioningResultTest, IsReadFromTheLeadingInteger) {
+  _sandbox.write(inHome("../.provisioning_rc"), GetParam().text);
+
+  EXPECT_EQ(InstanceService(home()).getProvisioningResult(), GetParam().result) << GetParam().text;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts, ProvisioningResultTest,
+    ::testing::Values(ResultCase{"rc=0\n", 0}, ResultCase{"rc=2\n", 0}, ResultCase{"rc=1\n", -1},
+                      ResultCase{"rc=3\n", -1}, ResultCase{"rc=-1\n", -1}, ResultCase{"rc=-2", -1},
+                      ResultCase{"rc=abc", 0}, ResultCase{"rc=2x", 0}, ResultCase{"rc=20", -1},
+                      ResultCase{"rc=", 0}, ResultCase{"rc", 0}, ResultCase{"rc=+2", 0},
+                      ResultCase{"rc=-0", 0}, ResultCase{"rc=-", 0}, ResultCase{"rc=--2", 0},
+                      ResultCase{"rc=1\nrc=2", 0}, ResultCase{"rc : 2", 0}, ResultCase{"rc=02", 0},
+                      ResultCase{"x=0\n", -1}, ResultCase{"", -1}, ResultCase{"# rc=0\n", -1},
+                      ResultCase{"rc=4294967296", -1}, ResultCase{"rc=4294967298", -1},
+                      ResultCase{"rc=18446744073709551618", -1}, ResultCase{"rc=-4294967296", -1},
+                      ResultCase{"rc=9", -1}, ResultCase{"RC=0", -1},
+                      ResultCase{"rc=2147483648", -1}));
+
+TEST_F(ProvisioningTest, BlanksBeforeTheCodeAreSkipped) {
+  // The reader takes plain blanks away itself; the line feed's relatives reach the number.
+  writeResult("rc=x\\\n");
+  EXPECT_EQ(InstanceService(home()).getProvisioningResult(), 0);
+}
+
+TEST_F(ProvisioningTest, OldResultIsRemoved) {
+  writeResult("rc=0\n");
+
+  InstanceService(home()).removeProvisionRCFile();
+
+  EXPECT_FALSE(_sandbox.exists(inHome("../.provisioning_rc")));
+}
+
+TEST_F(ProvisioningTest, OldResultStaysWithoutHome) {
+  writeResult("rc=0\n");
+
+  InstanceService(std::nullopt).removeProvisionRCFile();
+
+  EXPECT_TRUE(_sandbox.exists(inHome("../.provisioning_rc")));
+}
+
+TEST_F(ProvisioningTest, NoOldResultIsNoChange) {
+  InstanceService service(home());
+  const std::size_t before = _sandbox.files().operations().size();
+
+  service.removeProvisionRCFile();
+
+  EXPECT_EQ(_sandbox.files().operations().size(), before);
+}
+
+}  // namespace
+}  // namespace installer::test
