@@ -33,7 +33,8 @@ class InstallManifest {
   bool replaceInstallerRootWith(const std::string& replacement);
 
   // Writes the re-indented document to `path`, or over the loaded file for nullopt. False without a
-  // document or when the disk refuses; the old file is then untouched. Nothing is logged.
+  // document, when it has come to hold what XML cannot tell (a control character in the replaced
+  // root, say), or when the disk refuses; the old file is then untouched. Nothing is logged.
   bool saveInstallManifestAs(const std::optional<std::string>& path) const;
 
  private:

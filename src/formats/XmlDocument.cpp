@@ -1,5 +1,7 @@
 #include "formats/XmlDocument.h"
 
+#include <libxml/SAX2.h>
+#include <libxml/entities.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <libxml/xmlsave.h>
@@ -90,6 +92,45 @@ int saveOptions(const xmlDoc& document) {
   return document.standalone == kNoDeclaration ? XML_SAVE_NO_DECL : 0;
 }
 
+// Where a document's entities may be declared outside of it, a reference to one that is not known
+// is no error. The library keeps such a reference in text and drops it from attributes, so that
+// each is given an empty entity of its own while the document is read, which is never part of it.
+class Parser {
+ public:
+  Parser() : _context(xmlNewParserCtxt()), _outside(xmlNewDoc(BAD_CAST "1.0")) {
+    xmlCreateIntSubset(_outside.get(), BAD_CAST "outside", nullptr, nullptr);
+    _context->_private = _outside.get();
+    _context->sax->getEntity = entityNamed;
+  }
+
+  Document read(std::string_view bytes) {
+    return Document(xmlCtxtReadMemory(_context.get(), bytes.data(), static_cast<int>(bytes.size()),
+                                      nullptr, nullptr, XML_PARSE_NONET));
+  }
+
+ private:
+  struct ContextDeleter {
+    void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
+  };
+
+  static xmlEntity* entityNamed(void* parser, const xmlChar* name) {
+    auto* context = static_cast<xmlParserCtxt*>(parser);
+    xmlEntity* known = xmlSAX2GetEntity(parser, name);
+    const bool othersOutside = context->hasExternalSubset != 0 || context->hasPErefs != 0;
+    if (known != nullptr || context->standalone == 1 || !othersOutside) return known;
+    return outsideEntity(static_cast<xmlDoc*>(context->_private), name);
+  }
+
+  static xmlEntity* outsideEntity(xmlDoc* outside, const xmlChar* name) {
+    if (xmlEntity* known = xmlGetDocEntity(outside, name)) return known;
+    return xmlAddDocEntity(outside, name, XML_INTERNAL_GENERAL_ENTITY, nullptr, nullptr,
+                           BAD_CAST "");
+  }
+
+  std::unique_ptr<xmlParserCtxt, ContextDeleter> _context;
+  Document _outside;
+};
+
 struct BufferDeleter {
   void operator()(xmlBuffer* buffer) const { xmlBufferFree(buffer); }
 };
@@ -103,8 +144,7 @@ void DocumentDeleter::operator()(_xmlDoc* document) const {
 Document parse(std::string_view bytes) {
   if (bytes.size() > INT_MAX) return nullptr;
   const QuietXml quiet;
-  Document document(xmlReadMemory(bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr,
-                                  XML_PARSE_NONET));
+  Document document = Parser().read(bytes);
   if (document) noteEncoding(*document, bytes);
   return document;
 }
