@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kHeaderSize = 8;
 constexpr std::size_t kTrailerSize = 32;
-constexpr std::size_t kMaximumContent = std::size_t{256} << 20;  // bytes of text and data
+constexpr std::size_t kMaximumContent = std::size_t{64} << 20;  // bytes of text and data
 
 std::uint64_t bigEndian(std::string_view bytes) {
   std::uint64_t number = 0;

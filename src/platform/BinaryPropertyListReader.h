@@ -11,7 +11,7 @@ namespace installer::PropertyList {
 inline constexpr std::string_view kBinaryMagic = "bplist0";
 
 // Reads the binary form. Objects may be shared, so that a small file can stand for a large list:
-// the bounds count every visit of an object, and at most 256 MiB of text and data are taken over.
+// the bounds count every visit of an object, and at most 64 MiB of text and data are taken over.
 // Types that no property list holds (null, sets, links) make the list unreadable.
 std::optional<Value> readBinary(std::string_view bytes);
 
