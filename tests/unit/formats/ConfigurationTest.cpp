@@ -1,0 +1,282 @@
+#include "formats/Configuration.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "support/Sandbox.h"
+#include "support/XmlList.h"
+
+namespace installer {
+namespace {
+
+using PropertyList::Dictionary;
+using test::Says;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr const char* kFile = "tmp/com.kiv.rcp.platform.internal.configuration";
+constexpr uid_t kStranger = 4242;
+
+// The sandbox's file manager, but for the owner that it reports.
+class ForeignFiles : public test::FailingFileManager {
+ public:
+  ForeignFiles(UserContext& users, uid_t owner) : FailingFileManager(users), _owner(owner) {}
+
+  std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner) override {
+    std::optional<std::string> bytes = FailingFileManager::readUnlinked(path, owner);
+    *owner = _owner;
+    return bytes;
+  }
+
+ private:
+  uid_t _owner;
+};
+
+class ConfigurationTest : public ::testing::Test {
+ protected:
+  auto refusal() const {
+    return Says(LogLevel::warning, "The file " + _sandbox.path(kFile) +
+                                       " is not a plain file of a trusted user, ignore it.");
+  }
+
+  // What a configuration finds under "a" when the file belongs to the owner.
+  std::optional<std::string> valueFrom(uid_t owner) {
+    ForeignFiles files(_sandbox.users(), owner);
+    FileManager* const before = std::exchange(_sandbox.platform().files, &files);
+    const Configuration configuration;
+    _sandbox.platform().files = before;
+    return configuration.getPropertyValueForKey("a");
+  }
+
+  test::Sandbox _sandbox;
+};
+
+TEST_F(ConfigurationTest, MissingFileGivesAnEmptyStoreThatTakesValues) {
+  Configuration configuration;
+
+  EXPECT_EQ(configuration.getPropertyValueForKey("a"), std::nullopt);
+  EXPECT_TRUE(configuration.setProperty("1", "a"));
+  EXPECT_EQ(configuration.getPropertyValueForKey("a"), "1");
+  EXPECT_TRUE(configuration.setProperty(std::nullopt, "a"));
+  EXPECT_EQ(configuration.getPropertyValueForKey("a"), std::nullopt);
+  EXPECT_FALSE(configuration.setProperty("1", std::nullopt));
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(ConfigurationTest, SavedValuesAreFoundByTheNextOne) {
+  Configuration first;
+  first.setProperty("/data", "P_RCPDATA");
+
+  EXPECT_TRUE(first.saveConfiguration());
+
+  EXPECT_EQ(Configuration().getPropertyValueForKey("P_RCPDATA"), "/data");
+  EXPECT_EQ(_sandbox.read(kFile),
+            test::xmlList("<dict>\n\t<key>P_RCPDATA</key>\n\t<string>/data</string>\n</dict>"));
+}
+
+TEST_F(ConfigurationTest, UnsavedValuesStayInMemory) {
+  Configuration().setProperty("1", "a");
+
+  EXPECT_FALSE(_sandbox.exists(kFile));
+}
+
+TEST_F(ConfigurationTest, ValuesOfOtherProgramsSurvive) {
+  _sandbox.writePlist(kFile, {{"theirs", 5}, {"productName", "Q"}});
+  Configuration configuration;
+
+  configuration.setProperty("1", "a");
+  configuration.saveConfiguration();
+
+  EXPECT_EQ(configuration.getPropertyValueForKey("productName"), "Q");
+  EXPECT_EQ(_sandbox.readPlist(kFile),
+            (Dictionary{{"theirs", 5}, {"productName", "Q"}, {"a", "1"}}));
+}
+
+TEST_F(ConfigurationTest, SavedFileIsReadableForAllWhateverItWas) {
+  _sandbox.writePlist(kFile, {{"a", "1"}});
+  ASSERT_EQ(chmod(_sandbox.path(kFile).c_str(), 0600), 0);
+  const mode_t mask = umask(077);
+
+  Configuration().saveConfiguration();
+
+  umask(mask);
+  EXPECT_EQ(_sandbox.mode(kFile), 0644U);
+}
+
+TEST_F(ConfigurationTest, SavedFileBelongsToTheProcess) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs root to give a file away";
+  _sandbox.writePlist(kFile, {{"a", "1"}});
+  ASSERT_EQ(chown(_sandbox.path(kFile).c_str(), kStranger, kStranger), 0);
+
+  Configuration().saveConfiguration();
+
+  struct stat status {};
+  ASSERT_EQ(stat(_sandbox.path(kFile).c_str(), &status), 0);
+  EXPECT_EQ(status.st_uid, geteuid());
+}
+
+TEST_F(ConfigurationTest, RefusingDiskIsNotReported) {
+  Configuration configuration;
+  _sandbox.files().failAt(1, ENOSPC);
+
+  EXPECT_TRUE(configuration.saveConfiguration());
+
+  EXPECT_FALSE(_sandbox.exists(kFile));
+}
+
+TEST_F(ConfigurationTest, WhatCannotBeToldIsNotWritten) {
+  _sandbox.writePlist(kFile, {{"a", "1"}});
+  Configuration configuration;
+  configuration.setProperty("\x01", "a");
+
+  EXPECT_TRUE(configuration.saveConfiguration());
+
+  EXPECT_EQ(_sandbox.readPlist(kFile), (Dictionary{{"a", "1"}}));
+}
+
+TEST_F(ConfigurationTest, UnreadableFileTakesNothingAndStaysAsItIs) {
+  const std::string file = _sandbox.write(kFile, "<plist>");
+  Configuration configuration;
+
+  EXPECT_THAT(
+      _sandbox.log(),
+      ElementsAre(Says(LogLevel::warning, "Not able to read the property list " + file + ".")));
+  EXPECT_EQ(configuration.getPropertyValueForKey("a"), std::nullopt);
+  EXPECT_FALSE(configuration.setProperty("1", "a"));
+  EXPECT_FALSE(configuration.saveConfiguration());
+  EXPECT_EQ(_sandbox.read(kFile), "<plist>");
+}
+
+// --- Cleaning up
+// ----------------------------------------------------------------------------------------
+
+TEST_F(ConfigurationTest, CleanupRemovesFileAndValues) {
+  _sandbox.writePlist(kFile, {{"a", "1"}});
+  Configuration configuration;
+
+  configuration.cleanupConfiguration();
+
+  EXPECT_FALSE(_sandbox.exists(kFile));
+  EXPECT_EQ(configuration.getPropertyValueForKey("a"), std::nullopt);
+  EXPECT_EQ(Configuration().getPropertyValueForKey("a"), std::nullopt);
+}
+
+TEST_F(ConfigurationTest, CleanupWithoutFileEmptiesTheStore) {
+  Configuration configuration;
+  configuration.setProperty("1", "a");
+
+  configuration.cleanupConfiguration();
+
+  EXPECT_EQ(configuration.getPropertyValueForKey("a"), std::nullopt);
+  EXPECT_THAT(_sandbox.files().operations(), IsEmpty());
+}
+
+TEST_F(ConfigurationTest, StoreCanBeFilledAgainAfterCleanup) {
+  Configuration configuration;
+  configuration.cleanupConfiguration();
+
+  EXPECT_TRUE(configuration.setProperty("2", "b"));
+  EXPECT_TRUE(configuration.saveConfiguration());
+
+  EXPECT_EQ(_sandbox.readPlist(kFile), (Dictionary{{"b", "2"}}));
+}
+
+TEST_F(ConfigurationTest, CleanupRemovesALinkAndNotItsTarget) {
+  _sandbox.writePlist("tmp/target", {{"a", "1"}});
+  _sandbox.makeLink(kFile, "target");
+
+  Configuration().cleanupConfiguration();
+
+  EXPECT_FALSE(_sandbox.exists(kFile));
+  EXPECT_TRUE(_sandbox.exists("tmp/target"));
+}
+
+// --- Whose file counts
+// ----------------------------------------------------------------------------------
+
+TEST_F(ConfigurationTest, FilesOfRootEffectiveAndConsoleUserCount) {
+  _sandbox.writePlist(kFile, {{"a", "1"}});
+  _sandbox.users().effectiveUser = 501;
+  _sandbox.users().userList.push_back({"console", 502, 20, "/Users/console"});
+  _sandbox.users().variables["USER"] = "console";
+
+  EXPECT_EQ(valueFrom(0), "1");
+  EXPECT_EQ(valueFrom(501), "1");
+  EXPECT_EQ(valueFrom(502), "1");
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(ConfigurationTest, FileOfAnotherUserReadsAsAbsent) {
+  _sandbox.writePlist(kFile, {{"a", "1"}});
+  _sandbox.users().effectiveUser = 501;
+
+  EXPECT_EQ(valueFrom(kStranger), std::nullopt);
+
+  EXPECT_THAT(_sandbox.log(), ElementsAre(refusal()));
+}
+
+TEST_F(ConfigurationTest, UnknownConsoleUserOwnsNothing) {
+  _sandbox.writePlist(kFile, {{"a", "1"}});
+  _sandbox.users().variables["USER"] = "nobody there";
+  EXPECT_EQ(valueFrom(kStranger), std::nullopt);
+
+  _sandbox.users().variables.erase("USER");
+  _sandbox.users().userList.clear();
+  EXPECT_EQ(valueFrom(kStranger), std::nullopt);
+}
+
+TEST_F(ConfigurationTest, LinkReadsAsAbsent) {
+  _sandbox.writePlist("tmp/target", {{"a", "1"}});
+  _sandbox.makeLink(kFile, "target");
+  Configuration configuration;
+
+  EXPECT_EQ(configuration.getPropertyValueForKey("a"), std::nullopt);
+  EXPECT_TRUE(configuration.setProperty("2", "a"));
+  EXPECT_THAT(_sandbox.log(), ElementsAre(refusal()));
+}
+
+TEST_F(ConfigurationTest, SaveReplacesALinkAndNotItsTarget) {
+  _sandbox.writePlist("tmp/target", {{"a", "1"}});
+  _sandbox.makeLink(kFile, "target");
+  Configuration configuration;
+  configuration.setProperty("2", "b");
+
+  configuration.saveConfiguration();
+
+  EXPECT_EQ(_sandbox.readPlist("tmp/target"), (Dictionary{{"a", "1"}}));
+  EXPECT_EQ(_sandbox.readPlist(kFile), (Dictionary{{"b", "2"}}));
+  EXPECT_EQ(Configuration().getPropertyValueForKey("b"), "2");
+}
+
+TEST_F(ConfigurationTest, DanglingLinkFolderAndPipeReadAsAbsent) {
+  _sandbox.makeLink(kFile, "nowhere");
+  EXPECT_TRUE(Configuration().setProperty("1", "a"));
+  _sandbox.remove(kFile);
+  _sandbox.makeFolder(kFile);
+  EXPECT_TRUE(Configuration().setProperty("1", "a"));
+  _sandbox.remove(kFile);
+  _sandbox.makePipe(kFile);
+  EXPECT_TRUE(Configuration().setProperty("1", "a"));
+
+  EXPECT_THAT(_sandbox.log(), ElementsAre(refusal()));
+}
+
+TEST_F(ConfigurationTest, RefusalIsToldOncePerRun) {
+  _sandbox.makeLink(kFile, "nowhere");
+
+  Configuration();
+  Configuration();
+  EXPECT_THAT(_sandbox.log(), ElementsAre(refusal()));
+
+  Platform nextRun = _sandbox.platform();
+  nextRun.saidOnce.clear();
+  const ScopedPlatform scope(nextRun);
+  Configuration();
+  EXPECT_THAT(_sandbox.log(), ElementsAre(refusal(), refusal()));
+}
+
+}  // namespace
+}  // namespace installer
