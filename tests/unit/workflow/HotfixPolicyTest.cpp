@@ -1,0 +1,58 @@
+#include "workflow/HotfixPolicy.h"
+
+#include <gmock/gmock.h>
+
+#include "support/Sandbox.h"
+#include "workflow/HotfixPackage.h"
+
+namespace installer::test {
+namespace {
+
+using PropertyList::Dictionary;
+
+class HotfixPolicyTest : public ::testing::Test {
+ protected:
+  bool skipsWith(const Dictionary& properties) {
+    _sandbox.writePlist("HF.pkg/Contents/Resources/hotfix.plist", properties);
+    return HotfixPolicy(_sandbox.path("HF.pkg")).isSkipRunningCheck();
+  }
+
+  Sandbox _sandbox;
+};
+
+TEST_F(HotfixPolicyTest, OnlyTheTextTrueSkipsTheRunningCheck) {
+  EXPECT_TRUE(skipsWith({{"SKIPRUNNINGCHECK", "true"}}));
+  for (const char* text : {"TRUE", "True", "yes", "1", "true ", " true", "false", ""})
+    EXPECT_FALSE(skipsWith({{"SKIPRUNNINGCHECK", text}})) << text;
+}
+
+TEST_F(HotfixPolicyTest, OtherTypesAndMissingKeysDoNotSkip) {
+  EXPECT_FALSE(skipsWith({{"SKIPRUNNINGCHECK", true}}));
+  EXPECT_FALSE(skipsWith({{"skiprunningcheck", "true"}}));
+  EXPECT_FALSE(skipsWith({}));
+}
+
+TEST_F(HotfixPolicyTest, MissingPackageOrPlistDoesNotSkip) {
+  _sandbox.makeFolder("empty");
+
+  EXPECT_FALSE(HotfixPolicy(std::nullopt).isSkipRunningCheck());
+  EXPECT_FALSE(HotfixPolicy(_sandbox.path("missing")).isSkipRunningCheck());
+  EXPECT_FALSE(HotfixPolicy(_sandbox.path("empty")).isSkipRunningCheck());
+}
+
+TEST(HotfixPackageTest, RcpHomeNeedsTheFrameworkPath) {
+  EXPECT_EQ(HotfixPackage::rcpHomeIn("/A/Q.app", {{"frameworkPath", "/Contents/MacOS/"}}),
+            "/A/Q.app/Contents/MacOS/rcp");
+  EXPECT_EQ(HotfixPackage::rcpHomeIn("/A/Q.app", {{"frameworkPath", ""}}), "/A/Q.app/rcp");
+  EXPECT_EQ(HotfixPackage::rcpHomeIn("/A/Q.app", {}), std::nullopt);
+  EXPECT_EQ(HotfixPackage::rcpHomeIn("/A/Q.app", {{"frameworkPath", 1}}), std::nullopt);
+}
+
+TEST(HotfixPackageTest, ApplicationNameNeedsTheBundleName) {
+  EXPECT_EQ(HotfixPackage::applicationName({{"bundleName", "Quillmere"}}), "Quillmere.app");
+  EXPECT_EQ(HotfixPackage::applicationName({}), std::nullopt);
+  EXPECT_EQ(HotfixPackage::applicationName({{"bundleName", 1}}), std::nullopt);
+}
+
+}  // namespace
+}  // namespace installer::test

@@ -1,0 +1,186 @@
+#include "workflow/HotfixUninstall.h"
+
+#include <gmock/gmock.h>
+
+#include "instance/ProvisioningCommand.h"
+#include "support/PackageFixture.h"
+
+namespace installer::test {
+namespace {
+
+using PropertyList::Dictionary;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class HotfixUninstallTest : public PackageFixture {
+ protected:
+  HotfixUninstallTest() {
+    _sandbox.clock().set(2013, 3, 5, 9, 7);
+    _sandbox.write(inHome("deploy/uninstall.hotfix.xml"), "uninstall ${installer.root}");
+    writeInfo({{"version", "6"},
+               {"hotfixVersion", "6.1"},
+               {"SKIPRUNNINGCHECK", "true"},
+               {"installedHotfixBundleID", "com.old"}});
+    _sandbox.write(_sandbox.paths().receiptTool, "");
+  }
+
+  // The answer; standard output goes to _output.
+  bool uninstall(const std::optional<std::string>& dataFolder) {
+    HotfixUninstall workflow(home(), dataFolder);
+    _sandbox.clearLog();
+    ::testing::internal::CaptureStdout();
+    const bool removed = workflow.uninstallOldHotfix();
+    _output = ::testing::internal::GetCapturedStdout();
+    return removed;
+  }
+  bool uninstall() { return uninstall(data()); }
+  Command run() const {
+    return {launcher(), ProvisioningCommand::arguments("update", "en_US", data())};
+  }
+
+  std::string _output;
+};
+
+constexpr const char* kUnexpected =
+    "Unexpected results have occurred during the provisioning operation. For additional "
+    "information, please refer to the logs.";
+constexpr const char* kUndetermined =
+    "Provisioning process failed to launch or was terminated before status could be determined.";
+
+TEST_F(HotfixUninstallTest, RunsTheLauncherTwiceAndClearsAllRecords) {
+  EXPECT_TRUE(uninstall());
+
+  EXPECT_THAT(
+      _sandbox.children().started(),
+      ElementsAre(run(), run(), Command{_sandbox.paths().receiptTool, {"--forget", "com.old"}}));
+  EXPECT_EQ(info(), (Dictionary{{"version", "6"}}));
+  EXPECT_FALSE(_sandbox.exists(inHome("../.provisioning_rc")));
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/uninstall.hotfix.xml")));
+  EXPECT_EQ(_sandbox.read(inHome("deploy/install.update.xml")), "uninstall ${installer.root}");
+  EXPECT_EQ(_output, "The provisioning operations have completed successfully.\n");
+  EXPECT_THAT(
+      numberedLines(),
+      ElementsAre("6 Copy install manifest to " + homePath("deploy/install.update.xml") + ".",
+                  "6 Launch platform to uninstall provisioned features..."));
+}
+
+TEST_F(HotfixUninstallTest, BacksUpAndStampsBeforeTheRuns) {
+  EXPECT_TRUE(uninstall());
+
+  EXPECT_TRUE(_sandbox.exists(inHome("deploy/install.0101130000.xml")));
+  EXPECT_EQ(_sandbox.read(inHome("rcplauncher.properties")),
+            "provisioning.manifest.version=0503130907\nrcp.install.id=0101130000\n");
+}
+
+TEST_F(HotfixUninstallTest, OldResultIsRemovedOnceBeforeBothRuns) {
+  std::vector<bool> hadResult;
+  _sandbox.write(inHome("../.provisioning_rc"), "rc=0\n");
+  _sandbox.children().onStart([&](const Command& command) {
+    if (command.executable != launcher()) return;
+    hadResult.push_back(_sandbox.exists(inHome("../.provisioning_rc")));
+    _sandbox.write(inHome("../.provisioning_rc"), "rc=0\n");
+  });
+
+  EXPECT_TRUE(uninstall());
+
+  EXPECT_THAT(hadResult, ElementsAre(false, true));
+}
+
+TEST_F(HotfixUninstallTest, ReceiptIsForgottenAfterVersionAndResultAndBeforeTheRest) {
+  Dictionary infoThen;
+  bool resultThen = true;
+  _sandbox.children().onStart([&](const Command& command) {
+    if (command.executable == launcher()) {
+      _sandbox.write(inHome("../.provisioning_rc"), "rc=0\n");
+      return;
+    }
+    infoThen = info();
+    resultThen = _sandbox.exists(inHome("../.provisioning_rc"));
+  });
+
+  EXPECT_TRUE(uninstall());
+
+  EXPECT_EQ(infoThen, (Dictionary{{"version", "6"},
+                                  {"SKIPRUNNINGCHECK", "true"},
+                                  {"installedHotfixBundleID", "com.old"}}));
+  EXPECT_FALSE(resultThen);
+}
+
+TEST_F(HotfixUninstallTest, PermissionsChangeBelowTheDataOnly) {
+  _sandbox.write(inHome("file"), "", 0600);
+  _sandbox.write("data/file", "", 0600);
+
+  EXPECT_TRUE(uninstall());
+
+  EXPECT_EQ(_sandbox.mode(inHome("file")), 0600U);
+  EXPECT_EQ(_sandbox.mode("data/file"), 0775U);
+}
+
+TEST_F(HotfixUninstallTest, FailedProvisioningClearsTheVersionOnly) {
+  launcherAnswers("rc=13\n");
+  _sandbox.write("data/file", "", 0600);
+
+  EXPECT_FALSE(uninstall());
+
+  EXPECT_EQ(info(), (Dictionary{{"version", "6"},
+                                {"SKIPRUNNINGCHECK", "true"},
+                                {"installedHotfixBundleID", "com.old"}}));
+  EXPECT_TRUE(_sandbox.exists(inHome("../.provisioning_rc")));
+  EXPECT_EQ(_sandbox.mode("data/file"), 0600U);
+  EXPECT_THAT(_sandbox.children().started(), ElementsAre(run(), run()));
+  EXPECT_THAT(linesAt(LogLevel::error), ElementsAre(kUnexpected));
+  EXPECT_EQ(_output, std::string(kUnexpected) + "\n");
+}
+
+TEST_F(HotfixUninstallTest, MissingManifestEndsItBeforeAnyChange) {
+  _sandbox.remove(inHome("deploy/uninstall.hotfix.xml"));
+  const Dictionary before = info();
+
+  EXPECT_FALSE(uninstall());
+
+  const std::string text =
+      "File " + homePath("deploy/uninstall.hotfix.xml") + " was not found. " + kUndetermined;
+  EXPECT_THAT(numberedLines(), ElementsAre("3 " + text));
+  EXPECT_EQ(_output, text + "\n");
+  EXPECT_EQ(info(), before);
+  EXPECT_THAT(_sandbox.children().started(), IsEmpty());
+}
+
+TEST_F(HotfixUninstallTest, ManifestThatCannotBeCopiedStaysAndIsToldInTwoTexts) {
+  _sandbox.remove(inHome("deploy/uninstall.hotfix.xml"));
+  _sandbox.makePipe(inHome("deploy/uninstall.hotfix.xml"));
+  const Dictionary before = info();
+
+  EXPECT_FALSE(uninstall());
+
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre(std::string("File install.update.xml not found. ") + kUndetermined));
+  EXPECT_EQ(_output, std::string("File install.update.xml was not found. ") + kUndetermined + "\n");
+  EXPECT_TRUE(_sandbox.exists(inHome("deploy/uninstall.hotfix.xml")));
+  EXPECT_EQ(info(), before);
+}
+
+TEST_F(HotfixUninstallTest, MissingOrAbsentHomeRemovesNothingSilently) {
+  for (const std::optional<std::string>& rcpHome :
+       {std::optional<std::string>(), std::optional<std::string>(_sandbox.path("none"))}) {
+    HotfixUninstall workflow(rcpHome, data());
+
+    EXPECT_FALSE(workflow.uninstallOldHotfix());
+  }
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+  EXPECT_FALSE(_sandbox.exists("none"));
+}
+
+TEST_F(HotfixUninstallTest, AbsentDataFolderIsTheHomesOwn) {
+  EXPECT_TRUE(uninstall(std::nullopt));
+
+  EXPECT_EQ(_sandbox.children().started()[0].arguments.back(), homePath("systemdata"));
+}
+
+TEST_F(HotfixUninstallTest, SecondRemovalFindsNothing) {
+  EXPECT_TRUE(uninstall());
+  EXPECT_FALSE(uninstall());
+}
+
+}  // namespace
+}  // namespace installer::test

@@ -1,0 +1,518 @@
+#include "driver/Installer.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "driver/ErrorStatus.h"
+#include "instance/ProvisioningCommand.h"
+#include "support/PackageFixture.h"
+#include "util/InstallUtil.h"
+
+namespace installer::test {
+namespace {
+
+using PropertyList::Array;
+using PropertyList::Dictionary;
+using PropertyList::Value;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+class InstallerTest : public PackageFixture {
+ protected:
+  InstallerTest() { _sandbox.clock().set(2013, 3, 5, 9, 7); }
+
+  int run(const std::vector<std::string>& arguments) {
+    std::vector<std::string> all = {"HotfixInstaller"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    ::testing::internal::CaptureStdout();
+    const int status = runInstaller(all);
+    _output = ::testing::internal::GetCapturedStdout();
+    return status;
+  }
+  int run() { return run({package(), destination(), "-rcpdata", data()}); }
+
+  Dictionary record() const { return InstallUtil::getErrorMessage().value_or(Dictionary()); }
+  static Dictionary code(int number, const Array& details) {
+    return {{"ERROR_CODE", number}, {"ERROR_DETAILS", details}};
+  }
+  bool hasMarker() const { return _sandbox.exists(_sandbox.paths().errorMarker); }
+  std::size_t services() const {
+    return static_cast<std::size_t>(std::ranges::count_if(
+        linesAt(LogLevel::info),
+        [](const std::string& line) { return line.starts_with("The pathToRcphome is: "); }));
+  }
+  void registerBundle(const std::string& bundle) {
+    _sandbox.writePlist(_sandbox.paths().registrations + "/Quillmere/framework.plist",
+                        {{"pathToProduct", bundle}});
+  }
+
+  std::string _output;
+};
+
+TEST_F(InstallerTest, InstallsTheHotfix) {
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_EQ(*info().find("hotfixVersion"), Value("6.2.3.1"));
+  EXPECT_THAT(runs(), ElementsAre("update", "hotfix"));
+  EXPECT_EQ(record(), code(0, {}));
+  EXPECT_FALSE(hasMarker());
+  EXPECT_EQ(services(), 6U);
+  EXPECT_EQ(_output, "");
+}
+
+TEST_F(InstallerTest, TraceHoldsTheWholeRunAndIsClosed) {
+  _sandbox.write(_sandbox.paths().traceFile, "of an earlier run\n");
+
+  EXPECT_EQ(run(), 0);
+  _sandbox.platform().log->write(LogLevel::info, "behind");
+
+  const std::string trace = _sandbox.read(_sandbox.paths().traceFile);
+  EXPECT_THAT(trace, HasSubstr("<Info>: Begin to install hotfix.\n"));
+  EXPECT_THAT(trace, Not(HasSubstr("earlier")));
+  EXPECT_THAT(trace, Not(HasSubstr("behind")));
+  EXPECT_THAT(trace, HasSubstr("Begin to call collection utility"));
+}
+
+TEST_F(InstallerTest, FirstLinesTellHowItWasStarted) {
+  EXPECT_EQ(run(), 0);
+
+  const std::vector<std::string> lines = numberedLines();
+  EXPECT_EQ(lines[0], "6 Begin to install hotfix.");
+  EXPECT_EQ(lines[1], "6 Caller specified rcpdata");
+  EXPECT_EQ(lines[2], "6 Check whether the unsupported characters are contained.");
+  EXPECT_EQ(lines[3], "6 Check whether the target platform is installed.");
+  EXPECT_EQ(lines[4], "6 Check the target platform under " + home() + ".");
+}
+
+TEST_F(InstallerTest, ChecksAndSuccessAreLoggedInOrder) {
+  EXPECT_EQ(run(), 0);
+
+  std::vector<std::string> steps;
+  for (const std::string& line : linesAt(LogLevel::info))
+    if (line.starts_with("Check") || line.starts_with("Current hotfix") ||
+        line.starts_with("Installed hotfix") || line == "Success" || line.starts_with("Hot fix"))
+      steps.push_back(line);
+  EXPECT_THAT(steps, ElementsAre("Check whether the unsupported characters are contained.",
+                                 "Check whether the target platform is installed.",
+                                 "Check the target platform under " + home() + ".",
+                                 "Check whether platform is running.",
+                                 "Check the version of hotfix", "Current hotfix version: 6.2.3.1.",
+                                 "Installed hotfix version: (null).", "Success"));
+}
+
+TEST_F(InstallerTest, DataFolderIsTakenFromTheFourthPlaceOnly) {
+  const std::vector<std::vector<std::string>> unused = {
+      {package(), destination()},
+      {package(), destination(), "-rcpdata"},
+      {package(), destination(), "-RCPDATA", data()},
+      {package(), destination(), "other", data()}};
+  for (const auto& arguments : unused) {
+    _sandbox.clearLog();
+    EXPECT_EQ(run(arguments), 0);
+    EXPECT_EQ(numberedLines()[1], "6 Caller didn't specify rcpdata, use rcp/systemdata");
+    EXPECT_EQ(_sandbox.children().started().back().arguments.back(), homePath("systemdata"));
+  }
+  EXPECT_EQ(run({package(), destination(), "-rcpdata", data(), "more"}), 0);
+  EXPECT_EQ(_sandbox.children().started().back().arguments.back(), data());
+}
+
+TEST_F(InstallerTest, TooFewArgumentsAreAUsageLineBehindTheResetRecord) {
+  InstallUtil::sendErrorMessage(6, {"old"});
+  for (const auto& arguments : {std::vector<std::string>(), {package()}}) {
+    _sandbox.clearLog();
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(run(arguments), 1);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "Usage: HotfixInstaller <pathToInstallPackage> <pathToInstallDestination> "
+              "[-rcpdata <pathToRcpData>]\n");
+    EXPECT_THAT(numberedLines(), ElementsAre("6 Begin to install hotfix."));
+  }
+  EXPECT_EQ(record(), code(0, {}));
+  EXPECT_FALSE(hasMarker());
+  EXPECT_THAT(_sandbox.children().started(), IsEmpty());
+}
+
+TEST_F(InstallerTest, MissingWorkspaceFlagDoublesTheInstallation) {
+  _sandbox.remove("data/.config");
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(runs(), ElementsAre("update", "hotfix", "hotfix"));
+  EXPECT_THAT(
+      linesAt(LogLevel::info),
+      Contains("Hot fix workspace flag file is missing, launching install new hotfix twice"));
+}
+
+TEST_F(InstallerTest, OnlyTheSecondOfTwoInstallationsCounts) {
+  _sandbox.remove("data/.config");
+  int hotfixRuns = 0;
+  const auto play = [&](const char* first, const char* second) {
+    hotfixRuns = 0;
+    _sandbox.children().onStart([=, this, &hotfixRuns](const Command& command) {
+      const bool isHotfix = command.arguments.size() == 15;
+      const char* result = isHotfix && ++hotfixRuns == 2 ? second : first;
+      _sandbox.write(inHome("../.provisioning_rc"), result);
+    });
+  };
+
+  play("rc=1\n", "rc=0\n");
+  EXPECT_EQ(run(), 0);
+  _sandbox.remove(inHome("installInfo.plist"));
+  play("rc=0\n", "rc=1\n");
+  EXPECT_EQ(run(), 1);
+}
+
+TEST_F(InstallerTest, OlderHotfixIsRemovedFirst) {
+  writeInfo({{"hotfixVersion", "6.1"}});
+  _sandbox.write(inHome("deploy/uninstall.hotfix.xml"), "old");
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(runs(), ElementsAre("update", "update", "update", "hotfix"));
+  EXPECT_EQ(services(), 7U);
+  EXPECT_EQ(_output, "The provisioning operations have completed successfully.\n");
+  EXPECT_THAT(linesAt(LogLevel::info),
+              Contains("Found another hot fix, uninstall it before installing the new hot fix"));
+}
+
+TEST_F(InstallerTest, EqualHotfixIsRemovedAndInstalledAgain) {
+  writeInfo({{"hotfixVersion", "6.2.3.1"}});
+  _sandbox.write(inHome("deploy/uninstall.hotfix.xml"), "old");
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(runs(), ElementsAre("update", "update", "update", "hotfix"));
+}
+
+TEST_F(InstallerTest, FailedRemovalDoesNotStopTheInstallation) {
+  writeInfo({{"hotfixVersion", "6.1"}});
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(runs(), ElementsAre("update", "hotfix"));
+  EXPECT_EQ(*info().find("hotfixVersion"), Value("6.2.3.1"));
+}
+
+TEST_F(InstallerTest, UpdateRunComesBeforeAnythingOfTheHotfixAndCarriesTheId) {
+  _sandbox.write("data/.config/rcpinstall.properties", "rcp.install.id=x\n");
+  _sandbox.write(inHome("rcplauncher.properties"), "provisioning.manifest.version=V\n");
+  std::vector<bool> hadManifest;
+  _sandbox.children().onStart([&](const Command&) {
+    hadManifest.push_back(_sandbox.exists(inHome("deploy/install.update.xml")));
+    _sandbox.write(inHome("../.provisioning_rc"), "rc=0\n");
+  });
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(hadManifest, ElementsAre(false, true));
+  EXPECT_EQ(_sandbox.read("data/.config/rcpinstall.properties"), "rcp.install.id=V\n");
+}
+
+TEST_F(InstallerTest, FailedInstallationAfterPassedChecksLeavesNoMarker) {
+  launcherAnswers("rc=1\n");
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_FALSE(hasMarker());
+  EXPECT_EQ(record(), code(0, {}));
+  EXPECT_THAT(runs(), ElementsAre("update", "hotfix"));
+  EXPECT_THAT(linesAt(LogLevel::info), Not(Contains("Not success")));
+}
+
+TEST_F(InstallerTest, FailurePathRecoversTheInstanceAndLeavesTheMarker) {
+  _sandbox.processes().add(_sandbox.path("Applications/Quillmere.app/Contents/MacOS/Quillmere"));
+  for (const std::string& file :
+       {inHome("file"), inHome("../shared/file"), std::string("data/file")})
+    _sandbox.write(file, "", 0600);
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_THAT(
+      _sandbox.children().started(),
+      ElementsAre(Command{launcher(), ProvisioningCommand::arguments("cleanup", "en_US", data())},
+                  Command{launcher(), ProvisioningCommand::arguments("update", "en_US", data())}));
+  EXPECT_EQ(_sandbox.read(inHome("rcplauncher.properties")),
+            "provisioning.manifest.version=0101130000\nrcp.install.id=0503130907\n");
+  for (const std::string& file :
+       {inHome("file"), inHome("../shared/file"), std::string("data/file")})
+    EXPECT_EQ(_sandbox.mode(file), 0775U) << file;
+  EXPECT_TRUE(hasMarker());
+  EXPECT_EQ(_sandbox.mode(_sandbox.paths().errorMarker), 0777U);
+  EXPECT_EQ(_sandbox.read(_sandbox.paths().errorMarker), "");
+  EXPECT_THAT(linesAt(LogLevel::info), Contains("Not success"));
+  EXPECT_THAT(linesAt(LogLevel::notice), Contains(HasSubstr("HOTFIX_INSTALL")));
+}
+
+TEST_F(InstallerTest, InstallIdIsNewBeforeTheSecondRecoveryRun) {
+  _sandbox.processes().add(destination() + "/Quillmere.app/x");
+  std::vector<bool> hadNewId;
+  _sandbox.children().onStart([&](const Command&) {
+    hadNewId.push_back(
+        _sandbox.read(inHome("rcplauncher.properties")).find("rcp.install.id=0503130907") !=
+        std::string::npos);
+  });
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_THAT(hadNewId, ElementsAre(false, true));
+}
+
+TEST_F(InstallerTest, UnsupportedCharacterInThePackagePathIsCodeThree) {
+  _sandbox.write("HF/a;b.pkg/x", "");
+
+  EXPECT_EQ(run({_sandbox.path("HF/a;b.pkg"), destination()}), 1);
+
+  EXPECT_EQ(record(), code(3, {}));
+  EXPECT_TRUE(hasMarker());
+  EXPECT_THAT(linesAt(LogLevel::info),
+              Not(Contains("Check whether the target platform is installed.")));
+}
+
+TEST_F(InstallerTest, UnsupportedCharacterInTheDestinationIsCodeThree) {
+  EXPECT_EQ(run({package(), _sandbox.path("A=B")}), 1);
+
+  EXPECT_EQ(record(), code(3, {}));
+}
+
+TEST_F(InstallerTest, MissingHomeIsCodeEightWithTwoDetails) {
+  EXPECT_EQ(run({package(), _sandbox.path("Elsewhere")}), 1);
+
+  EXPECT_EQ(record(), code(8, {_sandbox.path("Elsewhere"), "Quillmere.app"}));
+  EXPECT_EQ(services(), 2U);
+}
+
+TEST_F(InstallerTest, HomeWithoutInstanceIsCodeEight) {
+  _sandbox.remove(inHome("deploy/install.xml"));
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_EQ(record(), code(8, {destination(), "Quillmere.app"}));
+  EXPECT_EQ(services(), 3U);
+  EXPECT_THAT(linesAt(LogLevel::info), Not(Contains("Check whether platform is running.")));
+}
+
+TEST_F(InstallerTest, RunningApplicationIsCodeSix) {
+  _sandbox.processes().add("/usr/bin/other");
+  _sandbox.processes().add(destination() + "/QUILLMERE.app/Contents/MacOS/Quillmere");
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_EQ(record(), code(6, {"Quillmere"}));
+  EXPECT_THAT(linesAt(LogLevel::info), Contains("The target platform Quillmere is running."));
+  EXPECT_THAT(linesAt(LogLevel::info), Not(Contains("Check the version of hotfix")));
+}
+
+TEST_F(InstallerTest, SkippedRunningCheckLeavesNoLine) {
+  describe("SKIPRUNNINGCHECK", "true");
+  _sandbox.processes().add(destination() + "/Quillmere.app/Contents/MacOS/Quillmere");
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(linesAt(LogLevel::info), Not(Contains("Check whether platform is running.")));
+  EXPECT_THAT(linesAt(LogLevel::info), Not(Contains(HasSubstr(">>>> current is"))));
+}
+
+TEST_F(InstallerTest, HigherInstalledHotfixIsCodeSeven) {
+  writeInfo({{"hotfixVersion", "6.2.3.2"}});
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_EQ(record(), code(7, {destination() + "/Quillmere.app"}));
+  EXPECT_THAT(linesAt(LogLevel::error), ElementsAre("Higher version hotfix has been installed."));
+  EXPECT_TRUE(hasMarker());
+}
+
+TEST_F(InstallerTest, VersionsAreComparedAsPlainText) {
+  writeInfo({{"hotfixVersion", "1.9"}});
+  describe("version", "1.10");
+  EXPECT_EQ(run(), 1);
+
+  writeInfo({{"hotfixVersion", "10"}});
+  describe("version", "2");
+  EXPECT_EQ(run(), 0);
+}
+
+TEST_F(InstallerTest, AbsentVersionsAreNoObstacle) {
+  describe("version", std::nullopt);
+  writeInfo({{"hotfixVersion", "9"}});
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(linesAt(LogLevel::info), Contains("Current hotfix version: (null)."));
+}
+
+TEST_F(InstallerTest, RegisteredBundleMovesTheDestination) {
+  describe("allowMultiInstance", std::nullopt);
+  registerBundle(_sandbox.path(kBundle));
+
+  EXPECT_EQ(run({package(), _sandbox.path("Elsewhere"), "-rcpdata", data()}), 0);
+
+  EXPECT_EQ(*info().find("hotfixVersion"), Value("6.2.3.1"));
+}
+
+TEST_F(InstallerTest, MultiInstanceDoesNotConsultTheRegistration) {
+  registerBundle(_sandbox.path(kBundle));
+
+  EXPECT_EQ(run({package(), _sandbox.path("Elsewhere")}), 1);
+
+  EXPECT_EQ(record(), code(8, {_sandbox.path("Elsewhere"), "Quillmere.app"}));
+}
+
+TEST_F(InstallerTest, RegisteredBundleThatIsGoneIsPassedOver) {
+  describe("allowMultiInstance", false);
+  registerBundle(_sandbox.path("Gone.app"));
+
+  EXPECT_EQ(run(), 0);
+}
+
+TEST_F(InstallerTest, BundleRegisteredUnderAnotherNameSeparatesDriverAndWorkflow) {
+  describe("allowMultiInstance", false);
+  registerBundle(_sandbox.path("X/Other.app"));
+  _sandbox.write("X/Other.app/Contents/MacOS/rcp/deploy/install.xml", "<m/>");
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_EQ(record(), code(4, {"install.hotfix.xml"}));
+  EXPECT_FALSE(hasMarker());
+  EXPECT_FALSE(_sandbox.exists("X/Quillmere.app"));
+}
+
+TEST_F(InstallerTest, RegisteredRunningBundleIsFoundThoughTheDestinationMoved) {
+  describe("allowMultiInstance", "no");
+  registerBundle(_sandbox.path(kBundle));
+  _sandbox.processes().add(_sandbox.path(kBundle) + "/Contents/MacOS/Quillmere");
+
+  EXPECT_EQ(run({package(), _sandbox.path("Elsewhere")}), 1);
+
+  EXPECT_EQ(record(), code(6, {"Quillmere"}));
+}
+
+TEST_F(InstallerTest, TrailingSlashOfTheDestinationStaysInTheDetailsOnly) {
+  EXPECT_EQ(run({package(), _sandbox.path("Elsewhere") + "/"}), 1);
+
+  EXPECT_EQ(record(), code(8, {_sandbox.path("Elsewhere") + "/", "Quillmere.app"}));
+}
+
+TEST_F(InstallerTest, PackageThatTellsTooLittleIsCodeEightAndOneLineThatSaysWhy) {
+  const std::string plist = package() + "/Contents/Resources/hotfix.plist";
+  const auto expectRefusal = [&](const std::string& path, const std::string& line,
+                                 const Array& details) {
+    _sandbox.clearLog();
+    EXPECT_EQ(run({path, destination()}), 1) << line;
+    EXPECT_EQ(record(), code(8, details)) << line;
+    EXPECT_EQ(linesAt(LogLevel::error).front(), line);
+    EXPECT_THAT(linesAt(LogLevel::error),
+                Contains("Not able to start rcplauncher: the rcp home is unknown.").Times(2));
+    EXPECT_EQ(services(), 2U);
+  };
+
+  expectRefusal(_sandbox.path("none"),
+                "There is no install package at " + _sandbox.path("none") + ".", {destination()});
+  _sandbox.write("file", "");
+  expectRefusal(_sandbox.path("file"),
+                "There is no hotfix description at " + _sandbox.path("file") +
+                    "/Contents/Resources/hotfix.plist.",
+                {destination()});
+  describe("frameworkPath", std::nullopt);
+  expectRefusal(package(), "The hotfix description names no frameworkPath.",
+                {destination(), "Quillmere.app"});
+  describe("bundleName", 5);
+  expectRefusal(package(), "The hotfix description names no bundleName.", {destination()});
+  _sandbox.write(plist, "no list");
+  expectRefusal(package(),
+                "The hotfix description " + plist + " can not be read as a property list.",
+                {destination()});
+}
+
+TEST_F(InstallerTest, SecondRunOnAnInstanceWaitsForTheFirst) {
+  int ready[2];
+  int release[2];
+  ASSERT_EQ(pipe(ready), 0);
+  ASSERT_EQ(pipe(release), 0);
+  const pid_t holder = fork();
+  if (holder == 0) {
+    (void)_sandbox.files().lock(home(), nullptr);
+    (void)!write(ready[1], "x", 1);
+    char byte;
+    (void)!read(release[0], &byte, 1);
+    _exit(0);
+  }
+  char byte;
+  ASSERT_EQ(read(ready[0], &byte, 1), 1);
+  const pid_t releaser = fork();
+  if (releaser == 0) {
+    while (_sandbox.read(_sandbox.paths().traceFile).find("waiting for its end") ==
+           std::string::npos)
+      usleep(1000);
+    (void)!write(release[1], "x", 1);
+    _exit(0);
+  }
+
+  EXPECT_EQ(run(), 0);
+
+  int status = 0;
+  waitpid(holder, &status, 0);
+  waitpid(releaser, &status, 0);
+  EXPECT_THAT(
+      linesAt(LogLevel::notice),
+      Contains("Another installation is at work on this instance, waiting for its end.").Times(1));
+}
+
+TEST_F(InstallerTest, RunWithoutOthersSaysNothingOfWaiting) {
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(linesAt(LogLevel::notice), Not(Contains(HasSubstr("waiting"))));
+}
+
+class ErrorStatusTest : public InstallerTest {};
+
+TEST_F(ErrorStatusTest, SuccessChangesNothingAtAll) {
+  setHotfixErrorStatus(true);
+  EXPECT_FALSE(hasMarker());
+
+  _sandbox.write(_sandbox.paths().errorMarker, "old");
+  setHotfixErrorStatus(true);
+
+  EXPECT_EQ(_sandbox.read(_sandbox.paths().errorMarker), "old");
+}
+
+TEST_F(ErrorStatusTest, FailureReplacesAnOldMarkerAndIsOpenToEverybody) {
+  _sandbox.write(_sandbox.paths().errorMarker, "old", 0600);
+
+  setHotfixErrorStatus(false);
+
+  EXPECT_EQ(_sandbox.read(_sandbox.paths().errorMarker), "");
+  EXPECT_EQ(_sandbox.mode(_sandbox.paths().errorMarker), 0777U);
+}
+
+TEST_F(ErrorStatusTest, MarkerIsMadeForAnUnknownUserToo) {
+  _sandbox.users().variables["USER"] = "nobody-knows";
+
+  setHotfixErrorStatus(false);
+
+  EXPECT_EQ(_sandbox.mode(_sandbox.paths().errorMarker), 0777U);
+}
+
+TEST_F(ErrorStatusTest, MarkerBelongsToRootWithoutAnyUserName) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+  _sandbox.users().variables.erase("USER");
+  _sandbox.users().effectiveUser = 12345;
+  _sandbox.users().userList = {{"root", 4711, 4712, "/"}};
+  _sandbox.users().groups.clear();
+
+  setHotfixErrorStatus(false);
+
+  struct stat status {};
+  ASSERT_EQ(stat(_sandbox.paths().errorMarker.c_str(), &status), 0);
+  EXPECT_EQ(status.st_uid, 4711U);
+  EXPECT_EQ(status.st_gid, 4712U);
+}
+
+}  // namespace
+}  // namespace installer::test
