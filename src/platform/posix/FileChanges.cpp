@@ -25,11 +25,13 @@ int answer(int result) {
   return result == 0 ? 0 : errno;
 }
 
-// Not to be guessed, so that nobody can keep us from a free name.
+// Not to be guessed, so that nobody can keep us from a free name. Counted as well, so that another
+// try is another name even when the system has no random numbers to give.
 std::string newTemporaryName() {
+  static std::uint64_t count = 0;
   std::uint64_t number = 0;
-  (void)::getentropy(&number, sizeof number);  // a taken name is only tried again
-  return fmt::format("{}{:016x}", FileChanges::kTemporaryPrefix, number);
+  (void)::getentropy(&number, sizeof number);
+  return fmt::format("{}{:016x}", FileChanges::kTemporaryPrefix, number + ++count);
 }
 
 ssize_t readBlock(int file, std::vector<char>& block) {

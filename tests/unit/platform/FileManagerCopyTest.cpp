@@ -80,9 +80,9 @@ TEST_F(FileManagerCopyTest, TheCreationMaskDoesNotApply) {
 
 TEST_F(FileManagerCopyTest, ATreeIsCopiedWithEverythingInIt) {
   _folder.makeFile("tree/a/b/file", "deep", 0600);
-  _folder.makeFile("tree/none", "", 0);
+  _folder.makeFile("tree/none", "", isRoot() ? 0 : 0400);
   _folder.makeFolder("tree/empty", 0711);
-  _folder.makeFolder("tree/barred", 0);
+  _folder.makeFolder("tree/barred", isRoot() ? 0 : 0500);
   _folder.makeLink("tree/link", "a/b/file");
   _folder.makeLink("tree/dangling", "/nowhere/at all");
   _folder.makeLink("tree/outside", "/etc");
