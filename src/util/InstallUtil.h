@@ -32,6 +32,10 @@ class InstallUtil {
 
   // --- Processes and bundles ---------------------------------------------------------------------
 
+  // Hands a whole command line to the system's shell, waits, and answers the wait status unchanged;
+  // -1 when no shell can be started. The shell writes to our standard output and error.
+  static int startProvisionWithArgs(const std::string& args);
+
   // The values that the running processes have under a key of ProcessTable, in its order.
   static std::vector<std::string> getAllProcess(std::string_view key);
 

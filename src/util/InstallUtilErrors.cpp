@@ -1,5 +1,3 @@
-#include <cstdint>
-
 #include "platform/Pasteboard.h"
 #include "platform/Platform.h"
 #include "util/InstallUtil.h"

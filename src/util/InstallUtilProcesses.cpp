@@ -1,3 +1,4 @@
+#include "platform/ChildProcesses.h"
 #include "platform/Log.h"
 #include "platform/Path.h"
 #include "platform/ProcessTable.h"
@@ -5,6 +6,10 @@
 #include "util/LetterCase.h"
 
 namespace installer {
+
+int InstallUtil::startProvisionWithArgs(const std::string& args) {
+  return Platform::current().children->shell(args);
+}
 
 std::vector<std::string> InstallUtil::getAllProcess(std::string_view key) {
   return Platform::current().processes->valuesForKey(key);

@@ -15,6 +15,15 @@ class InstallUtilProcessesTest : public ::testing::Test {
   Sandbox _sandbox;
 };
 
+TEST_F(InstallUtilProcessesTest, CommandLineGoesToTheShellAndItsStatusIsAnsweredUnchanged) {
+  _sandbox.children().setShellStatus(0x0300);
+
+  EXPECT_EQ(InstallUtil::startProvisionWithArgs("rcplauncher -x 'a b' >/dev/null"), 0x0300);
+
+  EXPECT_THAT(_sandbox.children().shellLines(), ElementsAre("rcplauncher -x 'a b' >/dev/null"));
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
 TEST_F(InstallUtilProcessesTest, AllProcessesAreToldInOrder) {
   _sandbox.processes().add("/usr/bin/b");
   _sandbox.processes().add("/usr/bin/a");
