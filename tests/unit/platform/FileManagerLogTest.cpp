@@ -49,6 +49,22 @@ TEST_F(FileManagerLogTest, OurOwnLogIsEmptiedAndKept) {
   EXPECT_EQ(modeOf("log"), 0600u);
 }
 
+TEST_F(FileManagerLogTest, LogThatAnotherRunEmptiesIsWrittenOnAtItsNewEnd) {
+  for (const char* name : {"new", "old"}) {
+    if (name == std::string("old")) _folder.makeFile("old", "of an earlier run");
+    const int first = _files.openLog(path(name));
+    ASSERT_EQ(::write(first, "first\n", 6), 6);
+
+    const int second = _files.openLog(path(name));
+    ASSERT_EQ(::write(second, "second\n", 7), 7);
+    ASSERT_EQ(::write(first, "first\n", 6), 6);
+
+    EXPECT_EQ(_folder.content(name), "second\nfirst\n");
+    ::close(first);
+    ::close(second);
+  }
+}
+
 TEST_F(FileManagerLogTest, ALinkIsRemovedAndItsTargetStays) {
   _folder.makeFile("target", "old");
   _folder.makeLink("log", "target");
