@@ -9,6 +9,9 @@ namespace installer {
 
 namespace {
 
+// Whoever goes on adding entries to a folder does not keep us there.
+constexpr int kMaximumPasses = 8;
+
 class TreeRemoval {
  public:
   explicit TreeRemoval(FileChanges& changes) : _changes(changes) {}
@@ -24,11 +27,11 @@ class TreeRemoval {
   int removeFolder(int folder, const std::string& name, int depth) {
     if (depth >= kMaximumDepth) return ELOOP;
     FolderReader reader(openFolder(folder, name));
-    for (;;) {
+    for (int pass = 1;; ++pass) {
       const bool progress = empty(reader, depth);
       // Tried whatever happened: a folder that cannot be listed can be empty.
       const int error = _changes.removeEmptyFolder(folder, name);
-      if (error == 0 || !progress) return error;
+      if (error == 0 || !progress || pass == kMaximumPasses) return error;
       // Some file systems skip entries of a folder that shrinks while it is read.
       reader.rewind();
     }
