@@ -75,6 +75,11 @@ void InstanceService::backupInstallManifest() {
   if (!exists(launcherFile)) return;
   const std::string version =
       JavaProperties(launcherFile).getPropertyForKey(kManifestVersion).value_or("old");
+  if (version.find('/') != std::string::npos) {
+    // Whoever can write the settings would choose where a copy made by root appears.
+    log(LogLevel::warning, "Not able to back up install manifest of version {}.", version);
+    return;
+  }
   const std::string manifest = InstanceLayout::installManifest(*_pathToRcphome);
   if (exists(manifest))
     (void)copyItem(manifest,

@@ -122,6 +122,19 @@ TEST_F(InstallManifestsTest, ExistingBackupStays) {
   EXPECT_EQ(deployed("install.0101130000.xml"), "first");
 }
 
+TEST_F(InstallManifestsTest, VersionThatLeadsElsewhereIsNotBackedUp) {
+  _sandbox.makeFolder(inHome("deploy/install.x"));
+  _sandbox.write(inHome("rcplauncher.properties"),
+                 "provisioning.manifest.version=x/../../../planted\n");
+
+  quietService().backupInstallManifest();
+
+  EXPECT_FALSE(_sandbox.exists(inHome("../planted.xml")));
+  EXPECT_FALSE(_sandbox.exists(inHome("planted.xml")));
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("4 Not able to back up install manifest of version x/../../../planted."));
+}
+
 TEST_F(InstallManifestsTest, NothingIsBackedUpWithoutManifestOrLauncherProperties) {
   _sandbox.remove(inHome("deploy/install.xml"));
   quietService().backupInstallManifest();
