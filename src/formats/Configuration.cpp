@@ -9,31 +9,18 @@ namespace installer {
 
 namespace {
 
-constexpr uid_t kRoot = 0;
 constexpr mode_t kReadableByAll = 0644;
 
 const std::string& filePath() {
   return Platform::current().paths.internalConfiguration;
 }
 
-bool isConsoleUser(uid_t owner) {
-  UserContext& users = *Platform::current().users;
-  const std::optional<std::string> name = users.consoleUserName();
-  const std::optional<User> user = name ? users.findUser(*name) : std::nullopt;
-  return user && user->uid == owner;
-}
-
-bool isTrusted(uid_t owner) {
-  return owner == kRoot || owner == Platform::current().users->effectiveUserId() ||
-         isConsoleUser(owner);
-}
-
 // The file's bytes; nullopt when it is missing or somebody else could have planted it.
 std::optional<std::string> trustedBytes() {
   FileManager& files = *Platform::current().files;
-  uid_t owner = kRoot;
+  uid_t owner = 0;
   std::optional<std::string> bytes = files.readUnlinked(filePath(), &owner);
-  if (bytes && isTrusted(owner)) return bytes;
+  if (bytes && Platform::current().users->trusts(owner)) return bytes;
   if (bytes || files.entryExists(filePath()))
     logOnce(LogLevel::warning, "The file {} is not a plain file of a trusted user, ignore it.",
             filePath());
@@ -46,7 +33,7 @@ Configuration::Configuration() {
   const std::optional<std::string> bytes = trustedBytes();
   if (!bytes) return;
   _internalProperties._dict.reset();
-  _internalProperties.load(bytes, filePath());
+  _internalProperties.load(bytes);
 }
 
 std::optional<std::string> Configuration::getPropertyValueForKey(const std::string& key) const {
@@ -70,7 +57,6 @@ bool Configuration::saveConfiguration() const {
 
 void Configuration::cleanupConfiguration() {
   FileManager& files = *Platform::current().files;
-  // Only the process's own later steps would read what is left over, and they check it again.
   if (files.entryExists(filePath())) (void)files.remove(filePath());
   _internalProperties.removeAllProperties();
 }

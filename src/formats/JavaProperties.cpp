@@ -29,7 +29,6 @@ void JavaProperties::initDictionary() {
   if (!_file) return;
   const std::optional<std::string> bytes = files().read(*_file);
   _unreadable = !bytes && files().exists(*_file);
-  if (_unreadable) log(LogLevel::error, "Not able to read {}.", *_file);
   if (bytes) readJavaProperties(*bytes, _dict);
 }
 

@@ -22,7 +22,7 @@ class JavaProperties {
 
   // Binds to `file` with a leading "~" expanded and reads it when it exists. A missing file gives
   // an empty object whose save creates it. One that exists but cannot be read gives an empty object
-  // that refuses to save over it, after one error line: the file is worth more than our entries.
+  // that refuses to save over it: the file is worth more than our entries. Nothing is logged.
   explicit JavaProperties(const std::optional<std::string>& file);
 
   // Reads the bound file into the entries; used by the constructor.

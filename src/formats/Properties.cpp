@@ -1,7 +1,6 @@
 #include "formats/Properties.h"
 
 #include "platform/FileManager.h"
-#include "platform/Log.h"
 #include "platform/Path.h"
 #include "platform/Platform.h"
 
@@ -13,13 +12,12 @@ Properties::Properties(const std::string& file) {
   FileManager& files = *Platform::current().files;
   std::string expanded = path::expandingTilde(file);
   if (!files.exists(expanded)) return;
-  load(files.read(expanded), expanded);
+  load(files.read(expanded));
   _file = std::move(expanded);
 }
 
-void Properties::load(const std::optional<std::string>& bytes, const std::string& file) {
+void Properties::load(const std::optional<std::string>& bytes) {
   if (bytes) _dict = PropertyList::parseDictionary(*bytes);
-  if (!_dict) log(LogLevel::warning, "Not able to read the property list {}.", file);
 }
 
 std::optional<std::string> Properties::getPropertyForKey(

@@ -17,7 +17,7 @@ class Properties {
 
   // Binds to `file`, "~" expanded, when something exists there. A missing file gives a store with
   // neither entries nor file, in which nothing can be stored; so does, bound all the same, a file
-  // that is no dictionary list, after one warning line.
+  // that is no dictionary list. Nothing is logged.
   explicit Properties(const std::string& file);
 
   std::optional<std::string> getPropertyForKey(const std::optional<std::string>& key) const;
@@ -38,7 +38,7 @@ class Properties {
 
   // Takes the entries from the bytes of the file; none, after one warning line, when they are
   // absent or no dictionary list.
-  void load(const std::optional<std::string>& bytes, const std::string& file);
+  void load(const std::optional<std::string>& bytes);
 
   std::optional<PropertyList::Dictionary> _dict;
   std::optional<std::string> _file;  // "~" expanded

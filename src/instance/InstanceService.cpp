@@ -3,8 +3,20 @@
 #include "formats/Configuration.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
+#include "platform/UserContext.h"
 
 namespace installer {
+
+namespace {
+
+std::optional<std::string> newInstallLocation() {
+  std::optional<std::string> location =
+      Configuration().getPropertyValueForKey("newInstallLocation");
+  log(LogLevel::info, "newInstallLocation : {}.", orNull(location));
+  return location;
+}
+
+}  // namespace
 
 InstanceService::InstanceService(const std::optional<std::string>& pathToRcphome)
     : InstanceService(pathToRcphome, std::nullopt) {}
@@ -13,8 +25,9 @@ InstanceService::InstanceService(const std::optional<std::string>& pathToRcphome
                                  const std::optional<std::string>& pathToRcpData) {
   FileManager& files = *Platform::current().files;
   log(LogLevel::info, "The pathToRcphome is: {}.", orNull(pathToRcphome));
+  const std::optional<std::string> location = newInstallLocation();
   if (pathToRcphome) (void)files.createDirectory(*pathToRcphome, Intermediates::create);
-  copyStagingFolder();
+  copyStagingFolder(location);
   if (!pathToRcphome || !files.exists(*pathToRcphome)) {
     log(LogLevel::error, "No file at: {}!", orNull(pathToRcphome));
     return;
@@ -23,16 +36,20 @@ InstanceService::InstanceService(const std::optional<std::string>& pathToRcphome
   _pathToRcpData = pathToRcpData;
 }
 
-void InstanceService::copyStagingFolder() const {
-  const std::optional<std::string> location =
-      Configuration().getPropertyValueForKey("newInstallLocation");
-  log(LogLevel::info, "newInstallLocation : {}.", orNull(location));
+void InstanceService::copyStagingFolder(const std::optional<std::string>& location) const {
   if (!location) {
     log(LogLevel::warning, "Can not copy to newInstallLocation because its nil!");
     return;
   }
+  const Platform& platform = Platform::current();
+  const std::string& staging = platform.paths.stagingFolder;
+  const std::optional<uid_t> owner = platform.files->owner(staging);
+  if (owner && !platform.users->trusts(*owner)) {
+    log(LogLevel::error, "Error copying files: {} belongs to another user.", staging);
+    return;
+  }
   FileError error;
-  if (!copyItem(Platform::current().paths.stagingFolder, *location, &error))
+  if (!copyItem(staging, *location, &error))
     log(LogLevel::error, "Error copying files: {}.", error.description);
 }
 

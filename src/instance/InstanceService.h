@@ -31,7 +31,7 @@ class InstanceService {
   // Binds to the folders. A missing rcp home is made with all folders above it; when that fails the
   // service stays without rcp home and rcp data [error]. If another installer left a
   // newInstallLocation in the internal configuration, its staging folder in /tmp is copied there,
-  // unless something is there already [info, warning, error].
+  // unless something is there already or it is an untrusted user's [info, warning, error].
   explicit InstanceService(const std::optional<std::string>& pathToRcphome);
   InstanceService(const std::optional<std::string>& pathToRcphome,
                   const std::optional<std::string>& pathToRcpData);
@@ -79,7 +79,8 @@ class InstanceService {
   // refused [error] and both files keep their ids.
   void updateInstallIDWithProvManVer();
   // Copies deploy/install.xml to deploy/install.<manifest version>.xml ("old" without a version);
-  // an existing backup stays. Nothing happens without rcplauncher.properties.
+  // an existing backup stays. Nothing happens without rcplauncher.properties, or when the version
+  // would lead out of the folder [warning].
   void backupInstallManifest();
 
   // Replace a file of the deploy folder (install.update.xml, install.xml, or `toFile`) by a copy of
@@ -172,8 +173,7 @@ class InstanceService {
       const std::optional<std::string>& addon) const;
   std::optional<std::string> getAddonInstalledBundleID(
       const std::optional<std::string>& addon) const;
-  // Changes nothing: add-on installers, who own the registry, take their entries out themselves and
-  // still call this.
+  // Changes nothing, on purpose: the registry belongs to the installers of add-ons.
   void removeRegistryInfoforAddon(const std::optional<std::string>& addon) const;
 
   // --- Log collection (LogCollection.cpp) --------------------------------------------------------
@@ -193,7 +193,7 @@ class InstanceService {
                        const std::optional<std::string>& workspaceLocation);
 
  private:
-  void copyStagingFolder() const;
+  void copyStagingFolder(const std::optional<std::string>& location) const;
   bool copyItem(const std::string& from, const std::string& to, FileError* error = nullptr) const;
   bool hasRcphomeFolder() const;
   void takeFallbackRcphome();

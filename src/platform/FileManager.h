@@ -61,6 +61,9 @@ class FileManager {
   // True when the directory entry itself is there, be it a dangling link.
   virtual bool entryExists(const std::string& path) = 0;
 
+  // The user id of the entry itself, links not followed; nullopt when there is none.
+  virtual std::optional<uid_t> owner(const std::string& path) = 0;
+
   // The names in the folder, sorted by byte, without "." and ".."; nullopt when it cannot be
   // listed.
   virtual std::optional<std::vector<std::string>> list(const std::string& folder) = 0;
@@ -93,7 +96,7 @@ class FileManager {
   // none; anything else replaces what stands there, folders included, and what cannot be copied
   // still loses its old entry. Entries that only `to` has stay. Failures are passed over. A
   // destination link that leads out of `boundary` is replaced instead of entered; so is one that
-  // leads into the source.
+  // leads into the source. An empty or missing boundary holds nothing.
   virtual void merge(const std::string& from, const std::string& to,
                      const std::string& boundary) = 0;
 

@@ -46,6 +46,13 @@ class UserContext {
     const std::optional<std::string> name = consoleUserName();
     return name ? findUser(*name) : std::nullopt;
   }
+  // Whether what this user left in a folder open to all may be acted upon: root, the effective user
+  // and the console user only.
+  bool trusts(uid_t owner) {
+    constexpr uid_t kRoot = 0;
+    const std::optional<User> user = consoleUser();
+    return owner == kRoot || owner == effectiveUserId() || (user && user->uid == owner);
+  }
 };
 
 }  // namespace installer

@@ -14,8 +14,9 @@ bool InstallUtil::copyFolderFrom(const std::optional<std::string>& source,
   FileManager& files = *Platform::current().files;
   if (!source || !to || !files.exists(*source)) return false;
   if (!files.exists(*to)) return files.copy(*source, *to, ExistingItem::keep);
-  // A link of the destination may lead around inside the application, never out of it.
-  files.merge(*source, *to, getBundlePath(*to).value_or(*to));
+  // A link of the destination may lead around inside the application, never out of it; outside of
+  // applications none is followed.
+  files.merge(*source, *to, getBundlePath(*to).value_or(""));
   return false;
 }
 

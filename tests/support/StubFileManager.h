@@ -20,6 +20,7 @@ class StubFileManager : public FileManager {
   bool exists(const std::string&) override { return true; }
   bool isDirectory(const std::string&) override { return true; }
   bool entryExists(const std::string&) override { return true; }
+  std::optional<uid_t> owner(const std::string&) override { return std::nullopt; }
   std::optional<std::vector<std::string>> list(const std::string&) override { return names; }
   std::optional<std::string> read(const std::string& path) override {
     const auto found = contents.find(path);

@@ -63,6 +63,13 @@ bool PosixFileManager::entryExists(const std::string& path) {
   return isUsablePath(path) && statusOf(AT_FDCWD, withoutTrailingSlashes(path)).has_value();
 }
 
+std::optional<uid_t> PosixFileManager::owner(const std::string& path) {
+  if (!isUsablePath(path)) return std::nullopt;
+  const auto status = statusOf(AT_FDCWD, withoutTrailingSlashes(path));
+  if (!status) return std::nullopt;
+  return status->st_uid;
+}
+
 std::optional<std::vector<std::string>> PosixFileManager::list(const std::string& folder) {
   if (!isUsablePath(folder)) return std::nullopt;
   FolderReader reader(openFolderFollowingLinks(AT_FDCWD, folder));

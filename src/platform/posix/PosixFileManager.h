@@ -19,6 +19,7 @@ class PosixFileManager : public FileManager {
   explicit PosixFileManager(UserContext& users);
 
   bool exists(const std::string& path) override;
+  std::optional<uid_t> owner(const std::string& path) override;
   bool isDirectory(const std::string& path) override;
   bool entryExists(const std::string& path) override;
   std::optional<std::vector<std::string>> list(const std::string& folder) override;

@@ -1,6 +1,7 @@
 #include "instance/InstanceService.h"
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include "platform/FileManager.h"
 #include "support/InstanceFixture.h"
@@ -87,6 +88,20 @@ TEST_F(InstanceServiceTest, LocationThatExistsIsLeftAsItIs) {
 
   EXPECT_FALSE(_sandbox.exists("new/file"));
   EXPECT_TRUE(linesAt(LogLevel::error).empty());
+}
+
+TEST_F(InstanceServiceTest, StagingFolderOfAnotherUserIsNotCopied) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+  _sandbox.write("tmp/qlmcore2/file", "planted");
+  ASSERT_EQ(chown(_sandbox.path("tmp/qlmcore2").c_str(), 4711, 4711), 0);
+  nameInstallLocation(_sandbox.path("new"));
+
+  const InstanceService service(home());
+
+  EXPECT_FALSE(_sandbox.exists("new"));
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre("Error copying files: " + _sandbox.paths().stagingFolder +
+                          " belongs to another user."));
 }
 
 TEST_F(InstanceServiceTest, FailedStagingCopyIsLoggedAndPassedOver) {

@@ -211,6 +211,17 @@ TEST_F(FileManagerReadTest, AnUnlinkedReadTellsTheOwner) {
   EXPECT_EQ(owner, 12345u);
 }
 
+TEST_F(FileManagerReadTest, OwnerIsTheEntrysOwn) {
+  giveToOrdinaryUser(_folder.makeFile("folder/file", "x"));
+  _folder.makeLink("link", "folder/file");
+
+  EXPECT_EQ(_files.owner(path("folder/file")), statusOf("folder/file").st_uid);
+  EXPECT_EQ(_files.owner(path("folder/")), ::geteuid());
+  EXPECT_EQ(_files.owner(path("link")), ::geteuid());
+  EXPECT_EQ(_files.owner(path("missing")), std::nullopt);
+  EXPECT_EQ(_files.owner(""), std::nullopt);
+}
+
 TEST_F(FileManagerReadTest, WithoutFreeDescriptorsEverythingIsUnreadable) {
   _folder.makeFile("folder/file", "x");
 

@@ -89,6 +89,18 @@ TEST_F(InstallUtilFilesTest, MergeOutsideOfApplicationsStaysInsideTheDestination
   EXPECT_FALSE(_sandbox.exists("outside/x"));
 }
 
+TEST_F(InstallUtilFilesTest, DestinationOutsideOfApplicationsThatIsItselfALinkIsReplaced) {
+  _sandbox.write("from/x", "new");
+  _sandbox.makeFolder("outside");
+  _sandbox.makeFolder("rcp/deploy");
+  _sandbox.makeLink("rcp/deploy/extras", _sandbox.path("outside"));
+
+  (void)InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path("rcp/deploy/extras"));
+
+  EXPECT_FALSE(_sandbox.exists("outside/x"));
+  EXPECT_EQ(_sandbox.read("rcp/deploy/extras/x"), "new");
+}
+
 TEST_F(InstallUtilFilesTest, AttributesChangeBelowTheFolderOnly) {
   _sandbox.makeFolder("w", 0700);
   _sandbox.makeFolder("w/sub", 0700);
