@@ -37,6 +37,7 @@ bool readProperties() {
     return false;
   }
   for (const auto& [key, value] : *properties) state._properties.set(key, value);
+  state._properties.remove("rcpHome");  // ours to derive, not the package's to tell
   return true;
 }
 

@@ -430,6 +430,16 @@ TEST_F(InstallerTest, PackageThatTellsTooLittleIsCodeEightAndOneLineThatSaysWhy)
                 {destination()});
 }
 
+TEST_F(InstallerTest, RcpHomeOfTheDescriptionDoesNotCount) {
+  describe("rcpHome", home());
+  describe("bundleName", std::nullopt);
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_EQ(record(), code(8, {destination()}));
+  EXPECT_EQ(services(), 2U);
+}
+
 TEST_F(InstallerTest, SecondRunOnAnInstanceWaitsForTheFirst) {
   int ready[2];
   int release[2];
@@ -447,8 +457,9 @@ TEST_F(InstallerTest, SecondRunOnAnInstanceWaitsForTheFirst) {
   ASSERT_EQ(read(ready[0], &byte, 1), 1);
   const pid_t releaser = fork();
   if (releaser == 0) {
-    while (_sandbox.read(_sandbox.paths().traceFile).find("waiting for its end") ==
-           std::string::npos)
+    const std::string& trace = _sandbox.paths().traceFile;
+    while (!_sandbox.exists(trace) ||
+           _sandbox.read(trace).find("waiting for its end") == std::string::npos)
       usleep(1000);
     (void)!write(release[1], "x", 1);
     _exit(0);
