@@ -10,7 +10,7 @@ namespace installer {
 void setHotfixErrorStatus(bool status) {
   if (status) return;
   Platform& platform = Platform::current();
-  // The graphical installer runs as another user and removes the file.
+  // Wide on purpose: whoever runs the graphical installer may take the marker away.
   constexpr mode_t kOpenToEverybody = 0777;
   const std::string owner = platform.users->consoleUserName().value_or("root");
   (void)platform.files->createFile(platform.paths.errorMarker, "",

@@ -48,7 +48,7 @@ bool runSuccessPath(const std::optional<std::string>& rcpHome,
   const RunState& state = runState();
   Hotfix hotfix(state._pathToInstallPackage, state._pathToInstallDestination, rcpData);
   if (!clientHasStartedOn(rcpData)) {
-    // Provisioning on fresh data finishes only with its second run.
+    // On purpose; only the answer of the second run counts.
     log(LogLevel::info,
         "Hot fix workspace flag file is missing, launching install new hotfix twice");
     (void)hotfix.installNewHotfix();

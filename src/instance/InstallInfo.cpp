@@ -95,7 +95,7 @@ void InstanceService::saveHotfixSkipRunningCheckProperty(bool skip) {
 
 bool InstanceService::isHotfixInstallWithSkipRunningCheck() const {
   if (!_pathToRcphome || !exists(InstanceLayout::installInfo(*_pathToRcphome))) return false;
-  // Files of installers that knew no such flag were made by ones that always skipped the check.
+  // A file without the flag counts as one that says true, on purpose.
   return installInfoValue(kSkipRunningCheck).value_or("true") == "true";
 }
 

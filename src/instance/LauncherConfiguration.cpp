@@ -72,7 +72,8 @@ void InstanceService::setIdentity(JavaProperties& launcherProperties) const {
 void InstanceService::setBaseLocation(JavaProperties& launcherProperties) const {
   if (const std::optional<std::string> version = getBaseVersion())
     (void)launcherProperties.setProperty(
-        "${rcp.home}/rcp/eclipse/plugins/com.kiv.rcp.base_" + *version, "rcp.base.location");
+        "${rcp.home}/rcp/eclipse/plugins/" + std::string(InstanceLayout::kBasePlugin) + *version,
+        "rcp.base.location");
 }
 
 bool InstanceService::generateRcplauncherPropertiesWithTemplate(

@@ -14,7 +14,7 @@ struct FixedPaths {
   std::string pasteboard = "/tmp/INSTALLATION_INTERNAL_PASTEBOARD";
   // Written by us and by other installers' steps, read by both.
   std::string internalConfiguration = "/tmp/com.kiv.rcp.platform.internal.configuration";
-  // Left by an older result panel; only ever removed by us.
+  // Written by nobody here; only ever removed by us.
   std::string staleResultPanel = "/tmp/qlm.config";
   // Filled by other installers; copied by us to the location that the configuration names.
   std::string stagingFolder = "/tmp/qlmcore2/";

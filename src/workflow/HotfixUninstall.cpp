@@ -68,7 +68,7 @@ void HotfixUninstall::startProvisioning() {
   const std::string launcher = InstanceLayout::launcher(*_instance->pathToRcphome());
   const std::vector<std::string> arguments = ProvisioningCommand::arguments(
       ProvisioningCommand::kUpdate, InstallUtil::getCurrentLocale(), _pathToRcpData);
-  // The first run takes the features out, the second cleans up what it held open.
+  // Twice on purpose, over the same result file.
   runProvisioning(launcher, arguments);
   runProvisioning(launcher, arguments);
 }
