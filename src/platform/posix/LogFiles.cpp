@@ -41,7 +41,6 @@ void LogFiles::remove(int descriptor) {
 }
 
 void LogFiles::write(LogLevel level, std::string_view message) const {
-  if (_descriptors.empty()) return;
   const std::string line = formatted({_clock.localTime(), _host, getpid(), level, message});
   for (const int descriptor : _descriptors) writeOnce(descriptor, line);
 }

@@ -101,7 +101,7 @@ std::optional<std::string> readLine(int descriptor) {
 // Both ends are closed in children; -1 in both when there is no pipe to be had.
 std::array<int, 2> makePipe() {
   std::array<int, 2> ends{-1, -1};
-  if (pipe(ends.data()) != 0) return {-1, -1};
+  if (pipe(ends.data()) != 0) return ends;
   for (const int end : ends) fcntl(end, F_SETFD, FD_CLOEXEC);
   return ends;
 }

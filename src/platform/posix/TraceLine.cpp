@@ -10,6 +10,9 @@ namespace {
 constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                  "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
+// In the order of the levels' numbers, the first being LogLevel::error.
+constexpr std::array<const char*, 4> kLevels = {"Error", "Warning", "Notice", "Info"};
+
 unsigned byteAt(std::string_view text, std::size_t place) {
   return static_cast<unsigned char>(text[place]);
 }
@@ -74,17 +77,7 @@ std::string escapedCharacter(std::string_view character) {
 }
 
 const char* nameOf(LogLevel level) {
-  switch (level) {
-    case LogLevel::error:
-      return "Error";
-    case LogLevel::warning:
-      return "Warning";
-    case LogLevel::notice:
-      return "Notice";
-    case LogLevel::info:
-      break;
-  }
-  return "Info";
+  return kLevels.at(static_cast<std::size_t>(level) - static_cast<std::size_t>(LogLevel::error));
 }
 
 }  // namespace

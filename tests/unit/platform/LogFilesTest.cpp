@@ -4,10 +4,29 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include <csignal>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "support/FakeClock.h"
 #include "support/TemporaryFolder.h"
+
+namespace {
+
+// What the system tells as its name; nullopt when it refuses to.
+std::optional<std::string> systemName = "quill.example";
+std::size_t spaceForName = 0;
+
+}  // namespace
+
+// This definition comes before the C library's.
+extern "C" int gethostname(char* name, std::size_t size) noexcept {
+  spaceForName = size;
+  if (!systemName) return -1;
+  systemName->copy(name, size);
+  return 0;
+}
 
 namespace installer::test {
 namespace {
@@ -24,9 +43,7 @@ class LogFilesTest : public ::testing::Test {
   }
 
   static std::string line(const std::string& time, const std::string& rest) {
-    char host[256] = {};
-    gethostname(host, sizeof host - 1);
-    return time + " " + host + " HotfixInstaller[" + std::to_string(getpid()) + "] " + rest + "\n";
+    return time + " quill.example HotfixInstaller[" + std::to_string(getpid()) + "] " + rest + "\n";
   }
 
   TemporaryFolder _folder;
@@ -122,6 +139,32 @@ TEST_F(LogFilesTest, ALineIsOneWrite) {
 
   EXPECT_EQ(std::string(packet, static_cast<std::size_t>(length)),
             line("Mar  9 14:05:07", "<Notice>: a long enough text"));
+}
+
+class HostNameTest : public LogFilesTest {
+ protected:
+  ~HostNameTest() override { systemName = "quill.example"; }
+
+  // The host as a line tells it.
+  std::string hostToldFor(const std::optional<std::string>& name) {
+    systemName = name;
+    LogFiles files(_clock);
+    files.add(open("log", O_WRONLY | O_CREAT | O_TRUNC));
+    files.write(LogLevel::info, "text");
+    const std::string line = _folder.content("log").substr(std::string("Mar  9 14:05:07 ").size());
+    return line.substr(0, line.find(' '));
+  }
+};
+
+TEST_F(HostNameTest, IsTheSystemsOwn) {
+  EXPECT_EQ(hostToldFor("q"), "q");
+  EXPECT_EQ(hostToldFor(std::string(255, 'q')), std::string(255, 'q'));
+  EXPECT_EQ(spaceForName, 255U) << "a zero must follow";
+}
+
+TEST_F(HostNameTest, IsLocalhostWhenTheSystemHasNone) {
+  EXPECT_EQ(hostToldFor(""), "localhost");
+  EXPECT_EQ(hostToldFor(std::nullopt), "localhost");
 }
 
 }  // namespace

@@ -393,5 +393,13 @@ TEST_F(PosixChildProcessesTest, AShellThatCannotBeStartedAnswersMinusOne) {
   EXPECT_EQ(_children.shell(std::string(1 << 20, ' ')), -1);
 }
 
+TEST_F(PosixChildProcessesTest, AStatusThatTheSystemDoesNotKeepIsMinusOne) {
+  const ScopedAction action(SIGCHLD, SIG_IGN);
+
+  EXPECT_EQ(_children.shell("echo x > '" + _folder.path("done") + "'"), -1);
+
+  EXPECT_EQ(_folder.content("done"), "x\n") << "waited all the same";
+}
+
 }  // namespace
 }  // namespace installer::test
