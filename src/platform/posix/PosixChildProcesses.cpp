@@ -75,13 +75,12 @@ int waitFor(pid_t child) {
   return status;
 }
 
-// Up to `size` bytes; 0 at the end of the stream and on failure.
-std::size_t readSome(int descriptor, char* bytes, std::size_t size) {
-  for (;;) {
-    const ssize_t count = read(descriptor, bytes, size);
-    if (count >= 0) return static_cast<std::size_t>(count);
-    if (errno != EINTR) return 0;
-  }
+// As read(2), past signals.
+ssize_t readSome(int descriptor, char* bytes, std::size_t size) {
+  ssize_t count = -1;
+  do count = read(descriptor, bytes, size);
+  while (count < 0 && errno == EINTR);
+  return count;
 }
 
 // nullopt when nothing at all comes. What follows the line stays unread or is dropped.
@@ -89,9 +88,9 @@ std::optional<std::string> readLine(int descriptor) {
   std::array<char, kLongestLine> bytes;
   std::string line;
   while (line.size() < kLongestLine) {
-    const std::size_t count = readSome(descriptor, bytes.data(), kLongestLine - line.size());
-    if (count == 0) break;
-    line.append(bytes.data(), count);
+    const ssize_t count = readSome(descriptor, bytes.data(), kLongestLine - line.size());
+    if (count <= 0) break;
+    line.append(bytes.data(), static_cast<std::size_t>(count));
     const std::size_t end = line.find('\n');
     if (end != std::string::npos) return line.substr(0, end);
   }

@@ -208,9 +208,9 @@ TEST_F(MadeTableTest, AMarkStaysWhenTheFileCannotBeAsked) {
 }
 
 TEST_F(MadeTableTest, AnExecutableWithoutFolderIsItsOwnName) {
-  _folder.makeLink("5/exe", "program");
+  _folder.makeLink("5/exe", "p");
 
-  EXPECT_THAT(_table.valuesForKey(kName), ElementsAre("program"));
+  EXPECT_THAT(_table.valuesForKey(kName), ElementsAre("p"));
 }
 
 TEST_F(MadeTableTest, NoTableHasNoProcesses) {
