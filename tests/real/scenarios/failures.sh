@@ -172,3 +172,23 @@ scenario_SkippedRunningCheckInstallsBesideTheRunningClient() {
   expectPatch com.quillmere.hotfix 6.2.3.1
   endClient
 }
+
+# The launcher knows the installer's argument lists and no others.
+scenario_LauncherRefusesOtherArgumentLists() {
+  local update='-rcpLauncherWait -provManifest -noSplash -provisioningOperation update -nl en_US'
+  local machine='-vmargs -Dfile.encoding=UTF-8 -Xms32m -Xmx256m'
+  local site='-DprovisioningOperation=update -DprovUpdateSiteListOverride=file:/x'
+  local refused arguments
+  instance
+  for arguments in '' "$update" "$update -data $work $machine" "$update $machine -data" \
+    "$update $machine $site" "${update/update/remove} $machine" "$update $machine -more words" \
+    "${update/update/cleanup} ${machine/UTF-8/UTF-8 $site} -data $work" "$machine $update"; do
+    refused=0
+    # shellcheck disable=SC2086 # words
+    "$rcp/rcplauncher" $arguments || refused=$?
+    expectEqual "what it answers to \"$arguments\"" 1 "$refused"
+    expectText rc=1 "$rcp/../.provisioning_rc"
+  done
+  expectEqual 'refusals in its log' 9 \
+    "$(grep -c 'cannot do anything with these arguments' "$rcp/rcplauncher.log")"
+}
