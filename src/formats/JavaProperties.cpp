@@ -78,7 +78,7 @@ bool JavaProperties::mergeWithJavaProperties(const std::optional<std::string>& p
   if (!path) return true;
   if (!files().exists(path::expandingTilde(*path))) return false;
   const JavaProperties other(path);
-  for (const auto& [key, value] : other._dict) setProperty(value, key);
+  for (const auto& [key, value] : other._dict) _dict.set(key, value);
   return savePropertiesToFile(std::nullopt);
 }
 

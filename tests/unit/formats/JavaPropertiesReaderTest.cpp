@@ -34,13 +34,13 @@ struct ReadRow {
   Entries entries;
 };
 
-class ReadTable : public ::testing::TestWithParam<ReadRow> {};
+class JavaPropertiesReadTable : public ::testing::TestWithParam<ReadRow> {};
 
-TEST_P(ReadTable, TextGivesTheseEntries) {
+TEST_P(JavaPropertiesReadTable, TextGivesTheseEntries) {
   EXPECT_EQ(read(GetParam().text), GetParam().entries);
 }
 
-TEST_P(ReadTable, ModelAgrees) {
+TEST_P(JavaPropertiesReadTable, ModelAgrees) {
   EXPECT_EQ(model::readProperties(GetParam().text), GetParam().entries);
 }
 
@@ -49,7 +49,7 @@ std::string nameOf(const ::testing::TestParamInfo<ReadRow>& tested) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Lines, ReadTable,
+    Lines, JavaPropertiesReadTable,
     ::testing::Values(
         ReadRow{"Nothing", "", {}}, ReadRow{"OneBlankLine", "\n", {{"", ""}}},
         ReadRow{"LineOfBlanksWithoutLineFeed", "  ", {{"", ""}}},
@@ -81,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
-    Comments, ReadTable,
+    Comments, JavaPropertiesReadTable,
     ::testing::Values(ReadRow{"CommentsOnly", "# a=1\n#b=2\n#\n", {}},
                       ReadRow{"BlanksBeforeAComment", "  # x\n", {}},
                       ReadRow{"NumberSignInside", "a#b=1#2\n", {{"a#b", "1#2"}}},
@@ -94,7 +94,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
-    Separators, ReadTable,
+    Separators, JavaPropertiesReadTable,
     ::testing::Values(ReadRow{"KeyOnly", "key", {{"key", ""}}},
                       ReadRow{"EmptyValue", "key=", {{"key", ""}}},
                       ReadRow{"EmptyKey", "=value", {{"", "value"}}},
@@ -115,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
-    Backslashes, ReadTable,
+    Backslashes, JavaPropertiesReadTable,
     ::testing::Values(
         ReadRow{"EscapedColonSeparates", "a\\:b=c", {{"a", "b=c"}}},
         ReadRow{"EscapedEqualsSignSeparates", "a\\=b=c", {{"a", "b=c"}}},
@@ -140,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
-    Continuations, ReadTable,
+    Continuations, JavaPropertiesReadTable,
     ::testing::Values(
         ReadRow{"ContinuedValueLosesItsKey", "a=1 \\\n2\n", {{"", "2"}}},
         ReadRow{"ContinuationBehindBlanks", "a=1 \\  \r\n2\n", {{"", "2"}}},
@@ -159,7 +159,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
-    OptionLines, ReadTable,
+    OptionLines, JavaPropertiesReadTable,
     ::testing::Values(
         ReadRow{"OptionWithoutSeparator", "-Xmx512m", {{"-Xmx512m", ""}}},
         ReadRow{"OptionKeepsItsSeparator",
