@@ -97,14 +97,6 @@ std::optional<std::string> readLine(int descriptor) {
   return line.empty() ? std::nullopt : std::optional(line);
 }
 
-// Both ends are closed in children; -1 in both when there is no pipe to be had.
-std::array<int, 2> makePipe() {
-  std::array<int, 2> ends{-1, -1};
-  if (pipe(ends.data()) != 0) return ends;
-  for (const int end : ends) fcntl(end, F_SETFD, FD_CLOEXEC);
-  return ends;
-}
-
 }  // namespace
 
 std::optional<int> PosixChildProcesses::start(const Command& command, std::string* reason) {
@@ -123,8 +115,9 @@ void PosixChildProcesses::wait(int child) {
 }
 
 std::optional<std::string> PosixChildProcesses::firstLine(const Command& command) {
-  const auto [readEnd, writeEnd] = makePipe();
-  if (readEnd < 0) return std::nullopt;
+  std::array<int, 2> ends{-1, -1};
+  if (pipe(ends.data()) != 0) return std::nullopt;
+  const auto [readEnd, writeEnd] = ends;
 
   Spawn spawn;
   spawn.connect(STDOUT_FILENO, writeEnd);

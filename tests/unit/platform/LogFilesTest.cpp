@@ -2,8 +2,11 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <csignal>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -139,6 +142,55 @@ TEST_F(LogFilesTest, ALineIsOneWrite) {
 
   EXPECT_EQ(std::string(packet, static_cast<std::size_t>(length)),
             line("Mar  9 14:05:07", "<Notice>: a long enough text"));
+}
+
+void passOver(int) {}
+
+// In a process of its own: lets the writer block, interrupts it, and only then makes room. Answers
+// the process's number; what it read is in `file` when it has ended.
+pid_t interruptThenRead(int readEnd, int writeEnd, const std::string& file) {
+  const pid_t reader = fork();
+  if (reader != 0) return reader;
+  close(writeEnd);
+  for (int times = 0; times < 20; ++times) {
+    kill(getppid(), SIGUSR1);
+    usleep(1000);
+  }
+  const int copy = ::open(file.c_str(), O_WRONLY | O_CREAT, 0600);
+  char bytes[4096];
+  for (ssize_t count; (count = read(readEnd, bytes, sizeof bytes)) > 0;)
+    if (write(copy, bytes, static_cast<std::size_t>(count)) < 0) break;
+  _exit(0);
+}
+
+void fill(int pipe) {
+  const std::string block(4096, 'x');
+  fcntl(pipe, F_SETFL, O_NONBLOCK);
+  while (write(pipe, block.data(), block.size()) > 0) {
+  }
+  fcntl(pipe, F_SETFL, 0);
+}
+
+TEST_F(LogFilesTest, ASignalLosesNoLine) {
+  struct sigaction action {};
+  struct sigaction previous {};
+  action.sa_handler = passOver;  // without SA_RESTART: a blocked write is cut short
+  sigaction(SIGUSR1, &action, &previous);
+  int ends[2] = {-1, -1};
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  fill(ends[1]);
+  _files.add(ends[1]);
+
+  const pid_t reader = interruptThenRead(ends[0], ends[1], _folder.path("read"));
+  _files.write(LogLevel::info, "text");
+  close(ends[0]);
+  close(ends[1]);
+  while (waitpid(reader, nullptr, 0) < 0 && errno == EINTR) {
+  }
+  sigaction(SIGUSR1, &previous, nullptr);
+
+  EXPECT_THAT(_folder.content("read"),
+              ::testing::EndsWith(line("Mar  9 14:05:07", "<Info>: text")));
 }
 
 class HostNameTest : public LogFilesTest {
