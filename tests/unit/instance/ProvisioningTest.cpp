@@ -123,9 +123,10 @@ INSTANTIATE_TEST_SUITE_P(
                       ResultCase{"rc=2147483648", -1}));
 
 TEST_F(ProvisioningTest, BlanksBeforeTheCodeAreSkipped) {
-  // The reader takes plain blanks away itself; the line feed's relatives reach the number.
-  writeResult("rc=x\\\n");
-  EXPECT_EQ(InstanceService(home()).getProvisioningResult(), 0);
+  // Text without digits counts as 0, a success; only the skipped blanks let the failure be seen.
+  writeResult("rc=\t \\ 1\n");
+
+  EXPECT_EQ(InstanceService(home()).getProvisioningResult(), -1);
 }
 
 TEST_F(ProvisioningTest, OldResultIsRemoved) {
