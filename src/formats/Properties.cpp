@@ -3,6 +3,7 @@
 #include "platform/FileManager.h"
 #include "platform/Path.h"
 #include "platform/Platform.h"
+#include "util/Characters.h"
 
 namespace installer {
 
@@ -30,7 +31,7 @@ bool Properties::setProperty(const std::optional<std::string>& value,
                              const std::optional<std::string>& forKey) {
   if (!_dict || !forKey) return false;
   if (value)
-    _dict->set(*forKey, *value);
+    _dict->set(*forKey, asXmlCharacters(*value));
   else
     _dict->remove(*forKey);
   return true;

@@ -23,6 +23,8 @@ class Properties {
   std::optional<std::string> getPropertyForKey(const std::optional<std::string>& key) const;
 
   // Stores the value, or removes the key for an absent value. False without a dictionary or a key.
+  // A path of other bytes than UTF-8 is stored as the text that XML can hold, so that the save
+  // keeps the rest.
   bool setProperty(const std::optional<std::string>& value,
                    const std::optional<std::string>& forKey);
 

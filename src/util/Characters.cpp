@@ -11,6 +11,7 @@ constexpr char32_t kFirstLowHalf = 0xDC00;
 constexpr char32_t kBehindLowHalves = 0xE000;
 constexpr char32_t kFirstPair = 0x10000;
 constexpr char32_t kLastCharacter = 0x10FFFF;
+constexpr char32_t kReplacement = 0xFFFD;
 
 // The smallest character that needs a sequence of this many bytes; shorter ones are overlong.
 constexpr std::array<char32_t, 5> kSmallest = {0, 0, 0x80, 0x800, kFirstPair};
@@ -38,6 +39,12 @@ bool isHighHalf(char32_t unit) {
 }
 bool isLowHalf(char32_t unit) {
   return unit >= kFirstLowHalf && unit < kBehindLowHalves;
+}
+
+bool isXmlCharacter(char32_t character) {
+  if (character < 0x20) return character == '\t' || character == '\n' || character == '\r';
+  return !isHighHalf(character) && !isLowHalf(character) && character != 0xFFFE &&
+         character != 0xFFFF;
 }
 
 char tail(char32_t character, int shift) {
@@ -107,6 +114,17 @@ void appendUnits(char32_t character, std::u16string& to) {
   const char32_t rest = character - kFirstPair;
   to += static_cast<char16_t>(kFirstHighHalf + (rest >> 10));
   to += static_cast<char16_t>(kFirstLowHalf + (rest & 0x3FFu));
+}
+
+std::string asXmlCharacters(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  for (std::size_t at = 0; at < text.size();) {
+    const auto [character, length] = decodeCharacter(text, at);
+    appendCharacter(isXmlCharacter(character) ? character : kReplacement, result);
+    at += length;
+  }
+  return result;
 }
 
 }  // namespace installer

@@ -28,4 +28,8 @@ std::u16string toUnits(std::string_view text);
 // Halves that stand side by side become one character, lone ones stay as they are.
 std::string fromUnits(std::u16string_view units);
 
+// The text as XML can hold it: bytes that are no UTF-8 become their Latin-1 characters, and what no
+// document may hold (control characters, lone halves) becomes U+FFFD.
+std::string asXmlCharacters(std::string_view text);
+
 }  // namespace installer

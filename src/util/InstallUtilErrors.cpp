@@ -1,5 +1,8 @@
+#include <utility>
+
 #include "platform/Pasteboard.h"
 #include "platform/Platform.h"
+#include "util/Characters.h"
 #include "util/InstallUtil.h"
 
 namespace installer {
@@ -14,9 +17,11 @@ void InstallUtil::sendErrorMessage(const std::optional<PropertyList::Dictionary>
 }
 
 void InstallUtil::sendErrorMessage(int code, const std::vector<std::string>& details) {
-  sendErrorMessage(PropertyList::Dictionary{
-      {"ERROR_CODE", code},
-      {"ERROR_DETAILS", PropertyList::Array(details.begin(), details.end())}});
+  // Paths may hold any byte; a record that cannot be written would leave the old code standing.
+  PropertyList::Array texts;
+  for (const std::string& detail : details) texts.emplace_back(asXmlCharacters(detail));
+  sendErrorMessage(
+      PropertyList::Dictionary{{"ERROR_CODE", code}, {"ERROR_DETAILS", std::move(texts)}});
 }
 
 std::optional<PropertyList::Dictionary> InstallUtil::getErrorMessage() {

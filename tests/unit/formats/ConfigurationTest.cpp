@@ -130,11 +130,20 @@ TEST_F(ConfigurationTest, RefusingDiskIsNotReported) {
 TEST_F(ConfigurationTest, WhatCannotBeToldIsNotWritten) {
   _sandbox.writePlist(kFile, {{"a", "1"}});
   Configuration configuration;
-  configuration.setProperty("\x01", "a");
+  configuration.setProperty("2", "\x01");
 
   EXPECT_TRUE(configuration.saveConfiguration());
 
   EXPECT_EQ(_sandbox.readPlist(kFile), (Dictionary{{"a", "1"}}));
+}
+
+TEST_F(ConfigurationTest, PathOfOtherBytesIsStoredAsTheTextThatCanBeTold) {
+  Configuration configuration;
+
+  EXPECT_TRUE(configuration.setProperty("/\xFF\x01", "a"));
+  EXPECT_TRUE(configuration.saveConfiguration());
+
+  EXPECT_EQ(_sandbox.readPlist(kFile), (Dictionary{{"a", "/\xC3\xBF\xEF\xBF\xBD"}}));
 }
 
 TEST_F(ConfigurationTest, UnreadableFileTakesNothingAndStaysAsItIs) {

@@ -89,6 +89,36 @@ TEST(CharactersTest, HalvesSideBySideBecomeOneCharacter) {
   EXPECT_EQ(fromUnits(std::u16string{0xD83D, 0xD83D, 0xDE00}), "\xED\xA0\xBD\xF0\x9F\x98\x80");
 }
 
+struct XmlRow {
+  const char* name;
+  std::string text;
+  std::string held;
+};
+
+class XmlCharactersTest : public ::testing::TestWithParam<XmlRow> {};
+
+TEST_P(XmlCharactersTest, HoldWhatXmlMayHold) {
+  EXPECT_EQ(asXmlCharacters(GetParam().text), GetParam().held);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts, XmlCharactersTest,
+    ::testing::Values(
+        XmlRow{"Empty", "", ""}, XmlRow{"Plain", "a <&>\x7F", "a <&>\x7F"},
+        XmlRow{"Breaks", "\t\n\r", "\t\n\r"},
+        XmlRow{"Controls", std::string("\0\x01\x08\x0B\x0C\x0E\x1F ", 8),
+               "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"
+               "\xEF\xBF\xBD\xEF\xBF\xBD "},
+        XmlRow{"Utf8", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80",
+               "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"},
+        XmlRow{"OtherBytes", "\xFF\x80", "\xC3\xBF\xC2\x80"},
+        XmlRow{"HighHalf", "\xED\xA0\x80", "\xEF\xBF\xBD"},
+        XmlRow{"LowHalf", "\xED\xBF\xBF", "\xEF\xBF\xBD"},
+        XmlRow{"BesideTheHalves", "\xED\x9F\xBF\xEE\x80\x80", "\xED\x9F\xBF\xEE\x80\x80"},
+        XmlRow{"NoCharacters", "\xEF\xBF\xBE\xEF\xBF\xBF", "\xEF\xBF\xBD\xEF\xBF\xBD"},
+        XmlRow{"LastOfThePlane", "\xEF\xBF\xBD", "\xEF\xBF\xBD"}),
+    [](const auto& tested) { return tested.param.name; });
+
 TEST(CharactersTest, DecodedCharacterTellsItsLength) {
   const DecodedCharacter decoded = decodeCharacter("a\xE2\x82\xACz", 1);
 
