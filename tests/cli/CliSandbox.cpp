@@ -287,7 +287,7 @@ RunResult RunningProgram::finish() {
   RunResult result;
   using Clock = std::chrono::steady_clock;
   const auto end = Clock::now() + _limit;
-  bool outOpen = true, errOpen = true, reportOpen = true;
+  bool outOpen = _out >= 0, errOpen = true, reportOpen = true;
   std::string report;
   bool late = false;
   while (outOpen || errOpen || reportOpen) {
@@ -329,7 +329,7 @@ bool CliSandbox::hasManyUsers() {
 }
 
 CliSandbox::CliSandbox() {
-  umask(0);
+  umask(022);
   _root = world().folder + "/" + std::to_string(++world().sandboxes);
   for (const char* folder : {"", "/usr", "/usr/bin", "/usr/sbin", "/usr/libexec", "/etc", "/dev",
                              "/proc", "/Library", "/Applications", "/Users", "/Users/alice",
@@ -347,6 +347,7 @@ CliSandbox::CliSandbox() {
 }
 
 CliSandbox::~CliSandbox() {
+  for (const std::string& folder : _mounts) umount2(folder.c_str(), MNT_DETACH);
   std::error_code ignored;
   fs::remove_all(_root, ignored);
 }
@@ -360,12 +361,13 @@ RunningProgram CliSandbox::start(const std::vector<std::string>& arguments,
     std::abort();
   const int input = inputFrom(options.input);
   const int log = options.systemLog ? listenToSystemLog() : -1;
+  if (options.brokenOutput) close(out[0]);
   RunningProgram program;
   program._init = static_cast<pid_t>(
       syscall(SYS_clone, CLONE_NEWPID | CLONE_NEWNS | SIGCHLD, nullptr, nullptr, nullptr, nullptr));
   if (program._init == 0) beInit(_root, command, options, {input, out[1], err[1], report[1]});
   for (const int descriptor : {input, out[1], err[1], report[1]}) close(descriptor);
-  program._out = out[0];
+  program._out = options.brokenOutput ? -1 : out[0];
   program._err = err[0];
   program._report = report[0];
   program._limit = options.limit;
@@ -409,6 +411,19 @@ void CliSandbox::setMode(const std::string& path, mode_t mode) const {
   EXPECT_EQ(0, chmod(host(path).c_str(), mode)) << path;
 }
 
+void CliSandbox::limitSpace(const std::string& folder, std::size_t bytes) {
+  const std::string options = "mode=0755,size=" + std::to_string(bytes);
+  ASSERT_EQ(0, mount("tmpfs", host(folder).c_str(), "tmpfs", MS_NODEV, options.c_str()));
+  _mounts.push_back(host(folder));
+}
+
+void CliSandbox::fillSpace(const std::string& folder) const {
+  const int file = open(host(folder + "/filler").c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
+  const std::string block(4096, 'f');
+  while (write(file, block.data(), block.size()) > 0) continue;
+  close(file);
+}
+
 void CliSandbox::remove(const std::string& path) const {
   fs::remove_all(host(path));
 }
@@ -450,6 +465,15 @@ std::vector<std::string> CliSandbox::list(const std::string& folder) const {
     names.push_back(entry.path().filename().string());
   std::sort(names.begin(), names.end());
   return names;
+}
+
+std::vector<std::string> CliSandbox::entriesNamed(const std::string& prefix) const {
+  std::vector<std::string> found;
+  std::error_code ignored;
+  for (const auto& entry : fs::recursive_directory_iterator(_root, ignored))
+    if (entry.path().filename().string().rfind(prefix, 0) == 0)
+      found.push_back(entry.path().string().substr(_root.size()));
+  return found;
 }
 
 std::map<std::string, std::string> CliSandbox::tree(const std::string& folder) const {

@@ -28,6 +28,7 @@ struct RunOptions {
   std::chrono::milliseconds limit{20'000};
   std::optional<off_t> fileSizeLimit;  // bytes
   bool systemLog = false;              // whether a system log listens at /dev/log
+  bool brokenOutput = false;           // nobody reads what comes to standard output
 
   RunOptions& set(const std::string& variable, const std::string& value);
   RunOptions& unset(const std::string& variable);
@@ -104,6 +105,10 @@ class CliSandbox {
   void makePipe(const std::string& path) const;
   void giveTo(const std::string& path, uid_t owner, gid_t group) const;
   void setMode(const std::string& path, mode_t mode) const;
+  // Puts a file system of that size over the folder, which must exist, until the test ends.
+  void limitSpace(const std::string& folder, std::size_t bytes);
+  // Fills the file system below the folder to the last byte, with a file "filler".
+  void fillSpace(const std::string& folder) const;
   // With everything below a folder; nothing happens when nothing is there.
   void remove(const std::string& path) const;
 
@@ -119,6 +124,8 @@ class CliSandbox {
   mode_t mode(const std::string& path) const { return ownership(path).mode; }
   // Names, sorted.
   std::vector<std::string> list(const std::string& folder) const;
+  // Every entry of the whole root whose name begins so.
+  std::vector<std::string> entriesNamed(const std::string& prefix) const;
   // Every entry below the folder: relative path -> kind, mode, owner and content as one text.
   std::map<std::string, std::string> tree(const std::string& folder) const;
 
@@ -151,6 +158,7 @@ class CliSandbox {
   int listenToSystemLog() const;
 
   std::string _root;
+  std::vector<std::string> _mounts;
 };
 
 }  // namespace installer::cli
