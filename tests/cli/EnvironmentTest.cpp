@@ -1,0 +1,334 @@
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+
+#include "cli/Fixtures.h"
+
+namespace installer::cli {
+namespace {
+
+using ::testing::AnyOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Key;
+using ::testing::Not;
+using ::testing::SizeIs;
+
+// The program started in odd surroundings.
+class EnvironmentTest : public InstallerTest {
+ protected:
+  void failCheck() { _sandbox.remove(_instance.deploy("install.xml")); }
+};
+
+struct Surroundings {
+  const char* name;
+  RunOptions options;
+};
+void PrintTo(const Surroundings& surroundings, std::ostream* stream) {
+  *stream << surroundings.name;
+}
+
+RunOptions with(const std::string& variable, const std::string& value) {
+  RunOptions options;
+  return options.set(variable, value);
+}
+RunOptions without(const std::vector<std::string>& variables) {
+  RunOptions options;
+  for (const std::string& variable : variables) options.unset(variable);
+  return options;
+}
+RunOptions masked(mode_t mask) {
+  RunOptions options;
+  options.mask = mask;
+  return options;
+}
+RunOptions closing(std::vector<int> descriptors) {
+  RunOptions options;
+  options.closedDescriptors = std::move(descriptors);
+  return options;
+}
+RunOptions in(const std::string& directory) {
+  RunOptions options;
+  options.directory = directory;
+  return options;
+}
+
+class SurroundingsTest : public EnvironmentTest,
+                         public ::testing::WithParamInterface<Surroundings> {};
+
+TEST_P(SurroundingsTest, DoNotKeepTheInstallFromSucceeding) {
+  recordHotfix("1.4");
+  installJava();
+
+  EXPECT_EQ(0, install(GetParam().options).status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
+  EXPECT_EQ((ErrorRecord{0, {}}), errorRecord());
+  EXPECT_THAT(_sandbox.texts(), Contains("Success"));
+  EXPECT_THAT(_sandbox.children("java"), SizeIs(1));
+}
+
+TEST_P(SurroundingsTest, DoNotKeepTheFailurePathFromItsEnd) {
+  failCheck();
+
+  EXPECT_EQ(1, install(GetParam().options).status);
+
+  EXPECT_EQ((ErrorRecord{8, {"/Applications", "Quillmere.app"}}), errorRecord());
+  EXPECT_EQ(0777u, _sandbox.mode(kMarker));
+  EXPECT_THAT(_sandbox.texts(), Contains("Not success"));
+}
+
+TEST_P(SurroundingsTest, DoNotLetTextsEndInAnyFile) {
+  recordHotfix("1.4");
+
+  EXPECT_EQ(0, install(GetParam().options).status);
+
+  for (const std::string& text : _sandbox.texts())
+    EXPECT_THAT(text, Not(HasSubstr("The provisioning operations")));
+  EXPECT_THAT(*_sandbox.readFile(_instance.info()), Not(HasSubstr("The provisioning")));
+  EXPECT_THAT(*_sandbox.readFile(kPasteboard), Not(HasSubstr("The provisioning")));
+}
+
+TEST_P(SurroundingsTest, GiveChildrenThreeDescriptorsAndNoMore) {
+  installJava();
+
+  EXPECT_EQ(0, install(GetParam().options).status);
+
+  for (const ChildRecord& child : _sandbox.children()) {
+    EXPECT_THAT(child.descriptors, ElementsAre(Key(0), Key(1), Key(2))) << child.role;
+    EXPECT_EQ("/dev/null", child.descriptors.at(2)) << child.role;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, SurroundingsTest,
+    ::testing::Values(
+        Surroundings{"Usual", {}}, Surroundings{"UserUnset", without({"USER"})},
+        Surroundings{"UserEmpty", with("USER", "")}, Surroundings{"UserRoot", with("USER", "root")},
+        Surroundings{"UserUnknown", with("USER", "nobody-here")},
+        Surroundings{"UserNumber", with("USER", "1000")},
+        Surroundings{"UserPath", with("USER", "../../etc")},
+        Surroundings{"UserLong", with("USER", std::string(100'000, 'u'))},
+        Surroundings{"HomeUnset", without({"HOME"})}, Surroundings{"HomeEmpty", with("HOME", "")},
+        Surroundings{"HomeRelative", with("HOME", "somewhere")},
+        Surroundings{"UserAndHomeUnset", without({"USER", "HOME"})},
+        Surroundings{"Nothing", without({"USER", "HOME", "PATH", "TZ"})},
+        Surroundings{"PathUnset", without({"PATH"})},
+        Surroundings{"OddTimeZone", with("TZ", "No/Such/Zone")},
+        Surroundings{"OddLocale", with("LC_ALL", "tr_TR.UTF-8")},
+        Surroundings{"TemporaryFolder", with("TMPDIR", "/nowhere")},
+        Surroundings{"MaskStrict", masked(077)}, Surroundings{"MaskAll", masked(0777)},
+        Surroundings{"MaskNone", masked(0)}, Surroundings{"NoInput", closing({0})},
+        Surroundings{"NoOutput", closing({1})}, Surroundings{"NoErrors", closing({2})},
+        Surroundings{"NoInputAndOutput", closing({0, 1})},
+        Surroundings{"NoOutputAndErrors", closing({1, 2})},
+        Surroundings{"NoDescriptors", closing({0, 1, 2})},
+        Surroundings{"OtherFolder", in("/Users/alice")}),
+    CaseName());
+
+TEST_F(EnvironmentTest, UsageWithoutErrorOutputIsNoCrash) {
+  RunOptions options;
+  options.closedDescriptors = {0, 1, 2};
+
+  EXPECT_EQ(1, _sandbox.run({}, options).status);
+
+  EXPECT_THAT(_sandbox.texts(), ElementsAre("Begin to install hotfix."));
+}
+
+TEST_F(EnvironmentTest, OutputThatNobodyReadsDoesNotEndTheRun) {
+  recordHotfix("1.4");
+  RunOptions options;
+  options.brokenOutput = true;
+
+  EXPECT_EQ(0, install(options).status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
+}
+
+// --- Another user than root
+// ------------------------------------------------------------------------
+
+class OrdinaryUserTest : public EnvironmentTest {
+ protected:
+  void SetUp() override {
+    EnvironmentTest::SetUp();
+    if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
+    _options.user = CliSandbox::kAlice;
+  }
+
+  void giveInstance() {
+    namespace fs = std::filesystem;
+    _sandbox.giveTo(_instance.bundle, CliSandbox::kAlice, CliSandbox::kAlice);
+    for (const auto& entry : fs::recursive_directory_iterator(_sandbox.host(_instance.bundle)))
+      EXPECT_EQ(0, lchown(entry.path().c_str(), CliSandbox::kAlice, CliSandbox::kAlice));
+  }
+
+  RunOptions _options;
+};
+
+TEST_F(OrdinaryUserTest, InstallsIntoAnInstanceOfItsOwn) {
+  giveInstance();
+
+  EXPECT_EQ(0, install(_options).status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
+  EXPECT_EQ("a=1\nb=3\nc=4\n", _sandbox.readFile(_instance.customization()));
+  EXPECT_EQ(0775u, _sandbox.mode(_instance.customization()));
+  EXPECT_EQ(CliSandbox::kAlice, _sandbox.ownership(_instance.customization()).owner);
+}
+
+TEST_F(OrdinaryUserTest, FailsCleanlyOnAnInstanceOfRoot) {
+  const auto before = _sandbox.tree(_instance.bundle);
+
+  EXPECT_EQ(1, install(_options).status);
+
+  EXPECT_EQ(before, _sandbox.tree(_instance.bundle));
+  EXPECT_EQ((ErrorRecord{4, {"install.hotfix.xml"}}), errorRecord());
+}
+
+TEST_F(OrdinaryUserTest, LeavesAMarkerOfItsOwn) {
+  giveInstance();
+  failCheck();
+
+  EXPECT_EQ(1, install(_options).status);
+
+  EXPECT_EQ(0777u, _sandbox.mode(kMarker));
+  EXPECT_EQ(CliSandbox::kAlice, _sandbox.ownership(kMarker).owner);
+}
+
+TEST_F(OrdinaryUserTest, RunsOnWithoutATraceThatBelongsToRoot) {
+  giveInstance();
+  _sandbox.writeFile(kTrace, "root's", 0644);
+
+  EXPECT_EQ(0, install(_options).status);
+
+  EXPECT_EQ("root's", _sandbox.readFile(kTrace));
+}
+
+TEST_F(OrdinaryUserTest, ForAnotherConsoleUserItKeepsItsOwnIdentity) {
+  giveInstance();
+  _options.set("USER", "bob");
+
+  EXPECT_EQ(0, install(_options).status);
+
+  for (const ChildRecord& launch : _sandbox.children("rcplauncher"))
+    EXPECT_EQ(CliSandbox::kAlice, launch.user);
+}
+
+TEST_F(OrdinaryUserTest, ReadsItsOwnLocale) {
+  giveInstance();
+  _sandbox.writeFile("/Users/alice/Library/Preferences/.GlobalPreferences.plist",
+                     xmlList(ListValue::dictionary({{"AppleLocale", ListValue::string("de_DE")}})));
+
+  EXPECT_EQ(0, install(_options).status);
+
+  EXPECT_EQ("de_DE", _sandbox.children("rcplauncher").at(0).arguments.at(6));
+}
+
+// --- Two runs at once
+// ------------------------------------------------------------------------------
+
+class TwoRunsTest : public EnvironmentTest {
+ protected:
+  template <class Condition>
+  bool comesTrue(Condition condition) const {
+    for (int turn = 0; turn < 2000; ++turn) {
+      if (condition()) return true;
+      usleep(5000);
+    }
+    return false;
+  }
+
+  bool secondWaits() const {
+    const auto trace = _sandbox.readFile(kTrace);
+    return trace && trace->find("<Notice>: Another installation") != std::string::npos;
+  }
+  std::size_t launches() const { return _sandbox.children("rcplauncher").size(); }
+};
+
+TEST_F(TwoRunsTest, SecondWaitsForTheFirstsEnd) {
+  _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
+  RunningProgram first = _sandbox.start({_package.folder, _destination});
+  ASSERT_TRUE(comesTrue([&] { return launches() == 1; }));
+  RunningProgram second = _sandbox.start({_package.folder, _destination});
+
+  EXPECT_TRUE(comesTrue([&] { return secondWaits(); }));
+  EXPECT_EQ(1u, launches());
+  _sandbox.writeFile("/tmp/go", "");
+
+  EXPECT_EQ(0, first.finish().status);
+  const RunResult result = second.finish();
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ("The provisioning operations have completed successfully.\n", result.out)
+      << "the second found the first's hotfix";
+  EXPECT_EQ(6u, launches());
+}
+
+TEST_F(TwoRunsTest, SecondWaitsBeforeAFailurePathToo) {
+  _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
+  _package.folder = "/Volumes/low/in/Fix.pkg";
+  _package.set("version", "1.0");
+  buildPackage(_package);
+  RunningProgram first = _sandbox.start({"/Volumes/HF/install/Fix.pkg", _destination});
+  ASSERT_TRUE(comesTrue([&] { return launches() == 1; }));
+  RunningProgram second = _sandbox.start({_package.folder, _destination});
+
+  EXPECT_TRUE(comesTrue([&] { return secondWaits(); }));
+  EXPECT_EQ(1u, launches());
+  _sandbox.writeFile("/tmp/go", "");
+
+  EXPECT_EQ(0, first.finish().status);
+  EXPECT_EQ(1, second.finish().status) << "a higher version came meanwhile";
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
+}
+
+TEST_F(TwoRunsTest, AnotherInstanceIsNotWaitedFor) {
+  Instance other{"/opt/Quillmere.app"};
+  buildInstance(other);
+  _sandbox.script("rcplauncher", 1,
+                  ChildScript().await("/tmp/go").write(_instance.result(), "rc=0\n"));
+  _sandbox.script(
+      "rcplauncher",
+      ChildScript().write(other.result(), "rc=0\n").write(_instance.result(), "rc=0\n"));
+  RunningProgram first = _sandbox.start({_package.folder, _destination});
+  ASSERT_TRUE(comesTrue([&] { return launches() == 1; }));
+
+  EXPECT_EQ(0, _sandbox.run({_package.folder, "/opt"}).status);
+
+  _sandbox.writeFile("/tmp/go", "");
+  EXPECT_EQ(0, first.finish().status);
+}
+
+TEST_F(TwoRunsTest, KilledRunLeavesNoLockBehind) {
+  _sandbox.script("rcplauncher", 1, ChildScript().await("/never"));
+  RunOptions options;
+  options.limit = std::chrono::milliseconds(500);
+  ASSERT_EQ(-1, install(options).status);
+
+  EXPECT_EQ(0, install().status);
+
+  EXPECT_FALSE(secondWaits());
+}
+
+TEST_F(TwoRunsTest, LauncherThatOutlivesTheRunHoldsNoLock) {
+  // The lock's descriptor must not reach children.
+  EXPECT_EQ(0, install().status);
+
+  for (const ChildRecord& child : _sandbox.children()) EXPECT_THAT(child.descriptors, SizeIs(3));
+}
+
+TEST_F(TwoRunsTest, LockLeavesNoFile) {
+  EXPECT_EQ(0, install().status);
+
+  EXPECT_THAT(_sandbox.entriesNamed(".hotfix-"), IsEmpty());
+  for (const std::string& name : _sandbox.list(_instance.home()))
+    EXPECT_THAT(name, Not(HasSubstr("lock")));
+}
+
+}  // namespace
+}  // namespace installer::cli
