@@ -38,6 +38,14 @@ TEST_F(InstallUtilErrorsTest, RecordKeepsCodeAndDetailsInOrder) {
   EXPECT_EQ(InstallUtil::getErrorMessage(), expected);
 }
 
+TEST_F(InstallUtilErrorsTest, DetailsThatXmlCannotHoldStillMakeARecord) {
+  InstallUtil::sendErrorMessage(8, {"/\xFF", "\x01"});
+
+  const Dictionary expected{{"ERROR_CODE", 8},
+                            {"ERROR_DETAILS", Array{"/\xC3\xBF", "\xEF\xBF\xBD"}}};
+  EXPECT_EQ(InstallUtil::getErrorMessage(), expected);
+}
+
 TEST_F(InstallUtilErrorsTest, LastRecordSentWins) {
   InstallUtil::sendErrorMessage(3, {});
   InstallUtil::sendErrorMessage(6, {"Quillmere"});
