@@ -1,6 +1,7 @@
 #include "support/ChildRun.h"
 
 #include <grp.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,6 +18,14 @@ bool becomeOrdinaryUser() {
          ::seteuid(kOrdinaryUser) == 0;
 }
 
+// What measures the run writes its findings at the end of the process.
+bool withDescriptorsAgain(const std::function<bool()>& steps) {
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return false;
+  const bool answer = steps();
+  return ::setrlimit(RLIMIT_NOFILE, &limit) == 0 && answer;
+}
+
 }  // namespace
 
 bool isRoot() {
@@ -26,7 +35,7 @@ bool isRoot() {
 bool inChild(const std::function<bool()>& steps) {
   std::fflush(nullptr);
   const pid_t child = ::fork();
-  if (child == 0) std::exit(steps() ? EXIT_SUCCESS : EXIT_FAILURE);
+  if (child == 0) std::exit(withDescriptorsAgain(steps) ? EXIT_SUCCESS : EXIT_FAILURE);
   int status = 0;
   return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) &&
          WEXITSTATUS(status) == EXIT_SUCCESS;

@@ -226,8 +226,10 @@ TEST_F(FileManagerReadTest, WithoutFreeDescriptorsEverythingIsUnreadable) {
   _folder.makeFile("folder/file", "x");
 
   EXPECT_TRUE(inChild([&] {
-    const rlimit none{0, 0};
-    if (::setrlimit(RLIMIT_NOFILE, &none) != 0) return false;
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return false;
+    limit.rlim_cur = 0;
+    if (::setrlimit(RLIMIT_NOFILE, &limit) != 0) return false;
     return !_files.read(path("folder/file")) && !_files.list(path("folder"));
   }));
 }
