@@ -57,17 +57,6 @@ void copyInKernel(int from, int to) {
   }
 }
 
-int copyInBlocks(int from, int to) {
-  std::vector<char> block(kCopyBlock);
-  for (;;) {
-    const ssize_t count = readBlock(from, block);
-    if (count < 0) return errno;
-    if (count == 0) return 0;
-    const int error = writeAll(to, {block.data(), static_cast<std::size_t>(count)});
-    if (error != 0) return error;
-  }
-}
-
 }  // namespace
 
 FileChanges::FileChanges(Door refusal) : _refusal(std::move(refusal)) {}
@@ -103,6 +92,17 @@ int FileChanges::copyBytes(int from, int to) {
   if (const int refused = _refusal(FileOperation::kWrite)) return refused;
   copyInKernel(from, to);
   return copyInBlocks(from, to);
+}
+
+int FileChanges::copyInBlocks(int from, int to) {
+  _block.resize(kCopyBlock);
+  for (;;) {
+    const ssize_t count = readBlock(from, _block);
+    if (count < 0) return errno;
+    if (count == 0) return 0;
+    const int error = writeAll(to, {_block.data(), static_cast<std::size_t>(count)});
+    if (error != 0) return error;
+  }
 }
 
 int FileChanges::truncate(int file) {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/FileOperation.h"
@@ -54,7 +55,10 @@ class FileChanges {
   int changeModeOfItem(int item, mode_t mode);
 
  private:
+  int copyInBlocks(int from, int to);
+
   Door _refusal;
+  std::vector<char> _block;  // for bytes that pass through our own memory, kept for the next file
 };
 
 }  // namespace installer

@@ -541,6 +541,7 @@ TEST_F(FileManagerMergeTest, WhatIsNoFolderIsNotMerged) {
 
   merge();
   _files.merge(path("file"), path("app"), path("app"));
+  _files.merge(path("file"), path("app/none"), path("app"));
   _files.merge(path("missing"), path("app"), path("app"));
   _files.merge("", path("app"), path("app"));
   _files.merge(path("from") + std::string("\0x", 2), path("app"), path("app"));
