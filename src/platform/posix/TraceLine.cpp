@@ -7,11 +7,11 @@
 namespace installer {
 namespace {
 
-constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                 "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+constexpr std::array kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 // In the order of the levels' numbers, the first being LogLevel::error.
-constexpr std::array<const char*, 4> kLevels = {"Error", "Warning", "Notice", "Info"};
+constexpr std::array kLevels = {"Error", "Warning", "Notice", "Info"};
 
 unsigned byteAt(std::string_view text, std::size_t place) {
   return static_cast<unsigned char>(text[place]);
