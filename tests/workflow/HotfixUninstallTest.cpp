@@ -177,6 +177,19 @@ TEST_F(HotfixUninstallTest, AbsentDataFolderIsTheHomesOwn) {
   EXPECT_EQ(_sandbox.children().started()[0].arguments.back(), homePath("systemdata"));
 }
 
+TEST_F(HotfixUninstallTest, LocaleIsReadOnceForBothRuns) {
+  const std::string preferences = "Users/tester/Library/Preferences/.GlobalPreferences.plist";
+  _sandbox.writePlist(preferences, {{"AppleLocale", "de_DE"}});
+  _sandbox.children().onStart([&](const Command&) {
+    _sandbox.writePlist(preferences, {{"AppleLocale", "fr_FR"}});
+  });
+
+  EXPECT_FALSE(uninstall());
+
+  const Command run{launcher(), ProvisioningCommand::arguments("update", "de_DE", data())};
+  EXPECT_THAT(_sandbox.children().started(), ElementsAre(run, run));
+}
+
 TEST_F(HotfixUninstallTest, SecondRemovalFindsNothing) {
   EXPECT_TRUE(uninstall());
   EXPECT_FALSE(uninstall());

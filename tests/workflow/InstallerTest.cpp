@@ -79,6 +79,18 @@ TEST_F(InstallerTest, TraceHoldsTheWholeRunAndIsClosed) {
   EXPECT_THAT(trace, HasSubstr("Begin to call collection utility"));
 }
 
+TEST_F(InstallerTest, PreferenceForTracesIsReadAtTheStartAndAtTheEnd) {
+  _sandbox.users().switches.clear();
+  const uid_t self = _sandbox.users().effectiveUser;
+  ::testing::internal::CaptureStderr();
+
+  EXPECT_EQ(run(std::vector<std::string>()), 1);
+
+  (void)::testing::internal::GetCapturedStderr();
+  const uid_t user = _sandbox.users().userList[0].uid;
+  EXPECT_THAT(_sandbox.users().switches, ElementsAre(user, self, user, self));
+}
+
 TEST_F(InstallerTest, FirstLinesTellHowItWasStarted) {
   EXPECT_EQ(run(), 0);
 
