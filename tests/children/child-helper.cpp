@@ -13,6 +13,7 @@
 // escapes \n \t \\ \xHH and {here} for the folder that it was started from:
 //   print TEXT, error TEXT          to standard output or error, nothing added
 //   fill N                          N times "x" to standard output
+//   drain                           until somebody has read all of standard output, a pipe
 //   write PATH TEXT, append PATH TEXT, remove PATH
 //   signal-parent SIGNAL TIMES      a millisecond apart
 //   await PATH                      until it exists
@@ -21,6 +22,7 @@
 //   exit STATUS
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -220,6 +222,11 @@ void put(int descriptor, const std::string& text) {
   }
 }
 
+bool isUnread(int pipe) {
+  int bytes = 0;
+  return ioctl(pipe, FIONREAD, &bytes) == 0 && bytes > 0;
+}
+
 void store(const std::string& path, const std::string& text, std::ios::openmode mode) {
   std::ofstream(path, std::ios::binary | mode) << text;
 }
@@ -238,6 +245,8 @@ void obey(const std::vector<std::string>& fields) {
     put(STDERR_FILENO, fields[1]);
   } else if (order == "fill") {
     put(STDOUT_FILENO, std::string(std::stoul(fields[1]), 'x'));
+  } else if (order == "drain") {
+    while (isUnread(STDOUT_FILENO)) pauseMillisecond();
   } else if (order == "write") {
     store(fields[1], fields[2], std::ios::trunc);
   } else if (order == "append") {

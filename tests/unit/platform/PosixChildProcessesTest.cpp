@@ -276,7 +276,7 @@ const std::vector<LineCase> kLineCases = {
     {"EmptyLineBeforeAnother", "print\t\\nb\\n\n", ""},
     {"Nothing", "exit\t0\n", std::nullopt},
     {"ErrorOutputOnly", "error\ta\\n\n", std::nullopt},
-    {"InPieces", "print\ta\nprint\tb\nprint\tc\\n\n", "abc"},
+    {"InPieces", "print\ta\ndrain\nprint\tb\ndrain\nprint\tc\\n\n", "abc"},
     {"CarriageReturnStays", "print\ta\\x0d\\n\n", "a\r"},
     {"LineBeforeFailure", "print\ta\\n\nexit\t1\n", "a"},
     {"LineBeforeKill", "print\ta\\n\nkill\t9\n", "a"},
@@ -285,7 +285,7 @@ const std::vector<LineCase> kLineCases = {
     {"OneAboveTheLimit", "fill\t1023\nprint\t\\n\n", std::string(1022, 'x')},
     {"TheLimitWithoutLineFeed", "fill\t1022\n", std::string(1022, 'x')},
     {"FarAboveTheLimit", "fill\t1000000\n", std::string(1022, 'x')},
-    {"TheLimitInPieces", "fill\t1000\nfill\t23\n", std::string(1022, 'x')},
+    {"TheLimitInPieces", "fill\t1000\ndrain\nfill\t23\n", std::string(1022, 'x')},
 };
 
 INSTANTIATE_TEST_SUITE_P(Lines, FirstLineTest, ::testing::ValuesIn(kLineCases),
