@@ -25,7 +25,6 @@
 #include <fstream>
 #include <iterator>
 #include <ostream>
-#include <regex>
 #include <sstream>
 #include <utility>
 
@@ -262,6 +261,38 @@ void drainLog(int descriptor, std::vector<std::string>& into) {
 
 int exitStatus(int status) {
   return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+// Whether the text begins "Jan  1 00:00:00 ": letters of the pattern stand for digits ("0"), for a
+// digit or a blank ("_") or for themselves.
+bool beginsWithTime(const std::string& text) {
+  static const std::string months = "JanFebMarAprMayJunJulAugSepOctNovDec";
+  static const std::string pattern = " _0 00:00:00 ";
+  const std::size_t month = months.find(text.substr(0, 3));
+  if (text.size() < 16 || month == std::string::npos || month % 3 != 0) return false;
+  for (std::size_t i = 0; i < pattern.size(); ++i) {
+    const char c = text[3 + i];
+    const bool isDigit = c >= '0' && c <= '9';
+    if (pattern[i] == '0' && !isDigit) return false;
+    if (pattern[i] == '_' && !isDigit && c != ' ') return false;
+    if (pattern[i] != '0' && pattern[i] != '_' && c != pattern[i]) return false;
+  }
+  return true;
+}
+
+// "<time> <host> HotfixInstaller[<number>] <<level>>: <text>"
+std::optional<TraceLine> traceLine(const std::string& line) {
+  if (!beginsWithTime(line)) return std::nullopt;
+  const std::string name = " HotfixInstaller[";
+  const std::size_t hostEnd = line.find(' ', 16);
+  if (hostEnd == 16 || line.compare(hostEnd, name.size(), name) != 0) return std::nullopt;
+  const std::size_t number = hostEnd + name.size();
+  const std::size_t numberEnd = line.find_first_not_of("0123456789", number);
+  if (numberEnd == number || line.compare(numberEnd, 3, "] <") != 0) return std::nullopt;
+  for (const std::string level : {"Error", "Warning", "Notice", "Info"})
+    if (line.compare(numberEnd + 3, level.size() + 3, level + ">: ") == 0)
+      return TraceLine{level, line.substr(numberEnd + 3 + level.size() + 3)};
+  return std::nullopt;
 }
 
 std::string kindOf(const struct stat& status) {
@@ -530,18 +561,12 @@ void CliSandbox::forgetChildren() const {
 }
 
 std::vector<TraceLine> CliSandbox::trace() const {
-  static const std::regex form(
-      "(?:Jan|Feb|Mar|Apr|May|Jun|Jul|Aug|Sep|Oct|Nov|Dec) [ 0-3][0-9] "
-      "[0-2][0-9]:[0-5][0-9]:[0-6][0-9] [^ ]+ HotfixInstaller\\[[0-9]+\\] "
-      "<(Error|Warning|Notice|Info)>: ");
   std::vector<TraceLine> lines;
   std::istringstream text(readFile("/tmp/install_trace.log").value_or(""));
   for (std::string line; std::getline(text, line);) {
-    std::smatch parts;
-    const bool matches =
-        std::regex_search(line, parts, form, std::regex_constants::match_continuous);
-    EXPECT_TRUE(matches) << "not a trace line: " << line;
-    if (matches) lines.push_back({parts[1], parts.suffix()});
+    const auto parsed = traceLine(line);
+    EXPECT_TRUE(parsed.has_value()) << "not a trace line: " << line;
+    if (parsed) lines.push_back(*parsed);
   }
   return lines;
 }
