@@ -199,7 +199,8 @@ class TextGenerator {
   }
 
   char character() {
-    static const std::string special("\\\\\\\\   ==::##!!\t\ruX-\xE9\x85\xA0\x7F\f\v\0\x01~", 31);
+    using namespace std::string_literals;
+    static const std::string special = "\\\\\\\\   ==::##!!\t\ruX-\xE9\x85\xA0\x7F\f\v\0\x01~"s;
     if (number(0, 2) == 0) return "abcdk0129"[number(0, 8)];
     if (number(0, 40) == 0) return static_cast<char>(number(0, 255) | 0x80);
     return special[static_cast<std::size_t>(number(0, static_cast<int>(special.size()) - 1))];
