@@ -133,7 +133,12 @@ expectEqual() { # what wanted found
 }
 
 expectStatus() { expectEqual 'the exit status' "$1" "$status"; }
-expectRuns() { expectEqual "the result of the launcher's runs" "$1" "$runs"; }
+# A pattern: where two installations follow one another, the second finds nothing new (2) unless a
+# minute ended between them and gave it a new stamp (0).
+expectRuns() {
+  # shellcheck disable=SC2053
+  [[ $runs == $1 ]] || broken "the result of the launcher's runs is \"$runs\" instead of \"$1\""
+}
 expectCode() { expectEqual 'the error code' "$1" "$(plist "$kRecord" ERROR_CODE)"; }
 expectRecorded() { expectEqual "$1" "$2" "$(recorded "$1")"; }
 

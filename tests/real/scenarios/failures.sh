@@ -41,7 +41,7 @@ scenario_HotfixWithoutItsSiteFailsAndTheRepairedOneIsInstalled() {
   mv "$work/updates" "$work/first/updates"
   install "$package"
 
-  expectSuccess 6.2.3.1 '0 2'
+  expectSuccess 6.2.3.1 '0 [02]'
   expectPatch com.quillmere.hotfix 6.2.3.1
 }
 
