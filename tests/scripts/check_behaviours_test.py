@@ -53,6 +53,13 @@ class CheckBehavioursTest(unittest.TestCase):
         self.assertEqual(result.stdout.splitlines(),
                          [f"{self._document}:{line}" for line in lines])
 
+    def testThousandsOfTestsThatLeftNoResultAreRunNow(self):
+        names = [f"Suite.{'VeryLong' * 6}{number}" for number in range(3000)]
+        makeProgram(self._program, {name: ("a.cpp", "passed") for name in names})
+        self.writeRows("| many | `Suite.*` |")
+
+        self.assertAccepted()
+
     def testTestsThatPassProveTheirRows(self):
         self.writeRows("| one | `Suite.Good` |", "| two | `Suite.Each/*`, `Suite.Good` |",
                        "| a \\| b | `Inst/Suite.Each/0` |", "| wide | `Suite.E*/*` |")
