@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <climits>
+#include <charconv>
 
 #include "formats/JavaProperties.h"
 #include "instance/InstanceLayout.h"
@@ -15,22 +15,17 @@ namespace installer {
 
 namespace {
 
-bool isDigit(char character) {
-  return character >= '0' && character <= '9';
-}
-
-// The platform's reading of a text as an integer: blanks, one sign, digits; the rest is ignored, no
-// digits count as 0, and what is too large counts as the largest.
-long leadingInteger(std::string_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
-  const bool negative = text.starts_with('-');
-  if (negative || text.starts_with('+')) text.remove_prefix(1);
-  long value = 0;
-  for (const char character : text) {
-    if (!isDigit(character)) break;
-    value = std::min<long>(value * 10 + (character - '0'), INT_MAX);
-  }
-  return negative ? -value : value;
+// Whether the launcher's return code tells success: 0, or 2 when there was nothing to do, which is
+// as good. The platform reads a text as an integer: blanks, one sign, digits; the rest is ignored
+// and no digits count as 0.
+bool tellsSuccess(std::string_view code) {
+  code.remove_prefix(std::min(code.find_first_not_of(" \t"), code.size()));
+  const bool negative = code.starts_with('-');
+  if (negative || code.starts_with('+')) code.remove_prefix(1);
+  unsigned number = 0;
+  const std::errc error = std::from_chars(code.data(), code.data() + code.size(), number).ec;
+  if (error == std::errc::result_out_of_range) return false;
+  return number == 0 || (number == 2 && !negative);
 }
 
 // The result file of the instance; nullopt when there is neither instance nor file.
@@ -64,10 +59,7 @@ int InstanceService::getProvisioningResult() const {
   const std::optional<std::string> file = existingResult(_pathToRcphome);
   if (!file) return -1;
   const std::optional<std::string> code = JavaProperties(*file).getPropertyForKey("rc");
-  if (!code) return -1;
-  const long number = leadingInteger(*code);
-  // 2 tells that there was nothing to do, which is as good.
-  return number == 0 || number == 2 ? 0 : -1;
+  return code && tellsSuccess(*code) ? 0 : -1;
 }
 
 void InstanceService::removeProvisionRCFile() {

@@ -1,9 +1,12 @@
 #include <gmock/gmock.h>
 
+#include <set>
+
 #include "instance/InstanceService.h"
 #include "instance/ProvisioningCommand.h"
 #include "instance/ProvisioningRun.h"
 #include "support/InstanceFixture.h"
+#include "support/StubFileManager.h"
 
 namespace installer::test {
 namespace {
@@ -64,6 +67,28 @@ TEST_F(ProvisioningTest, RunsStartWithoutHomeToo) {
               ElementsAre(Command{"/any/launcher", update(std::nullopt)}));
 }
 
+TEST_F(ProvisioningTest, DataFolderIsDroppedWithoutHome) {
+  _sandbox.write("file", "");
+
+  InstanceService(_sandbox.path("file/rcp"), "/data").startProvisioningWithCleanUp("/any/launcher");
+
+  EXPECT_THAT(_sandbox.children().started(),
+              ElementsAre(Command{"/any/launcher", cleanUp(std::nullopt)}));
+}
+
+TEST_F(ProvisioningTest, StartsSayNothingAndLeaveAnOldResult) {
+  launcherAnswers("");
+  writeResult("rc=7\n");
+  InstanceService service(home());
+  _sandbox.clearLog();
+
+  service.startProvisioningWithCleanUp(launcher());
+  service.startProvisioningWithUpdate(launcher());
+
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+  EXPECT_EQ(_sandbox.read(inHome("../.provisioning_rc")), "rc=7\n");
+}
+
 TEST_F(ProvisioningTest, AbsentLauncherIsAnErrorLine) {
   runProvisioning(std::nullopt, {"x"});
 
@@ -120,13 +145,57 @@ INSTANTIATE_TEST_SUITE_P(
                       ResultCase{"rc=4294967296", -1}, ResultCase{"rc=4294967298", -1},
                       ResultCase{"rc=18446744073709551618", -1}, ResultCase{"rc=-4294967296", -1},
                       ResultCase{"rc=9", -1}, ResultCase{"RC=0", -1},
-                      ResultCase{"rc=2147483648", -1}));
+                      ResultCase{"rc=2147483648", -1}, ResultCase{"rc=12", -1},
+                      ResultCase{"rc=2/", 0}, ResultCase{"rc=2:", 0}, ResultCase{"rc=+-1", 0},
+                      ResultCase{"rc=0000000000000000000002", 0}));
 
 TEST_F(ProvisioningTest, BlanksBeforeTheCodeAreSkipped) {
   // Text without digits counts as 0, a success; only the skipped blanks let the failure be seen.
   writeResult("rc=\t \\ 1\n");
 
   EXPECT_EQ(InstanceService(home()).getProvisioningResult(), -1);
+}
+
+// A disk that holds what the test names, and nothing that could be changed.
+class NamedFiles : public StubFileManager {
+ public:
+  std::set<std::string> present;
+
+  bool exists(const std::string& path) override { return present.contains(path); }
+  bool entryExists(const std::string& path) override { return present.contains(path); }
+};
+
+class TildeHomeTest : public ProvisioningTest {
+ protected:
+  TildeHomeTest() {
+    _files.contents[_sandbox.path("Users/tester/.provisioning_rc")] = "rc=0\n";
+    _files.present = {kTildeHome, userHome(), kTildeResult};
+    _sandbox.platform().files = &_files;
+  }
+
+  // HOME leads to the tester's folder.
+  std::string userHome() const { return _sandbox.path("Users/tester/rcp"); }
+
+  static constexpr const char* kTildeHome = "~/rcp";
+  static constexpr const char* kTildeResult = "~/.provisioning_rc";
+  NamedFiles _files;
+};
+
+TEST_F(TildeHomeTest, ResultCountsWhereTheHomeExistsForTheUser) {
+  const InstanceService service(kTildeHome);
+
+  EXPECT_EQ(service.getProvisioningResult(), 0);
+
+  _files.present.erase(userHome());
+
+  EXPECT_EQ(service.getProvisioningResult(), -1);
+}
+
+TEST_F(TildeHomeTest, ResultIsLookedForBesideTheHomeAsItIsWritten) {
+  _files.present.erase(kTildeResult);
+  _files.present.insert(_sandbox.path("Users/tester/.provisioning_rc"));
+
+  EXPECT_EQ(InstanceService(kTildeHome).getProvisioningResult(), -1);
 }
 
 TEST_F(ProvisioningTest, OldResultIsRemoved) {
@@ -143,6 +212,24 @@ TEST_F(ProvisioningTest, OldResultStaysWithoutHome) {
   InstanceService(std::nullopt).removeProvisionRCFile();
 
   EXPECT_TRUE(_sandbox.exists(inHome("../.provisioning_rc")));
+}
+
+TEST_F(ProvisioningTest, OldResultStaysWhenTheHomeIsGone) {
+  writeResult("rc=0\n");
+  InstanceService service(home());
+  _sandbox.remove(kHome);
+
+  service.removeProvisionRCFile();
+
+  EXPECT_TRUE(_sandbox.exists("Applications/Quillmere.app/Contents/MacOS/.provisioning_rc"));
+}
+
+TEST_F(ProvisioningTest, LinkToNothingIsNoOldResult) {
+  _sandbox.makeLink(inHome("../.provisioning_rc"), "nothing");
+
+  InstanceService(home()).removeProvisionRCFile();
+
+  EXPECT_EQ(_sandbox.linkTarget(inHome("../.provisioning_rc")), "nothing");
 }
 
 TEST_F(ProvisioningTest, NoOldResultIsNoChange) {
