@@ -1,7 +1,5 @@
 #include "instance/ProvisioningCommand.h"
 
-#include "util/StringUtil.h"
-
 namespace installer::ProvisioningCommand {
 
 namespace {
@@ -31,8 +29,7 @@ std::vector<std::string> hotfixArguments(const std::string& locale,
                                          const std::string& rcpData) {
   std::vector<std::string> list = leadingArguments(kUpdate, locale);
   list.push_back("-DprovisioningOperation=update");
-  list.push_back(StringUtil::stringByReplacingOccurrencesOfString(
-      "-DprovUpdateSiteListOverride=file:{update.site}", "{update.site}", updateSiteList));
+  list.push_back("-DprovUpdateSiteListOverride=file:" + updateSiteList);
   appendMemoryLimits(list);
   list.insert(list.end(), {"-data", rcpData});
   return list;
