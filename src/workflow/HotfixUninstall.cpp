@@ -65,7 +65,7 @@ bool HotfixUninstall::copyUninstallManifest() {
 void HotfixUninstall::startProvisioning() {
   _instance->removeProvisionRCFile();
   log(LogLevel::info, "Launch platform to uninstall provisioned features...");
-  const std::string launcher = InstanceLayout::launcher(*_instance->pathToRcphome());
+  const std::string launcher = InstanceLayout::launcher(*_pathToRcpHome);
   const std::vector<std::string> arguments = ProvisioningCommand::arguments(
       ProvisioningCommand::kUpdate, InstallUtil::getCurrentLocale(), _pathToRcpData);
   // Twice on purpose, over the same result file.

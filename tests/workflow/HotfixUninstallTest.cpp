@@ -2,8 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include <fstream>
+#include <iterator>
+
 #include "instance/ProvisioningCommand.h"
 #include "support/PackageFixture.h"
+#include "support/TreeSnapshot.h"
 
 namespace installer::test {
 namespace {
@@ -34,6 +38,11 @@ class HotfixUninstallTest : public PackageFixture {
     return removed;
   }
   bool uninstall() { return uninstall(data()); }
+  // What has left the process so far for the standard output that uninstall() catches.
+  static std::string told() {
+    std::ifstream caught("/proc/self/fd/1");
+    return {std::istreambuf_iterator<char>(caught), std::istreambuf_iterator<char>()};
+  }
   Command run() const {
     return {launcher(), ProvisioningCommand::arguments("update", "en_US", data())};
   }
@@ -41,6 +50,7 @@ class HotfixUninstallTest : public PackageFixture {
   std::string _output;
 };
 
+constexpr const char* kCompleted = "The provisioning operations have completed successfully.\n";
 constexpr const char* kUnexpected =
     "Unexpected results have occurred during the provisioning operation. For additional "
     "information, please refer to the logs.";
@@ -57,7 +67,7 @@ TEST_F(HotfixUninstallTest, RunsTheLauncherTwiceAndClearsAllRecords) {
   EXPECT_FALSE(_sandbox.exists(inHome("../.provisioning_rc")));
   EXPECT_FALSE(_sandbox.exists(inHome("deploy/uninstall.hotfix.xml")));
   EXPECT_EQ(_sandbox.read(inHome("deploy/install.update.xml")), "uninstall ${installer.root}");
-  EXPECT_EQ(_output, "The provisioning operations have completed successfully.\n");
+  EXPECT_EQ(_output, kCompleted);
   EXPECT_THAT(
       numberedLines(),
       ElementsAre("6 Copy install manifest to " + homePath("deploy/install.update.xml") + ".",
@@ -106,6 +116,46 @@ TEST_F(HotfixUninstallTest, ReceiptIsForgottenAfterVersionAndResultAndBeforeTheR
   EXPECT_FALSE(resultThen);
 }
 
+TEST_F(HotfixUninstallTest, SuccessIsToldBeforeTheReceiptIsForgottenAndPermissionsChangeAfterIt) {
+  _sandbox.write("data/file", "", 0600);
+  std::string toldThen;
+  mode_t modeThen = 0;
+  _sandbox.children().onStart([&](const Command& command) {
+    if (command.executable == launcher()) {
+      _sandbox.write(inHome("../.provisioning_rc"), "rc=0\n");
+      return;
+    }
+    toldThen = told();
+    modeThen = _sandbox.mode("data/file");
+  });
+
+  EXPECT_TRUE(uninstall());
+
+  EXPECT_EQ(toldThen, kCompleted);
+  EXPECT_EQ(modeThen, 0600U);
+  EXPECT_EQ(_sandbox.mode("data/file"), 0775U);
+}
+
+TEST_F(HotfixUninstallTest, ManifestIsConsumedBackedUpAndStampedWhenTheLauncherRuns) {
+  bool consumed = false;
+  bool backedUp = false;
+  std::string properties;
+  Dictionary infoThen;
+  _sandbox.children().onStart([&](const Command&) {
+    consumed = !_sandbox.exists(inHome("deploy/uninstall.hotfix.xml"));
+    backedUp = _sandbox.exists(inHome("deploy/install.0101130000.xml"));
+    properties = _sandbox.read(inHome("rcplauncher.properties"));
+    infoThen = info();
+  });
+
+  EXPECT_FALSE(uninstall());
+
+  EXPECT_TRUE(consumed);
+  EXPECT_TRUE(backedUp);
+  EXPECT_THAT(properties, ::testing::StartsWith("provisioning.manifest.version=0503130907\n"));
+  EXPECT_EQ(infoThen.size(), 4U) << "every record is still there";
+}
+
 TEST_F(HotfixUninstallTest, PermissionsChangeBelowTheDataOnly) {
   _sandbox.write(inHome("file"), "", 0600);
   _sandbox.write("data/file", "", 0600);
@@ -134,7 +184,7 @@ TEST_F(HotfixUninstallTest, FailedProvisioningClearsTheVersionOnly) {
 
 TEST_F(HotfixUninstallTest, MissingManifestEndsItBeforeAnyChange) {
   _sandbox.remove(inHome("deploy/uninstall.hotfix.xml"));
-  const Dictionary before = info();
+  const TreeSnapshot before = snapshotOf(_sandbox.path(kBundle));
 
   EXPECT_FALSE(uninstall());
 
@@ -142,22 +192,22 @@ TEST_F(HotfixUninstallTest, MissingManifestEndsItBeforeAnyChange) {
       "File " + homePath("deploy/uninstall.hotfix.xml") + " was not found. " + kUndetermined;
   EXPECT_THAT(numberedLines(), ElementsAre("3 " + text));
   EXPECT_EQ(_output, text + "\n");
-  EXPECT_EQ(info(), before);
+  EXPECT_TRUE(TreeDiff(before, snapshotOf(_sandbox.path(kBundle))).empty());
   EXPECT_THAT(_sandbox.children().started(), IsEmpty());
 }
 
 TEST_F(HotfixUninstallTest, ManifestThatCannotBeCopiedStaysAndIsToldInTwoTexts) {
   _sandbox.remove(inHome("deploy/uninstall.hotfix.xml"));
   _sandbox.makePipe(inHome("deploy/uninstall.hotfix.xml"));
-  const Dictionary before = info();
+  const TreeSnapshot before = snapshotOf(_sandbox.path(kBundle));
 
   EXPECT_FALSE(uninstall());
 
   EXPECT_THAT(linesAt(LogLevel::error),
               ElementsAre(std::string("File install.update.xml not found. ") + kUndetermined));
   EXPECT_EQ(_output, std::string("File install.update.xml was not found. ") + kUndetermined + "\n");
-  EXPECT_TRUE(_sandbox.exists(inHome("deploy/uninstall.hotfix.xml")));
-  EXPECT_EQ(info(), before);
+  EXPECT_TRUE(TreeDiff(before, snapshotOf(_sandbox.path(kBundle))).empty());
+  EXPECT_THAT(_sandbox.children().started(), IsEmpty());
 }
 
 TEST_F(HotfixUninstallTest, MissingOrAbsentHomeRemovesNothingSilently) {
