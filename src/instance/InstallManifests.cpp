@@ -23,12 +23,6 @@ void setAndSave(JavaProperties& properties, const char* key,
   (void)properties.savePropertiesToFile(std::nullopt);
 }
 
-// Copies skip what exists, so whatever has the name goes first, a dangling link included.
-void removeEntry(const std::string& path) {
-  FileManager& files = *Platform::current().files;
-  if (files.entryExists(path)) (void)files.remove(path);
-}
-
 bool resolveInstallerRoot(const std::string& manifest, const std::string& root) {
   log(LogLevel::info, "Update ${{installer.root}}.");
   InstallManifest document(manifest);
@@ -108,7 +102,8 @@ bool InstanceService::copyInstallManifest(
     takeFallbackRcphome();
   }
   const std::string target = InstanceLayout::deployed(*_pathToRcphome, toFile);
-  removeEntry(target);
+  // Copies skip what exists, so whatever has the name goes first, a dangling link included.
+  (void)Platform::current().files->remove(target);
   log(LogLevel::info, "Copy install manifest to {}.", target);
   if (!copyItem(manifest, target)) return false;
   if (!replaceInstallerRootWith || !exists(*replaceInstallerRootWith)) return true;
@@ -121,9 +116,9 @@ bool InstanceService::copyManifest(const std::optional<std::string>& manifest) {
 }
 
 bool InstanceService::copyHotfixUninstallManifest(const std::optional<std::string>& manifest) {
-  if (!_pathToRcphome || !manifest || !exists(*manifest) || !exists(*_pathToRcphome)) return false;
+  if (!_pathToRcphome || !manifest || !exists(*manifest)) return false;
   const std::string target = InstanceLayout::uninstallManifest(*_pathToRcphome);
-  removeEntry(target);
+  (void)Platform::current().files->remove(target);
   return copyItem(*manifest, target);
 }
 

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <cerrno>
+
 #include "instance/InstanceService.h"
 #include "support/InstanceFixture.h"
 
@@ -146,6 +148,26 @@ TEST_F(InstallManifestsTest, NothingIsBackedUpWithoutManifestOrLauncherPropertie
   EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.old.xml")));
 }
 
+TEST_F(InstallManifestsTest, LinkToNothingInTheInstallManifestsPlaceIsNotBackedUp) {
+  _sandbox.remove(inHome("deploy/install.xml"));
+  _sandbox.makeLink(inHome("deploy/install.xml"), "nothing");
+
+  quietService().backupInstallManifest();
+
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.0101130000.xml")));
+}
+
+TEST_F(InstallManifestsTest, BackupThatFailsIsPassedOverSilently) {
+  InstanceService service = quietService();
+  _sandbox.files().failNext(FileOperation::kWrite, ENOSPC);
+
+  service.backupInstallManifest();
+
+  EXPECT_TRUE(_sandbox.files().hasFailed());
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.0101130000.xml")));
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
 TEST_F(InstallManifestsTest, UpdateManifestIsReplacedAndResolved) {
   _sandbox.write(inHome("deploy/install.update.xml"), "of an earlier run");
 
@@ -174,6 +196,27 @@ TEST_F(InstallManifestsTest, RootThatIsNotOnDiskLeavesThePlaceholder) {
   EXPECT_EQ(_sandbox.log().size(), 1U);
 }
 
+TEST_F(InstallManifestsTest, RootMayBeAFile) {
+  _sandbox.write("root.pkg", "");
+
+  EXPECT_TRUE(quietService().copyUpdateManifest(manifest(), _sandbox.path("root.pkg")));
+
+  EXPECT_THAT(deployed("install.update.xml"),
+              HasSubstr("url=\"file:" + _sandbox.path("root.pkg") + "/x\""));
+}
+
+TEST_F(InstallManifestsTest, ResolvedManifestThatCannotBeSavedStaysAsCopiedAndFails) {
+  FailingFileManager& files = _sandbox.files();
+  InstanceService service = quietService();
+  // The copy is whole once it gets its name; the next bytes are the resolved ones.
+  files.beforeNext(FileOperation::kRename, [&] { files.failNext(FileOperation::kWrite, ENOSPC); });
+
+  EXPECT_FALSE(service.copyUpdateManifest(manifest(), root()));
+
+  EXPECT_EQ(deployed("install.update.xml"), kManifest);
+  EXPECT_THAT(linesAt(LogLevel::info), ::testing::Contains("Save install manifest."));
+}
+
 TEST_F(InstallManifestsTest, InstallManifestHasItsOwnName) {
   EXPECT_TRUE(quietService().copyInstallManifest(manifest(), std::nullopt));
 
@@ -194,6 +237,10 @@ TEST_F(InstallManifestsTest, MissingDeployFolderFails) {
   _sandbox.remove(inHome("deploy"));
 
   EXPECT_FALSE(quietService().copyUpdateManifest(manifest(), root()));
+
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy")));
+  EXPECT_THAT(numberedLines(), ElementsAre("6 Copy install manifest to " +
+                                           homePath("deploy/install.update.xml") + "."));
 }
 
 TEST_F(InstallManifestsTest, CopyOntoItselfRemovesTheManifestAndFails) {
@@ -281,6 +328,16 @@ TEST_F(InstallManifestsTest, OwnNameCopyKeepsNameAndPlaceholder) {
   EXPECT_EQ(deployed("m.xml"), kManifest);
 }
 
+TEST_F(InstallManifestsTest, OwnNameCopyReplacesWhatStandsThere) {
+  _sandbox.write(inHome("deploy/m.xml"), "old");
+
+  EXPECT_TRUE(quietService().copyManifest(manifest()));
+
+  EXPECT_EQ(deployed("m.xml"), kManifest);
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("6 Copy install manifest to " + homePath("deploy/m.xml") + "."));
+}
+
 TEST_F(InstallManifestsTest, OwnNameCopyNeedsManifestAndHome) {
   InstanceService service = quietService();
 
@@ -298,6 +355,15 @@ TEST_F(InstallManifestsTest, UninstallManifestIsReplacedSilentlyAndUnresolved) {
 
   EXPECT_EQ(deployed("uninstall.hotfix.xml"), kManifest);
   EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(InstallManifestsTest, LinkInTheUninstallManifestsPlaceIsReplacedAndNotWrittenThrough) {
+  _sandbox.makeLink(inHome("deploy/uninstall.hotfix.xml"), _sandbox.path("nothing"));
+
+  EXPECT_TRUE(quietService().copyHotfixUninstallManifest(manifest()));
+
+  EXPECT_EQ(deployed("uninstall.hotfix.xml"), kManifest);
+  EXPECT_FALSE(_sandbox.exists("nothing"));
 }
 
 TEST_F(InstallManifestsTest, UninstallManifestNeedsManifestAndHome) {
