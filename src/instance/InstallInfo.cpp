@@ -32,9 +32,8 @@ bool InstanceService::hasInstanceInstalled() const {
 }
 
 std::optional<std::string> InstanceService::getBaseVersion() const {
-  FileManager& files = *Platform::current().files;
-  if (!hasRcphomeFolder()) return std::nullopt;
-  const auto names = files.list(InstanceLayout::plugins(*_pathToRcphome));
+  if (!_pathToRcphome) return std::nullopt;
+  const auto names = Platform::current().files->list(InstanceLayout::plugins(*_pathToRcphome));
   if (!names) return std::nullopt;
   std::optional<std::string> best;
   for (const std::string& name : *names) {

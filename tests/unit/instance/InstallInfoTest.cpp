@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <cerrno>
+
 #include "instance/InstanceService.h"
 #include "support/InstanceFixture.h"
 
@@ -79,6 +81,9 @@ TEST_F(InstallInfoTest, BaseVersionIsAbsentWithoutPluginsFolder) {
 
   _sandbox.write(inHome("eclipse/plugins"), "");
   EXPECT_EQ(service().getBaseVersion(), std::nullopt);
+
+  _sandbox.write("file", "");
+  EXPECT_EQ(InstanceService(_sandbox.path("file")).getBaseVersion(), std::nullopt);
 }
 
 TEST_F(InstallInfoTest, TargetVersionIsTheApplicationsMarketingVersion) {
@@ -92,6 +97,12 @@ TEST_F(InstallInfoTest, TargetVersionIsAbsentWithoutInfoOrApplication) {
   EXPECT_EQ(service().getInstalledTargetVersion(), std::nullopt);
   _sandbox.makeFolder("opt/rcp");
   EXPECT_EQ(InstanceService(_sandbox.path("opt/rcp")).getInstalledTargetVersion(), std::nullopt);
+}
+
+TEST_F(InstallInfoTest, TargetVersionIsAbsentWhereTheInfoDoesNotTellIt) {
+  _sandbox.writePlist(std::string(kBundle) + "/Contents/Info.plist", {{"CFBundleVersion", "9"}});
+
+  EXPECT_EQ(service().getInstalledTargetVersion(), std::nullopt);
 }
 
 TEST_F(InstallInfoTest, InstalledVersionIsReadWithALine) {
@@ -185,6 +196,15 @@ TEST_F(InstallInfoTest, SkipFlagIsTrueForTheTextTrueOnly) {
 TEST_F(InstallInfoTest, FileWithoutSkipFlagCountsAsSkipping) {
   writeInfo({{"version", "6"}});
   EXPECT_TRUE(service().isHotfixInstallWithSkipRunningCheck());
+  EXPECT_FALSE(service().isHotfixApplied());
+}
+
+TEST_F(InstallInfoTest, FileThatDoesNotTellTheSkipFlagAsTextCountsAsSkipping) {
+  writeInfo({{"SKIPRUNNINGCHECK", false}});
+  EXPECT_TRUE(service().isHotfixInstallWithSkipRunningCheck());
+
+  _sandbox.write(inHome("installInfo.plist"), "half an edit <dict>");
+  EXPECT_TRUE(service().isHotfixInstallWithSkipRunningCheck());
 }
 
 TEST_F(InstallInfoTest, MissingFileDoesNotCountAsSkipping) {
@@ -225,9 +245,29 @@ TEST_F(InstallInfoTest, UnreadableFileIsLeftUntouched) {
   service().updateHotfixVersion("1");
   service().setInstalledVersion("1");
   service().saveHotfixBundleID("id");
+  service().saveHotfixSkipRunningCheckProperty(true);
+  service().removeHotfixSkipRunningCheckProperty();
+  service().deleteInstalledHotfixBundleID();
 
   EXPECT_EQ(_sandbox.read(inHome("installInfo.plist")), "half an edit <dict>");
   EXPECT_EQ(service().getCurrentHotfixVersion(), std::nullopt);
+  EXPECT_EQ(service().getInstalledVersion(), std::nullopt);
+  EXPECT_EQ(service().getInstalledHotfixBundleID(), std::nullopt);
+  EXPECT_FALSE(service().isHotfixApplied());
+}
+
+TEST_F(InstallInfoTest, RefusingDiskIsNotReportedAndKeepsTheFile) {
+  writeInfo({{"version", "6"}});
+  InstanceService service(home());
+  _sandbox.clearLog();
+  _sandbox.files().failAlways(FileOperation::kRename, ENOSPC);
+
+  service.setInstalledVersion("7");
+  service.updateHotfixVersion("7.1");
+  service.saveHotfixBundleID("id");
+
+  EXPECT_EQ(info(), (Dictionary{{"version", "6"}}));
+  EXPECT_THAT(_sandbox.log(), ::testing::IsEmpty());
 }
 
 }  // namespace
