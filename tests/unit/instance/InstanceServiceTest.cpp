@@ -79,6 +79,37 @@ TEST_F(InstanceServiceTest, StagingFolderIsCopiedToTheNewLocation) {
                                            "6 newInstallLocation : " + _sandbox.path("new") + "."));
 }
 
+TEST_F(InstanceServiceTest, EveryServiceCopiesTheStagingFolder) {
+  _sandbox.write("tmp/qlmcore2/file", "staged");
+  nameInstallLocation(_sandbox.path("new"));
+  const InstanceService first(home());
+  _sandbox.remove("new");
+
+  const InstanceService second(home());
+
+  EXPECT_EQ(_sandbox.read("new/file"), "staged");
+}
+
+TEST_F(InstanceServiceTest, MissingHomeIsMadeBeforeTheStagingFolderIsCopied) {
+  _sandbox.write("tmp/qlmcore2/file", "staged");
+  nameInstallLocation(_sandbox.path("new/rcp/staged"));
+
+  const InstanceService service(_sandbox.path("new/rcp"));
+
+  EXPECT_EQ(_sandbox.read("new/rcp/staged/file"), "staged");
+  EXPECT_TRUE(linesAt(LogLevel::error).empty());
+}
+
+TEST_F(InstanceServiceTest, HomeThatComesWithTheStagingFolderIsTaken) {
+  _sandbox.makeFolder("tmp/qlmcore2/rcp");
+  _sandbox.makeLink("link", _sandbox.path("new"));  // leads nowhere, so that no folder can be made
+  nameInstallLocation(_sandbox.path("new"));
+
+  const InstanceService service(_sandbox.path("link/rcp"));
+
+  EXPECT_EQ(service.pathToRcphome(), _sandbox.path("link/rcp"));
+}
+
 TEST_F(InstanceServiceTest, LocationThatExistsIsLeftAsItIs) {
   _sandbox.write("tmp/qlmcore2/file", "staged");
   _sandbox.write("new/other", "mine");
@@ -110,7 +141,21 @@ TEST_F(InstanceServiceTest, FailedStagingCopyIsLoggedAndPassedOver) {
   const InstanceService service(home());
 
   EXPECT_EQ(service.pathToRcphome(), home());
+  const std::string staging = _sandbox.paths().stagingFolder;
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre("Error copying files: \"" + staging + "\" cannot be copied to \"" +
+                          _sandbox.path("new") + "\": No such file or directory."));
+}
+
+TEST_F(InstanceServiceTest, EmptyLocationIsOneWhereNothingCanBeCopied) {
+  _sandbox.write("tmp/qlmcore2/file", "staged");
+  nameInstallLocation("");
+
+  const InstanceService service(home());
+
+  EXPECT_EQ(service.pathToRcphome(), home());
   EXPECT_THAT(linesAt(LogLevel::error), ElementsAre(StartsWith("Error copying files: \"")));
+  EXPECT_TRUE(linesAt(LogLevel::warning).empty());
 }
 
 TEST_F(InstanceServiceTest, CopiesGoOnOnlyWhereTheDestinationExists) {
