@@ -46,19 +46,13 @@ bool InstanceService::generateLinks() {
 
 bool InstanceService::copyLauncherTemplate(const std::string& path) const {
   FileManager& files = *Platform::current().files;
-  // The second attempt is judged by this slot and not by its own answer, so a failure to make the
-  // folder ends it too.
-  std::optional<FileError> failure;
-  FileError error;
-  if (!files.createDirectory(*_pathToRcphome, Intermediates::create, std::nullopt, &error)) {
-    failure = error;
-    log(LogLevel::error, "Failed to create directory {}", *_pathToRcphome);
-  }
+  const bool hasHome = files.createDirectory(*_pathToRcphome, Intermediates::create);
+  if (!hasHome) log(LogLevel::error, "Failed to create directory {}", *_pathToRcphome);
   const std::string target = InstanceLayout::launcherProperties(*_pathToRcphome);
   if (files.copy(path, target, ExistingItem::fail)) return true;
   log(LogLevel::error, "Fail to copy rcplauncher.properties to {}, try again...", target);
-  if (!files.copy(path, target, ExistingItem::fail, &error)) failure = error;
-  if (!failure) return true;
+  // On purpose, a folder that could not be made fails the second attempt even when it copies.
+  if (files.copy(path, target, ExistingItem::fail) && hasHome) return true;
   log(LogLevel::error, "Fail to copy rcplauncher.properties to {} again!", target);
   return false;
 }
@@ -99,7 +93,7 @@ bool InstanceService::generateRcplauncherPropertiesWithTemplate(
 }
 
 bool InstanceService::updateRcpLauncherProperties() {
-  if (!hasRcphomeFolder()) return false;
+  if (!_pathToRcphome) return false;
   const std::string file = InstanceLayout::launcherProperties(*_pathToRcphome);
   if (!exists(file)) return false;
   JavaProperties properties(file);
@@ -114,8 +108,7 @@ bool InstanceService::copyOgsiAgentProperties(const std::string& path) {
     log(LogLevel::error, "Not able to find template for osgiagent.properties.");
     return false;
   }
-  return hasRcphomeFolder() &&
-         Platform::current().files->copy(path, InstanceLayout::agentProperties(*_pathToRcphome),
+  return Platform::current().files->copy(path, InstanceLayout::agentProperties(*_pathToRcphome),
                                          ExistingItem::fail);
 }
 
@@ -138,9 +131,8 @@ bool InstanceService::generateJVMPropertiesWithTemplate(const std::optional<std:
 std::optional<std::string> InstanceService::getWorkspace() const {
   if (!_pathToRcphome) return std::nullopt;
   if (_pathToRcpData) return _pathToRcpData;
-  const std::string file = InstanceLayout::launcherProperties(*_pathToRcphome);
-  if (!exists(file)) return std::nullopt;
-  const std::optional<std::string> data = JavaProperties(file).getPropertyForKey("rcp.data");
+  const JavaProperties properties(InstanceLayout::launcherProperties(*_pathToRcphome));
+  const std::optional<std::string> data = properties.getPropertyForKey("rcp.data");
   const std::optional<std::string> home = Platform::current().users->environment("HOME");
   if (!data || !home) return data;
   return StringUtil::stringByReplacingOccurrencesOfString(*data, "${env.HOME}", *home);

@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "instance/InstanceService.h"
+#include "platform/Clock.h"
 #include "support/InstanceFixture.h"
 
 namespace installer::test {
@@ -13,6 +14,23 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 constexpr const char* kProperties = "rcplauncher.properties";
+
+// A minute later at every look.
+class RunningClock : public Clock {
+ public:
+  std::tm localTime() override {
+    std::tm now{};
+    now.tm_mday = 5;
+    now.tm_mon = 2;
+    now.tm_year = 113;
+    now.tm_hour = 9;
+    now.tm_min = _minute++;
+    return now;
+  }
+
+ private:
+  int _minute = 7;
+};
 
 class LauncherConfigurationTest : public InstanceFixture {
  protected:
@@ -28,9 +46,20 @@ class LauncherConfigurationTest : public InstanceFixture {
     _sandbox.clearLog();
     return service;
   }
+  InstanceService serviceWithoutHome() {
+    InstanceService service(std::nullopt);
+    _sandbox.clearLog();
+    return service;
+  }
   InstanceService freshService() {
     _sandbox.remove(inHome(kProperties));
     return quietService();
+  }
+  // The home is gone; our next try to make it fails, but finds it made all the same.
+  void refuseHomeThatSomebodyElseMakes() {
+    _sandbox.remove(kHome);
+    _sandbox.files().failNext(FileOperation::kMakeDirectory, EIO);
+    _sandbox.files().beforeNext(FileOperation::kMakeDirectory, [&] { _sandbox.makeFolder(kHome); });
   }
 };
 
@@ -42,6 +71,26 @@ TEST_F(LauncherConfigurationTest, LinksPointToHomeAndSharedFolder) {
   EXPECT_EQ(_sandbox.read(inHome("eclipse/links/shared.link")), "path=" + parent + "/shared\n");
   EXPECT_EQ(_sandbox.mode(inHome("eclipse/links")), 0775U);
   EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(LauncherConfigurationTest, LinkPathsAreEscapedAsValues) {
+  const std::string parent = "Applications/Gr\xC3\xBCn #1!=a:b\\c.app";
+  _sandbox.makeFolder(parent + "/rcp/eclipse");
+
+  EXPECT_TRUE(InstanceService(_sandbox.path(parent + "/rcp")).generateLinks());
+
+  const std::string escaped =
+      "path=" + _sandbox.path("Applications/Gr\\u00fcn \\#1\\!\\=a\\:b\\\\c.app");
+  EXPECT_EQ(_sandbox.read(parent + "/rcp/eclipse/links/rcp.link"), escaped + "/rcp\n");
+  EXPECT_EQ(_sandbox.read(parent + "/rcp/eclipse/links/shared.link"), escaped + "/shared\n");
+}
+
+TEST_F(LauncherConfigurationTest, LinkHoldsTheHomeAsItWasGiven) {
+  EXPECT_TRUE(InstanceService(home() + "/").generateLinks());
+
+  EXPECT_EQ(_sandbox.read(inHome("eclipse/links/rcp.link")), "path=" + home() + "/\n");
+  EXPECT_EQ(_sandbox.read(inHome("eclipse/links/shared.link")),
+            "path=" + _sandbox.path(std::string(kBundle) + "/Contents/MacOS/shared") + "\n");
 }
 
 TEST_F(LauncherConfigurationTest, ExistingLinksKeepOtherKeysAndTheFolderItsMode) {
@@ -87,6 +136,34 @@ TEST_F(LauncherConfigurationTest, LinksFolderFallsToRootWithoutAnyUserName) {
   EXPECT_TRUE(service.generateLinks());
 }
 
+TEST_F(LauncherConfigurationTest, LinksFolderBelongsToTheCurrentUserWithoutUserVariable) {
+  InstanceService service = quietService();
+  _sandbox.users().variables.erase("USER");
+
+  EXPECT_TRUE(service.generateLinks());
+
+  EXPECT_EQ(_sandbox.mode(inHome("eclipse/links")), 0775U);
+}
+
+TEST_F(LauncherConfigurationTest, FileInThePlaceOfTheLinksFolderStaysAndIsNotTold) {
+  _sandbox.write(inHome("eclipse/links"), "a file");
+
+  EXPECT_TRUE(quietService().generateLinks());
+
+  EXPECT_EQ(_sandbox.read(inHome("eclipse/links")), "a file");
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(LauncherConfigurationTest, OneFailedLinkDoesNotKeepTheOtherAway) {
+  InstanceService service = quietService();
+  _sandbox.files().failNext(FileOperation::kRename, ENOSPC);
+
+  EXPECT_TRUE(service.generateLinks());
+
+  EXPECT_FALSE(_sandbox.exists(inHome("eclipse/links/rcp.link")));
+  EXPECT_TRUE(_sandbox.exists(inHome("eclipse/links/shared.link")));
+}
+
 TEST_F(LauncherConfigurationTest, FailedLinkSavesAreNotLookedAt) {
   _sandbox.makeFolder(inHome("eclipse/links"));
   InstanceService service = quietService();
@@ -127,6 +204,30 @@ TEST_F(LauncherConfigurationTest, MissingTemplateIsAnError) {
   EXPECT_FALSE(_sandbox.exists(inHome(kProperties)));
 }
 
+TEST_F(LauncherConfigurationTest, MissingTemplateMakesNoHome) {
+  InstanceService service = quietService();
+  _sandbox.remove(kHome);
+
+  EXPECT_FALSE(
+      service.generateRcplauncherPropertiesWithTemplate(_sandbox.path("none"), std::nullopt));
+
+  EXPECT_FALSE(_sandbox.exists(kHome));
+}
+
+TEST_F(LauncherConfigurationTest, OneStampServesBothIdsAndTheNextUpdateHasAnother) {
+  RunningClock clock;
+  InstanceService service = freshService();
+  _sandbox.platform().clock = &clock;
+
+  EXPECT_TRUE(service.generateRcplauncherPropertiesWithTemplate(templateFile(), std::nullopt));
+  EXPECT_THAT(properties(), HasSubstr("rcp.install.id=0503130907\n"
+                                      "provisioning.manifest.version=0503130907\n"));
+
+  EXPECT_TRUE(service.updateRcpLauncherProperties());
+  EXPECT_THAT(properties(), HasSubstr("rcp.install.id=0503130908\n"
+                                      "provisioning.manifest.version=0503130908\n"));
+}
+
 TEST_F(LauncherConfigurationTest, ExistingLauncherPropertiesMakeBothCopiesFail) {
   const std::string before = properties();
 
@@ -151,7 +252,33 @@ TEST_F(LauncherConfigurationTest, SecondCopyCanSucceed) {
                           "6 Update rcplauncher.properties. ", "6 Save rcplauncher.properties."));
 }
 
-TEST_F(LauncherConfigurationTest, HomeThatCannotBeMadeEndsItEvenIfACopyWouldNot) {
+TEST_F(LauncherConfigurationTest, HomeThatCannotBeMadeEndsItThoughTheSecondCopySucceeds) {
+  InstanceService service = freshService();
+  refuseHomeThatSomebodyElseMakes();
+  _sandbox.files().failAt(2, EIO);  // the first copy
+
+  EXPECT_FALSE(service.generateRcplauncherPropertiesWithTemplate(templateFile(), std::nullopt));
+
+  const std::string target = homePath(kProperties);
+  EXPECT_EQ(properties(), _sandbox.read("template"));
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("3 Failed to create directory " + home(),
+                          "3 Fail to copy rcplauncher.properties to " + target + ", try again...",
+                          "3 Fail to copy rcplauncher.properties to " + target + " again!"));
+}
+
+TEST_F(LauncherConfigurationTest, HomeThatCannotBeMadeDoesNotMatterWhenTheFirstCopySucceeds) {
+  InstanceService service = freshService();
+  refuseHomeThatSomebodyElseMakes();
+
+  EXPECT_TRUE(service.generateRcplauncherPropertiesWithTemplate(templateFile(), std::nullopt));
+
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("3 Failed to create directory " + home(),
+                          "6 Update rcplauncher.properties. ", "6 Save rcplauncher.properties."));
+}
+
+TEST_F(LauncherConfigurationTest, HomeThatIsAFileIsToldWithBothFailedCopies) {
   InstanceService service = freshService();
   _sandbox.remove(kHome);
   _sandbox.write(kHome, "a file now");
@@ -176,8 +303,7 @@ TEST_F(LauncherConfigurationTest, HomeRemovedMeanwhileIsMadeAgain) {
 
 TEST_F(LauncherConfigurationTest, WithoutHomeTheFixedOneIsTaken) {
   _sandbox.remove(inHome(kProperties));
-  InstanceService service(std::nullopt);
-  _sandbox.clearLog();
+  InstanceService service = serviceWithoutHome();
 
   EXPECT_TRUE(service.generateRcplauncherPropertiesWithTemplate(templateFile(), std::nullopt));
 
@@ -186,6 +312,34 @@ TEST_F(LauncherConfigurationTest, WithoutHomeTheFixedOneIsTaken) {
       numberedLines(),
       ElementsAre("3 The rcpHome is nil, manually setting rcpHome", "3 The productName is nil!",
                   "6 Update rcplauncher.properties. ", "6 Save rcplauncher.properties."));
+  EXPECT_TRUE(service.updateRcpLauncherProperties());
+}
+
+TEST_F(LauncherConfigurationTest, ProductNameIsToldButDoesNotEnterTheHome) {
+  _sandbox.remove(inHome(kProperties));
+  _sandbox.writePlist(_sandbox.paths().internalConfiguration, {{"productName", "Other"}});
+  InstanceService service = serviceWithoutHome();
+
+  EXPECT_TRUE(service.generateRcplauncherPropertiesWithTemplate(templateFile(), std::nullopt));
+
+  EXPECT_EQ(service.pathToRcphome(), home());
+  EXPECT_THAT(
+      numberedLines(),
+      ElementsAre("3 The rcpHome is nil, manually setting rcpHome", "6 The product name is: Other.",
+                  "6 Update rcplauncher.properties. ", "6 Save rcplauncher.properties."));
+}
+
+TEST_F(LauncherConfigurationTest, FixedHomeIsTakenThoughTheTemplateIsMissing) {
+  InstanceService service = serviceWithoutHome();
+
+  EXPECT_FALSE(
+      service.generateRcplauncherPropertiesWithTemplate(_sandbox.path("none"), std::nullopt));
+
+  EXPECT_EQ(service.pathToRcphome(), home());
+  EXPECT_THAT(
+      numberedLines(),
+      ElementsAre("3 The rcpHome is nil, manually setting rcpHome", "3 The productName is nil!",
+                  "3 Fail to locate the template for rcplauncher.properties."));
 }
 
 TEST_F(LauncherConfigurationTest, FailedSaveOfLauncherPropertiesStillSucceeds) {
@@ -281,6 +435,35 @@ TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesAreReplacedByTheTempla
   EXPECT_EQ(_sandbox.read(inHome("deploy/jvm.properties")), _sandbox.read("template"));
 }
 
+TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesThatStayCountAsCopied) {
+  _sandbox.write(inHome("deploy/jvm.properties"), "old");
+  InstanceService service = quietService();
+  _sandbox.files().failNext(FileOperation::kUnlink, EPERM);
+
+  EXPECT_TRUE(service.generateJVMPropertiesWithTemplate(templateFile()));
+
+  EXPECT_EQ(_sandbox.read(inHome("deploy/jvm.properties")), "old");
+}
+
+TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesThatCannotBeCopiedAreGone) {
+  _sandbox.write(inHome("deploy/jvm.properties"), "old");
+  InstanceService service = quietService();
+  _sandbox.files().failNext(FileOperation::kCreateTemporary, ENOSPC);
+
+  EXPECT_FALSE(service.generateJVMPropertiesWithTemplate(templateFile()));
+
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/jvm.properties")));
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesThatCannotBeEmptiedStay) {
+  _sandbox.write(inHome("deploy/jvm.properties/x"), "a folder's");
+
+  EXPECT_FALSE(quietService().generateJVMPropertiesWithTemplate(std::nullopt));
+
+  EXPECT_EQ(_sandbox.read(inHome("deploy/jvm.properties/x")), "a folder's");
+}
+
 TEST_F(LauncherConfigurationTest, WithoutTemplateVirtualMachinePropertiesAreEmptied) {
   for (const std::optional<std::string>& path :
        {std::optional<std::string>(), std::optional<std::string>(_sandbox.path("none"))}) {
@@ -302,6 +485,19 @@ TEST_F(LauncherConfigurationTest, MissingDeployFolderIsMadeForTheCurrentUser) {
   EXPECT_EQ(_sandbox.mode(inHome("deploy")), 0775U);
 }
 
+TEST_F(LauncherConfigurationTest, DeployFolderIsNotMadeForRootInPlaceOfAnUnknownUser) {
+  _sandbox.remove(inHome("deploy"));
+  InstanceService service = quietService();
+  _sandbox.users().userList[0].name = "root";
+  _sandbox.users().effectiveUser = 12345;
+
+  EXPECT_FALSE(service.generateJVMPropertiesWithTemplate(std::nullopt));
+
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy")));
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("3 Not able to create the " + homePath("deploy") + " directory."));
+}
+
 TEST_F(LauncherConfigurationTest, DeployFolderThatCannotBeMadeIsAnError) {
   _sandbox.remove(inHome("deploy"));
   InstanceService service = quietService();
@@ -319,12 +515,16 @@ TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesNeedAHomeFolder) {
   _sandbox.remove(kHome);
   EXPECT_FALSE(service.generateJVMPropertiesWithTemplate(std::nullopt));
   EXPECT_FALSE(_sandbox.exists(kHome));
+  _sandbox.write(kHome, "a file now");
+  EXPECT_FALSE(service.generateJVMPropertiesWithTemplate(std::nullopt));
+
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
 TEST_F(LauncherConfigurationTest, WorkspaceGivenAtCreationWins) {
   _sandbox.write(inHome(kProperties), "rcp.data=/other\n");
 
-  EXPECT_EQ(InstanceService(home(), "/given").getWorkspace(), "/given");
+  EXPECT_EQ(InstanceService(home(), "~/${env.HOME}/").getWorkspace(), "~/${env.HOME}/");
 }
 
 TEST_F(LauncherConfigurationTest, WorkspaceComesFromTheLauncherPropertiesWithHomeReplaced) {
@@ -339,6 +539,13 @@ TEST_F(LauncherConfigurationTest, WorkspaceKeepsThePlaceholderWithoutHomeVariabl
   _sandbox.write(inHome(kProperties), "rcp.data=${env.HOME}/ws\n");
 
   EXPECT_EQ(InstanceService(home()).getWorkspace(), "${env.HOME}/ws");
+}
+
+TEST_F(LauncherConfigurationTest, EmptyHomeVariableReplacesThePlaceholderToo) {
+  _sandbox.users().variables["HOME"] = "";
+  _sandbox.write(inHome(kProperties), "rcp.data=${env.HOME}/ws\n");
+
+  EXPECT_EQ(InstanceService(home()).getWorkspace(), "/ws");
 }
 
 TEST_F(LauncherConfigurationTest, WorkspaceIsUnknownWithoutFileOrKey) {
