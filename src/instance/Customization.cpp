@@ -14,10 +14,13 @@ bool exists(const std::string& path) {
   return Platform::current().files->exists(path);
 }
 
-// The key stores among a folder's entries; none when it cannot be listed.
+// None when it is no folder or cannot be listed.
+std::vector<std::string> entriesOf(const std::string& folder) {
+  return Platform::current().files->list(folder).value_or(std::vector<std::string>());
+}
+
 std::vector<std::string> keyStoresIn(const std::string& folder) {
-  std::vector<std::string> names =
-      Platform::current().files->list(folder).value_or(std::vector<std::string>());
+  std::vector<std::string> names = entriesOf(folder);
   std::erase_if(names, [](const std::string& name) {
     return !InstallUtil::hasPrefixCaseInsensitive(name, ".keystore");
   });
@@ -74,9 +77,7 @@ void InstanceService::copyKeyStores(const std::string& path) {
 }
 
 void InstanceService::copyExtras(const std::optional<std::string>& path) {
-  FileManager& files = *Platform::current().files;
-  if (!path || !files.isDirectory(*path)) return;
-  if (files.list(*path).value_or(std::vector<std::string>()).empty() || !_pathToRcphome) return;
+  if (!path || !_pathToRcphome || entriesOf(*path).empty()) return;
   const std::string target = InstanceLayout::extras(*_pathToRcphome);
   log(LogLevel::info, "Begin to copy files from {} to {} ", *path, target);
   (void)InstallUtil::copyFolderFrom(*path, target);

@@ -1,5 +1,9 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+
 #include "instance/InstanceService.h"
 #include "support/InstanceFixture.h"
 
@@ -8,6 +12,13 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+template <class Service>
+concept TakesALiteral = requires(Service service) {
+  service.updatePermissions(true, "workspace");
+};
+static_assert(!TakesALiteral<InstanceService>);
 
 constexpr const char* kIni = "plugin_customization.ini";
 constexpr const char* kBaseIni = "eclipse/plugins/com.kiv.rcp.base_6.2/plugin_customization.ini";
@@ -18,6 +29,10 @@ class CustomizationTest : public InstanceFixture {
 
   std::string given() const { return _sandbox.path("pkg/new.ini"); }
   std::string instanceFile() const { return _sandbox.read(inHome(kIni)); }
+  // How many files have been put in place so far.
+  std::ptrdiff_t writes() {
+    return std::ranges::count(_sandbox.files().operations(), FileOperation::kRename);
+  }
   InstanceService quietService(const std::optional<std::string>& data = std::nullopt) {
     InstanceService service(home(), data);
     _sandbox.clearLog();
@@ -43,23 +58,43 @@ TEST_F(CustomizationTest, GivenValuesWinAndOldCommentsGo) {
 TEST_F(CustomizationTest, InstanceFileIsWrittenTwice) {
   _sandbox.write(inHome(kIni), "k=1\n");
   InstanceService service = quietService();
-  const auto renames = [&] {
-    return std::ranges::count(_sandbox.files().operations(), FileOperation::kRename);
-  };
-  const auto before = renames();
+  const auto before = writes();
 
   EXPECT_TRUE(service.mergePluginCustomizationWithRcphome(given()));
 
-  EXPECT_EQ(renames() - before, 2);
+  EXPECT_EQ(writes() - before, 2);
 }
 
 TEST_F(CustomizationTest, MissingGivenFileRewritesTheInstanceFileOnce) {
   _sandbox.write(inHome(kIni), "# old\nk=1\n");
   InstanceService service = quietService();
+  const auto before = writes();
 
   EXPECT_TRUE(service.mergePluginCustomizationWithRcphome(_sandbox.path("none")));
 
   EXPECT_EQ(instanceFile(), "k=1\n");
+  EXPECT_EQ(writes() - before, 1);
+}
+
+TEST_F(CustomizationTest, MissingGivenAndInstanceFileIsASuccessThatMakesNothing) {
+  EXPECT_TRUE(quietService().mergePluginCustomizationWithRcphome(_sandbox.path("none")));
+
+  EXPECT_FALSE(_sandbox.exists(inHome(kIni)));
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(CustomizationTest, FailedSavesOfMergesAreNotLookedAt) {
+  _sandbox.write(inHome(kIni), "# old\nk=1\n");
+  _sandbox.write(inHome(kBaseIni), "# base\nk=1\n");
+  InstanceService service = quietService();
+  _sandbox.files().failAlways(FileOperation::kRename, ENOSPC);
+
+  EXPECT_TRUE(service.mergePluginCustomizationWithRcphome(given()));
+  EXPECT_TRUE(service.mergePluginCustomizationWithBase(given()));
+
+  EXPECT_EQ(instanceFile(), "# old\nk=1\n");
+  EXPECT_EQ(_sandbox.read(inHome(kBaseIni)), "# base\nk=1\n");
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
 TEST_F(CustomizationTest, MergeIntoTheInstanceNeedsPathAndHomeFolder) {
@@ -67,6 +102,8 @@ TEST_F(CustomizationTest, MergeIntoTheInstanceNeedsPathAndHomeFolder) {
   EXPECT_FALSE(InstanceService(std::nullopt).mergePluginCustomizationWithRcphome(given()));
   InstanceService service = quietService();
   _sandbox.remove(kHome);
+  EXPECT_FALSE(service.mergePluginCustomizationWithRcphome(given()));
+  _sandbox.write(kHome, "a file now");
   EXPECT_FALSE(service.mergePluginCustomizationWithRcphome(given()));
 }
 
@@ -92,11 +129,14 @@ TEST_F(CustomizationTest, MergeWithBaseThatHasNoFileSucceedsAndWritesNothing) {
 TEST_F(CustomizationTest, MergeWithBaseNeedsHomePathFileAndBase) {
   EXPECT_FALSE(InstanceService(std::nullopt).mergePluginCustomizationWithBase(given()));
   EXPECT_FALSE(quietService().mergePluginCustomizationWithBase(given()));
+  _sandbox.makeFolder(inHome("eclipse/plugins/com.kiv.rcp.base_6.2"));
+  EXPECT_FALSE(quietService().mergePluginCustomizationWithBase(_sandbox.path("none")));
   _sandbox.write(inHome(kBaseIni), "# base\nk=1\n");
   EXPECT_FALSE(quietService().mergePluginCustomizationWithBase(std::nullopt));
   EXPECT_FALSE(quietService().mergePluginCustomizationWithBase(_sandbox.path("none")));
 
   EXPECT_EQ(_sandbox.read(inHome(kBaseIni)), "# base\nk=1\n");
+  EXPECT_FALSE(_sandbox.exists(inHome(kIni)));
 }
 
 TEST_F(CustomizationTest, KeyStoresAreReplacedWithALineEach) {
@@ -125,6 +165,30 @@ TEST_F(CustomizationTest, KeyStoresAreReplacedWithALineEach) {
                       deploy + "/.KEYSTORE.bak.",
                   "6 Copy keystore file '.keystore' from " + source + "/.keystore to " + deploy +
                       "/.keystore."));
+}
+
+TEST_F(CustomizationTest, KeyStoresThatFailAreToldAsTheOthersAndDoNotKeepThemBack) {
+  _sandbox.write(inHome("deploy/.keystore1"), "stays");
+  _sandbox.write(inHome("deploy/.keystore2"), "old");
+  _sandbox.makePipe("pkg/ks/.keystore0");
+  _sandbox.write("pkg/ks/.keystore1", "new");
+  _sandbox.write("pkg/ks/.keystore2", "new");
+  InstanceService service = quietService();
+  _sandbox.files().failNext(FileOperation::kUnlink, EPERM);
+
+  service.copyKeyStores(_sandbox.path("pkg/ks"));
+
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/.keystore0")));
+  EXPECT_EQ(_sandbox.read(inHome("deploy/.keystore1")), "stays");
+  EXPECT_EQ(_sandbox.read(inHome("deploy/.keystore2")), "new");
+  EXPECT_THAT(linesAt(LogLevel::info),
+              ElementsAre(StartsWith(".keystore source"),
+                          StartsWith("Delete existing keystore files '.keystore1' "),
+                          StartsWith("Delete existing keystore files '.keystore2' "),
+                          StartsWith("Copy keystore file '.keystore0' "),
+                          StartsWith("Copy keystore file '.keystore1' "),
+                          StartsWith("Copy keystore file '.keystore2' ")));
+  EXPECT_EQ(_sandbox.log().size(), 6U);
 }
 
 TEST_F(CustomizationTest, SourceWithoutKeyStoresLeavesNone) {
@@ -246,6 +310,16 @@ TEST_F(PermissionsTest, UnknownWorkspaceIsNone) {
   quietService().updatePermissions(true, true);
 
   EXPECT_THAT(changed(), ElementsAre(true, true, false));
+}
+
+TEST_F(PermissionsTest, FailureInOneFolderDoesNotKeepTheOthersBack) {
+  InstanceService service = quietService();
+  _sandbox.users().variables["USER"] = "nobody-knows";
+
+  service.updatePermissions(true, _sandbox.path("data"));
+
+  EXPECT_THAT(changed(), ElementsAre(true, true, true));
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
 TEST_F(PermissionsTest, WithoutHomeNothingIsTreated) {
