@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "instance/InstanceService.h"
+#include "support/BinaryListWriter.h"
 #include "support/InstanceFixture.h"
 
 namespace installer::test {
@@ -39,6 +40,13 @@ TEST_F(AddonRegistryTest, EntriesAreListedInOrder) {
 
   ASSERT_TRUE(entries);
   EXPECT_THAT(*entries, ElementsAre(_nameless, _spelling, _later));
+}
+
+TEST_F(AddonRegistryTest, BinaryRegistryIsRead) {
+  const Dictionary root{{"addons", Array{_nameless, _spelling}}};
+  _sandbox.write(inHome("addonInfo.plist"), BinaryListWriter(1, 1).bytes(root));
+
+  EXPECT_EQ(service().getRegistryInfoForAddon("com.example"), _spelling);
 }
 
 TEST_F(AddonRegistryTest, WithoutFileEverythingIsAbsent) {
@@ -96,6 +104,24 @@ TEST_F(AddonRegistryTest, MissingKeysOfAnEntryAreAbsent) {
 
   EXPECT_EQ(service().getAddonInstalledVersion("x"), std::nullopt);
   EXPECT_EQ(service().getAddonInstalledBundleID("x"), std::nullopt);
+}
+
+TEST_F(AddonRegistryTest, ValuesThatAreNoTextAreAbsent) {
+  const Dictionary entry{{"ID", "x"}, {"version", 1}, {"CFBundleIdentifier", Array{"b"}}};
+  writeRegistry({{"addons", Array{Dictionary{{"ID", 5}}, entry}}});
+
+  EXPECT_EQ(service().getRegistryInfoForAddon("5"), std::nullopt);
+  EXPECT_EQ(service().getRegistryInfoForAddon("x"), entry);
+  EXPECT_EQ(service().getAddonInstalledVersion("x"), std::nullopt);
+  EXPECT_EQ(service().getAddonInstalledBundleID("x"), std::nullopt);
+}
+
+TEST_F(AddonRegistryTest, EmptyIdIsAnIdAndNotAnAbsentOne) {
+  const Dictionary unnamed{{"ID", ""}, {"version", ""}};
+  writeRegistry({{"addons", Array{_nameless, unnamed}}});
+
+  EXPECT_EQ(service().getRegistryInfoForAddon(""), unnamed);
+  EXPECT_EQ(service().getAddonInstalledVersion(""), "");
 }
 
 TEST_F(AddonRegistryTest, RemovalLeavesTheRegistryAsItIs) {
