@@ -110,7 +110,10 @@ TEST_F(LogCollectionTest, UnknownWorkspaceSkipsTheRunWithALine) {
   collect(std::nullopt);
 
   EXPECT_THAT(_sandbox.children().started(), IsEmpty());
-  EXPECT_EQ(numberedLines().back(), "4 No log files are gathered as the workspace is unknown.");
+  EXPECT_THAT(
+      numberedLines(),
+      ElementsAre(_begin, "6 _pathToRcphome is " + home() + ".", "6 productVersion is 6.2.3.",
+                  "4 No log files are gathered as the workspace is unknown."));
 }
 
 TEST_F(LogCollectionTest, UnknownProductSkipsTheRunWithALine) {
@@ -139,6 +142,24 @@ TEST_F(LogCollectionTest, AppletPluginOfAnotherIdentifierDoesNotCount) {
   collect();
 
   EXPECT_EQ(startedJava(), "/Library/Java/Home/bin/java");
+}
+
+TEST_F(LogCollectionTest, AppletPluginWithoutIdentifierDoesNotCount) {
+  _sandbox.writePlist(plugin("Contents/Info.plist"), {{"CFBundleName", "Java"}});
+
+  collect();
+
+  EXPECT_EQ(startedJava(), "/Library/Java/Home/bin/java");
+}
+
+TEST_F(LogCollectionTest, JavaOfTheHostComesLast) {
+  _sandbox.users().variables["JAVA_HOME"] = "/jdk";
+  collect();
+  EXPECT_EQ(startedJava(), "/Library/Java/Home/bin/java");
+
+  _sandbox.children().printNothing(javaHomeTool());
+  collect();
+  EXPECT_EQ(_sandbox.children().started().back().executable, "/jdk/bin/java");
 }
 
 TEST_F(LogCollectionTest, EmptyFirstLineIsARelativeExecutable) {
@@ -202,7 +223,10 @@ TEST_F(LogCollectionTest, AddonLogFileIsNamedAfterAddonAndAction) {
   EXPECT_EQ(service.getAddonLogFile("Spelling", "UPDATE"), folder + "/rcp_Spelling_UPDATE.log");
   EXPECT_EQ(service.getAddonLogFile(std::nullopt, "INSTALL"), folder + "/rcp_addon_INSTALL.log");
   EXPECT_EQ(service.getAddonLogFile("a", std::nullopt), folder + "/rcp_a_.log");
-  EXPECT_EQ(numberedLines().front(), "6 Addon Log Fie is " + folder + "/rcp_Spelling_UPDATE.log");
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("6 Addon Log Fie is " + folder + "/rcp_Spelling_UPDATE.log",
+                          "6 Addon Log Fie is " + folder + "/rcp_addon_INSTALL.log",
+                          "6 Addon Log Fie is " + folder + "/rcp_a_.log"));
   EXPECT_FALSE(_sandbox.exists(folder + "/rcp_Spelling_UPDATE.log"));
 }
 
