@@ -22,9 +22,8 @@ bool InstallUtil::copyFolderFrom(const std::optional<std::string>& source,
 
 bool InstallUtil::changeAttributesForDirectory(const std::optional<std::string>& directory) {
   Platform& platform = Platform::current();
-  if (!directory || !platform.files->exists(*directory)) return false;
-  return platform.files->changeAttributesBelow(
-      *directory, handedTo(platform.users->consoleUserName(), kSharedMode));
+  return directory && platform.files->changeAttributesBelow(
+                          *directory, handedTo(platform.users->consoleUserName(), kSharedMode));
 }
 
 void InstallUtil::removeReceipt(const std::optional<std::string>& packageIdentifier) {

@@ -1,9 +1,6 @@
 #include <unistd.h>
 
-#include <algorithm>
-
 #include "platform/FileManager.h"
-#include "platform/Path.h"
 #include "platform/Platform.h"
 #include "platform/Preferences.h"
 #include "platform/SystemLog.h"
@@ -22,20 +19,19 @@ bool InstallUtil::shouldWriteTraces() {
 }
 
 int InstallUtil::setupTraceOutput() {
-  if (!shouldWriteTraces()) return 0;
-  return openTraceFile() == -1 ? -1 : 0;
+  return shouldWriteTraces() && openTraceFile() == -1 ? -1 : 0;
 }
 
+// The log refuses to mirror itself into -1, and closing that changes nothing.
 int InstallUtil::openTraceFile() {
   Platform& platform = Platform::current();
   const int descriptor = platform.files->openLog(platform.paths.traceFile);
-  if (descriptor == -1 || platform.log->addFile(descriptor) == 0) return descriptor;
+  if (platform.log->addFile(descriptor) == 0) return descriptor;
   ::close(descriptor);
   return -1;
 }
 
 void InstallUtil::closeTraceFile(int descriptor) {
-  if (descriptor == -1) return;
   Platform::current().log->removeFile(descriptor);
   ::close(descriptor);
 }
@@ -48,11 +44,7 @@ std::string InstallUtil::getCurrentLocale() {
 }
 
 bool InstallUtil::containUnSupportedCharacters(const std::optional<std::string>& path) {
-  if (!path || path->empty()) return false;
-  if (path->find_first_of("!\"';\\#%|=?") != std::string::npos) return true;
-  return std::ranges::any_of(path::components(*path), [](const std::string& component) {
-    return component.find(':') != std::string::npos;
-  });
+  return path && path->find_first_of("!\"';\\#%|=?:") != std::string::npos;
 }
 
 bool InstallUtil::hasPrefixCaseInsensitive(std::string_view string, std::string_view prefix) {

@@ -34,6 +34,23 @@ TEST_F(InstallUtilFilesTest, MissingDestinationBecomesACopyAndAnswersTrue) {
   EXPECT_EQ(_sandbox.linkTarget("to/link"), "a/x");
 }
 
+TEST_F(InstallUtilFilesTest, LinkToNothingIsNoSource) {
+  _sandbox.makeLink("from", "nowhere");
+
+  EXPECT_FALSE(InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path("to")));
+
+  EXPECT_FALSE(_sandbox.exists("to"));
+}
+
+TEST_F(InstallUtilFilesTest, LinkToNothingAtTheDestinationStaysAndCountsAsDone) {
+  _sandbox.write("from/a", "1");
+  _sandbox.makeLink("to", "nowhere");
+
+  EXPECT_TRUE(InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path("to")));
+
+  EXPECT_EQ(_sandbox.linkTarget("to"), "nowhere");
+}
+
 TEST_F(InstallUtilFilesTest, FailedWholeCopyAnswersFalse) {
   _sandbox.write("from/a", "1");
 
@@ -114,6 +131,9 @@ TEST_F(InstallUtilFilesTest, AttributesChangeBelowTheFolderOnly) {
 }
 
 TEST_F(InstallUtilFilesTest, AttributesOfAnAbsentOrMissingFolderAreNotChanged) {
+  _sandbox.makeLink("dangling", "missing");
+
+  EXPECT_FALSE(InstallUtil::changeAttributesForDirectory(_sandbox.path("dangling")));
   EXPECT_FALSE(InstallUtil::changeAttributesForDirectory(std::nullopt));
   EXPECT_FALSE(InstallUtil::changeAttributesForDirectory(_sandbox.path("missing")));
 }
@@ -181,6 +201,17 @@ TEST(PackageVariableTest, IsReplacedInEveryTextAndNothingElseIsExpanded) {
                                           {"d", 5},
                                           {"e", PropertyList::Array{"${package}"}}};
   EXPECT_EQ(properties, expected);
+}
+
+TEST(PackageVariableTest, PathIsPutInAsItStands) {
+  PropertyList::Dictionary properties{{"a", "<${package}>"}};
+  PropertyList::Dictionary nothing{{"a", "<${package}>"}};
+
+  InstallUtil::replacePackageVariableWith("/P/${package}/", properties);
+  InstallUtil::replacePackageVariableWith("", nothing);
+
+  EXPECT_EQ(properties, (PropertyList::Dictionary{{"a", "</P/${package}/>"}}));
+  EXPECT_EQ(nothing, (PropertyList::Dictionary{{"a", "<>"}}));
 }
 
 TEST(PackageVariableTest, AbsentPathChangesNothing) {

@@ -67,6 +67,29 @@ TEST_F(InstallUtilTracingTest, TraceFileThatCannotBeHadIsMinusOneWithoutALine) {
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
+// A log that mirrors itself nowhere, and tells which file it was asked to take.
+class RefusingLog : public SystemLog {
+ public:
+  void write(LogLevel, std::string_view) override {}
+  int addFile(int descriptor) override {
+    asked = descriptor;
+    return 1;
+  }
+  void removeFile(int) override {}
+
+  int asked = -1;
+};
+
+TEST_F(InstallUtilTracingTest, TraceFileThatTheLogRefusesIsClosedAgain) {
+  RefusingLog refusing;
+  _sandbox.platform().log = &refusing;
+
+  EXPECT_EQ(InstallUtil::openTraceFile(), -1);
+
+  EXPECT_NE(refusing.asked, -1);
+  EXPECT_FALSE(isOpen(refusing.asked));
+}
+
 TEST_F(InstallUtilTracingTest, ClosingNoTraceFileDoesNothing) {
   InstallUtil::closeTraceFile(-1);
 
