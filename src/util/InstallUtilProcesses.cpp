@@ -41,8 +41,8 @@ std::optional<std::string> InstallUtil::getBundlePath(std::string_view path) {
 }
 
 std::optional<std::string> InstallUtil::getBundleID(const std::string& path) {
-  const auto info =
-      PropertyList::readDictionary(path::appendingComponent(path, "Contents/Info.plist"));
+  const auto info = PropertyList::readDictionary(
+      path::expandingTilde(path::appendingComponent(path, "Contents/Info.plist")));
   if (!info) return std::nullopt;
   return PropertyList::textForKey(*info, "CFBundleIdentifier");
 }
@@ -57,7 +57,7 @@ std::string InstallUtil::getTargetNameBy(const std::string& pathToRcphome) {
   }
   if (!component.ends_with("app")) {
     log(LogLevel::error, "Error path value, please provide a valid path value for rcp home.");
-    return path;
+    return component;
   }
   const std::string name = component.substr(0, component.find('.'));
   log(LogLevel::info, "targetName is {}.", name);

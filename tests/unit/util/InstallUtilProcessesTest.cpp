@@ -134,6 +134,13 @@ TEST_F(InstallUtilProcessesTest, BundleIdComesFromTheBundlesInfo) {
   EXPECT_EQ(InstallUtil::getBundleID(_sandbox.path("B.app")), "com.example.b");
 }
 
+TEST_F(InstallUtilProcessesTest, BundleIdIsFoundBelowTheHomeFolder) {
+  _sandbox.writePlist("Users/tester/B.app/Contents/Info.plist",
+                      {{"CFBundleIdentifier", "com.example.b"}});
+
+  EXPECT_EQ(InstallUtil::getBundleID("~/B.app"), "com.example.b");
+}
+
 TEST_F(InstallUtilProcessesTest, BundleIdIsAbsentWithoutFileOrText) {
   _sandbox.writePlist("B.app/Contents/Info.plist", {{"CFBundleIdentifier", 7}});
 
@@ -165,7 +172,13 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(TargetName{"/Applications/Quillmere.app/Contents/MacOS/rcp", "Quillmere"},
                       TargetName{"/x/My.Tool.app/Contents/MacOS/rcp", "My"},
                       TargetName{"/srv/webapp/rcp", "webapp"}, TargetName{"/A.app/B.app/rcp", "B"},
-                      TargetName{"A.app", "A"}, TargetName{"/x/.app/rcp", ""}));
+                      TargetName{"A.app", "A"}, TargetName{"/x/.app/rcp", ""},
+                      TargetName{"/A.app/B.APP/rcp//", "A"}));
+
+TEST_F(InstallUtilProcessesTest, TargetNameOfTheRootItselfIsTheRoot) {
+  EXPECT_EQ(InstallUtil::getTargetNameBy("/"), "/");
+  EXPECT_EQ(InstallUtil::getTargetNameBy("//"), "/");
+}
 
 TEST_F(InstallUtilProcessesTest, TargetNameOfAPathWithoutApplicationIsTheRootAndAnError) {
   EXPECT_EQ(InstallUtil::getTargetNameBy("/opt/rcp"), "/");
