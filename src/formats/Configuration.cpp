@@ -30,10 +30,7 @@ std::optional<std::string> trustedBytes() {
 }  // namespace
 
 Configuration::Configuration() {
-  const std::optional<std::string> bytes = trustedBytes();
-  if (!bytes) return;
-  _internalProperties._dict.reset();
-  _internalProperties.load(bytes);
+  _internalProperties.load(trustedBytes());
 }
 
 std::optional<std::string> Configuration::getPropertyValueForKey(const std::string& key) const {

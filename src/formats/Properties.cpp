@@ -9,12 +9,8 @@ namespace installer {
 
 Properties::Properties() : _dict(PropertyList::Dictionary()) {}
 
-Properties::Properties(const std::string& file) {
-  FileManager& files = *Platform::current().files;
-  std::string expanded = path::expandingTilde(file);
-  if (!files.exists(expanded)) return;
-  load(files.read(expanded));
-  _file = std::move(expanded);
+Properties::Properties(const std::string& file) : _file(path::expandingTilde(file)) {
+  load(Platform::current().files->read(*_file));
 }
 
 void Properties::load(const std::optional<std::string>& bytes) {

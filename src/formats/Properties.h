@@ -15,9 +15,8 @@ class Properties {
   // An empty store without a file.
   Properties();
 
-  // Binds to `file`, "~" expanded, when something exists there. A missing file gives a store with
-  // neither entries nor file, in which nothing can be stored; so does, bound all the same, a file
-  // that is no dictionary list. Nothing is logged.
+  // Binds to `file`, "~" expanded. One that is missing or no dictionary list gives a store without
+  // a dictionary, in which nothing can be stored and which never writes. Nothing is logged.
   explicit Properties(const std::string& file);
 
   std::optional<std::string> getPropertyForKey(const std::optional<std::string>& key) const;
@@ -38,8 +37,8 @@ class Properties {
  private:
   friend class Configuration;
 
-  // Takes the entries from the bytes of the file; none, after one warning line, when they are
-  // absent or no dictionary list.
+  // Takes the entries from the bytes of the file, no dictionary when they are no dictionary list.
+  // Absent bytes change nothing.
   void load(const std::optional<std::string>& bytes);
 
   std::optional<PropertyList::Dictionary> _dict;

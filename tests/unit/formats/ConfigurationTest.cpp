@@ -191,6 +191,16 @@ TEST_F(ConfigurationTest, StoreCanBeFilledAgainAfterCleanup) {
   EXPECT_EQ(_sandbox.readPlist(kFile), (Dictionary{{"b", "2"}}));
 }
 
+TEST_F(ConfigurationTest, CleanupRemovesAnUnreadableFileToo) {
+  _sandbox.write(kFile, "<plist>");
+  Configuration configuration;
+
+  configuration.cleanupConfiguration();
+
+  EXPECT_FALSE(_sandbox.exists(kFile));
+  EXPECT_TRUE(Configuration().setProperty("1", "a"));
+}
+
 TEST_F(ConfigurationTest, CleanupRemovesALinkAndNotItsTarget) {
   _sandbox.writePlist("tmp/target", {{"a", "1"}});
   _sandbox.makeLink(kFile, "target");

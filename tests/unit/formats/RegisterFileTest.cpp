@@ -100,6 +100,17 @@ TEST_F(RegisterFileTest, UpdateOfAMissingFileWarnsTwiceAndCreatesNothing) {
   EXPECT_FALSE(_sandbox.exists("Library/Application Support"));
 }
 
+TEST_F(RegisterFileTest, UpdateOfADamagedFileWarnsTwiceAndKeepsIt) {
+  _sandbox.write(kFile, "<plist><dict>");
+
+  RegisterFile("Quillmere").updateHotfixVersion("2.0");
+
+  EXPECT_THAT(_sandbox.log(),
+              ElementsAre(Says(LogLevel::warning, "Fail to update CURRENT_HOTFIX_VERSION."),
+                          Says(LogLevel::warning, "Fail to save CURRENT_HOTFIX_VERSION.")));
+  EXPECT_EQ(_sandbox.read(kFile), "<plist><dict>");
+}
+
 TEST_F(RegisterFileTest, RefusingDiskIsNotReported) {
   _sandbox.writePlist(kFile, {{"hotfixVersion", "1.0"}});
   RegisterFile file("Quillmere");
