@@ -58,7 +58,6 @@ void JavaProperties::removePropertyForKey(const std::string& key) {
 
 std::vector<std::string> JavaProperties::propertyNames() const {
   std::vector<std::string> names;
-  names.reserve(_dict.size());
   for (const auto& entry : _dict) names.push_back(entry.first);
   return names;
 }

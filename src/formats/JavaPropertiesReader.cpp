@@ -7,7 +7,8 @@ namespace installer {
 
 namespace {
 
-constexpr std::string_view kOptionPrefix = "-X";  // begins an option of the Java virtual machine
+constexpr std::string_view kOptionPrefix = "-X";   // begins an option of the Java virtual machine
+constexpr std::string_view kContinuation = " \\";  // ends a line that the next one continues
 
 // White space and line ends among the characters of Latin-1, next line and no-break space included.
 bool isTrimmed(char character) {
@@ -69,7 +70,8 @@ void LineReader::read(std::string_view line) {
   if (line.starts_with('#')) return;
   _key.clear();
   _value.clear();
-  if (!_continued) _inValue = false;
+  // The blank that a continuation needs has separated a value from its key, or is in one.
+  _inValue = _continued;
   // A line of one character keeps the flag of the line before it.
   if (!_continued && line.size() >= 2) _optionLine = line.starts_with(kOptionPrefix);
   _beforeSeparator = true;
@@ -81,7 +83,7 @@ void LineReader::readCharacter(std::string_view line, std::size_t at) {
   const char character = line[at];
   if (character == '\\') {
     const bool last = at + 1 == line.size();
-    if (last && at > 0 && line[at - 1] == ' ') {
+    if (last && line.ends_with(kContinuation)) {
       _continued = true;
       return;
     }

@@ -1,6 +1,7 @@
 #include "util/Characters.h"
 
 #include <array>
+#include <optional>
 
 namespace installer {
 
@@ -13,25 +14,26 @@ constexpr char32_t kFirstPair = 0x10000;
 constexpr char32_t kLastCharacter = 0x10FFFF;
 constexpr char32_t kReplacement = 0xFFFD;
 
-// The smallest character that needs a sequence of this many bytes; shorter ones are overlong.
-constexpr std::array<char32_t, 5> kSmallest = {0, 0, 0x80, 0x800, kFirstPair};
+// The smallest characters that need sequences of two, three and four bytes.
+constexpr std::array<char32_t, 3> kSmallest = {0x80, 0x800, kFirstPair};
 
 std::size_t lengthAnnouncedBy(unsigned char lead) {
-  if (lead < 0xC0) return 1;
+  if (lead < 0xC2) return 1;
   if (lead < 0xE0) return 2;
   if (lead < 0xF0) return 3;
   return lead < 0xF8 ? 4 : 1;
 }
 
-// Whether all bytes behind the first one carry on a sequence; `character` receives what they spell.
-bool decodeSequence(std::string_view sequence, char32_t& character) {
-  character = static_cast<unsigned char>(sequence[0]) & (0x7Fu >> sequence.size());
+// What two to four bytes spell; nullopt when they are no sequence, or a longer one than needed.
+std::optional<char32_t> spelledBy(std::string_view sequence) {
+  char32_t character = static_cast<unsigned char>(sequence[0]) & (0x7Fu >> sequence.size());
   for (const char next : sequence.substr(1)) {
     const auto byte = static_cast<unsigned char>(next);
-    if ((byte & 0xC0u) != 0x80u) return false;
+    if ((byte & 0xC0u) != 0x80u) return std::nullopt;
     character = character << 6 | (byte & 0x3Fu);
   }
-  return character >= kSmallest[sequence.size()] && character <= kLastCharacter;
+  if (character < kSmallest[sequence.size() - 2] || character > kLastCharacter) return std::nullopt;
+  return character;
 }
 
 bool isHighHalf(char32_t unit) {
@@ -56,10 +58,8 @@ char tail(char32_t character, int shift) {
 DecodedCharacter decodeCharacter(std::string_view text, std::size_t at) {
   const auto lead = static_cast<unsigned char>(text[at]);
   const std::size_t length = lengthAnnouncedBy(lead);
-  char32_t character = 0;
-  if (length > 1 && text.size() - at >= length &&
-      decodeSequence(text.substr(at, length), character))
-    return {character, length};
+  if (length > 1 && text.size() - at >= length)
+    if (const auto character = spelledBy(text.substr(at, length))) return {*character, length};
   return {lead, 1};
 }
 
@@ -83,7 +83,6 @@ void appendCharacter(char32_t character, std::string& to) {
 
 std::u16string toUnits(std::string_view text) {
   std::u16string units;
-  units.reserve(text.size());
   for (std::size_t at = 0; at < text.size();) {
     const auto [character, length] = decodeCharacter(text, at);
     appendUnits(character, units);
@@ -94,7 +93,6 @@ std::u16string toUnits(std::string_view text) {
 
 std::string fromUnits(std::u16string_view units) {
   std::string text;
-  text.reserve(units.size());
   for (std::size_t at = 0; at < units.size(); ++at) {
     char32_t character = units[at];
     if (isHighHalf(character) && at + 1 < units.size() && isLowHalf(units[at + 1])) {
@@ -118,7 +116,6 @@ void appendUnits(char32_t character, std::u16string& to) {
 
 std::string asXmlCharacters(std::string_view text) {
   std::string result;
-  result.reserve(text.size());
   for (std::size_t at = 0; at < text.size();) {
     const auto [character, length] = decodeCharacter(text, at);
     appendCharacter(isXmlCharacter(character) ? character : kReplacement, result);

@@ -8,7 +8,6 @@ namespace installer::letterCase {
 
 std::string lowered(std::string_view text) {
   std::string result;
-  result.reserve(text.size());
   while (!text.empty()) {
     utf8proc_int32_t point = 0;
     const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());

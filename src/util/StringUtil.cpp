@@ -68,7 +68,6 @@ void StringUtil::addHexDigits(char16_t character, std::string& toString) {
 std::string StringUtil::convertUnicode2Characters(std::string_view string) {
   const std::u16string units = toUnits(string);
   std::u16string converted;
-  converted.reserve(units.size());
   for (std::u16string_view rest = units; !rest.empty();) {
     const bool escape = isUnicodeEscape(rest);
     converted += escape ? unitSpelledBy(rest.substr(2, 4)) : rest.front();

@@ -69,6 +69,8 @@ INSTANTIATE_TEST_SUITE_P(
         CharacterRow{"OverlongInFourBytes", "\xF0\x8F\xBF\xBF", {0xF0, 0x8F, 0xBF, 0xBF}},
         CharacterRow{"BeyondTheLastCharacter", "\xF4\x90\x80\x80", {0xF4, 0x90, 0x80, 0x80}},
         CharacterRow{"LeadOfFiveBytes", "\xF8\x88\x80\x80\x80", {0xF8, 0x88, 0x80, 0x80, 0x80}},
+        CharacterRow{
+            "LeadOfFiveBytesBeforeThreeMore", "\xF8\x90\x80\x80", {0xF8, 0x90, 0x80, 0x80}},
         CharacterRow{"HighestByte", "\xFF", {0xFF}},
         CharacterRow{"TwoBytesCutShort", "\xC3", {0xC3}},
         CharacterRow{"ThreeBytesCutShort", "\xE2\x82", {0xE2, 0x82}},

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/Platform.h"
+#include "support/FakeUserContext.h"
 #include "support/RandomText.h"
 #include "support/models/PropertiesWriterModel.h"
 #include "support/models/StringModels.h"
@@ -341,6 +342,15 @@ TEST_F(VolumeTest, RelativePathIsOnTheStartVolume) {
 
 TEST_F(VolumeTest, AbsentPathHasNoVolume) {
   EXPECT_EQ(StringUtil::getVolume(std::nullopt), std::nullopt);
+}
+
+TEST_F(VolumeTest, TildeIsTheHomeFoldersVolume) {
+  test::FakeUserContext users;
+  users.variables["HOME"] = "/Volumes/Homes/me";
+  _platform.users = &users;
+
+  EXPECT_EQ(StringUtil::getVolume("~/x/y"), "/Volumes/Homes");
+  EXPECT_EQ(StringUtil::getVolume("~"), "/Volumes/Homes");
 }
 
 TEST_F(VolumeTest, VolumesFolderIsThePlatforms) {
