@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -62,6 +65,21 @@ inline std::vector<std::string> components(const std::string& path) {
   for (const std::string& name : parts.names) all.push_back(name);
   if (!parts.names.empty() && path.back() == '/') all.push_back("/");
   return all;
+}
+
+using Homes = std::map<std::string, std::string>;  // home folders by users' names
+
+// `variable` is HOME, `user` whoever runs the process.
+inline std::string expandingTilde(const std::string& path, std::optional<std::string> variable,
+                                  const std::string& user, Homes homes) {
+  if (path == "" || path[0] != '~') return path;
+  std::string name;
+  std::string rest;
+  for (const char character : path.substr(1))
+    (character == '/' || rest != "" ? rest : name) += character;
+  std::string home = homes[name == "" ? user : name];
+  if (name == "" && variable && *variable != "") home = *variable;
+  return home == "" ? path : putTogether(takenApart(home + "/" + rest));
 }
 
 }  // namespace installer::model

@@ -7,6 +7,8 @@
 #include "platform/Platform.h"
 #include "support/FakeClock.h"
 #include "support/RandomText.h"
+#include "support/Sandbox.h"
+#include "support/models/BundleModel.h"
 #include "support/models/ManifestVersionModel.h"
 #include "support/models/PathModel.h"
 #include "support/models/UnsupportedCharactersModel.h"
@@ -75,6 +77,20 @@ TEST(InstallUtilModelTest, RandomPathsLoseThreeOrFourComponents) {
     EXPECT_EQ(InstallUtil::getPathToMPKGThrough(path), expected) << path;
     EXPECT_EQ(InstallUtil::getInstallerRootThrough(path), model::deletingLastComponent(expected))
         << path;
+  });
+}
+
+TEST(InstallUtilModelTest, RandomPathsTellTheirBundleAndTargetAsTheModelSays) {
+  const std::vector<std::string> pieces = {
+      "/", "/",    "/Contents/MacOS", ".app",  ".app", "A", "app", "ap",
+      ".", ".APP", "MacOS",           "\u00e9"};
+  test::Sandbox sandbox;
+  forRandomCases([&](RandomSource& random) {
+    const std::string path = random.textOf(pieces, 10);
+
+    EXPECT_EQ(InstallUtil::getBundlePath(path), model::bundlePath(path)) << path;
+    EXPECT_EQ(InstallUtil::getTargetNameBy(path), model::targetName(path)) << path;
+    sandbox.clearLog();
   });
 }
 
