@@ -205,6 +205,37 @@ TEST(InstallManifestJudgeTest, OnlyTheLocationsOnThePathChange) {
   EXPECT_GT(changed, kManifests / 2);
 }
 
+// The canonical form of a file in tmp.
+std::string canonical(const test::Sandbox& sandbox, const std::string& name) {
+  const test::JudgeVerdict verdict =
+      test::askJudge(sandbox.path("tmp"), "xmllint --nonet --c14n " + name);
+  EXPECT_EQ(verdict.status, 0) << name << ": " << verdict.output;
+  return packed(verdict.output);
+}
+
+TEST(InstallManifestJudgeTest, WhatXmllintWritesInAnyEncodingIsRewrittenInIt) {
+  constexpr std::size_t kDeclaration = 36;  // bytes that tell every encoding from the others
+  const test::Sandbox sandbox;
+  std::uint64_t seed = 1000;
+  for (const std::string encoding : test::kXmllintEncodings) {
+    sandbox.write("tmp/made", RandomManifest(++seed).document());
+    const test::JudgeVerdict verdict = test::askJudge(
+        sandbox.path("tmp"), "xmllint --nonet --encode " + encoding + " --output given made");
+    ASSERT_EQ(verdict.status, 0) << encoding << ": " << verdict.output;
+
+    InstallManifest manifest(sandbox.path("tmp/given"));
+    ASSERT_TRUE(manifest.replaceInstallerRootWith(kRoot)) << encoding;
+    ASSERT_TRUE(manifest.saveInstallManifestAs(sandbox.path("tmp/rewritten"))) << encoding;
+
+    EXPECT_EQ(sandbox.read("tmp/rewritten").substr(0, kDeclaration),
+              sandbox.read("tmp/given").substr(0, kDeclaration))
+        << encoding;
+    EXPECT_EQ(canonical(sandbox, "rewritten"), replaced(canonical(sandbox, "given"), kChanging,
+                                                        kRootInCanonicalForm + "/on-the-path"))
+        << encoding;
+  }
+}
+
 TEST(InstallManifestJudgeTest, RewritingARewrittenManifestChangesNothing) {
   const test::Sandbox sandbox;
   for (std::uint64_t seed = 1; seed <= 100; ++seed) {

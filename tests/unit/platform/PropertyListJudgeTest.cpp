@@ -19,8 +19,6 @@ namespace {
 using test::askJudge;
 using test::JudgeVerdict;
 
-constexpr std::size_t kLists = 200;
-
 // A value as lines that Python can write as well, whatever its type and content.
 class Dump {
  public:
@@ -110,12 +108,38 @@ for name in files:
 print("read", len(files))
 )";
 
+// What a list may hold, in the words of a schema.
+constexpr const char* kSchema = R"(
+<grammar xmlns="http://relaxng.org/ns/structure/1.0"
+         datatypeLibrary="http://www.w3.org/2001/XMLSchema-datatypes">
+  <start>
+    <element name="plist"><attribute name="version"><value>1.0</value></attribute>
+      <ref name="value"/></element>
+  </start>
+  <define name="value">
+    <choice>
+      <element name="string"><text/></element>
+      <element name="data"><data type="base64Binary"/></element>
+      <element name="date"><data type="dateTime"/></element>
+      <element name="integer"><data type="integer"/></element>
+      <element name="real"><data type="double"/></element>
+      <element name="true"><empty/></element>
+      <element name="false"><empty/></element>
+      <element name="array"><zeroOrMore><ref name="value"/></zeroOrMore></element>
+      <element name="dict">
+        <zeroOrMore><element name="key"><text/></element><ref name="value"/></zeroOrMore>
+      </element>
+    </choice>
+  </define>
+</grammar>
+)";
+
 class PropertyListJudgeTest : public ::testing::Test {
  protected:
   // Random lists as files "<n>.plist", each with its dump beside it.
-  void writeLists(std::uint64_t seed) {
+  void writeLists(std::uint64_t seed, std::size_t count) {
     test::RandomValues random(seed);
-    for (std::size_t number = 0; number < kLists; ++number) {
+    for (std::size_t number = 0; number < count; ++number) {
       _values.push_back(random.dictionary(8, 4));
       const std::optional<std::string> bytes = serialize(_values.back());
       ASSERT_TRUE(bytes) << number;
@@ -126,7 +150,7 @@ class PropertyListJudgeTest : public ::testing::Test {
 
   // Reads the list that a judge made of each, which must hold the same values in the same order.
   void expectSameLists(const std::string& ending) {
-    for (std::size_t number = 0; number < kLists; ++number) {
+    for (std::size_t number = 0; number < _values.size(); ++number) {
       const std::optional<Value> read = parse(_folder.content(name(number) + ending));
       ASSERT_TRUE(read) << name(number) << ending;
       ASSERT_EQ(serialize(*read), serialize(_values[number])) << name(number) << ending;
@@ -140,19 +164,19 @@ class PropertyListJudgeTest : public ::testing::Test {
 };
 
 TEST_F(PropertyListJudgeTest, PythonReadsWhatIsWrittenAndIsReadInTurn) {
-  writeLists(1);
+  writeLists(1, 200);
   _folder.makeFile("judge.py", kPython);
 
   const JudgeVerdict verdict = askJudge(_folder.path(), "python3 judge.py");
 
-  ASSERT_EQ(verdict.output, "read " + std::to_string(kLists) + "\n");
+  ASSERT_EQ(verdict.output, "read 200\n");
   ASSERT_EQ(verdict.status, 0);
   expectSameLists(".xml");
   expectSameLists(".bin");
 }
 
 TEST_F(PropertyListJudgeTest, PlistutilReadsWhatIsWrittenAndIsReadInTurn) {
-  writeLists(2);
+  writeLists(2, 200);
 
   const JudgeVerdict verdict =
       askJudge(_folder.path(),
@@ -165,13 +189,32 @@ TEST_F(PropertyListJudgeTest, PlistutilReadsWhatIsWrittenAndIsReadInTurn) {
   expectSameLists(".xml");
 }
 
-TEST_F(PropertyListJudgeTest, XmllintFindsWhatIsWrittenWellFormed) {
-  writeLists(3);
+TEST_F(PropertyListJudgeTest, XmllintFindsWhatIsWrittenValid) {
+  writeLists(3, 200);
+  _folder.makeFile("schema", kSchema);
 
-  const JudgeVerdict verdict = askJudge(_folder.path(), "xmllint --nonet --noout *.plist");
+  // With the document type in place xmllint would ask the network for it.
+  const JudgeVerdict verdict =
+      askJudge(_folder.path(),
+               "xmllint --nonet --noout *.plist && sed -i '/^<!DOCTYPE plist /d' *.plist && "
+               "xmllint --nonet --noout --relaxng schema *.plist >told 2>&1; status=$?; "
+               "grep -v ' validates$' told; exit $status");
 
   EXPECT_EQ(verdict.output, "");
   EXPECT_EQ(verdict.status, 0);
+}
+
+TEST_F(PropertyListJudgeTest, WhatXmllintWritesInAnyEncodingIsRead) {
+  writeLists(8, 5);
+  for (const std::string encoding : test::kXmllintEncodings) {
+    const JudgeVerdict verdict =
+        askJudge(_folder.path(), "for list in *.plist; do xmllint --nonet --encode " + encoding +
+                                     " --output $list." + encoding + " $list || exit 1; done");
+
+    ASSERT_EQ(verdict.output, "") << encoding;
+    ASSERT_EQ(verdict.status, 0) << encoding;
+    expectSameLists("." + encoding);
+  }
 }
 
 TEST_F(PropertyListJudgeTest, PythonReadsTheEdgesOfEveryType) {
