@@ -60,6 +60,10 @@ std::optional<std::string> Hotfix::preferenceForKey(std::string_view key) const 
   return PropertyList::textForKey(*_preference, key);
 }
 
+std::string Hotfix::location(const char* key) const {
+  return *preferenceForKey(key);
+}
+
 void Hotfix::setDefault(const char* key, const std::string& value) {
   if (preferenceForKey(key).value_or("").empty()) _preference->set(key, value);
 }
@@ -70,7 +74,7 @@ void Hotfix::initializeDefaultValues() {
   setDefault(kCustomization, "${package}/../deploy/plugin_customization.ini");
   setDefault(kUpdateSites, "${package}/../../updates/platform");
   // A package that names its own manifest moves the folders beside it along.
-  const std::string folder = path::deletingLastComponent(*preferenceForKey(kInstallManifest));
+  const std::string folder = path::deletingLastComponent(location(kInstallManifest));
   setDefault(kKeyStore, folder);
   setDefault(kExtras, path::appendingComponent(folder, "extras"));
 }
@@ -80,18 +84,18 @@ void Hotfix::resolvePackageVariable(const std::string& package) {
 }
 
 bool Hotfix::copyHotfixInstallManifest() {
-  const std::optional<std::string> manifest = preferenceForKey(kInstallManifest);
+  const std::string manifest = location(kInstallManifest);
   if (!exists(manifest)) {
-    InstallUtil::sendErrorMessage(kManifestMissing, {manifest.value_or("install.hotfix.xml")});
+    InstallUtil::sendErrorMessage(kManifestMissing, {manifest});
     return false;
   }
-  const bool copied = _service && _service->copyUpdateManifest(*manifest, _pathToInstallPackage);
+  const bool copied = _service && _service->copyUpdateManifest(manifest, _pathToInstallPackage);
   if (!copied) InstallUtil::sendErrorMessage(kManifestMissing, {"install.hotfix.xml"});
   return copied;
 }
 
 void Hotfix::copyHotfixUninstallManifest() {
-  const std::optional<std::string> manifest = preferenceForKey(kUninstallManifest);
+  const std::string manifest = location(kUninstallManifest);
   if (exists(manifest) && !_service->copyHotfixUninstallManifest(manifest))
     log(LogLevel::warning, "Not able to copy hotfix uninstall manifest.");
 }
@@ -106,16 +110,16 @@ void Hotfix::updateProvisionManifestVersion() {
 }
 
 void Hotfix::mergePluginCustomization() {
-  const std::optional<std::string> customization = preferenceForKey(kCustomization);
+  const std::string customization = location(kCustomization);
   if (exists(customization)) (void)_service->mergePluginCustomizationWithRcphome(customization);
 }
 
 void Hotfix::copyKeyStores() {
-  _service->copyKeyStores(preferenceForKey(kKeyStore).value_or(""));
+  _service->copyKeyStores(location(kKeyStore));
 }
 
 void Hotfix::copyExtras() {
-  _service->copyExtras(preferenceForKey(kExtras));
+  _service->copyExtras(location(kExtras));
 }
 
 void Hotfix::startProvisioning() {
@@ -123,8 +127,7 @@ void Hotfix::startProvisioning() {
   log(LogLevel::info, "Begin to start provisoning sytem to install features.");
   runProvisioning(InstanceLayout::launcher(*_pathToRcpHome),
                   ProvisioningCommand::hotfixArguments(InstallUtil::getCurrentLocale(),
-                                                       preferenceForKey(kUpdateSites).value_or(""),
-                                                       *_pathToRcpData));
+                                                       location(kUpdateSites), *_pathToRcpData));
 }
 
 void Hotfix::updateHotfixVersion() {
@@ -142,17 +145,12 @@ void Hotfix::storePackageIdentity() {
 
 void Hotfix::setupConfiguratioForResultPanel() const {
   Platform& platform = Platform::current();
-  const std::string& stale = platform.paths.staleResultPanel;
-  if (platform.files->entryExists(stale)) (void)platform.files->remove(stale);
+  (void)platform.files->remove(platform.paths.staleResultPanel);
   Configuration configuration;
   (void)configuration.setProperty(_pathToRcpData, "P_RCPDATA");
   log(LogLevel::info, "workspace is {}\n", orNull(_pathToRcpData));
   (void)configuration.setProperty(_pathToRcpHome, "pathToRcpHome");
   (void)configuration.saveConfiguration();
-}
-
-bool Hotfix::isReady() const {
-  return _pathToRcpHome && _pathToInstallPackage && _preference;
 }
 
 void Hotfix::prepareInstance() {
@@ -177,7 +175,8 @@ bool Hotfix::provision() {
 }
 
 bool Hotfix::installNewHotfix() {
-  if (!isReady() || !copyHotfixInstallManifest()) return false;
+  // The home is known only of a package that is there and describes itself.
+  if (!_pathToRcpHome || !copyHotfixInstallManifest()) return false;
   prepareInstance();
   const bool succeeded = provision();
   storePackageIdentity();

@@ -29,7 +29,6 @@ class Hotfix {
   void initializeDefaultValues();
   void resolvePackageVariable(const std::string& package);
 
-  bool isReady() const;
   bool copyHotfixInstallManifest();
   void copyHotfixUninstallManifest();
   void backupInstallManifest();
@@ -46,11 +45,13 @@ class Hotfix {
   bool provision();
 
   std::optional<std::string> preferenceForKey(std::string_view key) const;
+  // The value of a key that has a default.
+  std::string location(const char* key) const;
   void setDefault(const char* key, const std::string& value);
 
   std::optional<std::string> _pathToInstallPackage;  // nullopt when it does not exist
   std::string _pathToInstallLocation;
-  std::optional<std::string> _pathToRcpHome;
+  std::optional<std::string> _pathToRcpHome;  // nullopt when the package tells too little
   std::optional<std::string> _pathToRcpData;
   std::optional<PropertyList::Dictionary> _preference;  // nullopt without package or plist
   std::optional<InstanceService> _service;              // nullopt when the rcp home is missing

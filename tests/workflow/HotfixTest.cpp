@@ -218,13 +218,23 @@ TEST_F(HotfixTest, MissingHomeIsCodeFourAndMakesNothing) {
   EXPECT_FALSE(_sandbox.exists("Elsewhere"));
 }
 
+TEST_F(HotfixTest, MissingManifestIsToldWithItsPathThoughTheHomeIsMissingToo) {
+  _sandbox.remove("HF/deploy/install.hotfix.xml");
+
+  EXPECT_FALSE(Hotfix(package(), _sandbox.path("Elsewhere"), data()).installNewHotfix());
+
+  EXPECT_EQ(record(), code(4, {package() + "/../deploy/install.hotfix.xml"}));
+}
+
 TEST_F(HotfixTest, MissingPackageOrDescriptionEndsSilently) {
   EXPECT_FALSE(Hotfix(std::nullopt, destination(), data()).installNewHotfix());
   EXPECT_FALSE(Hotfix(_sandbox.path("none"), destination(), data()).installNewHotfix());
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
   _sandbox.remove("HF/HF.pkg/Contents/Resources/hotfix.plist");
   EXPECT_FALSE(install());
 
   EXPECT_EQ(record(), code(0, {}));
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
   EXPECT_THAT(_sandbox.children().started(), IsEmpty());
 }
 
@@ -236,6 +246,7 @@ TEST_F(HotfixTest, DescriptionWithoutNamesEndsSilently) {
   EXPECT_FALSE(install());
 
   EXPECT_EQ(record(), code(0, {}));
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
   EXPECT_THAT(_sandbox.children().started(), IsEmpty());
 }
 
@@ -267,6 +278,27 @@ TEST_F(HotfixTest, MissingCustomizationKeyStoresAndExtrasDoNotStopIt) {
 
   EXPECT_FALSE(_sandbox.exists(inHome("plugin_customization.ini")));
   EXPECT_FALSE(_sandbox.exists(inHome("deploy/extras")));
+}
+
+TEST_F(HotfixTest, CustomizationStaysByteForByteWhenThePackageHasNone) {
+  _sandbox.write(inHome("plugin_customization.ini"), "# mine\n z : 1\na = 2");
+  _sandbox.remove("HF/deploy/plugin_customization.ini");
+
+  EXPECT_TRUE(install());
+
+  EXPECT_EQ(_sandbox.read(inHome("plugin_customization.ini")), "# mine\n z : 1\na = 2");
+}
+
+TEST_F(HotfixTest, DescriptionIsReadOnceWhenTheWorkflowIsMade) {
+  Hotfix workflow = hotfix();
+  describe("version", "9.9");
+  describe("updateSiteList", "/other");
+
+  EXPECT_TRUE(workflow.installNewHotfix());
+
+  EXPECT_EQ(*info().find("hotfixVersion"), Value("6.2.3.1"));
+  EXPECT_EQ(launcherArguments()[10],
+            "-DprovUpdateSiteListOverride=file:" + package() + "/../../updates/platform");
 }
 
 TEST_F(HotfixTest, AbsentVersionIsNotRecorded) {
