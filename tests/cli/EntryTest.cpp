@@ -576,6 +576,15 @@ TEST_F(EntryTest, EmptyDestinationIsNotRefusedForItsCharacters) {
   EXPECT_EQ((ErrorRecord{8, {"", "Quillmere.app"}}), errorRecord());
 }
 
+TEST_F(EntryTest, EmptyPackageIsNoPackageEvenInsideOne) {
+  RunOptions options;
+  options.directory = _package.folder;
+
+  EXPECT_EQ(1, _sandbox.run({"", "/Applications"}, options).status);
+
+  EXPECT_EQ((ErrorRecord{8, {"/Applications"}}), errorRecord());
+}
+
 TEST_F(EntryTest, EmptyPackageIsNoPackage) {
   EXPECT_EQ(1, _sandbox.run({"", "/Applications"}).status);
 

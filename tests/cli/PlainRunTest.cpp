@@ -172,14 +172,22 @@ TEST_F(PlainRunTest, UnsupportedCharacterLogsTheWholeFailurePath) {
   const Lines service{{"Info", "The pathToRcphome is: " + home + "."},
                       {"Info", "newInstallLocation : (null)."},
                       {"Warning", "Can not copy to newInstallLocation because its nil!"}};
+  const TraceLine noLauncher{
+      "Error", "Not able to start " + home + "/rcplauncher: No such file or directory."};
   const Lines expected = Lines{{"Info", "Begin to install hotfix."},
                                {"Info", "Caller didn't specify rcpdata, use rcp/systemdata"},
                                {"Info", "Check whether the unsupported characters are contained."},
                                {"Info", "Not success"}} +
-                         service;
-  Lines trace = _sandbox.traceWithoutProcesses();
-  trace.resize(std::min(trace.size(), expected.size()));
-  EXPECT_EQ(expected, trace);
+                         service + Lines{noLauncher, noLauncher} + service +
+                         Lines{{"Notice",
+                                "Begin to call collection utility to gather log files for the "
+                                "HOTFIX_INSTALL operaton of Quillmere project."},
+                               {"Info", "_pathToRcphome is " + home + "."},
+                               {"Info",
+                                "No log files are gathered as there is no collectionutility.jar "
+                                "under " +
+                                    home + ". "}};
+  EXPECT_EQ(expected, _sandbox.traceWithoutProcesses());
 }
 
 TEST_F(PlainRunTest, MissingInstanceLogsTheWholeFailurePath) {

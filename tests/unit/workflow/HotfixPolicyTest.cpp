@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 #include "support/Sandbox.h"
 #include "workflow/HotfixPackage.h"
 
@@ -38,6 +40,17 @@ TEST_F(HotfixPolicyTest, MissingPackageOrPlistDoesNotSkip) {
   EXPECT_FALSE(HotfixPolicy(std::nullopt).isSkipRunningCheck());
   EXPECT_FALSE(HotfixPolicy(_sandbox.path("missing")).isSkipRunningCheck());
   EXPECT_FALSE(HotfixPolicy(_sandbox.path("empty")).isSkipRunningCheck());
+}
+
+TEST_F(HotfixPolicyTest, EmptyPathIsNoPackageEvenInsideOne) {
+  EXPECT_TRUE(skipsWith({{"SKIPRUNNINGCHECK", "true"}}));
+  const auto folder = std::filesystem::current_path();
+  std::filesystem::current_path(_sandbox.path("HF.pkg"));
+
+  const bool skips = HotfixPolicy("").isSkipRunningCheck();
+
+  std::filesystem::current_path(folder);
+  EXPECT_FALSE(skips);
 }
 
 TEST(HotfixPackageTest, RcpHomeNeedsTheFrameworkPath) {
