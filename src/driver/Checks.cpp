@@ -51,7 +51,8 @@ bool isStopped() {
   if (HotfixPolicy(state._pathToInstallPackage).isSkipRunningCheck()) return true;
   log(LogLevel::info, "Check whether platform is running.");
   if (!InstallUtil::checkBundleIsRunning(resolveBundle())) return true;
-  const std::string bundleName = orNull(state.property("bundleName"));
+  // An instance was found, so the package names it.
+  const std::string bundleName = *state.property("bundleName");
   InstallUtil::sendErrorMessage(kRunning, {bundleName});
   log(LogLevel::info, "The target platform {} is running.", bundleName);
   return false;

@@ -20,28 +20,25 @@ std::optional<std::string> launcherIn(const std::optional<std::string>& rcpHome)
   return InstanceLayout::launcher(*rcpHome);
 }
 
-bool clientHasStartedOn(const std::optional<std::string>& rcpData) {
-  return rcpData && Platform::current().files->exists(InstanceLayout::workspaceFlag(*rcpData));
+bool clientHasStartedOn(const std::string& rcpData) {
+  return Platform::current().files->exists(InstanceLayout::workspaceFlag(rcpData));
 }
 
-void removeOldHotfix(const std::optional<std::string>& rcpHome,
-                     const std::optional<std::string>& rcpData) {
+void removeOldHotfix(const std::string& rcpHome, const std::string& rcpData) {
   if (!isOtherHotfixVersionInstalled()) return;
   log(LogLevel::info, "Found another hot fix, uninstall it before installing the new hot fix");
   (void)HotfixUninstall(rcpHome, rcpData).uninstallOldHotfix();
 }
 
-void updateUntouchedInstance(const std::optional<std::string>& rcpHome,
-                             const std::optional<std::string>& rcpData) {
+void updateUntouchedInstance(const std::string& rcpHome, const std::string& rcpData) {
   InstanceService service(rcpHome, rcpData);
-  service.startProvisioningWithUpdate(launcherIn(rcpHome));
+  service.startProvisioningWithUpdate(InstanceLayout::launcher(rcpHome));
   service.updateInstallIDWithProvManVer();
 }
 
 }  // namespace
 
-bool runSuccessPath(const std::optional<std::string>& rcpHome,
-                    const std::optional<std::string>& rcpData) {
+bool runSuccessPath(const std::string& rcpHome, const std::string& rcpData) {
   log(LogLevel::info, "Success");
   removeOldHotfix(rcpHome, rcpData);
   updateUntouchedInstance(rcpHome, rcpData);

@@ -49,7 +49,7 @@ bool installPackage(const std::vector<std::string>& arguments) {
   const std::optional<std::string> rcpData = chooseRcpData(arguments, rcpHome);
   const bool passed = passesChecks(rcpHome);
   lockInstance(rcpHome);
-  const bool installed = passed && runSuccessPath(rcpHome, rcpData);
+  const bool installed = passed && runSuccessPath(*rcpHome, *rcpData);
   if (!passed) runFailurePath(rcpHome, rcpData);
   runLogCollection(rcpHome, rcpData);
   return installed;

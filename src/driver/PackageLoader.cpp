@@ -45,10 +45,9 @@ bool readProperties() {
 
 std::string resolveBundle() {
   const RunState& state = runState();
-  const std::optional<std::string> product = state.property("bundleName");
-  if (!product) return "";
   if (!allowsSeveralInstances()) {
-    const std::optional<std::string> registered = RegisterFile(*product).getProductPath();
+    const std::optional<std::string> registered =
+        RegisterFile(*state.property("bundleName")).getProductPath();
     if (registered && exists(*registered)) return *registered;
   }
   return path::appendingComponent(state._pathToInstallDestination,

@@ -11,7 +11,7 @@ void loadPackage();
 
 // The application bundle that the package in runState() is for: <destination>/<bundleName>.app, or,
 // unless the package allows several instances, the existing bundle that the product's registration
-// names. "" when the package names no bundle.
+// names. The package must name its bundle.
 std::string resolveBundle();
 
 }  // namespace installer

@@ -13,8 +13,6 @@ struct RunState {
   std::string _pathToInstallDestination;  // second argument, or the registered bundle's folder
   PropertyList::Dictionary _properties;   // the package's hotfix.plist and the derived rcpHome
 
-  bool _locked = false;  // no other installer works on the instance
-
   // The text under the key; nullopt when the package does not tell.
   std::optional<std::string> property(std::string_view key) const {
     return PropertyList::textForKey(_properties, key);

@@ -19,10 +19,11 @@ bool isHigherHotfixVersionInstalled() {
   if (!current || !installed || *current >= *installed) return false;
   log(LogLevel::error, "Higher version hotfix has been installed.");
   constexpr int kHigherInstalled = 7;
+  // A version was found, so the package names the instance.
   InstallUtil::sendErrorMessage(
       kHigherInstalled,
       {path::appendingComponent(state._pathToInstallDestination,
-                                HotfixPackage::applicationName(state._properties).value_or(""))});
+                                *HotfixPackage::applicationName(state._properties))});
   return true;
 }
 

@@ -1,9 +1,12 @@
 #include "driver/Installer.h"
 
 #include <gmock/gmock.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <algorithm>
 
 #include "driver/ErrorStatus.h"
 #include "instance/ProvisioningCommand.h"
@@ -395,6 +398,27 @@ TEST_F(InstallerTest, BundleRegisteredUnderAnotherNameSeparatesDriverAndWorkflow
   EXPECT_FALSE(_sandbox.exists("X/Quillmere.app"));
 }
 
+TEST_F(InstallerTest, HigherHotfixInARegisteredBundleIsToldUnderThePackagesName) {
+  describe("allowMultiInstance", false);
+  registerBundle(_sandbox.path("X/Other.app"));
+  _sandbox.write("X/Other.app/Contents/MacOS/rcp/deploy/install.xml", "<m/>");
+  _sandbox.writePlist("X/Other.app/Contents/MacOS/rcp/installInfo.plist", {{"hotfixVersion", "9"}});
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_EQ(record(), code(7, {_sandbox.path("X/Quillmere.app")}));
+}
+
+TEST_F(InstallerTest, RegisteredBundleMovesTheDestinationThoughItsHomeIsUnknown) {
+  describe("allowMultiInstance", false);
+  describe("frameworkPath", std::nullopt);
+  registerBundle(_sandbox.makeFolder("X/Quillmere.app"));
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_EQ(record(), code(8, {_sandbox.path("X"), "Quillmere.app"}));
+}
+
 TEST_F(InstallerTest, RegisteredRunningBundleIsFoundThoughTheDestinationMoved) {
   describe("allowMultiInstance", "no");
   registerBundle(_sandbox.path(kBundle));
@@ -418,9 +442,10 @@ TEST_F(InstallerTest, PackageThatTellsTooLittleIsCodeEightAndOneLineThatSaysWhy)
     _sandbox.clearLog();
     EXPECT_EQ(run({path, destination()}), 1) << line;
     EXPECT_EQ(record(), code(8, details)) << line;
-    EXPECT_EQ(linesAt(LogLevel::error).front(), line);
+    const std::string noHome = "No file at: (null)!";
+    const std::string noLauncher = "Not able to start rcplauncher: the rcp home is unknown.";
     EXPECT_THAT(linesAt(LogLevel::error),
-                Contains("Not able to start rcplauncher: the rcp home is unknown.").Times(2));
+                ElementsAre(line, noHome, noLauncher, noLauncher, noHome));
     EXPECT_EQ(services(), 2U);
   };
 
@@ -452,39 +477,75 @@ TEST_F(InstallerTest, RcpHomeOfTheDescriptionDoesNotCount) {
   EXPECT_EQ(services(), 2U);
 }
 
-TEST_F(InstallerTest, SecondRunOnAnInstanceWaitsForTheFirst) {
-  int ready[2];
-  int release[2];
-  ASSERT_EQ(pipe(ready), 0);
-  ASSERT_EQ(pipe(release), 0);
-  const pid_t holder = fork();
-  if (holder == 0) {
-    (void)_sandbox.files().lock(home(), nullptr);
-    (void)!write(ready[1], "x", 1);
-    char byte;
-    (void)!read(release[0], &byte, 1);
-    _exit(0);
+class OtherInstallerTest : public InstallerTest {
+ protected:
+  // Another installer at work on the home, until our trace tells that we wait for it.
+  OtherInstallerTest() {
+    int ready[2] = {-1, -1};
+    EXPECT_EQ(pipe(ready), 0);
+    _other = fork();
+    if (_other == 0) {
+      (void)_sandbox.files().lock(home(), nullptr);
+      (void)!write(ready[1], "x", 1);
+      for (int turn = 0; turn < 10'000 && !isWaitedFor(); ++turn) usleep(1000);
+      _exit(0);
+    }
+    char byte = 0;
+    EXPECT_EQ(read(ready[0], &byte, 1), 1);
+    for (const int descriptor : ready) close(descriptor);
   }
-  char byte;
-  ASSERT_EQ(read(ready[0], &byte, 1), 1);
-  const pid_t releaser = fork();
-  if (releaser == 0) {
+  ~OtherInstallerTest() override {
+    if (_other <= 0) return;
+    (void)kill(_other, SIGKILL);
+    (void)waitpid(_other, nullptr, 0);
+  }
+
+  std::vector<std::string> waits() const {
+    std::vector<std::string> lines = linesAt(LogLevel::notice);
+    std::erase_if(lines, [](const std::string& line) { return !line.starts_with("Another"); });
+    return lines;
+  }
+
+  static constexpr const char* kWaits =
+      "Another installation is at work on this instance, waiting for its end.";
+
+ private:
+  bool isWaitedFor() const {
     const std::string& trace = _sandbox.paths().traceFile;
-    while (!_sandbox.exists(trace) ||
-           _sandbox.read(trace).find("waiting for its end") == std::string::npos)
-      usleep(1000);
-    (void)!write(release[1], "x", 1);
-    _exit(0);
+    return _sandbox.exists(trace) && _sandbox.read(trace).find(kWaits) != std::string::npos;
   }
+
+  pid_t _other = -1;
+};
+
+TEST_F(OtherInstallerTest, IsWaitedForBeforeTheVersionsAreCompared) {
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(waits(), ElementsAre(kWaits));
+  const auto lines = numberedLines();
+  EXPECT_LT(std::ranges::find(lines, std::string("5 ") + kWaits),
+            std::ranges::find(lines, "6 Check the version of hotfix"));
+}
+
+TEST_F(OtherInstallerTest, IsWaitedForBeforeTheRecoveryOfARefusedRun) {
+  _sandbox.processes().add(destination() + "/Quillmere.app/Contents/MacOS/Quillmere");
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_THAT(waits(), ElementsAre(kWaits));
+  const auto lines = numberedLines();
+  EXPECT_LT(std::ranges::find(lines, std::string("5 ") + kWaits),
+            std::ranges::find(lines, "6 Not success"));
+}
+
+TEST_F(InstallerTest, NothingOfAnEarlierRunIsKept) {
+  EXPECT_EQ(run(), 0);
+  describe("version", std::nullopt);
+  _sandbox.clearLog();
 
   EXPECT_EQ(run(), 0);
 
-  int status = 0;
-  waitpid(holder, &status, 0);
-  waitpid(releaser, &status, 0);
-  EXPECT_THAT(
-      linesAt(LogLevel::notice),
-      Contains("Another installation is at work on this instance, waiting for its end.").Times(1));
+  EXPECT_THAT(linesAt(LogLevel::info), Contains("Current hotfix version: (null)."));
 }
 
 TEST_F(InstallerTest, RunWithoutOthersSaysNothingOfWaiting) {
@@ -520,6 +581,21 @@ TEST_F(ErrorStatusTest, MarkerIsMadeForAnUnknownUserToo) {
   setHotfixErrorStatus(false);
 
   EXPECT_EQ(_sandbox.mode(_sandbox.paths().errorMarker), 0777U);
+}
+
+TEST_F(ErrorStatusTest, MarkerBelongsToTheLoginUserAndAdminWhenUserIsUnset) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+  _sandbox.users().variables.erase("USER");
+  _sandbox.users().effectiveUser = 4711;
+  _sandbox.users().userList = {{"login", 4711, 4712, "/"}};
+  _sandbox.users().groups = {{"admin", 4713}};
+
+  setHotfixErrorStatus(false);
+
+  struct stat status {};
+  ASSERT_EQ(stat(_sandbox.paths().errorMarker.c_str(), &status), 0);
+  EXPECT_EQ(status.st_uid, 4711U);
+  EXPECT_EQ(status.st_gid, 4713U);
 }
 
 TEST_F(ErrorStatusTest, MarkerBelongsToRootWithoutAnyUserName) {
