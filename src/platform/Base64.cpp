@@ -51,7 +51,6 @@ class Decoder {
 
   bool complete() const { return (_digits + _padding) % kDigitsAGroup == 0; }
   std::string takeBytes() { return std::move(_bytes); }
-  void reserve(std::size_t bytes) { _bytes.reserve(bytes); }
 
  private:
   static constexpr std::array<std::int8_t, 256> kValues = digitValues();
@@ -78,7 +77,6 @@ class Decoder {
 
 std::string encodeBase64(std::string_view bytes) {
   std::string text;
-  text.reserve((bytes.size() / kBytesAGroup + 1) * kDigitsAGroup);
   for (std::size_t at = 0; at < bytes.size(); at += kBytesAGroup)
     appendGroup(bytes.substr(at, kBytesAGroup), text);
   return text;
@@ -86,7 +84,6 @@ std::string encodeBase64(std::string_view bytes) {
 
 std::optional<std::string> decodeBase64(std::string_view text) {
   Decoder decoder;
-  decoder.reserve(text.size() / kDigitsAGroup * kBytesAGroup);
   for (const char character : text)
     if (!isBlank(character) && !decoder.take(character)) return std::nullopt;
   if (!decoder.complete()) return std::nullopt;

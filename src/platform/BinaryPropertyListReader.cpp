@@ -57,7 +57,6 @@ bool isLowHalf(std::uint64_t unit) {
 // nullopt when a half of a surrogate pair stands alone.
 std::optional<std::string> textFromUtf16(std::string_view bytes) {
   std::string text;
-  text.reserve(bytes.size());
   for (std::size_t at = 0; at < bytes.size(); at += 2) {
     const std::uint64_t unit = bigEndian(bytes.substr(at, 2));
     if (isLowHalf(unit)) return std::nullopt;
@@ -75,11 +74,11 @@ std::optional<std::string> textFromUtf16(std::string_view bytes) {
 
 // The fixed block at the end of the file.
 struct Trailer {
-  std::size_t offsetSize = 0;     // bytes of an entry in the offset table
-  std::size_t referenceSize = 0;  // bytes of a reference to an object
-  std::uint64_t objects = 0;      // entries in the offset table
-  std::uint64_t root = 0;         // number of the outermost object
-  std::uint64_t table = 0;        // where the offset table begins; the objects end here
+  std::size_t offsetSize;     // bytes of an entry in the offset table
+  std::size_t referenceSize;  // bytes of a reference to an object
+  std::uint64_t objects;      // entries in the offset table
+  std::uint64_t root;         // number of the outermost object
+  std::uint64_t table;        // where the offset table begins; the objects end here
 };
 
 bool isSize(std::size_t size) {
@@ -112,9 +111,9 @@ class Reader {
  private:
   // What an object's first byte says: its kind, and how much of what follows belongs to it.
   struct Head {
-    unsigned kind = 0;        // the upper half of the byte
-    std::uint64_t count = 0;  // the lower half, or the length that follows it
-    std::uint64_t body = 0;   // where the content begins
+    unsigned kind;        // the upper half of the byte
+    std::uint64_t count;  // the lower half, or the length that follows it
+    std::uint64_t body;   // where the content begins
   };
 
   // Counts visits before they are made, so that nothing is reserved beyond the bound.

@@ -1,6 +1,6 @@
 #include "platform/PropertyList.h"
 
-#include <cmath>
+#include <algorithm>
 #include <limits>
 
 #include "platform/BinaryPropertyListReader.h"
@@ -12,58 +12,6 @@
 namespace installer::PropertyList {
 
 namespace {
-
-bool sameInXml(const Value& written, const Value& read);
-
-bool sameInXml(double written, double read) {
-  return written == read || (std::isnan(written) && std::isnan(read));
-}
-
-// The parts of a second are what XML leaves out.
-bool sameInXml(const Date& written, const Date& read) {
-  return std::floor(written.seconds) == read.seconds;
-}
-
-bool sameInXml(const Array& written, const Array& read) {
-  if (written.size() != read.size()) return false;
-  for (std::size_t place = 0; place < written.size(); ++place)
-    if (!sameInXml(written[place], read[place])) return false;
-  return true;
-}
-
-bool sameInXml(const Dictionary& written, const Dictionary& read) {
-  if (written.size() != read.size()) return false;
-  auto other = read.begin();
-  for (const auto& [key, value] : written) {
-    if (key != other->first || !sameInXml(value, other->second)) return false;
-    ++other;
-  }
-  return true;
-}
-
-template <class Plain>
-bool sameInXml(const Plain& written, const Plain& read) {
-  return written == read;
-}
-
-// A dictionary that looks like the XML form of an object reference is read as one.
-bool isFormOf(const Dictionary& written, const Uid& read) {
-  const Value* number = written.find("CF$UID");
-  return written.size() == 1 && number != nullptr && *number == Value(read.number);
-}
-
-// Whether both are told by the same XML.
-bool sameInXml(const Value& written, const Value& read) {
-  const auto* dictionary = written.as<Dictionary>();
-  const auto* uid = read.as<Uid>();
-  if (dictionary != nullptr && uid != nullptr) return isFormOf(*dictionary, *uid);
-  return std::visit(
-      [&](const auto& held) {
-        const auto* other = read.as<std::decay_t<decltype(held)>>();
-        return other != nullptr && sameInXml(held, *other);
-      },
-      written.storage());
-}
 
 bool isTrueText(std::string_view text) {
   std::size_t at = std::min(text.find_first_not_of(" \t"), text.size());
@@ -106,9 +54,9 @@ std::optional<Value> parse(std::string_view bytes) {
 
 std::optional<std::string> serialize(const Value& value) {
   std::optional<std::string> bytes = writeXml(value);
-  if (!bytes) return std::nullopt;
-  const std::optional<Value> read = readXml(*bytes);
-  if (!read || !sameInXml(value, *read)) return std::nullopt;
+  const std::optional<Value> read = bytes ? readXml(*bytes) : std::nullopt;
+  // What was read as it was meant is told by the same XML again.
+  if (!read || writeXml(*read) != bytes) return std::nullopt;
   return bytes;
 }
 
