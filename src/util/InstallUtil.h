@@ -50,7 +50,8 @@ class InstallUtil {
   // `path` up to the last ".app" that "/Contents/MacOS" follows (case-sensitive); else nullopt.
   static std::optional<std::string> getBundlePath(std::string_view path);
 
-  // CFBundleIdentifier from the bundle's Contents/Info.plist; nullopt when file or text is missing.
+  // CFBundleIdentifier from the bundle's Contents/Info.plist, "~" expanded; nullopt when file or
+  // text is missing.
   static std::optional<std::string> getBundleID(const std::string& path);
 
   // The application's name above an rcp home: upward to the first component that ends in "app",

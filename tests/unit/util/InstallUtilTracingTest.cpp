@@ -37,6 +37,27 @@ TEST_F(InstallUtilTracingTest, TracesAreWrittenWhateverThePreferenceSays) {
   EXPECT_TRUE(InstallUtil::shouldWriteTraces());
 }
 
+// Preferences that hold nothing, and remember what they were asked for.
+class AskedPreferences : public Preferences {
+ public:
+  std::optional<PropertyList::Dictionary> domain(std::string_view name) override {
+    asked.emplace_back(name);
+    return std::nullopt;
+  }
+
+  std::vector<std::string> asked;
+};
+
+TEST_F(InstallUtilTracingTest, PreferencesAreAskedForOnceEach) {
+  AskedPreferences preferences;
+  _sandbox.platform().preferences = &preferences;
+
+  (void)InstallUtil::shouldWriteTraces();
+  (void)InstallUtil::getCurrentLocale();
+
+  EXPECT_THAT(preferences.asked, ElementsAre("com.kiv.rcp.install.mac", ".GlobalPreferences"));
+}
+
 TEST_F(InstallUtilTracingTest, PreferenceIsReadAsTheConsoleUserAndTheUserIsRestored) {
   _sandbox.users().effectiveUser = 0;
 
