@@ -25,11 +25,11 @@ class Trace {
   Trace(const Trace&) = delete;
   Trace& operator=(const Trace&) = delete;
   ~Trace() {
-    if (InstallUtil::shouldWriteTraces()) InstallUtil::closeTraceFile(_descriptor);
+    if (_descriptor && InstallUtil::shouldWriteTraces()) InstallUtil::closeTraceFile(*_descriptor);
   }
 
  private:
-  int _descriptor = -1;
+  std::optional<int> _descriptor;  // nullopt when no trace is wanted
 };
 
 std::optional<std::string> chooseRcpData(const std::vector<std::string>& arguments,

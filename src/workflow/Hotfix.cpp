@@ -34,11 +34,9 @@ Hotfix::Hotfix(const std::optional<std::string>& pathToInstallPackage,
                const std::string& pathToInstallLocation,
                const std::optional<std::string>& pathToRcpData)
     : _pathToInstallLocation(pathToInstallLocation) {
-  if (exists(pathToInstallPackage)) {
-    _pathToInstallPackage = pathToInstallPackage;
-    (void)loadPreference();
-  }
-  if (!_preference) return;
+  if (!exists(pathToInstallPackage)) return;
+  _pathToInstallPackage = pathToInstallPackage;
+  if (!loadPreference()) return;
   const std::optional<std::string> application = HotfixPackage::applicationName(*_preference);
   if (!application) return;
   _pathToRcpHome = HotfixPackage::rcpHomeIn(
