@@ -22,9 +22,7 @@ void FilePasteboard::setRecord(const PropertyList::Dictionary& record) {
 std::optional<PropertyList::Dictionary> FilePasteboard::record() {
   uid_t owner = 0;  // anybody may leave a record here
   const std::optional<std::string> text = _files.readUnlinked(_path, &owner);
-  const auto list = text ? PropertyList::parse(*text) : std::nullopt;
-  const auto* values = list ? list->as<PropertyList::Dictionary>() : nullptr;
-  return values != nullptr ? std::optional(*values) : std::nullopt;
+  return text ? PropertyList::parseDictionary(*text) : std::nullopt;
 }
 
 }  // namespace installer

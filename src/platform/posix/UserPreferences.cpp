@@ -26,9 +26,7 @@ std::optional<PropertyList::Dictionary> UserPreferences::domain(std::string_view
 
   const std::string file = *home + "/Library/Preferences/" + std::string(name) + ".plist";
   const std::optional<std::string> bytes = readAs(user, file, _files, _users);
-  const auto list = bytes ? PropertyList::parse(*bytes) : std::nullopt;
-  const auto* values = list ? list->as<PropertyList::Dictionary>() : nullptr;
-  return values != nullptr ? std::optional(*values) : std::nullopt;
+  return bytes ? PropertyList::parseDictionary(*bytes) : std::nullopt;
 }
 
 }  // namespace installer
