@@ -73,7 +73,7 @@ class FileManager {
   virtual std::optional<std::string> read(const std::string& path) = 0;
 
   // As read(), for a file that other users could have planted in a folder open to all: the last
-  // component is not followed if it is a link. `owner` receives the file's user id.
+  // component is not followed if it is a link. `owner`, if any, receives the file's user id.
   virtual std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner) = 0;
 
   // Replaces or creates the file at `path`: temporary file in the same folder, all bytes, fsync,

@@ -20,8 +20,8 @@ void FilePasteboard::setRecord(const PropertyList::Dictionary& record) {
 }
 
 std::optional<PropertyList::Dictionary> FilePasteboard::record() {
-  uid_t owner = 0;  // anybody may leave a record here
-  const std::optional<std::string> text = _files.readUnlinked(_path, &owner);
+  // Anybody may leave a record here.
+  const std::optional<std::string> text = _files.readUnlinked(_path, nullptr);
   return text ? PropertyList::parseDictionary(*text) : std::nullopt;
 }
 
