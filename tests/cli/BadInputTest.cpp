@@ -171,8 +171,7 @@ INSTANTIATE_TEST_SUITE_P(
       return std::string(std::get<0>(given.param).name) + std::get<1>(given.param);
     });
 
-// --- What stays untouched
-// --------------------------------------------------------------------------
+// --- What stays untouched ------------------------------------------------------------------------
 
 struct Kept {
   const char* name;
@@ -213,8 +212,7 @@ INSTANTIATE_TEST_SUITE_P(
                       Kept{"FolderCustomization", instance().customization(), "Folder"}),
     CaseName());
 
-// --- The package's list
-// ----------------------------------------------------------------------------
+// --- The package's list --------------------------------------------------------------------------
 
 struct ListText {
   const char* name;
@@ -347,8 +345,7 @@ TEST_F(BadInputTest, RepeatedKeyIsAnsweredOneWayOrTheOther) {
   EXPECT_THAT(install().status, AnyOf(0, 1));
 }
 
-// --- Kinds of paths
-// --------------------------------------------------------------------------------
+// --- Kinds of paths ------------------------------------------------------------------------------
 
 TEST_F(BadInputTest, PackageThatIsAFile) {
   _sandbox.remove(_package.folder);
@@ -438,8 +435,7 @@ TEST_F(BadInputTest, VeryLongNamesFailTheSecondCheck) {
   EXPECT_EQ((ErrorRecord{8, {"/Applications", std::string(300, 'n') + ".app"}}), errorRecord());
 }
 
-// --- Bytes that are no UTF-8
-// -----------------------------------------------------------------------
+// --- Bytes that are no UTF-8 ---------------------------------------------------------------------
 
 TEST_F(BadInputTest, DestinationThatIsNoUtf8IsUsedAsItStands) {
   Instance odd{"/Appl\xFF\xFE/Quillmere.app"};
@@ -492,8 +488,7 @@ TEST_F(BadInputTest, TraceOfBytesThatAreNoUtf8StaysLineByLine) {
   EXPECT_THAT(*_sandbox.readFile(kTrace), Not(HasSubstr("\x1B")));
 }
 
-// --- A full or failing disk
-// ------------------------------------------------------------------------
+// --- A full or failing disk ----------------------------------------------------------------------
 
 class FullDiskTest : public BadInputTest {
  protected:

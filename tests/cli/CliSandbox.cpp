@@ -33,8 +33,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// --- The namespace of the whole test program
-// -------------------------------------------------------
+// --- The namespace of the whole test program -----------------------------------------------------
 
 struct World {
   std::string folder;  // a file system in memory, seen by this process alone
@@ -102,8 +101,7 @@ class WorldEnvironment : public ::testing::Environment {
 
 const auto* const kEnvironment = ::testing::AddGlobalTestEnvironment(new WorldEnvironment);
 
-// --- One run: mounts, process 1, the program
-// -------------------------------------------------------
+// --- One run: mounts, process 1, the program -----------------------------------------------------
 
 [[noreturn]] void giveUp(const std::string& what) {
   const std::string line = "sandbox: " + what + ": " + strerror(errno) + "\n";

@@ -148,8 +148,7 @@ TEST_F(CollectionTest, CollectionComesLast) {
   EXPECT_EQ("java", _sandbox.children().back().role);
 }
 
-// --- Product version
-// -------------------------------------------------------------------------------
+// --- Product version -----------------------------------------------------------------------------
 
 TEST_F(CollectionTest, WithoutApplicationVersionAStampStandsIn) {
   installJava();
@@ -217,8 +216,7 @@ TEST_F(CollectionTest, EmptyVersionIsPassedOn) {
   EXPECT_EQ("", java().arguments.at(5));
 }
 
-// --- Missing tool
-// ----------------------------------------------------------------------------------
+// --- Missing tool --------------------------------------------------------------------------------
 
 TEST_F(CollectionTest, MissingToolIsOneInfoLineAndNoLaunch) {
   installJava();
@@ -247,8 +245,7 @@ TEST_F(CollectionTest, UnknownHomeIsToldAsNull) {
   EXPECT_THAT(_sandbox.children("java"), IsEmpty());
 }
 
-// --- Finding Java
-// ----------------------------------------------------------------------------------
+// --- Finding Java --------------------------------------------------------------------------------
 
 TEST_F(CollectionTest, PluginComesBeforeTheTool) {
   installJava();
@@ -403,8 +400,7 @@ TEST_F(CollectionTest, JavaThatCannotBeStartedIsLoggedAndChangesNothing) {
   EXPECT_THAT(_sandbox.texts("Error"), ElementsAre(HasSubstr("/java/bin/java")));
 }
 
-// --- Workspace without given data
-// ------------------------------------------------------------------
+// --- Workspace without given data ----------------------------------------------------------------
 
 // With an unknown product the collection has a data folder neither given nor derived.
 TEST_F(CollectionTest, WorkspaceOfAServiceWithDataIsNeverTheLaunchers) {

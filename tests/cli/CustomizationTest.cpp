@@ -24,8 +24,7 @@ class CustomizationTest : public InstallerTest {
   }
 };
 
-// --- Plug-in customization
-// -------------------------------------------------------------------------
+// --- Plug-in customization -----------------------------------------------------------------------
 
 TEST_F(CustomizationTest, HotfixWinsAndTheRestStays) {
   customize("a=1\nb=2\n", "b=3\nc=4\n");
@@ -113,8 +112,7 @@ TEST_F(CustomizationTest, RewrittenFileKeepsOneName) {
     EXPECT_THAT(name, Not(StartsWith(".")));
 }
 
-// --- Key stores
-// ------------------------------------------------------------------------------------
+// --- Key stores ----------------------------------------------------------------------------------
 
 class KeyStoreTest : public CustomizationTest {
  protected:
@@ -232,8 +230,7 @@ TEST_F(KeyStoreTest, SourceThatIsTheDeployFolderItselfLosesThem) {
   EXPECT_THAT(keyStores(), IsEmpty());
 }
 
-// --- Extras
-// ----------------------------------------------------------------------------------------
+// --- Extras --------------------------------------------------------------------------------------
 
 class ExtrasTest : public CustomizationTest {
  protected:
@@ -375,8 +372,7 @@ TEST_F(ExtrasTest, NamesThatAreNoUtf8AreCopied) {
   EXPECT_EQ("bytes", _sandbox.readFile(_instance.deploy("extras/\xFF\xFE")));
 }
 
-// --- Permissions
-// -----------------------------------------------------------------------------------
+// --- Permissions ---------------------------------------------------------------------------------
 
 class PermissionsTest : public InstallerTest {
  protected:

@@ -24,8 +24,7 @@ class EntryTest : public InstallerTest {
   }
 };
 
-// --- Arguments
-// -------------------------------------------------------------------------------------
+// --- Arguments -----------------------------------------------------------------------------------
 
 class FewArgumentsTest : public InstallerTest,
                          public ::testing::WithParamInterface<std::vector<std::string>> {};
@@ -118,8 +117,7 @@ TEST_F(EntryTest, OptionBeforeThePackageIsNoOption) {
   EXPECT_EQ((ErrorRecord{8, {"/x"}}), errorRecord());
 }
 
-// --- Package and bundle
-// ----------------------------------------------------------------------------
+// --- Package and bundle --------------------------------------------------------------------------
 
 TEST_F(EntryTest, MissingListFailsWithTheDestinationAlone) {
   _sandbox.remove(_package.list());
@@ -220,8 +218,7 @@ TEST_F(EntryTest, RelativePathsWork) {
   EXPECT_EQ("1.5", recorded("hotfixVersion"));
 }
 
-// --- Registered products
-// ---------------------------------------------------------------------------
+// --- Registered products -------------------------------------------------------------------------
 
 class RegisteredTest : public InstallerTest {
  protected:
@@ -418,8 +415,7 @@ TEST_F(RegisteredTest, MissingAllowMultiInstanceConsultsTheRegistration) {
   EXPECT_EQ(0, install().status);
 }
 
-// --- The list's forms
-// ------------------------------------------------------------------------------
+// --- The list's forms ----------------------------------------------------------------------------
 
 TEST_F(EntryTest, BinaryListIsRead) {
   _sandbox.writeFile(_package.list(), binaryList(ListValue::dictionary(_package.preferences)));
@@ -471,8 +467,7 @@ TEST_F(EntryTest, NamesBeyondAsciiAreTaken) {
   EXPECT_EQ("1.5", listAt(other.info()).stringAt("hotfixVersion"));
 }
 
-// --- Trace file and checks
-// -------------------------------------------------------------------------
+// --- Trace file and checks -----------------------------------------------------------------------
 
 TEST_F(EntryTest, ChecksStopAtTheFirstThatFails) {
   _sandbox.remove(_instance.deploy("install.xml"));

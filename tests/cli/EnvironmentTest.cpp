@@ -150,8 +150,7 @@ TEST_F(EnvironmentTest, OutputThatNobodyReadsDoesNotEndTheRun) {
   EXPECT_EQ("1.5", recorded("hotfixVersion"));
 }
 
-// --- Another user than root
-// ------------------------------------------------------------------------
+// --- Another user than root ----------------------------------------------------------------------
 
 class OrdinaryUserTest : public EnvironmentTest {
  protected:
@@ -230,8 +229,7 @@ TEST_F(OrdinaryUserTest, ReadsItsOwnLocale) {
   EXPECT_EQ("de_DE", _sandbox.children("rcplauncher").at(0).arguments.at(6));
 }
 
-// --- Two runs at once
-// ------------------------------------------------------------------------------
+// --- Two runs at once ----------------------------------------------------------------------------
 
 class TwoRunsTest : public EnvironmentTest {
  protected:

@@ -122,8 +122,7 @@ TEST_F(ErrorChannelTest, FailedProvisioningLeavesCodeZeroAndNoMarker) {
   EXPECT_FALSE(_sandbox.exists(kMarker));
 }
 
-// --- Marker
-// ----------------------------------------------------------------------------------------
+// --- Marker --------------------------------------------------------------------------------------
 
 TEST_F(ErrorChannelTest, MarkerIsEmptyAndOpenToEverybody) {
   failCheck();

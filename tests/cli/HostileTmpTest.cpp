@@ -48,8 +48,7 @@ class HostileTmpTest : public InstallerTest {
   }
 };
 
-// --- Trace file
-// ------------------------------------------------------------------------------------
+// --- Trace file ----------------------------------------------------------------------------------
 
 TEST_F(HostileTmpTest, LinkInTheTracesPlaceIsReplaced) {
   _sandbox.makeLink(kTrace, kPrecious);
@@ -96,8 +95,7 @@ TEST_F(HostileTmpTest, PipeInTheTracesPlaceIsReplaced) {
   EXPECT_TRUE(_sandbox.isRegular(kTrace));
 }
 
-// --- Marker
-// ----------------------------------------------------------------------------------------
+// --- Marker --------------------------------------------------------------------------------------
 
 TEST_F(HostileTmpTest, LinkInTheMarkersPlaceIsReplaced) {
   failCheck();
@@ -148,8 +146,7 @@ TEST_F(HostileTmpTest, PipeInTheMarkersPlaceIsReplaced) {
   EXPECT_TRUE(_sandbox.isRegular(kMarker));
 }
 
-// --- Pasteboard
-// ------------------------------------------------------------------------------------
+// --- Pasteboard ----------------------------------------------------------------------------------
 
 TEST_F(HostileTmpTest, LinkInThePasteboardsPlaceIsReplaced) {
   _sandbox.makeLink(kPasteboard, kPrecious);
@@ -178,8 +175,7 @@ TEST_F(HostileTmpTest, ForeignPasteboardIsReplacedByOurs) {
   EXPECT_EQ((ErrorRecord{0, {}}), errorRecord());
 }
 
-// --- Configuration
-// ---------------------------------------------------------------------------------
+// --- Configuration -------------------------------------------------------------------------------
 
 TEST_F(HostileTmpTest, ConfigurationOfRootCounts) {
   writeConfiguration(kConfiguration);
@@ -245,8 +241,7 @@ TEST_F(HostileTmpTest, DamagedConfigurationIsKept) {
   EXPECT_EQ("damaged", _sandbox.readFile(kConfiguration));
 }
 
-// --- The rest
-// --------------------------------------------------------------------------------------
+// --- The rest ------------------------------------------------------------------------------------
 
 TEST_F(HostileTmpTest, StalePanelFileThatIsALinkIsRemovedAsALink) {
   _sandbox.makeLink("/tmp/qlm.config", kPrecious);
@@ -273,8 +268,7 @@ TEST_F(HostileTmpTest, MissingTmpIsSurvived) {
   EXPECT_EQ(0, install().status);
 }
 
-// --- The instance, which its user can write
-// --------------------------------------------------------
+// --- The instance, which its user can write ------------------------------------------------------
 
 TEST_F(HostileTmpTest, LinksInTheInstanceAreReplacedNotWrittenThrough) {
   for (const std::string& path :

@@ -39,8 +39,7 @@ class InstanceTest : public InstallerTest {
   }
 };
 
-// --- Staging
-// ---------------------------------------------------------------------------------------
+// --- Staging -------------------------------------------------------------------------------------
 
 TEST_F(InstanceTest, StagingFolderIsCopiedToTheNewLocation) {
   nameNewLocation("/opt/new");
@@ -138,8 +137,7 @@ TEST_F(InstanceTest, UnknownHomeStillLogsTheStagingAttempt) {
   EXPECT_EQ(2, count("Can not copy to newInstallLocation because its nil!"));
 }
 
-// --- Manifests
-// -------------------------------------------------------------------------------------
+// --- Manifests -----------------------------------------------------------------------------------
 
 TEST_F(InstanceTest, UpdateManifestIsResolvedAndRewritten) {
   ASSERT_EQ(0, install().status);
@@ -215,8 +213,7 @@ TEST_F(InstanceTest, InstallManifestLostMeanwhileIsNotBackedUp) {
   EXPECT_FALSE(_sandbox.exists(_instance.deploy("install.0101200000.xml")));
 }
 
-// --- Backups
-// ---------------------------------------------------------------------------------------
+// --- Backups -------------------------------------------------------------------------------------
 
 TEST_F(InstanceTest, BackupIsNamedAfterTheVersionBeforeTheStamp) {
   ASSERT_EQ(0, install().status);
@@ -279,8 +276,7 @@ TEST_F(InstanceTest, DoubledRunBacksUpUnderTheFirstStampToo) {
   EXPECT_TRUE(watch.covers(stamps[0]));
 }
 
-// --- Stamps
-// ----------------------------------------------------------------------------------------
+// --- Stamps --------------------------------------------------------------------------------------
 
 TEST_F(InstanceTest, NewManifestVersionIsStampedAndOthersAreKept) {
   const StampWatch watch;

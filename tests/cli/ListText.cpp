@@ -73,8 +73,7 @@ void appendXml(const ListValue& value, std::string& into) {
   into += "</" + value.kind + ">\n";
 }
 
-// --- Binary
-// ----------------------------------------------------------------------------------------
+// --- Binary --------------------------------------------------------------------------------------
 
 class BinaryWriter {
  public:
@@ -153,8 +152,7 @@ class BinaryWriter {
   std::vector<std::string> _objects;
 };
 
-// --- Reading
-// ---------------------------------------------------------------------------------------
+// --- Reading -------------------------------------------------------------------------------------
 
 std::optional<ListValue> valueOf(const XmlNode& element);
 

@@ -282,8 +282,7 @@ INSTANTIATE_TEST_SUITE_P(
         Manifest{"Nulls", std::string("<m>\0</m>", 8)}, Manifest{"NumberName", "<1/>"}),
     CaseName());
 
-// --- Form
-// ------------------------------------------------------------------------------------------
+// --- Form ----------------------------------------------------------------------------------------
 
 TEST_F(ManifestTest, OneLineIsSpreadOverMany) {
   EXPECT_EQ(0, installManifest("<m><domain-object><object-data><install><installfeature/></install>"
@@ -457,8 +456,7 @@ TEST_F(ManifestTest, RemovalManifestIsCopiedUnparsed) {
             _sandbox.children("rcplauncher").at(0).fileAt(_instance.deploy("install.update.xml")));
 }
 
-// --- Generated manifests
-// ---------------------------------------------------------------------------
+// --- Generated manifests -------------------------------------------------------------------------
 
 class ManifestGenerator {
  public:

@@ -156,8 +156,7 @@ TEST_F(PropertiesFileTest, MergedFileKeepsTheOrderOfFirstSight) {
   EXPECT_EQ("z=1\na=2\nm=4\ny=5\nb=6\n", _sandbox.readFile(_instance.customization()));
 }
 
-// --- Generated texts
-// -------------------------------------------------------------------------------
+// --- Generated texts -----------------------------------------------------------------------------
 
 class TextGenerator {
  public:

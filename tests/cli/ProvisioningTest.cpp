@@ -155,8 +155,7 @@ INSTANTIATE_TEST_SUITE_P(
                       Sites{"Unicode", "/\xC3\xA9", "/\xC3\xA9"}, Sites{"Slash", "/", "/"}),
     CaseName());
 
-// --- Locale
-// ----------------------------------------------------------------------------------------
+// --- Locale --------------------------------------------------------------------------------------
 
 class LocaleTest : public ProvisioningTest {
  protected:
@@ -301,8 +300,7 @@ TEST_F(LocaleTest, IsReadAsTheConsoleUser) {
   expectLocale("en_US");
 }
 
-// --- Surroundings of a start
-// -----------------------------------------------------------------------
+// --- Surroundings of a start ---------------------------------------------------------------------
 
 TEST_F(ProvisioningTest, OutputAndErrorsGoToTheNullDeviceInputIsInherited) {
   ASSERT_EQ(0, install().status);
@@ -405,8 +403,7 @@ TEST_F(ProvisioningTest, RunsFollowOneAnother) {
   EXPECT_EQ("done", launches().at(1).fileAt("/tmp/first"));
 }
 
-// --- The result file
-// -------------------------------------------------------------------------------
+// --- The result file -----------------------------------------------------------------------------
 
 struct Result {
   const char* name;
@@ -534,8 +531,7 @@ TEST_F(ProvisioningTest, FolderLeftAsResultIsAFailure) {
   EXPECT_EQ(1, install().status);
 }
 
-// --- A launcher that cannot be started
-// -------------------------------------------------------------
+// --- A launcher that cannot be started -----------------------------------------------------------
 
 TEST_F(ProvisioningTest, MissingLauncherIsLoggedAndTheRunGoesOn) {
   _sandbox.remove(_instance.launcher());

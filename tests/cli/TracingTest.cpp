@@ -108,8 +108,7 @@ TEST_F(TracingTest, WorkspaceLineIsFollowedByNoEmptyOne) {
   EXPECT_THAT(*(found + 1), StartsWith("The pathToRcphome is: "));
 }
 
-// --- Running
-// ---------------------------------------------------------------------------------------
+// --- Running -------------------------------------------------------------------------------------
 
 TEST_F(TracingTest, EveryProcessWithAnExecutableIsListed) {
   _sandbox.copyChildProgram("/opt/one");

@@ -178,8 +178,7 @@ TEST_F(UninstallTest, IdentifierIsPassedAsItStands) {
               ElementsAre("--forget", "--all; rm \"x\" $(y)"));
 }
 
-// --- Permissions
-// -----------------------------------------------------------------------------------
+// --- Permissions ---------------------------------------------------------------------------------
 
 TEST_F(UninstallTest, SuccessRestoresTheDataFolderOnly) {
   _sandbox.setMode(_instance.customization(), 0600);
@@ -214,8 +213,7 @@ TEST_F(UninstallTest, FailureRestoresNothing) {
   EXPECT_EQ(0600u, _sandbox.mode(_instance.data() + "/log.txt"));
 }
 
-// --- Failures
-// --------------------------------------------------------------------------------------
+// --- Failures ------------------------------------------------------------------------------------
 
 TEST_F(UninstallTest, MissingManifestIsToldTwiceAndTheInstallGoesOn) {
   _sandbox.remove(_instance.deploy("uninstall.hotfix.xml"));

@@ -161,8 +161,7 @@ TEST_F(VersionGateTest, BinaryInstallInfoIsReadAndWrittenAsXml) {
   EXPECT_EQ("caf\xC3\xA9", info.stringAt("name"));
 }
 
-// --- Policy
-// ----------------------------------------------------------------------------------------
+// --- Policy --------------------------------------------------------------------------------------
 
 struct Policy {
   const char* name;

@@ -28,8 +28,7 @@ class WorkflowTest : public InstallerTest {
   }
 };
 
-// --- Order
-// -----------------------------------------------------------------------------------------
+// --- Order ---------------------------------------------------------------------------------------
 
 TEST_F(WorkflowTest, NothingOfTheHotfixIsThereBeforeTheUntouchedInstancesRun) {
   const auto before = _sandbox.tree(_instance.home());
@@ -83,8 +82,7 @@ TEST_F(WorkflowTest, RecordsOfTheInstallComeAfterTheHotfixRun) {
   EXPECT_EQ("com.kiv.hotfix.fifteen", info.stringAt("installedHotfixBundleID"));
 }
 
-// --- Defaults and variables
-// ------------------------------------------------------------------------
+// --- Defaults and variables ----------------------------------------------------------------------
 
 TEST_F(WorkflowTest, OwnManifestMovesKeyStoreAndExtrasAlong) {
   _package.set("pathToHotfixManifest", "/x/y/install.hotfix.xml");
@@ -178,8 +176,7 @@ TEST_F(WorkflowTest, PackagePathWithATrailingSlashWorks) {
   EXPECT_EQ("com.kiv.hotfix.fifteen", recorded("installedHotfixBundleID"));
 }
 
-// --- Failures
-// --------------------------------------------------------------------------------------
+// --- Failures ------------------------------------------------------------------------------------
 
 TEST_F(WorkflowTest, MissingManifestStopsBeforeAnythingElse) {
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
@@ -270,8 +267,7 @@ TEST_F(WorkflowTest, FailedProvisioningStillRestoresPermissions) {
   EXPECT_EQ(0775u, _sandbox.mode(_instance.customization()));
 }
 
-// --- The doubled run
-// -------------------------------------------------------------------------------
+// --- The doubled run -----------------------------------------------------------------------------
 
 class DoubledRunTest : public WorkflowTest {
  protected:
@@ -366,8 +362,7 @@ TEST_F(DoubledRunTest, LeavesTheSameInstanceAsASingleOne) {
   EXPECT_EQ("com.kiv.hotfix.fifteen", recorded("installedHotfixBundleID"));
 }
 
-// --- Result panel
-// ----------------------------------------------------------------------------------
+// --- Result panel --------------------------------------------------------------------------------
 
 TEST_F(WorkflowTest, ConfigurationNamesDataAndHome) {
   ASSERT_EQ(0, installWithData("/Users/alice/ws").status);
@@ -421,8 +416,7 @@ TEST_F(WorkflowTest, StalePanelFileStaysWhenACheckFails) {
   EXPECT_EQ("old", _sandbox.readFile("/tmp/qlm.config"));
 }
 
-// --- Recorded bundle identifier
-// --------------------------------------------------------------------
+// --- Recorded bundle identifier ------------------------------------------------------------------
 
 TEST_F(WorkflowTest, PackageWithoutInfoListRecordsNoIdentifier) {
   _sandbox.remove(_package.folder + "/Contents/Info.plist");

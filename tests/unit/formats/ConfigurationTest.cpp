@@ -157,8 +157,7 @@ TEST_F(ConfigurationTest, UnreadableFileTakesNothingAndStaysAsItIs) {
   EXPECT_EQ(_sandbox.read(kFile), "<plist>");
 }
 
-// --- Cleaning up
-// ----------------------------------------------------------------------------------------
+// --- Cleaning up ---------------------------------------------------------------------------------
 
 TEST_F(ConfigurationTest, CleanupRemovesFileAndValues) {
   _sandbox.writePlist(kFile, {{"a", "1"}});
@@ -211,8 +210,7 @@ TEST_F(ConfigurationTest, CleanupRemovesALinkAndNotItsTarget) {
   EXPECT_TRUE(_sandbox.exists("tmp/target"));
 }
 
-// --- Whose file counts
-// ----------------------------------------------------------------------------------
+// --- Whose file counts ---------------------------------------------------------------------------
 
 TEST_F(ConfigurationTest, FilesOfRootEffectiveAndConsoleUserCount) {
   _sandbox.writePlist(kFile, {{"a", "1"}});

@@ -23,8 +23,7 @@ class PropertiesTest : public ::testing::Test {
   test::Sandbox _sandbox;
 };
 
-// --- Without a file
-// -----------------------------------------------------------------------------------
+// --- Without a file ------------------------------------------------------------------------------
 
 TEST_F(PropertiesTest, NewStoreIsEmptyAndTakesValues) {
   Properties properties;
@@ -63,8 +62,7 @@ TEST_F(PropertiesTest, NamedFileIsNotRemembered) {
   EXPECT_EQ(_sandbox.readPlist("tmp/a.plist"), Dictionary());
 }
 
-// --- A missing file
-// -----------------------------------------------------------------------------------
+// --- A missing file ------------------------------------------------------------------------------
 
 TEST_F(PropertiesTest, MissingFileGivesAStoreThatHoldsNothing) {
   Properties properties(_sandbox.path("tmp/missing.plist"));
@@ -95,8 +93,7 @@ TEST_F(PropertiesTest, MissingFileAndDanglingLinkAreNoNews) {
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
-// --- A file that is there
-// -----------------------------------------------------------------------------
+// --- A file that is there ------------------------------------------------------------------------
 
 TEST_F(PropertiesTest, ValuesOfTheFileAreRead) {
   Properties properties(_sandbox.writePlist("tmp/a.plist", {{"a", "1"}, {"b", ""}}));
@@ -197,8 +194,7 @@ TEST_F(PropertiesTest, RefusingDiskIsNotReportedAndKeepsTheFile) {
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
-// --- "~"
-// ------------------------------------------------------------------------------------------------
+// --- "~" -----------------------------------------------------------------------------------------
 
 TEST_F(PropertiesTest, TildeIsTheHomeFolderWhenReadAndWhenSaved) {
   _sandbox.users().variables["HOME"] = _sandbox.path("tmp");
@@ -214,8 +210,7 @@ TEST_F(PropertiesTest, TildeIsTheHomeFolderWhenReadAndWhenSaved) {
   EXPECT_EQ(_sandbox.readPlist("tmp/b.plist"), (Dictionary{{"a", "2"}}));
 }
 
-// --- A file that is no dictionary list
-// ------------------------------------------------------------------
+// --- A file that is no dictionary list -----------------------------------------------------------
 
 class UnreadableProperties : public PropertiesTest {
  protected:

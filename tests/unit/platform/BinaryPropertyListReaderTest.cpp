@@ -22,8 +22,7 @@ std::optional<Value> readSingle(const std::string& single) {
   return readBinary(BinaryList{{single}}.bytes());
 }
 
-// --- One object
-// -----------------------------------------------------------------------------------
+// --- One object ----------------------------------------------------------------------------------
 
 struct ReadableObject {
   std::string name;
@@ -188,8 +187,7 @@ TEST(BinaryPropertyListReaderTest, RealsKeepEverySpecialValue) {
   EXPECT_TRUE(std::isnan(*nan->as<double>()));
 }
 
-// --- Containers
-// -----------------------------------------------------------------------------------
+// --- Containers ----------------------------------------------------------------------------------
 
 TEST(BinaryPropertyListReaderTest, ArrayHoldsItsItemsInOrder) {
   const BinaryList list{{object(0xA3, "\x02\x01\x02"), asciiObject("a"), asciiObject("b")}};
@@ -278,8 +276,7 @@ TEST(BinaryPropertyListReaderTest, ReferencesOfSeveralBytesUseAllOfThem) {
   EXPECT_EQ(readBinary(list.bytes()), Value(Array{true}));
 }
 
-// --- The frame of the file
-// --------------------------------------------------------------------------
+// --- The frame of the file -----------------------------------------------------------------------
 
 std::string framed(std::string_view objects, std::string_view offsets, std::string_view trailer) {
   return std::string("bplist00").append(objects).append(offsets).append(trailer);
@@ -372,8 +369,7 @@ TEST(BinaryPropertyListReaderTest, ContentMustNotReachIntoTheTable) {
   EXPECT_EQ(readBinary(framed("\x51z", "\x08", BinaryList().trailer(1, 10))), Value("z"));
 }
 
-// --- Bounds
-// -----------------------------------------------------------------------------------------
+// --- Bounds --------------------------------------------------------------------------------------
 
 TEST(BinaryPropertyListReaderTest, ObjectThatHoldsItselfIsUnreadable) {
   EXPECT_EQ(readBinary(BinaryList{{object(0xA1, "\x00"sv)}}.bytes()), std::nullopt);

@@ -248,8 +248,7 @@ TEST_F(PropertyListJudgeTest, DatesOfPythonKeepThePartOfASecondInMemoryOnly) {
   EXPECT_EQ(serialize(*read), test::xmlList("<date>2001-01-01T00:00:01Z</date>"));
 }
 
-// --- Models and faults
-// ----------------------------------------------------------------------------------
+// --- Models and faults ---------------------------------------------------------------------------
 
 TEST(PropertyListModelTest, BinaryListsOfEverySizeAreReadAsTheyWereMeant) {
   test::RandomValues random(4);

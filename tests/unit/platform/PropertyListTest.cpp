@@ -18,8 +18,7 @@ using test::BinaryList;
 using test::object;
 using test::xmlList;
 
-// --- Values
-// -------------------------------------------------------------------------------------------
+// --- Values --------------------------------------------------------------------------------------
 
 TEST(PropertyListValueTest, IntegersThatFitAreSigned) {
   const Value value(std::uint64_t{9223372036854775807U});
@@ -44,8 +43,7 @@ TEST(PropertyListValueTest, TypesTellValuesApart) {
   EXPECT_EQ(Value(1).as<std::string>(), nullptr);
 }
 
-// --- Looking up
-// -----------------------------------------------------------------------------------------
+// --- Looking up ----------------------------------------------------------------------------------
 
 TEST(PropertyListLookupTest, OnlyTextsAreTexts) {
   const Dictionary dictionary{{"text", "a"}, {"empty", ""}, {"number", 1}, {"flag", true}};
@@ -110,8 +108,7 @@ TEST(PropertyListLookupTest, MissingTruthIsFalse) {
   EXPECT_FALSE(booleanForKey({{"k", true}}, "other"));
 }
 
-// --- Reading and writing memory
-// ---------------------------------------------------------------------------
+// --- Reading and writing memory ------------------------------------------------------------------
 
 TEST(PropertyListParseTest, BothFormsAreRead) {
   EXPECT_EQ(parse(xmlList("<true/>")), Value(true));
@@ -208,8 +205,7 @@ TEST(PropertyListSerializeTest, ReferencesOfBinaryListsSurviveTheRewrite) {
   EXPECT_EQ(parse(*bytes), Value(Dictionary{{"k", Uid{9}}}));
 }
 
-// --- Files
-// --------------------------------------------------------------------------------------------------
+// --- Files ---------------------------------------------------------------------------------------
 
 class PropertyListFileTest : public ::testing::Test {
  protected:

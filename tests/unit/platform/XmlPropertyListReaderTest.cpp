@@ -20,8 +20,7 @@ const std::int64_t kLowest = std::numeric_limits<std::int64_t>::min();
 const std::int64_t kHighestSigned = std::numeric_limits<std::int64_t>::max();
 const std::uint64_t kHighest = std::numeric_limits<std::uint64_t>::max();
 
-// --- Elements
-// ---------------------------------------------------------------------------------------
+// --- Elements ------------------------------------------------------------------------------------
 
 struct ReadableElement {
   std::string name;
@@ -218,8 +217,7 @@ TEST(XmlPropertyListReaderTest, LaterOfTwoEqualKeysWinsAtTheFirstPlace) {
   EXPECT_EQ(value->as<Dictionary>()->size(), 2U);
 }
 
-// --- The document
-// -----------------------------------------------------------------------------------
+// --- The document --------------------------------------------------------------------------------
 
 struct Document {
   std::string name;
@@ -306,8 +304,7 @@ INSTANTIATE_TEST_SUITE_P(
     }),
     [](const auto& test) { return test.param.name; });
 
-// --- Encodings
-// ----------------------------------------------------------------------------------------
+// --- Encodings -----------------------------------------------------------------------------------
 
 // The UTF-8 text in another encoding, without a mark of its byte order.
 std::string encoded(std::string text, const char* encoding) {
@@ -384,8 +381,7 @@ TEST(XmlPropertyListReaderTest, CharactersThatAnEncodingLacksMakeTheListUnreadab
   EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
 }
 
-// --- Bounds
-// -------------------------------------------------------------------------------------------
+// --- Bounds --------------------------------------------------------------------------------------
 
 std::string repeated(std::string_view text, std::size_t times) {
   std::string whole;
