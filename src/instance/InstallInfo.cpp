@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "formats/Properties.h"
 #include "instance/InstanceLayout.h"
 #include "instance/InstanceService.h"
@@ -38,8 +40,7 @@ std::optional<std::string> InstanceService::getBaseVersion() const {
   std::optional<std::string> best;
   for (const std::string& name : *names) {
     if (!name.starts_with(InstanceLayout::kBasePlugin)) continue;
-    const std::string version = versionInName(name);
-    if (!best || version > *best) best = version;
+    best = std::max(best, std::optional(versionInName(name)));
   }
   return best;
 }

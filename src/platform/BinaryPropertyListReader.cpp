@@ -65,7 +65,7 @@ std::optional<std::string> textFromUtf16(std::string_view bytes) {
       continue;
     }
     at += 2;
-    const std::uint64_t low = at < bytes.size() ? bigEndian(bytes.substr(at, 2)) : 0;
+    const std::uint64_t low = bigEndian(bytes.substr(at, 2));  // 0 behind the end
     if (!isLowHalf(low)) return std::nullopt;
     appendUtf8(static_cast<char32_t>(0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00)), text);
   }
@@ -116,7 +116,7 @@ class Reader {
     std::uint64_t body;   // where the content begins
   };
 
-  // Counts visits before they are made, so that nothing is reserved beyond the bound.
+  // Counts visits before they are made, so that nothing is built beyond the bound.
   bool visit(std::uint64_t count) {
     if (count > kMaximumObjects - _visited) return false;
     _visited += count;
@@ -302,7 +302,6 @@ class Reader {
     const std::optional<std::string_view> items = references(head.body, head.count);
     if (!items) return std::nullopt;
     Array array;
-    array.reserve(head.count);
     for (std::uint64_t place = 0; place < head.count; ++place) {
       std::optional<Value> value = object(reference(*items, place));
       if (!value) return std::nullopt;

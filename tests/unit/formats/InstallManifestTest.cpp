@@ -4,6 +4,7 @@
 #include <libxml/tree.h>
 
 #include <cerrno>
+#include <optional>
 
 #include "formats/ManifestFeatures.h"
 #include "formats/XmlDocument.h"
@@ -54,8 +55,7 @@ class InstallManifestTest : public ::testing::Test {
   test::Sandbox _sandbox;
 };
 
-// --- Which features
-// -----------------------------------------------------------------------------------
+// --- Which features ------------------------------------------------------------------------------
 
 TEST_F(InstallManifestTest, RootIsReplacedInEveryFeatureOnThePath) {
   EXPECT_EQ(rewritten(R"(<?xml version="1.0" encoding="UTF-8"?>
@@ -157,8 +157,7 @@ TEST_F(InstallManifestTest, RootElementMayHaveAnyName) {
               ElementsAre(Says(LogLevel::error, "Not able to get domain-object element")));
 }
 
-// --- Missing levels
-// -----------------------------------------------------------------------------------
+// --- Missing levels ------------------------------------------------------------------------------
 
 struct MissingLevel {
   std::string name;
@@ -230,8 +229,7 @@ TEST_F(InstallManifestTest, DocumentWithoutRootElementIsNamed) {
   EXPECT_THAT(_sandbox.log(), ElementsAre(Says(LogLevel::error, "Not able to get root element")));
 }
 
-// --- The value of "url"
-// -------------------------------------------------------------------------------
+// --- The value of "url" --------------------------------------------------------------------------
 
 TEST_F(InstallManifestTest, PlaceholderIsReplacedWhereverItStands) {
   EXPECT_EQ(rewrittenFeature("<feature url='${installer.root}'/>"),
@@ -295,8 +293,7 @@ TEST_F(InstallManifestTest, RootThatXmlCannotTellIsNotSaved) {
   EXPECT_EQ(_sandbox.read(kManifest), manifest);
 }
 
-// --- Entity references in "url"
-// -----------------------------------------------------------------------
+// --- Entity references in "url" ------------------------------------------------------------------
 
 std::string withEntities(std::string_view entities, std::string_view manifest) {
   return std::string("<!DOCTYPE m [").append(entities).append("]>").append(manifest);
@@ -375,8 +372,7 @@ TEST_F(UrlEntities, AreWrittenOutUpToAMebibyteAndStayBeyondIt) {
   EXPECT_EQ(rewrittenUrl(declared(most), "${installer.root}&e;"), "file:/pkg&e;");
 }
 
-// --- What survives
-// --------------------------------------------------------------------------------------
+// --- What survives -------------------------------------------------------------------------------
 
 TEST_F(InstallManifestTest, EverythingElseSurvives) {
   const std::string document = R"(<?xml version="1.0" encoding="UTF-8" standalone="no"?>
@@ -416,8 +412,7 @@ TEST_F(InstallManifestTest, StandaloneIsKept) {
             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<m/>\n");
 }
 
-// --- Layout
-// ---------------------------------------------------------------------------------------------
+// --- Layout --------------------------------------------------------------------------------------
 
 TEST_F(InstallManifestTest, OneLineIsIndented) {
   EXPECT_EQ(reformatted("<m><a><b/></a><!--c--><?d e?></m>"),
@@ -467,8 +462,7 @@ TEST_F(InstallManifestTest, PreservingEndsWhereDefaultBegins) {
             "<a>\n  <b space=\"preserve\">\n    <c/>\n  </b>\n</a>\n");
 }
 
-// --- Encodings
-// ------------------------------------------------------------------------------------------
+// --- Encodings -----------------------------------------------------------------------------------
 
 TEST_F(InstallManifestTest, DeclaredEncodingIsKept) {
   EXPECT_EQ(reformatted("<?xml version='1.0' encoding='ISO-8859-1'?><m a='\xE9'>\xDF</m>"),
@@ -510,8 +504,7 @@ TEST_F(InstallManifestTest, Utf16IsKeptWithAndWithoutDeclaration) {
   EXPECT_EQ(reformatted(declared), declared);
 }
 
-// --- Loading and saving
-// ---------------------------------------------------------------------------------
+// --- Loading and saving --------------------------------------------------------------------------
 
 TEST_F(InstallManifestTest, SaveWritesElsewhereAndLeavesTheLoadedFile) {
   const std::string manifest = manifestWith("<feature url='${installer.root}'/>");
@@ -619,6 +612,24 @@ TEST_F(InstallManifestTest, NothingOutsideIsLoaded) {
       "<!DOCTYPE m SYSTEM \"" + outside + "\">\n<m a=\"&who;\">&who;</m>\n";
 
   EXPECT_EQ(reformatted(document), document);
+}
+
+int documentsGone = 0;
+
+void countDocument(xmlNode* node) {
+  documentsGone += node->type == XML_DOCUMENT_NODE;
+}
+
+TEST_F(InstallManifestTest, DocumentEndsWithItsManifest) {
+  const std::string file = _sandbox.write(kManifest, manifestWith("<feature url='u'/>"));
+  std::optional<InstallManifest> manifest(file);
+  xmlDeregisterNodeFunc before = xmlDeregisterNodeDefault(countDocument);
+  documentsGone = 0;
+
+  manifest.reset();
+
+  xmlDeregisterNodeDefault(before);
+  EXPECT_EQ(documentsGone, 1);
 }
 
 TEST_F(InstallManifestTest, NamesOfElementsAreTheAgreedOnes) {
