@@ -32,7 +32,7 @@ std::optional<std::string> executableOf(int table, const char* process) {
   const std::string link = std::string(process) + "/exe";
   std::array<char, PATH_MAX> bytes;
   const ssize_t length = readlinkat(table, link.c_str(), bytes.data(), bytes.size());
-  if (length < 0) return std::nullopt;
+  if (length == -1) return std::nullopt;
   std::string path(bytes.data(), static_cast<std::size_t>(length));
   if (path.ends_with(kDeleted) && isRemoved(table, link))
     path.resize(path.size() - kDeleted.size());

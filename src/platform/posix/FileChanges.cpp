@@ -1,25 +1,26 @@
 #include "platform/posix/FileChanges.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdint>
+#include <limits>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/posix/FileSystemCalls.h"
 #include "platform/posix/Opening.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace installer {
 
 namespace {
 
-constexpr std::size_t kCopyBlock = std::size_t{256} << 10;    // bytes through our own memory
-constexpr std::size_t kKernelBlock = std::size_t{128} << 20;  // bytes in one call of the kernel
+constexpr std::size_t kCopyBlock = std::size_t{256} << 10;  // bytes through our own memory
 
 int answer(int result) {
   return result == 0 ? 0 : errno;
@@ -31,29 +32,21 @@ std::string newTemporaryName() {
   static std::uint64_t count = 0;
   std::uint64_t number = 0;
   (void)::getentropy(&number, sizeof number);
-  return fmt::format("{}{:016x}", FileChanges::kTemporaryPrefix, number + ++count);
-}
-
-ssize_t readBlock(int file, std::vector<char>& block) {
-  ssize_t count = 0;
-  do {
-    count = ::read(file, block.data(), block.size());
-  } while (count < 0 && errno == EINTR);
-  return count;
+  return std::string(FileChanges::kTemporaryPrefix) + std::to_string(number + ++count);
 }
 
 int writeAll(int file, std::string_view bytes) {
   while (!bytes.empty()) {
-    const ssize_t count = ::write(file, bytes.data(), bytes.size());
-    if (count < 0 && errno != EINTR) return errno;
-    if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));
+    const ssize_t count = uninterrupted([&] { return ::write(file, bytes.data(), bytes.size()); });
+    if (count == -1) return errno;
+    bytes.remove_prefix(static_cast<std::size_t>(count));
   }
   return 0;
 }
 
 // Whatever keeps the kernel from copying, the plain loop after it meets and reports.
 void copyInKernel(int from, int to) {
-  while (syscalls::copyRange(from, to, kKernelBlock) > 0) {
+  while (syscalls::copyRange(from, to, std::numeric_limits<int>::max()) > 0) {
   }
 }
 
@@ -96,13 +89,13 @@ int FileChanges::copyBytes(int from, int to) {
 
 int FileChanges::copyInBlocks(int from, int to) {
   _block.resize(kCopyBlock);
-  for (;;) {
-    const ssize_t count = readBlock(from, _block);
-    if (count < 0) return errno;
-    if (count == 0) return 0;
-    const int error = writeAll(to, {_block.data(), static_cast<std::size_t>(count)});
-    if (error != 0) return error;
+  const auto readBlock = [&] { return ::read(from, _block.data(), _block.size()); };
+  while (const ssize_t count = uninterrupted(readBlock)) {
+    if (count == -1) return errno;
+    if (const int error = writeAll(to, {_block.data(), static_cast<std::size_t>(count)}))
+      return error;
   }
+  return 0;
 }
 
 int FileChanges::truncate(int file) {

@@ -9,6 +9,7 @@
 
 #include "platform/posix/Ancestry.h"
 #include "platform/posix/Opening.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace installer {
 
@@ -21,11 +22,7 @@ std::map<FileIdentity, Descriptor>& heldFolders() {
 }
 
 int tryLock(int folder, int operation) {
-  int result = 0;
-  do {
-    result = ::flock(folder, operation);
-  } while (result != 0 && errno == EINTR);
-  return result == 0 ? 0 : errno;
+  return uninterrupted([&] { return ::flock(folder, operation); }) == 0 ? 0 : errno;
 }
 
 bool waitForLock(int folder, void (*onWait)()) {

@@ -28,9 +28,9 @@ std::array<timespec, 2> timesOf(const struct stat& status) {
 }
 
 std::optional<std::string> targetOf(const Entry& link) {
-  std::array<char, PATH_MAX + 1> target{};
+  std::array<char, PATH_MAX> target;
   const ssize_t length = ::readlinkat(link.folder, link.name.c_str(), target.data(), target.size());
-  if (length < 0) return std::nullopt;
+  if (length == -1) return std::nullopt;
   return std::string(target.data(), static_cast<std::size_t>(length));
 }
 

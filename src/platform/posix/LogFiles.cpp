@@ -5,10 +5,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 
 #include "platform/Clock.h"
 #include "platform/posix/TraceLine.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace installer {
 namespace {
@@ -21,8 +21,7 @@ std::string hostName() {
 
 // A line that cannot be written is lost: there is nobody to tell.
 void writeOnce(int descriptor, const std::string& line) {
-  while (::write(descriptor, line.data(), line.size()) < 0 && errno == EINTR) {
-  }
+  (void)uninterrupted([&] { return ::write(descriptor, line.data(), line.size()); });
 }
 
 }  // namespace
@@ -30,7 +29,7 @@ void writeOnce(int descriptor, const std::string& line) {
 LogFiles::LogFiles(Clock& clock) : _clock(clock), _host(hostName()) {}
 
 int LogFiles::add(int descriptor) {
-  if (fcntl(descriptor, F_GETFD) < 0) return -1;
+  if (fcntl(descriptor, F_GETFD) == -1) return -1;
   remove(descriptor);
   _descriptors.push_back(descriptor);
   return 0;

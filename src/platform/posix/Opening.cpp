@@ -4,6 +4,8 @@
 
 #include <cerrno>
 
+#include "platform/posix/Uninterrupted.h"
+
 namespace installer {
 
 namespace {
@@ -61,11 +63,8 @@ Place openPlace(const std::string& path) {
 }
 
 Descriptor openEntry(int folder, const std::string& name, int flags, mode_t mode) {
-  int number = -1;
-  do {
-    number = ::openat(folder, name.c_str(), flags | O_CLOEXEC, mode);
-  } while (number < 0 && errno == EINTR);
-  return Descriptor(number);
+  return Descriptor(
+      uninterrupted([&] { return ::openat(folder, name.c_str(), flags | O_CLOEXEC, mode); }));
 }
 
 Descriptor openFolder(int folder, const std::string& name) {

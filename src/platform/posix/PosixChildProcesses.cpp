@@ -5,11 +5,11 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <system_error>
 
 #include "platform/posix/SpawnSupport.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace installer {
 namespace {
@@ -70,26 +70,18 @@ class Spawn {
 // The wait status of the ended child; -1 when there is no such child.
 int waitFor(pid_t child) {
   int status = -1;
-  while (waitpid(child, &status, 0) < 0)
-    if (errno != EINTR) return -1;
+  (void)uninterrupted([&] { return waitpid(child, &status, 0); });
   return status;
-}
-
-// As read(2), past signals.
-ssize_t readSome(int descriptor, char* bytes, std::size_t size) {
-  ssize_t count = -1;
-  do count = read(descriptor, bytes, size);
-  while (count < 0 && errno == EINTR);
-  return count;
 }
 
 // nullopt when nothing at all comes. What follows the line stays unread or is dropped.
 std::optional<std::string> readLine(int descriptor) {
   std::array<char, kLongestLine> bytes;
   std::string line;
-  while (line.size() < kLongestLine) {
-    const ssize_t count = readSome(descriptor, bytes.data(), kLongestLine - line.size());
-    if (count <= 0) break;
+  for (;;) {
+    const ssize_t count =
+        uninterrupted([&] { return read(descriptor, bytes.data(), kLongestLine - line.size()); });
+    if (count <= 0) break;  // the end, or as many bytes as may be
     line.append(bytes.data(), static_cast<std::size_t>(count));
     const std::size_t end = line.find('\n');
     if (end != std::string::npos) return line.substr(0, end);

@@ -11,7 +11,7 @@ namespace {
 // The lowest free descriptor is handed out first, so each hole is filled by its own open.
 void fillStandardDescriptors() {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
-    if (fcntl(descriptor, F_GETFD) < 0) (void)open("/dev/null", O_RDWR);
+    if (fcntl(descriptor, F_GETFD) == -1) (void)open("/dev/null", O_RDWR);
 }
 
 }  // namespace
