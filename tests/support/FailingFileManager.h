@@ -33,7 +33,8 @@ class FailingFileManager : public PosixFileManager {
     _alwaysError = error;
   }
 
-  // Runs the action just before the next change of this kind, which then goes on.
+  // Runs the action just before the next change of this kind, which then goes on. It may ask
+  // for another.
   void beforeNext(FileOperation operation, std::function<void()> action) {
     _actionKind = operation;
     _action = std::move(action);
@@ -56,7 +57,7 @@ class FailingFileManager : public PosixFileManager {
     _operations.push_back(operation);
     if (_actionKind == operation) {
       _actionKind.reset();
-      _action();
+      std::exchange(_action, nullptr)();
     }
     if (_alwaysKind == operation) return _alwaysError;
     if (_number == _operations.size()) return refuse(_numberError);
