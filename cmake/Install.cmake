@@ -4,6 +4,7 @@ include(CMakePackageConfigHelpers)
 
 # The public headers. They include nothing but one another and the standard library.
 set(HOTFIX_PUBLIC_HEADERS
+    platform/FileError.h
     platform/OrderedDictionary.h
     platform/Path.h
     platform/PropertyList.h

@@ -50,6 +50,6 @@ function(hotfix_add_package_step step)
 endfunction()
 
 foreach(step install headers hardening exports cmake cmake-shared cmake-static pkg-config-shared
-             pkg-config-static)
+             pkg-config-static guide)
   hotfix_add_package_step(${step})
 endforeach()

@@ -5,12 +5,12 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/FileError.h"
 #include "platform/PropertyList.h"
 
 namespace installer {
 
 class JavaProperties;
-struct FileError;
 
 // One installed instance of the platform, through which every change of it goes. A short-lived
 // view: each operation loads the files that it needs, changes them and saves them back.

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/FileError.h"
+
 namespace installer {
 
 // What a copy does when something stands at the destination already, be it a dangling link.
@@ -21,16 +23,6 @@ enum class Intermediates { create, refuse };
 
 // Whether a write takes over owner and mode of the file that it replaces.
 enum class ReplacedFile { takeOver, forget };
-
-// Why an operation failed. `code` follows the platform's numbers where one exists.
-struct FileError {
-  static constexpr int kMissing = 260;  // nothing at the source
-  static constexpr int kExists = 516;   // something at the destination already
-  static constexpr int kOther = 512;
-
-  int code = kOther;
-  std::string description;  // for a log line: what, where, and the system's reason
-};
 
 // Owner, group and mode of a new or changed item. Names are account names.
 struct FileAttributes {

@@ -10,6 +10,7 @@
 #include "formats/Properties.h"
 #include "formats/RegisterFile.h"
 #include "instance/InstanceService.h"
+#include "platform/FileError.h"
 #include "platform/OrderedDictionary.h"
 #include "platform/Path.h"
 #include "platform/PropertyList.h"
@@ -55,6 +56,8 @@ void usePropertyLists() {
 void useWorkflows(const std::string& folder) {
   InstanceService service(folder + "/rcp");
   show("installed", service.hasInstanceInstalled());
+  const FileError error{FileError::kExists, "there already"};
+  show("goes on", service.shouldProceedAfterError(error, "from", "to"));
   show("skip", HotfixPolicy(folder).isSkipRunningCheck());
   show("uninstalled", HotfixUninstall(folder + "/rcp", folder + "/data").uninstallOldHotfix());
   Hotfix hotfix(folder, folder, folder + "/data");
