@@ -91,7 +91,7 @@ std::optional<Trailer> readTrailer(std::string_view bytes) {
   const std::string_view fields = bytes.substr(end);
   const Trailer trailer{bigEndian(fields.substr(6, 1)), bigEndian(fields.substr(7, 1)),
                         bigEndian(fields.substr(8, 8)), bigEndian(fields.substr(16, 8)),
-                        bigEndian(fields.substr(24, 8))};
+                        bigEndian(fields.substr(24))};
   if (!isSize(trailer.offsetSize) || !isSize(trailer.referenceSize)) return std::nullopt;
   if (trailer.table < kHeaderSize || trailer.table > end) return std::nullopt;
   if (trailer.objects > (end - trailer.table) / trailer.offsetSize) return std::nullopt;

@@ -277,7 +277,6 @@ class Parser {
     sax.endElementNs = close;
     sax.characters = text;
     sax.ignorableWhitespace = text;
-    sax.cdataBlock = text;
     sax.entityDecl = refuseEntity;
     sax.unparsedEntityDecl = refuseUnparsedEntity;
     sax.getEntity = refuseReference;

@@ -9,20 +9,13 @@
 
 namespace installer {
 
-namespace {
-
-// What the system says; files that are made when they are read say nothing.
-std::size_t expectedLength(const Descriptor& file) {
-  const auto status = statusOf(file);
-  return status ? static_cast<std::size_t>(status->st_size) : 0;
-}
-
-}  // namespace
-
+// The system's word on the length is where it begins: files that are made when they are read have
+// none.
 std::optional<std::string> readWhole(const Descriptor& file, std::size_t maximum) {
-  const std::size_t expected = expectedLength(file);
-  if (expected > maximum) return std::nullopt;
-  std::string bytes(expected + 1, '\0');  // one more than there is, to meet the end
+  const auto status = statusOf(file);
+  if (!status || static_cast<std::size_t>(status->st_size) > maximum) return std::nullopt;
+  std::string bytes;
+  bytes.resize(static_cast<std::size_t>(status->st_size) + BUFSIZ);
   std::size_t length = 0;
   while (length <= maximum) {
     const ssize_t count = uninterrupted(

@@ -39,6 +39,16 @@ TEST_F(FileManagerWriteTest, ANewFileHasTheBytesAndTheMaskedMode) {
   EXPECT_THAT(pathsIn(snapshot()), ElementsAre("file"));
 }
 
+TEST_F(FileManagerWriteTest, ANameAloneIsInTheWorkingFolder) {
+  const auto folder = std::filesystem::current_path();
+  std::filesystem::current_path(_folder.path());
+
+  EXPECT_TRUE(_files.write("file", "new"));
+
+  std::filesystem::current_path(folder);
+  EXPECT_EQ(_folder.content("file"), "new");
+}
+
 TEST_F(FileManagerWriteTest, ANewFileCanHaveAnExactMode) {
   const CreationMask mask(077);
 

@@ -8,6 +8,7 @@
 #include <limits>
 #include <vector>
 
+#include "support/Memory.h"
 #include "support/XmlList.h"
 
 namespace installer::PropertyList {
@@ -434,6 +435,17 @@ TEST(XmlPropertyListReaderTest, KeysCountAsObjects) {
 
   EXPECT_EQ(readXml(xmlList("<dict>" + entries + "</dict>")), std::nullopt);
   EXPECT_EQ(readXml("<dict>" + entries.substr(13) + "</dict>"), Value(Dictionary{{"", true}}));
+}
+
+TEST(XmlPropertyListReaderTest, NothingStaysInMemory) {
+  const std::string list = xmlList("<string>text</string>");
+  const std::string declaring = "<!DOCTYPE plist [<!ENTITY who 'one'>]>" + list;
+  const std::string damaged = list.substr(0, list.size() / 2);
+
+  EXPECT_LT(test::bytesKeptBy([&] {
+              for (const std::string& bytes : {list, declaring, damaged}) (void)readXml(bytes);
+            }),
+            1000);
 }
 
 TEST(XmlPropertyListReaderTest, TextsMayBeLong) {
