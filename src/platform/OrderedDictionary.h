@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <initializer_list>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -45,10 +46,10 @@ class OrderedDictionary {
       return;
     }
     _entries.emplace_back(std::move(key), std::move(value));
-    if (_entries.size() * 2 <= _slots.size()) {
-      fillSlot(_entries.size() - 1);
-    } else if (_entries.size() > kSmall) {
+    if (_entries.size() * 2 > _slots.size()) {
       rebuildSlots();
+    } else {
+      fillSlot(_entries.size() - 1);
     }
   }
 
@@ -56,8 +57,7 @@ class OrderedDictionary {
     const std::optional<std::size_t> place = placeOf(key);
     if (!place) return;
     _entries.erase(_entries.begin() + static_cast<std::ptrdiff_t>(*place));
-    _slots.clear();
-    if (_entries.size() > kSmall) rebuildSlots();
+    rebuildSlots();
   }
 
   void clear() {
@@ -75,51 +75,36 @@ class OrderedDictionary {
   }
 
  private:
-  // Up to this many entries a walk over them is faster than hashing.
-  static constexpr std::size_t kSmall = 8;
-
-  // One entry's place and the hash of its key; a place of kFree marks a slot without entry.
-  struct Slot {
-    std::size_t hash = 0;
-    std::size_t place = kFree;
-  };
-  static constexpr std::size_t kFree = static_cast<std::size_t>(-1);
-
-  static std::size_t hashOf(std::string_view key) { return std::hash<std::string_view>{}(key); }
+  static constexpr std::size_t kFree = std::numeric_limits<std::size_t>::max();
 
   std::optional<std::size_t> placeOf(std::string_view key) const {
-    if (_slots.empty()) {
-      for (std::size_t place = 0; place < _entries.size(); ++place)
-        if (_entries[place].first == key) return place;
-      return std::nullopt;
-    }
-    const std::size_t hash = hashOf(key);
-    for (std::size_t slot = firstSlot(hash); _slots[slot].place != kFree; slot = nextSlot(slot)) {
-      const auto [slotHash, place] = _slots[slot];
-      if (slotHash == hash && _entries[place].first == key) return place;
-    }
+    if (_slots.empty()) return std::nullopt;
+    for (std::size_t slot = firstSlot(key); _slots[slot] != kFree; slot = nextSlot(slot))
+      if (_entries[_slots[slot]].first == key) return _slots[slot];
     return std::nullopt;
   }
 
   void fillSlot(std::size_t place) {
-    const std::size_t hash = hashOf(_entries[place].first);
-    std::size_t slot = firstSlot(hash);
-    while (_slots[slot].place != kFree) slot = nextSlot(slot);
-    _slots[slot] = {hash, place};
+    std::size_t slot = firstSlot(_entries[place].first);
+    while (_slots[slot] != kFree) slot = nextSlot(slot);
+    _slots[slot] = place;
   }
 
   // At least half of the slots stay free, so that a search ends soon.
   void rebuildSlots() {
-    _slots.assign(std::bit_ceil(_entries.size() * 4), Slot());
+    _slots.assign(std::bit_ceil(_entries.size() * 4), kFree);
     for (std::size_t place = 0; place < _entries.size(); ++place) fillSlot(place);
   }
 
-  std::size_t firstSlot(std::size_t hash) const { return hash & (_slots.size() - 1); }
+  std::size_t firstSlot(std::string_view key) const {
+    return std::hash<std::string_view>{}(key) & (_slots.size() - 1);
+  }
   std::size_t nextSlot(std::size_t slot) const { return (slot + 1) & (_slots.size() - 1); }
 
   std::vector<Entry> _entries;
-  // Open hash table over the entries, a power of two long; empty while there are few entries.
-  std::vector<Slot> _slots;
+  // Open hash table: the entries' places, kFree in a slot without one. A power of two long; empty
+  // before the first entry.
+  std::vector<std::size_t> _slots;
 };
 
 }  // namespace installer

@@ -107,7 +107,7 @@ void PosixChildProcesses::wait(int child) {
 }
 
 std::optional<std::string> PosixChildProcesses::firstLine(const Command& command) {
-  std::array<int, 2> ends{-1, -1};
+  std::array<int, 2> ends;
   if (pipe(ends.data()) != 0) return std::nullopt;
   const auto [readEnd, writeEnd] = ends;
 

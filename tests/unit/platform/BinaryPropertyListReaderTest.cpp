@@ -329,8 +329,9 @@ TEST(BinaryPropertyListReaderTest, TableMustLieBetweenHeaderAndTrailer) {
   const BinaryList list;
 
   EXPECT_EQ(readBinary(framed("\x09", "\x08", list.trailer(1, 9))), Value(true));
+  constexpr std::uint64_t kFar = std::uint64_t{1} << 63;
   for (const std::uint64_t table : {std::uint64_t{0}, std::uint64_t{7}, std::uint64_t{10},
-                                    std::uint64_t{11}, std::uint64_t{1} << 63, kHighest})
+                                    std::uint64_t{11}, kFar, kFar + 9, kHighest})
     EXPECT_EQ(readBinary(framed("\x09", "\x08", list.trailer(1, table))), std::nullopt) << table;
 }
 

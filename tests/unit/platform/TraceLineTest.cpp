@@ -108,7 +108,9 @@ TEST(TraceLineTest, NamesTheMonthsInEnglish) {
     TraceLine line = exampleLine();
     line.time.tm_mon = month;
 
-    EXPECT_EQ(formatted(line).substr(0, 3), names.substr(static_cast<std::size_t>(month) * 3, 3));
+    EXPECT_THAT(
+        formatted(line),
+        ::testing::StartsWith(names.substr(static_cast<std::size_t>(month) * 3, 3) + " 28 "));
   }
 }
 
