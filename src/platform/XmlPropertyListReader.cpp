@@ -57,7 +57,7 @@ std::optional<std::uint64_t> magnitude(std::string_view digits) {
     base = 16;
     digits.remove_prefix(2);
   }
-  std::uint64_t number = 0;
+  std::uint64_t number{};
   const auto [end, error] =
       std::from_chars(digits.data(), digits.data() + digits.size(), number, base);
   if (error != std::errc{} || end != digits.data() + digits.size()) return std::nullopt;

@@ -31,7 +31,7 @@ std::size_t lengthOf(unsigned firstByte) {
 }
 
 // Longer forms than needed, halves of surrogate pairs and numbers beyond Unicode show in the
-// second byte.
+// second byte of three or four.
 bool isAllowedPair(unsigned first, unsigned second) {
   switch (first) {
     case 0xE0:
@@ -53,7 +53,7 @@ std::size_t characterLength(std::string_view text) {
   if (length > text.size()) return 0;
   for (std::size_t place = 1; place < length; ++place)
     if (!isContinuation(byteAt(text, place))) return 0;
-  return length < 2 || isAllowedPair(byteAt(text, 0), byteAt(text, 1)) ? length : 0;
+  return length < 3 || isAllowedPair(byteAt(text, 0), byteAt(text, 1)) ? length : 0;
 }
 
 std::string escapedCode(unsigned number) {

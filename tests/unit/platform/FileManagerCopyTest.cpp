@@ -489,6 +489,22 @@ TEST_F(FileManagerCopyTest, AFailedCopyOfATreePartTellsTheFirstReason) {
   EXPECT_THAT(_error.description, HasSubstr("is not a regular file"));
 }
 
+TEST_F(FileManagerCopyTest, AFailedCopyOfATreeNamesTheItemThatFailed) {
+  _folder.makeFile("from/a", "x");
+  _folder.makeFile("from/b", "x");
+  _files.beforeNext(FileOperation::kWrite, [this] {
+    _files.beforeNext(FileOperation::kWrite,
+                      [this] { _files.failNext(FileOperation::kWrite, ENOSPC); });
+  });
+
+  EXPECT_FALSE(copy("from", "to"));
+
+  EXPECT_TRUE(_files.hasFailed());
+  EXPECT_THAT(_error.description,
+              ::testing::AnyOf(HasSubstr("\"" + path("from/a") + "\" cannot be copied"),
+                               HasSubstr("\"" + path("from/b") + "\" cannot be copied")));
+}
+
 TEST_F(FileManagerCopyTest, AnOrdinaryUsersCopyBelongsToHim) {
   const std::string folder = _folder.makeFolder("work");
   _folder.makeFile("from/file", "x", 0664);

@@ -120,6 +120,18 @@ TEST_F(FileManagerOtherKernelTest, ModesAreChangedWithoutTheNewestCall) {
   }
 }
 
+TEST_F(FileManagerOtherKernelTest, ModesAreChangedByTheNewestCallAlone) {
+  if (::syscall(kChangeModeCall, -1, "", 0, AT_EMPTY_PATH) != 0 && errno == ENOSYS)
+    GTEST_SKIP() << "this kernel does not know the call";
+  _folder.makeFile("tree/file", "", 0600);
+
+  EXPECT_TRUE(without(SYS_fchmodat, EIO, [&] {
+    return refuseCall(SYS_chmod, EIO) &&
+           _files.changeAttributesBelow(path("tree"), {"self", "own", 0775});
+  }));
+  EXPECT_EQ(modeOf("tree/file"), 0775u);
+}
+
 TEST_F(FileManagerOtherKernelTest, WithoutRandomNumbersThereAreStillNames) {
   _folder.makeFile("from/a", "new");
   _folder.makeFile("from/b", "new");
