@@ -244,6 +244,7 @@ TEST_F(HotfixTest, DescriptionWithoutNamesEndsSilently) {
   describe("bundleName", "Quillmere");
   describe("frameworkPath", std::nullopt);
   EXPECT_FALSE(install());
+  EXPECT_FALSE(Hotfix(package(), destination(), std::nullopt).installNewHotfix());
 
   EXPECT_EQ(record(), code(0, {}));
   EXPECT_THAT(_sandbox.log(), IsEmpty());
