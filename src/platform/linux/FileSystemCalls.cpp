@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <string>
 
+#include "platform/posix/Opening.h"
+
 namespace installer::syscalls {
 
 namespace {
@@ -16,11 +18,6 @@ namespace {
 // Since Linux 6.6, the same number on every architecture that matters; the C library's headers may
 // be older than the kernel.
 constexpr long kChangeModeCall = 452;
-
-bool isFolder(int folder, const char* name) {
-  struct stat status {};
-  return ::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
-}
 
 // For file systems that cannot keep an existing entry by themselves. A file gets a second name
 // first, which fails on an existing one; a folder can at worst take the place of an empty folder.

@@ -9,11 +9,6 @@ namespace {
 constexpr mode_t kPrivateMode = 0600;
 constexpr mode_t kDefaultMode = 0666;
 
-bool isFolder(const Place& place) {
-  const auto status = statusOf(place.folder.get(), place.name);
-  return status && S_ISDIR(status->st_mode);
-}
-
 // Owner first: giving a file away clears mode bits.
 int fill(FileChanges& changes, int descriptor, const NewFile& file) {
   if (const int error = changes.write(descriptor, file.bytes)) return error;
@@ -33,8 +28,8 @@ int putInPlace(FileChanges& changes, const Place& place, const NewFile& file, in
 }  // namespace
 
 int replaceFile(FileChanges& changes, const Place& place, const NewFile& file) {
-  if (isFolder(place)) return EISDIR;
   const int folder = place.folder.get();
+  if (isFolder(folder, place.name)) return EISDIR;
   const std::string temporary = FileChanges::freeTemporaryName(folder);
   const mode_t mode = file.mode ? kPrivateMode : kDefaultMode;
   Descriptor descriptor;

@@ -14,16 +14,11 @@ namespace {
 constexpr mode_t kDefaultMode = 0777;
 constexpr mode_t kPrivateMode = 0700;
 
-bool isFolder(const std::string& path) {
-  const auto status = statusFollowingLinks(AT_FDCWD, path);
-  return status && S_ISDIR(status->st_mode);
-}
-
 int makeFolderUnlessThere(FileChanges& changes, const std::string& path) {
-  if (isFolder(path)) return 0;
+  if (leadsToFolder(AT_FDCWD, path)) return 0;
   const int error = changes.makeFolder(AT_FDCWD, path, kDefaultMode);
   // Somebody else may have made it in between.
-  return error == EEXIST && isFolder(path) ? 0 : error;
+  return error == EEXIST && leadsToFolder(AT_FDCWD, path) ? 0 : error;
 }
 
 // Who may write into the folder above can have put another folder in the place of the new one.

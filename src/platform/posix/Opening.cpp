@@ -97,4 +97,14 @@ std::optional<struct stat> statusOf(const Descriptor& file) {
   return status;
 }
 
+bool isFolder(int folder, const std::string& name) {
+  const auto status = statusOf(folder, name);
+  return status && S_ISDIR(status->st_mode);
+}
+
+bool leadsToFolder(int folder, const std::string& name) {
+  const auto status = statusFollowingLinks(folder, name);
+  return status && S_ISDIR(status->st_mode);
+}
+
 }  // namespace installer

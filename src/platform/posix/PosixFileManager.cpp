@@ -54,9 +54,7 @@ bool PosixFileManager::exists(const std::string& path) {
 }
 
 bool PosixFileManager::isDirectory(const std::string& path) {
-  if (!isUsablePath(path)) return false;
-  const auto status = statusFollowingLinks(AT_FDCWD, path);
-  return status && S_ISDIR(status->st_mode);
+  return isUsablePath(path) && leadsToFolder(AT_FDCWD, path);
 }
 
 bool PosixFileManager::entryExists(const std::string& path) {
