@@ -2,7 +2,7 @@
 
 #include "driver/RunState.h"
 #include "formats/RegisterFile.h"
-#include "platform/FileManager.h"
+#include "platform/Exists.h"
 #include "platform/Log.h"
 #include "platform/Path.h"
 #include "workflow/HotfixPackage.h"
@@ -10,10 +10,6 @@
 namespace installer {
 
 namespace {
-
-bool exists(const std::string& path) {
-  return Platform::current().files->exists(path);
-}
 
 bool allowsSeveralInstances() {
   return PropertyList::booleanForKey(runState()._properties, "allowMultiInstance");

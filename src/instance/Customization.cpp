@@ -1,6 +1,7 @@
 #include "formats/JavaProperties.h"
 #include "instance/InstanceLayout.h"
 #include "instance/InstanceService.h"
+#include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Path.h"
@@ -9,10 +10,6 @@
 namespace installer {
 
 namespace {
-
-bool exists(const std::string& path) {
-  return Platform::current().files->exists(path);
-}
 
 // None when it is no folder or cannot be listed.
 std::vector<std::string> entriesOf(const std::string& folder) {

@@ -3,6 +3,7 @@
 #include "formats/Properties.h"
 #include "instance/InstanceLayout.h"
 #include "instance/InstanceService.h"
+#include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "util/InstallUtil.h"
@@ -16,10 +17,6 @@ constexpr const char* kVersion = "version";
 constexpr const char* kHotfixVersion = "hotfixVersion";
 constexpr const char* kSkipRunningCheck = "SKIPRUNNINGCHECK";
 constexpr const char* kBundleID = "installedHotfixBundleID";
-
-bool exists(const std::string& path) {
-  return Platform::current().files->exists(path);
-}
 
 // What stands between the first and the second "_" of a base plug-in folder's name.
 std::string versionInName(const std::string& name) {

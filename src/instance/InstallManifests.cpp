@@ -2,6 +2,7 @@
 #include "formats/JavaProperties.h"
 #include "instance/InstanceLayout.h"
 #include "instance/InstanceService.h"
+#include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Path.h"
@@ -12,10 +13,6 @@ namespace {
 
 constexpr const char* kManifestVersion = "provisioning.manifest.version";
 constexpr const char* kInstallID = "rcp.install.id";
-
-bool exists(const std::string& path) {
-  return Platform::current().files->exists(path);
-}
 
 void setAndSave(JavaProperties& properties, const char* key,
                 const std::optional<std::string>& value) {

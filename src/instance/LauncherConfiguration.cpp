@@ -1,6 +1,7 @@
 #include "formats/JavaProperties.h"
 #include "instance/InstanceLayout.h"
 #include "instance/InstanceService.h"
+#include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/UserContext.h"
@@ -11,10 +12,6 @@
 namespace installer {
 
 namespace {
-
-bool exists(const std::string& path) {
-  return Platform::current().files->exists(path);
-}
 
 void writeLink(const std::string& file, const std::string& target) {
   JavaProperties link(file);

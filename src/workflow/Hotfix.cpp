@@ -4,6 +4,7 @@
 #include "instance/InstanceLayout.h"
 #include "instance/ProvisioningCommand.h"
 #include "instance/ProvisioningRun.h"
+#include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Path.h"
@@ -23,10 +24,6 @@ constexpr const char* kKeyStore = "keystore";
 constexpr const char* kExtras = "extras";
 
 constexpr int kManifestMissing = 4;
-
-bool exists(const std::optional<std::string>& path) {
-  return path && Platform::current().files->exists(*path);
-}
 
 }  // namespace
 
