@@ -5,6 +5,7 @@
 #include "platform/Exists.h"
 #include "platform/Log.h"
 #include "platform/Path.h"
+#include "platform/PropertyListFile.h"
 #include "workflow/HotfixPackage.h"
 
 namespace installer {

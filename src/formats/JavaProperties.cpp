@@ -3,8 +3,8 @@
 #include "formats/JavaPropertiesReader.h"
 #include "formats/JavaPropertiesWriter.h"
 #include "platform/FileManager.h"
+#include "platform/HomeFolders.h"
 #include "platform/Log.h"
-#include "platform/Path.h"
 
 namespace installer {
 

@@ -1,8 +1,9 @@
 #include "formats/Properties.h"
 
 #include "platform/FileManager.h"
-#include "platform/Path.h"
+#include "platform/HomeFolders.h"
 #include "platform/Platform.h"
+#include "platform/PropertyListFile.h"
 #include "util/Characters.h"
 
 namespace installer {

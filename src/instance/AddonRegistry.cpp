@@ -2,6 +2,7 @@
 #include "instance/InstanceService.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
+#include "platform/PropertyListFile.h"
 
 namespace installer {
 

@@ -7,7 +7,7 @@
 #include "instance/ProvisioningCommand.h"
 #include "instance/ProvisioningRun.h"
 #include "platform/FileManager.h"
-#include "platform/Path.h"
+#include "platform/HomeFolders.h"
 #include "platform/Platform.h"
 #include "util/InstallUtil.h"
 

@@ -2,7 +2,6 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 // The platform's rules for path components. They differ from std::filesystem::path: an appended
 // component is always put below the path even when it begins with "/", runs of slashes collapse,
@@ -19,13 +18,5 @@ std::string deletingLastComponent(std::string_view path);
 
 // "/a/b/" gives "b"; "/" gives "/"; "" gives "".
 std::string lastComponent(std::string_view path);
-
-// "/a//b/" gives {"/", "a", "b", "/"}: a leading and a trailing slash are components of their own.
-std::vector<std::string> components(std::string_view path);
-
-// A leading "~" or "~name" replaced by that user's home folder; a path without one, or with an
-// unknown user, comes back as it is. "~" alone is HOME, or the user database's folder when HOME is
-// unset or empty.
-std::string expandingTilde(std::string_view path);
 
 }  // namespace installer::path

@@ -4,8 +4,6 @@
 #include <limits>
 
 #include "platform/BinaryPropertyListReader.h"
-#include "platform/FileManager.h"
-#include "platform/Platform.h"
 #include "platform/XmlPropertyListReader.h"
 #include "platform/XmlPropertyListWriter.h"
 
@@ -65,17 +63,6 @@ std::optional<Dictionary> parseDictionary(std::string_view bytes) {
   const Dictionary* dictionary = value ? value->as<Dictionary>() : nullptr;
   if (dictionary == nullptr) return std::nullopt;
   return *dictionary;
-}
-
-std::optional<Dictionary> readDictionary(const std::string& path) {
-  const std::optional<std::string> bytes = Platform::current().files->read(path);
-  if (!bytes) return std::nullopt;
-  return parseDictionary(*bytes);
-}
-
-bool writeDictionary(const Dictionary& dictionary, const std::string& path) {
-  const std::optional<std::string> bytes = serialize(Value(dictionary));
-  return bytes && Platform::current().files->write(path, *bytes);
 }
 
 std::optional<std::string> textForKey(const Dictionary& dictionary, std::string_view key) {

@@ -88,14 +88,6 @@ std::optional<Dictionary> parseDictionary(std::string_view bytes);
 // second: the whole second in which the date lies is written. Years end with 9999.
 std::optional<std::string> serialize(const Value& value);
 
-// Reads the file at `path` as a list whose root is a dictionary. nullopt when there is no regular
-// file, it cannot be read, or it holds anything else. Nothing is logged.
-std::optional<Dictionary> readDictionary(const std::string& path);
-
-// Replaces the file at `path` by the XML form. False when it cannot be told in XML or the disk
-// refuses; the old file is then untouched.
-bool writeDictionary(const Dictionary& dictionary, const std::string& path);
-
 // The text stored under `key`; nullopt when the key is missing or holds another type.
 std::optional<std::string> textForKey(const Dictionary& dictionary, std::string_view key);
 

@@ -2,10 +2,9 @@
 
 #include <string_view>
 
-namespace installer {
+#include "platform/LogLevel.h"
 
-// The numbers are the system log's own.
-enum class LogLevel { error = 3, warning = 4, notice = 5, info = 6 };
+namespace installer {
 
 // The system log and the files that mirror it. A line is written whole, by one write a file;
 // a failing write loses that line and nothing else.

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "platform/HomeFolders.h"
 #include "platform/Path.h"
 #include "platform/Platform.h"
 #include "util/Characters.h"

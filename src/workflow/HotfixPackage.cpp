@@ -3,6 +3,7 @@
 #include "platform/FileManager.h"
 #include "platform/Path.h"
 #include "platform/Platform.h"
+#include "platform/PropertyListFile.h"
 
 namespace installer::HotfixPackage {
 

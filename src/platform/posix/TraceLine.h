@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/SystemLog.h"
+#include "platform/LogLevel.h"
 
 namespace installer {
 

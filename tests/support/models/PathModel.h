@@ -58,15 +58,6 @@ inline std::string lastComponent(const std::string& path) {
   return parts.absolute ? "/" : "";
 }
 
-inline std::vector<std::string> components(const std::string& path) {
-  const Path parts = takenApart(path);
-  std::vector<std::string> all;
-  if (parts.absolute) all.push_back("/");
-  for (const std::string& name : parts.names) all.push_back(name);
-  if (!parts.names.empty() && path.back() == '/') all.push_back("/");
-  return all;
-}
-
 using Homes = std::map<std::string, std::string>;  // home folders by users' names
 
 // `variable` is HOME, `user` whoever runs the process.

@@ -1,4 +1,4 @@
-#include "platform/PropertyList.h"
+#include "platform/PropertyListFile.h"
 
 #include <gmock/gmock.h>
 

@@ -1,0 +1,114 @@
+#include "platform/HomeFolders.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/Platform.h"
+#include "platform/UserContext.h"
+#include "support/FakeUserContext.h"
+#include "support/RandomText.h"
+#include "support/models/PathModel.h"
+
+namespace installer::test {
+namespace {
+
+class Homes : public UserContext {
+ public:
+  std::optional<std::string> environment(const std::string& variable) override {
+    return variable == "HOME" ? home : std::nullopt;
+  }
+  std::optional<std::string> currentUserName() override { return name; }
+  uid_t effectiveUserId() override { return 0; }
+  std::optional<User> findUser(const std::string& wanted) override {
+    if (!users.contains(wanted)) return std::nullopt;
+    return User{wanted, 1, 1, users[wanted]};
+  }
+  std::optional<gid_t> findGroup(const std::string&) override { return std::nullopt; }
+  bool setEffectiveUserId(uid_t) override { return false; }
+
+  std::optional<std::string> home = "/Users/me";
+  std::optional<std::string> name = "ada";
+  std::map<std::string, std::string> users{{"ada", "/database/ada/"}, {"homeless", ""}};
+};
+
+class ExpandingTildeTest : public ::testing::Test {
+ protected:
+  ExpandingTildeTest() { _platform.users = &_homes; }
+
+  Homes _homes;
+  Platform _platform;
+  ScopedPlatform _scope{_platform};
+};
+
+TEST_F(ExpandingTildeTest, ATildeIsHome) {
+  EXPECT_EQ(path::expandingTilde("~"), "/Users/me");
+  EXPECT_EQ(path::expandingTilde("~/"), "/Users/me");
+  EXPECT_EQ(path::expandingTilde("~/a//b/"), "/Users/me/a/b");
+}
+
+TEST_F(ExpandingTildeTest, WithoutHomeTheDatabaseKnowsTheFolder) {
+  _homes.home.reset();
+  EXPECT_EQ(path::expandingTilde("~/a"), "/database/ada/a");
+
+  _homes.home = "";
+  EXPECT_EQ(path::expandingTilde("~"), "/database/ada");
+}
+
+TEST_F(ExpandingTildeTest, WithoutAnyHomeThePathStays) {
+  _homes.home.reset();
+  _homes.name = "stranger";
+  EXPECT_EQ(path::expandingTilde("~/a/"), "~/a/");
+
+  _homes.name = "homeless";
+  EXPECT_EQ(path::expandingTilde("~/a"), "~/a");
+
+  _homes.name.reset();
+  EXPECT_EQ(path::expandingTilde("~"), "~");
+}
+
+TEST_F(ExpandingTildeTest, ANamedUsersHomeComesFromTheDatabase) {
+  EXPECT_EQ(path::expandingTilde("~ada"), "/database/ada");
+  EXPECT_EQ(path::expandingTilde("~ada/x"), "/database/ada/x");
+}
+
+TEST_F(ExpandingTildeTest, AnUnknownUserStays) {
+  EXPECT_EQ(path::expandingTilde("~stranger/x"), "~stranger/x");
+  EXPECT_EQ(path::expandingTilde("~homeless/x"), "~homeless/x");
+}
+
+TEST_F(ExpandingTildeTest, OnlyALeadingTildeCounts) {
+  EXPECT_EQ(path::expandingTilde(""), "");
+  EXPECT_EQ(path::expandingTilde("/a//~/b/"), "/a//~/b/");
+  EXPECT_EQ(path::expandingTilde("a~"), "a~");
+}
+
+TEST(HomeFoldersModelTest, RandomTildesAreExpandedAsTheModelSays) {
+  const std::vector<std::string> begins = {"~", "~", "~ada", "~homeless", "~nobody", "", "/~"};
+  const std::vector<std::string> pieces = {"/", "//", "a", "~", "~ada", "..", "\u00e9"};
+  const std::vector<std::optional<std::string>> variables = {std::nullopt, "", "/", "/h//me/",
+                                                             "relative"};
+  const model::Homes homes = {{"ada", "/Users/ada/"}, {"homeless", ""}, {"eve", "/"}};
+  FakeUserContext users;
+  for (const auto& [name, home] : homes)
+    users.userList.push_back({name, static_cast<uid_t>(users.userList.size()), 0, home});
+  Platform platform;
+  platform.users = &users;
+  const ScopedPlatform scope(platform);
+  forRandomCases([&](RandomSource& random) {
+    const std::string path = random.oneOf(begins) + random.textOf(pieces, 5);
+    const std::optional<std::string> home = random.oneOf(variables);
+    users.variables.clear();
+    if (home) users.variables["HOME"] = *home;
+    users.effectiveUser = static_cast<uid_t>(random.below(homes.size() + 1));
+    const std::string user = users.currentUserName().value_or("nobody");
+
+    EXPECT_EQ(path::expandingTilde(path), model::expandingTilde(path, home, user, homes)) << path;
+  });
+}
+
+}  // namespace
+}  // namespace installer::test
