@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/posix/PosixFileManager.h"
+#include "platform/files/PosixFileManager.h"
 
 namespace installer::test {
 

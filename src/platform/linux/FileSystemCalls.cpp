@@ -1,4 +1,4 @@
-#include "platform/posix/FileSystemCalls.h"
+#include "platform/files/FileSystemCalls.h"
 
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <string>
 
-#include "platform/posix/Opening.h"
+#include "platform/files/Opening.h"
 
 namespace installer::syscalls {
 

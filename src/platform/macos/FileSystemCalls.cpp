@@ -1,4 +1,4 @@
-#include "platform/posix/FileSystemCalls.h"
+#include "platform/files/FileSystemCalls.h"
 
 #include <fcntl.h>
 #include <stdio.h>

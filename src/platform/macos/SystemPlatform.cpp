@@ -1,12 +1,12 @@
 #include "platform/SystemPlatform.h"
 
+#include "platform/files/PosixFileManager.h"
 #include "platform/macos/AppKitPasteboard.h"
 #include "platform/macos/AslSystemLog.h"
 #include "platform/macos/CoreFoundationPreferences.h"
 #include "platform/macos/LibprocProcessTable.h"
 #include "platform/posix/PosixChildProcesses.h"
 #include "platform/posix/PosixClock.h"
-#include "platform/posix/PosixFileManager.h"
 #include "platform/posix/PosixUserContext.h"
 
 namespace installer {

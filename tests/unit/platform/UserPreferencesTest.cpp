@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include "platform/posix/PosixFileManager.h"
+#include "platform/files/PosixFileManager.h"
 #include "platform/posix/PosixUserContext.h"
 #include "support/FakeUserContext.h"
 #include "support/Sandbox.h"

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+
+#include "platform/files/FileChanges.h"
+#include "platform/files/Ownership.h"
+#include "platform/posix/Descriptor.h"
+
+namespace installer {
+
+// Gives owner, group and mode to everything below one folder. An entry that has them already costs
+// one look at it. An entry is changed through a descriptor that names it, so that nobody can put a
+// link in its place between the look and the change.
+class AttributeWalk {
+ public:
+  AttributeWalk(FileChanges& changes, const Ownership& ownership, mode_t mode);
+
+  // True when everything below the folder has the attributes in the end; a part of the ownership
+  // that is not known cannot be had.
+  bool changeBelow(Descriptor folder);
+
+ private:
+  void walk(Descriptor folder, int depth);
+  void visit(int folder, const std::string& name, int depth);
+  void change(const Descriptor& item);
+  void changeOwner(const Descriptor& item, const struct stat& status);
+  void changeMode(const Descriptor& item, const struct stat& status);
+
+  bool isRight(const struct stat& status) const;
+  bool hasOwnership(const struct stat& status) const;
+  bool hasMode(const struct stat& status) const;
+  bool isSomebodyElses(const struct stat& status) const;
+
+  void check(bool succeeded) { _succeeded = _succeeded && succeeded; }
+
+  FileChanges& _changes;
+  Ownership _ownership;
+  mode_t _mode;
+  bool _succeeded = true;
+};
+
+}  // namespace installer

@@ -1,0 +1,161 @@
+#include "platform/files/FileChanges.h"
+
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/files/FileSystemCalls.h"
+#include "platform/files/Opening.h"
+#include "platform/posix/Uninterrupted.h"
+
+namespace installer {
+
+namespace {
+
+constexpr std::size_t kCopyBlock = std::size_t{256} << 10;  // bytes through our own memory
+
+int answer(int result) {
+  return result == 0 ? 0 : errno;
+}
+
+// Not to be guessed, so that nobody can keep us from a free name. Counted as well, so that another
+// try is another name even when the system has no random numbers to give.
+std::string newTemporaryName() {
+  static std::uint64_t count = 0;
+  std::uint64_t number = 0;
+  (void)::getentropy(&number, sizeof number);
+  return std::string(FileChanges::kTemporaryPrefix) + std::to_string(number + ++count);
+}
+
+int writeAll(int file, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = uninterrupted([&] { return ::write(file, bytes.data(), bytes.size()); });
+    if (count == -1) return errno;
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return 0;
+}
+
+// Whatever keeps the kernel from copying, the plain loop after it meets and reports.
+void copyInKernel(int from, int to) {
+  while (syscalls::copyRange(from, to, std::numeric_limits<int>::max()) > 0) {
+  }
+}
+
+}  // namespace
+
+FileChanges::FileChanges(Door refusal) : _refusal(std::move(refusal)) {}
+
+std::string FileChanges::freeTemporaryName(int folder) {
+  std::string name = newTemporaryName();
+  while (statusOf(folder, name)) name = newTemporaryName();
+  return name;
+}
+
+int FileChanges::createFile(int folder, const std::string& name, mode_t mode, Descriptor& file) {
+  if (const int refused = _refusal(FileOperation::kCreateTemporary)) return refused;
+  file = openEntry(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
+  return file.valid() ? 0 : errno;
+}
+
+int FileChanges::makeFolder(int folder, const std::string& name, mode_t mode) {
+  if (const int refused = _refusal(FileOperation::kMakeDirectory)) return refused;
+  return answer(::mkdirat(folder, name.c_str(), mode));
+}
+
+int FileChanges::makeLink(int folder, const std::string& name, const std::string& target) {
+  if (const int refused = _refusal(FileOperation::kLink)) return refused;
+  return answer(::symlinkat(target.c_str(), folder, name.c_str()));
+}
+
+int FileChanges::write(int file, std::string_view bytes) {
+  if (const int refused = _refusal(FileOperation::kWrite)) return refused;
+  return writeAll(file, bytes);
+}
+
+int FileChanges::copyBytes(int from, int to) {
+  if (const int refused = _refusal(FileOperation::kWrite)) return refused;
+  copyInKernel(from, to);
+  return copyInBlocks(from, to);
+}
+
+int FileChanges::copyInBlocks(int from, int to) {
+  _block.resize(kCopyBlock);
+  const auto readBlock = [&] { return ::read(from, _block.data(), _block.size()); };
+  while (const ssize_t count = uninterrupted(readBlock)) {
+    if (count == -1) return errno;
+    if (const int error = writeAll(to, {_block.data(), static_cast<std::size_t>(count)}))
+      return error;
+  }
+  return 0;
+}
+
+int FileChanges::truncate(int file) {
+  if (const int refused = _refusal(FileOperation::kWrite)) return refused;
+  return answer(::ftruncate(file, 0));
+}
+
+int FileChanges::flush(int file) {
+  if (const int refused = _refusal(FileOperation::kSync)) return refused;
+  return answer(syscalls::flushFile(file));
+}
+
+int FileChanges::flushFolder(int folder) {
+  const int error = flush(folder);
+  return error == EINVAL ? 0 : error;
+}
+
+int FileChanges::flushFileSystem(int folder) {
+  if (const int refused = _refusal(FileOperation::kSync)) return refused;
+  return answer(syscalls::flushFileSystem(folder));
+}
+
+int FileChanges::rename(int folder, const std::string& from, const std::string& to) {
+  if (const int refused = _refusal(FileOperation::kRename)) return refused;
+  return answer(::renameat(folder, from.c_str(), folder, to.c_str()));
+}
+
+int FileChanges::renameKeepingExisting(int folder, const std::string& from, const std::string& to) {
+  if (const int refused = _refusal(FileOperation::kRename)) return refused;
+  return answer(syscalls::renameKeepingExisting(folder, from.c_str(), folder, to.c_str()));
+}
+
+int FileChanges::unlink(int folder, const std::string& name) {
+  if (const int refused = _refusal(FileOperation::kUnlink)) return refused;
+  return answer(::unlinkat(folder, name.c_str(), 0));
+}
+
+int FileChanges::removeEmptyFolder(int folder, const std::string& name) {
+  if (const int refused = _refusal(FileOperation::kUnlink)) return refused;
+  return answer(::unlinkat(folder, name.c_str(), AT_REMOVEDIR));
+}
+
+int FileChanges::changeOwner(int file, uid_t owner, gid_t group) {
+  if (const int refused = _refusal(FileOperation::kChangeOwner)) return refused;
+  return answer(::fchown(file, owner, group));
+}
+
+int FileChanges::changeMode(int file, mode_t mode) {
+  if (const int refused = _refusal(FileOperation::kChangeMode)) return refused;
+  return answer(::fchmod(file, mode));
+}
+
+int FileChanges::changeOwnerOfItem(int item, uid_t owner, gid_t group) {
+  if (const int refused = _refusal(FileOperation::kChangeOwner)) return refused;
+  return answer(syscalls::changeOwnerOfItem(item, owner, group));
+}
+
+int FileChanges::changeModeOfItem(int item, mode_t mode) {
+  if (const int refused = _refusal(FileOperation::kChangeMode)) return refused;
+  return answer(syscalls::changeModeOfItem(item, mode));
+}
+
+}  // namespace installer

@@ -1,0 +1,34 @@
+#include "platform/files/FileReading.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "platform/files/Opening.h"
+#include "platform/posix/Uninterrupted.h"
+
+namespace installer {
+
+// The system's word on the length is where it begins: files that are made when they are read have
+// none.
+std::optional<std::string> readWhole(const Descriptor& file, std::size_t maximum) {
+  const auto status = statusOf(file);
+  if (!status || static_cast<std::size_t>(status->st_size) > maximum) return std::nullopt;
+  std::string bytes;
+  bytes.resize(static_cast<std::size_t>(status->st_size) + BUFSIZ);
+  std::size_t length = 0;
+  while (length <= maximum) {
+    const ssize_t count = uninterrupted(
+        [&] { return ::read(file.get(), bytes.data() + length, bytes.size() - length); });
+    if (count == -1) return std::nullopt;
+    length += static_cast<std::size_t>(count);
+    if (count == 0) {
+      bytes.resize(length);
+      return bytes;
+    }
+    if (length == bytes.size()) bytes.resize(length + BUFSIZ);  // longer than expected
+  }
+  return std::nullopt;
+}
+
+}  // namespace installer

@@ -1,0 +1,147 @@
+#include "platform/files/ItemCopy.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include "platform/files/Ancestry.h"
+#include "platform/files/FileSystemCalls.h"
+#include "platform/files/FolderReader.h"
+#include "platform/files/Opening.h"
+
+namespace installer {
+
+namespace {
+
+constexpr mode_t kKeptModeBits = 01777;  // a copy must not pass on the right to act as its owner
+constexpr mode_t kPrivateFile = 0600;
+constexpr mode_t kPrivateFolder = 0700;
+
+std::array<timespec, 2> timesOf(const struct stat& status) {
+  return {timespec{0, UTIME_OMIT}, syscalls::modificationTime(status)};
+}
+
+std::optional<std::string> targetOf(const Entry& link) {
+  std::array<char, PATH_MAX> target;
+  const ssize_t length = ::readlinkat(link.folder, link.name.c_str(), target.data(), target.size());
+  if (length == -1) return std::nullopt;
+  return std::string(target.data(), static_cast<std::size_t>(length));
+}
+
+// 0 when the open folder may receive a copy of the source; it must not be the source or below it.
+int checkOutside(int folder, const struct stat& source) {
+  const auto inside = isInside(folder, identityOf(source));
+  if (!inside) return errno;
+  return *inside ? EINVAL : 0;
+}
+
+}  // namespace
+
+std::string reasonOf(int error) {
+  return std::generic_category().message(error);
+}
+
+bool ItemCopy::build(const Entry& source, int destination, std::string& temporary) {
+  _item = source.name;
+  temporary = FileChanges::freeTemporaryName(destination);
+  const bool whole = copyEntry(source, {destination, temporary}, 0);
+  if (!whole && !statusOf(destination, temporary)) temporary.clear();
+  return whole;
+}
+
+bool ItemCopy::copyEntry(const Entry& source, const Entry& copy, int depth) {
+  const auto status = statusOf(source.folder, source.name);
+  if (!status) return check(errno);
+  if (S_ISREG(status->st_mode)) return copyFile(source, copy);
+  if (S_ISLNK(status->st_mode)) return copyLink(source, copy, *status);
+  if (S_ISDIR(status->st_mode)) return copyFolder(source, copy, *status, depth);
+  return fail("is not a regular file, folder or link");
+}
+
+bool ItemCopy::copyFile(const Entry& source, const Entry& copy) {
+  const Descriptor from = openRegularFile(source.folder, source.name);
+  if (!from.valid()) return check(errno);
+  Descriptor to;
+  if (!check(_changes.createFile(copy.folder, copy.name, kPrivateFile, to))) return false;
+  if (check(fillFile(from.get(), to.get()))) return true;
+  (void)_changes.unlink(copy.folder, copy.name);  // the first error is the one to tell
+  return false;
+}
+
+int ItemCopy::fillFile(int from, int to) {
+  struct stat status {};
+  if (::fstat(from, &status) != 0) return errno;
+  if (const int error = _changes.copyBytes(from, to)) return error;
+  if (const int error = giveModeAndTime(to, status)) return error;
+  return _flush == Flush::eachFile ? _changes.flush(to) : 0;
+}
+
+bool ItemCopy::copyLink(const Entry& source, const Entry& copy, const struct stat& status) {
+  const auto target = targetOf(source);
+  if (!target) return check(errno);
+  if (!check(_changes.makeLink(copy.folder, copy.name, *target))) return false;
+  // Not every file system keeps times of links.
+  (void)::utimensat(copy.folder, copy.name.c_str(), timesOf(status).data(), AT_SYMLINK_NOFOLLOW);
+  return true;
+}
+
+bool ItemCopy::copyFolder(const Entry& source, const Entry& copy, const struct stat& status,
+                          int depth) {
+  if (depth >= kMaximumDepth) return check(ELOOP);
+  Descriptor from = openFolder(source.folder, source.name);
+  if (!from.valid()) return check(errno);
+  if (depth == 0 && !check(checkOutside(copy.folder, status))) return false;
+  if (!check(_changes.makeFolder(copy.folder, copy.name, kPrivateFolder))) return false;
+  return fillFolder(std::move(from), copy, status, depth);
+}
+
+// A folder gets its mode and time after its entries, and also when they are not all there.
+bool ItemCopy::fillFolder(Descriptor from, const Entry& copy, const struct stat& status,
+                          int depth) {
+  const Descriptor to = openFolder(copy.folder, copy.name);
+  if (!to.valid()) {
+    (void)check(errno);
+    (void)_changes.removeEmptyFolder(copy.folder, copy.name);  // nothing was copied
+    return false;
+  }
+  const bool whole = copyEntries(std::move(from), to.get(), depth);
+  return check(giveModeAndTime(to.get(), status)) && whole;
+}
+
+bool ItemCopy::copyEntries(Descriptor from, int to, int depth) {
+  FolderReader reader(std::move(from));
+  const std::size_t ownLength = _item.size();
+  while (const auto name = reader.next()) {
+    _item.append("/").append(*name);
+    if (!copyEntry({reader.descriptor(), *name}, {to, *name}, depth + 1)) return false;
+    _item.resize(ownLength);
+  }
+  return check(reader.error());
+}
+
+int ItemCopy::giveModeAndTime(int descriptor, const struct stat& status) {
+  // Not every file system keeps times.
+  (void)::futimens(descriptor, timesOf(status).data());
+  return _changes.changeMode(descriptor, status.st_mode & kKeptModeBits);
+}
+
+bool ItemCopy::check(int error) {
+  return error == 0 || fail(reasonOf(error));
+}
+
+// Only the first failure counts: later ones follow from it.
+bool ItemCopy::fail(const std::string& reason) {
+  if (_reason.empty()) {
+    _failedItem = _item;
+    _reason = reason;
+  }
+  return false;
+}
+
+}  // namespace installer

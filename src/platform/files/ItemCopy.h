@@ -1,0 +1,63 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+
+#include "platform/files/FileChanges.h"
+#include "platform/posix/Descriptor.h"
+
+namespace installer {
+
+// An entry of an open folder; AT_FDCWD and a path do as well.
+struct Entry {
+  int folder;
+  std::string name;
+};
+
+// Who writes the bytes of a copied file down to the medium.
+enum class Flush {
+  eachFile,  // the copy, file by file
+  later,     // the caller, for many at once
+};
+
+// Copies a file, a link (as a link) or a whole tree under a temporary name into an open folder.
+// Permission bits without the set-id bits and modification times are kept, owners are the
+// process's. No pipe, socket or device is opened.
+class ItemCopy {
+ public:
+  ItemCopy(FileChanges& changes, Flush flush) : _changes(changes), _flush(flush) {}
+
+  // Stops at the first item that cannot be copied and answers false. `temporary` receives the name
+  // of what was copied, be it a part of a tree; empty when that is nothing.
+  bool build(const Entry& source, int destination, std::string& temporary);
+
+  // After a failure: the path of the item, beginning with the entry's name, and why.
+  const std::string& failedItem() const { return _failedItem; }
+  const std::string& reason() const { return _reason; }
+
+ private:
+  bool copyEntry(const Entry& source, const Entry& copy, int depth);
+  bool copyFile(const Entry& source, const Entry& copy);
+  bool copyLink(const Entry& source, const Entry& copy, const struct stat& status);
+  bool copyFolder(const Entry& source, const Entry& copy, const struct stat& status, int depth);
+
+  int fillFile(int from, int to);
+  bool fillFolder(Descriptor from, const Entry& copy, const struct stat& status, int depth);
+  bool copyEntries(Descriptor from, int to, int depth);
+  int giveModeAndTime(int descriptor, const struct stat& status);
+
+  bool check(int error);
+  bool fail(const std::string& reason);
+
+  FileChanges& _changes;
+  Flush _flush;
+  std::string _item;  // under way
+  std::string _failedItem;
+  std::string _reason;
+};
+
+// What the system calls an error number.
+std::string reasonOf(int error);
+
+}  // namespace installer

@@ -1,0 +1,110 @@
+#include "platform/files/Opening.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+
+#include "platform/posix/Uninterrupted.h"
+
+namespace installer {
+
+namespace {
+
+Place unusablePlace(int error) {
+  Place place;
+  place.error = error;
+  return place;
+}
+
+std::optional<struct stat> statusWithFlags(int folder, const std::string& name, int flags) {
+  struct stat status {};
+  if (::fstatat(folder, name.c_str(), &status, flags) != 0) return std::nullopt;
+  return status;
+}
+
+// Judged before opening, for the opening of a pipe or device has effects of its own, and again
+// afterwards, for the entry can have been changed in between.
+Descriptor openRegular(int folder, const std::string& name, int statusFlags, int openFlags) {
+  const auto before = statusWithFlags(folder, name, statusFlags);
+  if (!before) return {};
+  if (S_ISREG(before->st_mode)) {
+    Descriptor file = openEntry(folder, name, O_RDONLY | O_NONBLOCK | O_NOCTTY | openFlags);
+    if (!file.valid()) return {};
+    const auto after = statusOf(file);
+    if (after && S_ISREG(after->st_mode)) return file;
+  }
+  errno = EINVAL;
+  return {};
+}
+
+}  // namespace
+
+bool isUsablePath(std::string_view path) {
+  return !path.empty() && path.find('\0') == std::string_view::npos;
+}
+
+std::string withoutTrailingSlashes(std::string_view path) {
+  while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
+  return std::string(path);
+}
+
+Place openPlace(const std::string& path) {
+  if (!isUsablePath(path)) return unusablePlace(ENOENT);
+  const std::string whole = withoutTrailingSlashes(path);
+  const auto slash = whole.rfind('/');
+  const bool hasFolder = slash != std::string::npos;
+  Place place;
+  place.name = hasFolder ? whole.substr(slash + 1) : whole;
+  if (place.name.empty()) return unusablePlace(EISDIR);  // the root
+  const std::string folder = hasFolder ? whole.substr(0, slash + 1) : ".";
+  place.folder = openFolderFollowingLinks(AT_FDCWD, folder);
+  if (!place.usable()) place.error = errno;
+  return place;
+}
+
+Descriptor openEntry(int folder, const std::string& name, int flags, mode_t mode) {
+  return Descriptor(
+      uninterrupted([&] { return ::openat(folder, name.c_str(), flags | O_CLOEXEC, mode); }));
+}
+
+Descriptor openFolder(int folder, const std::string& name) {
+  return openEntry(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+}
+
+Descriptor openFolderFollowingLinks(int folder, const std::string& name) {
+  return openEntry(folder, name, O_RDONLY | O_DIRECTORY);
+}
+
+Descriptor openRegularFile(int folder, const std::string& name) {
+  return openRegular(folder, name, AT_SYMLINK_NOFOLLOW, O_NOFOLLOW);
+}
+
+Descriptor openRegularFileFollowingLinks(int folder, const std::string& name) {
+  return openRegular(folder, name, 0, 0);
+}
+
+std::optional<struct stat> statusOf(int folder, const std::string& name) {
+  return statusWithFlags(folder, name, AT_SYMLINK_NOFOLLOW);
+}
+
+std::optional<struct stat> statusFollowingLinks(int folder, const std::string& name) {
+  return statusWithFlags(folder, name, 0);
+}
+
+std::optional<struct stat> statusOf(const Descriptor& file) {
+  struct stat status {};
+  if (::fstat(file.get(), &status) != 0) return std::nullopt;
+  return status;
+}
+
+bool isFolder(int folder, const std::string& name) {
+  const auto status = statusOf(folder, name);
+  return status && S_ISDIR(status->st_mode);
+}
+
+bool leadsToFolder(int folder, const std::string& name) {
+  const auto status = statusFollowingLinks(folder, name);
+  return status && S_ISDIR(status->st_mode);
+}
+
+}  // namespace installer

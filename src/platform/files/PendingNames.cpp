@@ -1,0 +1,78 @@
+#include "platform/files/PendingNames.h"
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/files/Opening.h"
+#include "platform/files/TreeRemoval.h"
+
+namespace installer {
+
+namespace {
+
+constexpr std::size_t kMaximumNames = 4096;
+constexpr rlim_t kMaximumFolders = 400;
+constexpr rlim_t kMinimumFolders = 8;
+
+// A part of the descriptors that the process may have; the walk itself needs some on every level.
+std::size_t maximumFolders() {
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return kMinimumFolders;
+  return std::clamp<rlim_t>(limit.rlim_cur / 3, kMinimumFolders, kMaximumFolders);
+}
+
+}  // namespace
+
+PendingNames::PendingNames(FileChanges& changes)
+    : _changes(changes), _maximumFolders(maximumFolders()) {}
+
+void PendingNames::add(const OpenFolder& folder, std::string temporary, std::string name,
+                       TakenName taken) {
+  _folders.insert(folder.get());
+  _waiting.push_back({folder, std::move(temporary), std::move(name), taken});
+  if (_waiting.size() >= kMaximumNames || _folders.size() >= _maximumFolders) settle();
+}
+
+void PendingNames::settle() {
+  flush();
+  for (const Waiting& copy : _waiting) giveName(copy);
+  _waiting.clear();
+  _folders.clear();
+}
+
+// A destination can reach over several file systems.
+void PendingNames::flush() {
+  std::set<dev_t> flushed;
+  for (const Descriptor* folder : _folders) {
+    const auto status = statusOf(*folder);
+    // Passed over: the copies are complete for every reader, only a power failure could tell.
+    if (status && flushed.insert(status->st_dev).second) {
+      (void)_changes.flushFileSystem(folder->get());
+    }
+  }
+}
+
+void PendingNames::giveName(const Waiting& copy) {
+  const int folder = copy.folder->get();
+  const int error = copy.taken == TakenName::replace
+                        ? replace(copy)
+                        : _changes.renameKeepingExisting(folder, copy.temporary, copy.name);
+  if (error == 0) return;
+  (void)removeEntry(_changes, folder, copy.temporary);
+  if (copy.taken == TakenName::replace) (void)removeEntry(_changes, folder, copy.name);
+}
+
+// A rename replaces a file or link by itself, without a moment in which there is none.
+int PendingNames::replace(const Waiting& copy) {
+  const int folder = copy.folder->get();
+  const auto old = statusOf(folder, copy.name);
+  const auto fresh = statusOf(folder, copy.temporary);
+  const bool hasFolder = (old && S_ISDIR(old->st_mode)) || (fresh && S_ISDIR(fresh->st_mode));
+  if (old && hasFolder) (void)removeEntry(_changes, folder, copy.name);
+  return _changes.rename(folder, copy.temporary, copy.name);
+}
+
+}  // namespace installer

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/files/FileChanges.h"
+#include "platform/posix/Descriptor.h"
+
+namespace installer {
+
+using OpenFolder = std::shared_ptr<const Descriptor>;
+
+// What happens to an entry that has the name already when a copy gets it.
+enum class TakenName {
+  replace,  // it is removed, folders included
+  keep,     // it stays and the copy is dropped
+};
+
+// Copies that wait under temporary names: one flush of the file system for a whole batch, then the
+// renames. Holds a bounded number of names and of open folders.
+class PendingNames {
+ public:
+  explicit PendingNames(FileChanges& changes);
+
+  void add(const OpenFolder& folder, std::string temporary, std::string name, TakenName taken);
+
+  // Gives every waiting copy its name. Failures are passed over; a copy that cannot be named is
+  // removed, and with TakenName::replace so is what it should have replaced.
+  void settle();
+
+ private:
+  struct Waiting {
+    OpenFolder folder;
+    std::string temporary;
+    std::string name;
+    TakenName taken;
+  };
+
+  void flush();
+  void giveName(const Waiting& copy);
+  int replace(const Waiting& copy);
+
+  FileChanges& _changes;
+  std::size_t _maximumFolders;
+  std::vector<Waiting> _waiting;
+  std::set<const Descriptor*> _folders;  // those of _waiting
+};
+
+}  // namespace installer

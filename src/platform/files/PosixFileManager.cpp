@@ -1,0 +1,173 @@
+#include "platform/files/PosixFileManager.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "platform/files/AttributeWalk.h"
+#include "platform/files/FileReading.h"
+#include "platform/files/FileReplacement.h"
+#include "platform/files/FolderCreation.h"
+#include "platform/files/FolderLock.h"
+#include "platform/files/FolderReader.h"
+#include "platform/files/ItemCopy.h"
+#include "platform/files/LogOpening.h"
+#include "platform/files/Opening.h"
+#include "platform/files/Ownership.h"
+#include "platform/files/SingleCopy.h"
+#include "platform/files/TreeMerge.h"
+#include "platform/files/TreeRemoval.h"
+
+namespace installer {
+
+namespace {
+
+constexpr mode_t kPermissionBits = 0777;
+constexpr mode_t kDefaultFolderMode = 0777;
+
+void report(FileError* target, FileError error) {
+  if (target != nullptr) *target = std::move(error);
+}
+
+// What the file at the place hands over to the one that replaces it.
+void takeOver(const struct stat& replaced, NewFile& file) {
+  file.ownership = {replaced.st_uid, replaced.st_gid};
+  // Not the right to act as the owner: the new bytes are not what he gave it to.
+  file.mode = replaced.st_mode & kPermissionBits;
+}
+
+}  // namespace
+
+PosixFileManager::PosixFileManager(UserContext& users)
+    : _users(users), _changes([this](FileOperation operation) { return refusal(operation); }) {}
+
+int PosixFileManager::refusal(FileOperation) {
+  return 0;
+}
+
+bool PosixFileManager::exists(const std::string& path) {
+  return isUsablePath(path) && statusFollowingLinks(AT_FDCWD, path).has_value();
+}
+
+bool PosixFileManager::isDirectory(const std::string& path) {
+  return isUsablePath(path) && leadsToFolder(AT_FDCWD, path);
+}
+
+bool PosixFileManager::entryExists(const std::string& path) {
+  return isUsablePath(path) && statusOf(AT_FDCWD, withoutTrailingSlashes(path)).has_value();
+}
+
+std::optional<uid_t> PosixFileManager::owner(const std::string& path) {
+  if (!isUsablePath(path)) return std::nullopt;
+  const auto status = statusOf(AT_FDCWD, withoutTrailingSlashes(path));
+  if (!status) return std::nullopt;
+  return status->st_uid;
+}
+
+std::optional<std::vector<std::string>> PosixFileManager::list(const std::string& folder) {
+  if (!isUsablePath(folder)) return std::nullopt;
+  FolderReader reader(openFolderFollowingLinks(AT_FDCWD, folder));
+  std::vector<std::string> names;
+  while (auto name = reader.next()) names.push_back(std::move(*name));
+  if (reader.error() != 0) return std::nullopt;
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::optional<std::string> PosixFileManager::read(const std::string& path) {
+  if (!isUsablePath(path)) return std::nullopt;
+  return readWhole(openRegularFileFollowingLinks(AT_FDCWD, path), kMaximumRead);
+}
+
+std::optional<std::string> PosixFileManager::readUnlinked(const std::string& path, uid_t* owner) {
+  if (!isUsablePath(path)) return std::nullopt;
+  const Descriptor file = openRegularFile(AT_FDCWD, path);
+  const auto status = statusOf(file);
+  if (status && owner != nullptr) *owner = status->st_uid;
+  return readWhole(file, kMaximumRead);
+}
+
+bool PosixFileManager::write(const std::string& path, std::string_view bytes, ReplacedFile replaced,
+                             std::optional<mode_t> mode) {
+  const Place place = openPlace(path);
+  if (!place.usable()) return false;
+  NewFile file{bytes, mode, {}};
+  const auto old = statusOf(place.folder.get(), place.name);
+  if (replaced == ReplacedFile::takeOver && old && S_ISREG(old->st_mode)) takeOver(*old, file);
+  return replaceFile(_changes, place, file) == 0;
+}
+
+bool PosixFileManager::copy(const std::string& from, const std::string& to, ExistingItem existing,
+                            FileError* error) {
+  auto failure = SingleCopy(_changes, from, to, existing).run();
+  if (!failure) return true;
+  report(error, std::move(*failure));
+  return false;
+}
+
+void PosixFileManager::merge(const std::string& from, const std::string& to,
+                             const std::string& boundary) {
+  TreeMerge(_changes, boundary).run(from, to);
+}
+
+bool PosixFileManager::remove(const std::string& path) {
+  const Place place = openPlace(path);
+  if (!place.usable() || place.name == "." || place.name == "..") return false;
+  return removeEntry(_changes, place.folder.get(), place.name) == 0;
+}
+
+bool PosixFileManager::createDirectory(const std::string& path, Intermediates intermediates,
+                                       const std::optional<FileAttributes>& attributes,
+                                       FileError* error) {
+  const bool create = intermediates == Intermediates::create;
+  if (create && isDirectory(path)) return true;
+  const int failure = makeFolder(path, create, attributes);
+  if (failure == 0 || (failure == EEXIST && create && isDirectory(path))) return true;
+  report(error, {failure == EEXIST ? FileError::kExists : FileError::kOther,
+                 fmt::format("\"{}\" cannot be created: {}", path, reasonOf(failure))});
+  return false;
+}
+
+int PosixFileManager::makeFolder(const std::string& path, bool withFoldersAbove,
+                                 const std::optional<FileAttributes>& attributes) {
+  if (!isUsablePath(path)) return ENOENT;
+  const std::string folder = withoutTrailingSlashes(path);
+  if (withFoldersAbove) {
+    if (const int error = makeFoldersAbove(_changes, folder)) return error;
+  }
+  if (!attributes) return _changes.makeFolder(AT_FDCWD, folder, kDefaultFolderMode);
+  return makeOwnedFolder(_changes, folder, resolveOwnership(_users, *attributes), attributes->mode);
+}
+
+bool PosixFileManager::createFile(const std::string& path, std::string_view bytes,
+                                  const FileAttributes& attributes) {
+  const Place place = openPlace(path);
+  if (!place.usable()) return false;
+  const NewFile file{bytes, attributes.mode, resolveOwnership(_users, attributes)};
+  return replaceFile(_changes, place, file) == 0;
+}
+
+bool PosixFileManager::changeAttributesBelow(const std::string& folder,
+                                             const FileAttributes& attributes) {
+  if (!exists(folder)) return false;
+  const std::string path = withoutTrailingSlashes(folder);
+  const auto status = statusOf(AT_FDCWD, path);
+  if (status && !S_ISDIR(status->st_mode)) return true;  // nothing is below a file or link
+  AttributeWalk walk(_changes, resolveOwnership(_users, attributes), attributes.mode);
+  return walk.changeBelow(openFolder(AT_FDCWD, path));
+}
+
+int PosixFileManager::openLog(const std::string& path) {
+  const Place place = openPlace(path);
+  return place.usable() ? openLogFile(_changes, place) : -1;
+}
+
+bool PosixFileManager::lock(const std::string& folder, void (*onWait)()) {
+  return lockFolder(folder, onWait);
+}
+
+}  // namespace installer

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/FileManager.h"
+#include "platform/UserContext.h"
+#include "platform/files/FileChanges.h"
+#include "platform/files/FileOperation.h"
+
+namespace installer {
+
+// The real file system.
+class PosixFileManager : public FileManager {
+ public:
+  // Account names are looked up in `users`, which must live at least as long.
+  explicit PosixFileManager(UserContext& users);
+
+  bool exists(const std::string& path) override;
+  std::optional<uid_t> owner(const std::string& path) override;
+  bool isDirectory(const std::string& path) override;
+  bool entryExists(const std::string& path) override;
+  std::optional<std::vector<std::string>> list(const std::string& folder) override;
+  std::optional<std::string> read(const std::string& path) override;
+  std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner) override;
+  bool write(const std::string& path, std::string_view bytes,
+             ReplacedFile replaced = ReplacedFile::takeOver,
+             std::optional<mode_t> mode = std::nullopt) override;
+  bool copy(const std::string& from, const std::string& to, ExistingItem existing,
+            FileError* error = nullptr) override;
+  void merge(const std::string& from, const std::string& to, const std::string& boundary) override;
+  bool remove(const std::string& path) override;
+  bool createDirectory(const std::string& path, Intermediates intermediates,
+                       const std::optional<FileAttributes>& attributes = std::nullopt,
+                       FileError* error = nullptr) override;
+  bool createFile(const std::string& path, std::string_view bytes,
+                  const FileAttributes& attributes) override;
+  bool changeAttributesBelow(const std::string& folder, const FileAttributes& attributes) override;
+  int openLog(const std::string& path) override;
+  bool lock(const std::string& folder, void (*onWait)()) override;
+
+ protected:
+  // Asked before each change to the disk: 0 to go on, or the error number that the change is to
+  // fail with. Lets a test see how every step's failure ends.
+  virtual int refusal(FileOperation operation);
+
+ private:
+  int makeFolder(const std::string& path, bool withFoldersAbove,
+                 const std::optional<FileAttributes>& attributes);
+
+  UserContext& _users;
+  FileChanges _changes;
+};
+
+}  // namespace installer

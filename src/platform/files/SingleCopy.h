@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/FileManager.h"
+#include "platform/files/FileChanges.h"
+#include "platform/files/ItemCopy.h"
+#include "platform/files/Opening.h"
+
+namespace installer {
+
+// One copy of an item to a new place, as FileManager::copy promises.
+class SingleCopy {
+ public:
+  SingleCopy(FileChanges& changes, const std::string& from, const std::string& to,
+             ExistingItem existing);
+
+  // nullopt when the copy counts as done.
+  std::optional<FileError> run();
+
+ private:
+  using Failure = std::optional<FileError>;
+
+  Failure copy(bool isFolder);
+  Failure giveName(const Place& place, const std::string& temporary, bool isFolder);
+  Failure answerExisting() const;
+  Failure failure(int code, const std::string& item, const std::string& reason) const;
+
+  FileChanges& _changes;
+  const std::string& _from;
+  const std::string& _to;
+  ExistingItem _existing;
+};
+
+}  // namespace installer

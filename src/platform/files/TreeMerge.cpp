@@ -1,0 +1,125 @@
+#include "platform/files/TreeMerge.h"
+
+#include <fcntl.h>
+
+#include <utility>
+
+#include "platform/files/FolderReader.h"
+#include "platform/files/Opening.h"
+#include "platform/files/TreeRemoval.h"
+
+namespace installer {
+
+namespace {
+
+bool isLink(const struct stat& status) {
+  return S_ISLNK(status.st_mode);
+}
+
+OpenFolder share(Descriptor folder) {
+  return std::make_shared<const Descriptor>(std::move(folder));
+}
+
+}  // namespace
+
+TreeMerge::TreeMerge(FileChanges& changes, const std::string& boundary)
+    : _changes(changes), _pending(changes) {
+  if (!isUsablePath(boundary)) return;
+  if (const auto status = statusFollowingLinks(AT_FDCWD, boundary)) _boundary = identityOf(*status);
+}
+
+void TreeMerge::run(const std::string& from, const std::string& to) {
+  if (!isUsablePath(from)) return;
+  const Entry source{AT_FDCWD, withoutTrailingSlashes(from)};
+  Descriptor folder = openFolderFollowingLinks(source.folder, source.name);
+  Place place = openPlace(to);
+  if (!folder.valid() || !place.usable()) return;
+  mergeSubfolder(source, place.name, std::move(folder), share(std::move(place.folder)), 0);
+  _pending.settle();
+}
+
+// Merges the source folder into the destination's entry of that name.
+void TreeMerge::mergeSubfolder(const Entry& source, const std::string& name, Descriptor folder,
+                               const OpenFolder& destination, int depth) {
+  const auto old = statusOf(destination->get(), name);
+  if (!old) return copyMissing(source, name, destination);
+  if (!folder.valid()) return;  // cannot be listed
+  if (isLink(*old)) {
+    return mergeThroughLink(source, name, std::move(folder), destination, depth);
+  }
+  Descriptor existing = openFolder(destination->get(), name);
+  if (!existing.valid() || isInSource(existing.get(), folder.get())) return;
+  mergeFolder(std::move(folder), share(std::move(existing)), depth);
+}
+
+// A link that leads nowhere or to no folder stays. What waits is settled before and after, for the
+// link can lead to a folder that has a name of its own in this merge.
+void TreeMerge::mergeThroughLink(const Entry& source, const std::string& name, Descriptor folder,
+                                 const OpenFolder& destination, int depth) {
+  Descriptor existing = openFolderFollowingLinks(destination->get(), name);
+  if (!existing.valid()) return;
+  if (leadsOut(existing.get()) || isInSource(existing.get(), folder.get())) {
+    return replaceEntry(source, name, destination);
+  }
+  _pending.settle();
+  mergeFolder(std::move(folder), share(std::move(existing)), depth);
+  _pending.settle();
+}
+
+void TreeMerge::mergeFolder(Descriptor source, const OpenFolder& destination, int depth) {
+  const auto identity = identityOf(source.get());
+  if (depth >= kMaximumDepth || !identity || !_entered.insert(*identity).second) return;
+  _underWay.push_back(*identity);
+  FolderReader reader(std::move(source));
+  while (const auto name = reader.next()) {
+    mergeEntry({reader.descriptor(), *name}, destination, depth + 1);
+  }
+  _underWay.pop_back();
+}
+
+void TreeMerge::mergeEntry(const Entry& source, const OpenFolder& destination, int depth) {
+  const auto status = statusFollowingLinks(source.folder, source.name);
+  const bool isFolder = status && S_ISDIR(status->st_mode);
+  if (!isFolder) return replaceEntry(source, source.name, destination);
+  Descriptor folder = openFolderFollowingLinks(source.folder, source.name);
+  mergeSubfolder(source, source.name, std::move(folder), destination, depth);
+}
+
+// The old entry goes even when nothing can take its place.
+void TreeMerge::replaceEntry(const Entry& source, const std::string& name,
+                             const OpenFolder& destination) {
+  std::string temporary;
+  (void)ItemCopy(_changes, Flush::later).build(source, destination->get(), temporary);
+  if (temporary.empty()) {
+    (void)removeEntry(_changes, destination->get(), name);
+    return;
+  }
+  _pending.add(destination, std::move(temporary), name, TakenName::replace);
+}
+
+// A tree that could be copied in part only still gets its name.
+void TreeMerge::copyMissing(const Entry& source, const std::string& name,
+                            const OpenFolder& destination) {
+  std::string temporary;
+  (void)ItemCopy(_changes, Flush::later).build(source, destination->get(), temporary);
+  if (!temporary.empty()) {
+    _pending.add(destination, std::move(temporary), name, TakenName::keep);
+  }
+}
+
+bool TreeMerge::leadsOut(int folder) const {
+  return !_boundary || !isInside(folder, *_boundary).value_or(false);
+}
+
+// Also true when it cannot be found out.
+bool TreeMerge::isInSource(int folder, int enteredSource) const {
+  const auto ancestry = ancestryOf(folder);
+  const auto entered = identityOf(enteredSource);
+  if (!ancestry || !entered || ancestry->contains(*entered)) return true;
+  for (const FileIdentity& source : _underWay) {
+    if (ancestry->contains(source)) return true;
+  }
+  return false;
+}
+
+}  // namespace installer

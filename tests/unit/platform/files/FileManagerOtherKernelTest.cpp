@@ -1,0 +1,276 @@
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+#include <cerrno>
+#include <functional>
+#include <string>
+
+#include "support/ChildRun.h"
+#include "support/RefusedCall.h"
+#include "unit/platform/files/FileManagerFixture.h"
+
+namespace installer::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr long kChangeModeCall = 452;  // fchmodat2, newer than some headers
+
+// What an older kernel, a container's filter or a simple file system answers.
+class FileManagerOtherKernelTest : public FileManagerFixture {
+ protected:
+  void SetUp() override {
+    if (!inChild([] { return refuseCall(SYS_getpgid, ENOSYS) && ::getpgid(0) < 0; })) {
+      GTEST_SKIP() << "this kernel cannot refuse calls";
+    }
+  }
+
+  // Runs the steps with the call answered by the error.
+  static bool without(long call, int error, const std::function<bool()>& steps) {
+    return inChild([&] { return refuseCall(call, error) && steps(); });
+  }
+
+  bool copy(std::string_view from, std::string_view to, FileError* error = nullptr) {
+    return _files.copy(path(from), path(to), ExistingItem::fail, error);
+  }
+};
+
+TEST_F(FileManagerOtherKernelTest, CopiesGetTheirNamesWithoutAKeepingRename) {
+  _folder.makeFile("file", "x", 0640);
+  _folder.makeLink("tree/link", "nowhere");
+  _folder.makeFile("tree/file", "x");
+
+  for (const int error : {EINVAL, ENOSYS}) {
+    EXPECT_TRUE(without(SYS_renameat2, error, [&] {
+      return copy("file", "file copy") && copy("tree", "tree copy") &&
+             copy("tree/link", "link copy");
+    })) << error;
+
+    EXPECT_THAT(TreeDiff(snapshot("file"), snapshot("file copy")).lines(), IsEmpty());
+    EXPECT_THAT(TreeDiff(snapshot("tree"), snapshot("tree copy")).lines(), IsEmpty());
+    EXPECT_EQ(snapshot("link copy")["."].content, "nowhere");
+    EXPECT_EQ(statusOf("file copy").st_nlink, 1u);
+    for (const std::string name : {"file copy", "tree copy", "link copy"}) removeTree(path(name));
+  }
+}
+
+TEST_F(FileManagerOtherKernelTest, SomebodyQuickerIsNotReplacedWithoutAKeepingRename) {
+  _folder.makeFile("file", "new");
+  _folder.makeFile("tree/file", "new");
+  const auto quicker = [this](FileError* error, std::string_view from) {
+    _files.beforeNext(FileOperation::kRename, [this] { _folder.makeFolder("to"); });
+    return !copy(from, "to", error) && error->code == FileError::kExists;
+  };
+
+  for (const std::string from : {"file", "tree"}) {
+    EXPECT_TRUE(without(SYS_renameat2, EINVAL, [&] {
+      FileError error;
+      return quicker(&error, from);
+    })) << from;
+
+    EXPECT_THAT(pathsIn(snapshot("to")), IsEmpty()) << from;
+    removeTree(path("to"));
+  }
+  EXPECT_THAT(pathsIn(snapshot()), ElementsAre("file", "tree", "tree/file"));
+}
+
+TEST_F(FileManagerOtherKernelTest, AnotherFailureOfTheRenameIsAFailure) {
+  _folder.makeFile("file", "new");
+
+  EXPECT_TRUE(without(SYS_renameat2, EACCES, [&] {
+    FileError error;
+    return !copy("file", "to", &error) &&
+           error.description.find("Permission denied") != std::string::npos;
+  }));
+
+  EXPECT_FALSE(isThere("to"));
+}
+
+TEST_F(FileManagerOtherKernelTest, BytesAreCopiedWithoutTheKernelsHelp) {
+  const std::string bytes(1'000'000, 'x');
+  _folder.makeFile("file", bytes);
+
+  for (const int error : {ENOSYS, EXDEV, EOPNOTSUPP}) {
+    EXPECT_TRUE(without(SYS_copy_file_range, error, [&] { return copy("file", "to"); })) << error;
+
+    EXPECT_EQ(_folder.content("to"), bytes) << error;
+    removeTree(path("to"));
+  }
+}
+
+TEST_F(FileManagerOtherKernelTest, FilesThatHideTheirSizeAreCopiedWhole) {
+  ASSERT_TRUE(_files.copy("/proc/self/status", path("to"), ExistingItem::fail));
+
+  EXPECT_THAT(_folder.content("to"), ::testing::HasSubstr("Pid:"));
+}
+
+TEST_F(FileManagerOtherKernelTest, ModesAreChangedWithoutTheNewestCall) {
+  _folder.makeFile("tree/a/file", "", 0600);
+  _folder.makeLink("tree/link", "a");
+
+  for (const int error : {ENOSYS, EPERM}) {
+    ASSERT_EQ(::chmod(path("tree/a/file").c_str(), 0600), 0);
+    EXPECT_TRUE(without(kChangeModeCall, error, [&] {
+      return _files.changeAttributesBelow(path("tree"), {"self", "own", 0775});
+    })) << error;
+
+    EXPECT_EQ(modeOf("tree/a/file"), 0775u) << error;
+    EXPECT_EQ(modeOf("tree/a"), 0775u) << error;
+  }
+}
+
+TEST_F(FileManagerOtherKernelTest, ModesAreChangedByTheNewestCallAlone) {
+  if (::syscall(kChangeModeCall, -1, "", 0, AT_EMPTY_PATH) != 0 && errno == ENOSYS)
+    GTEST_SKIP() << "this kernel does not know the call";
+  _folder.makeFile("tree/file", "", 0600);
+
+  EXPECT_TRUE(without(SYS_fchmodat, EIO, [&] {
+    return refuseCall(SYS_chmod, EIO) &&
+           _files.changeAttributesBelow(path("tree"), {"self", "own", 0775});
+  }));
+  EXPECT_EQ(modeOf("tree/file"), 0775u);
+}
+
+TEST_F(FileManagerOtherKernelTest, WithoutRandomNumbersThereAreStillNames) {
+  _folder.makeFile("from/a", "new");
+  _folder.makeFile("from/b", "new");
+  _folder.makeFile("to/a", "old");
+  _folder.makeFile("to/b", "old");
+
+  EXPECT_TRUE(without(SYS_getrandom, ENOSYS, [&] {
+    _files.merge(path("from"), path("to"), path(""));
+    return _files.write(path("file"), "new");
+  }));
+
+  EXPECT_EQ(_folder.content("to/a"), "new");
+  EXPECT_EQ(_folder.content("to/b"), "new");
+  EXPECT_EQ(_folder.content("file"), "new");
+}
+
+struct Refusal {
+  std::string name;
+  long call;
+  bool (*fails)(PosixFileManager& files, const TemporaryFolder& folder);
+};
+
+class FileManagerRefusalTest : public FileManagerOtherKernelTest,
+                               public ::testing::WithParamInterface<Refusal> {};
+
+TEST_P(FileManagerRefusalTest, IsAFailureThatLeavesNothing) {
+  _folder.makeFile("file", "old");
+  _folder.makeFile("tree/file", "old", 0600);
+  _folder.makeLink("link", "nowhere");
+  const auto before = snapshot();
+
+  EXPECT_TRUE(without(GetParam().call, EIO, [&] { return GetParam().fails(_files, _folder); }));
+
+  EXPECT_THAT(TreeDiff(before, snapshot()).lines(), IsEmpty());
+}
+
+bool writeFails(PosixFileManager& files, const TemporaryFolder& folder) {
+  return !files.write(folder.path("file"), "new");
+}
+
+bool copyFails(PosixFileManager& files, const TemporaryFolder& folder) {
+  FileError error;
+  return !files.copy(folder.path("file"), folder.path("copy"), ExistingItem::fail, &error) &&
+         error.description.find("Input/output error") != std::string::npos;
+}
+
+bool linkCopyFails(PosixFileManager& files, const TemporaryFolder& folder) {
+  FileError error;
+  return !files.copy(folder.path("link"), folder.path("copy"), ExistingItem::fail, &error) &&
+         error.description.find("Input/output error") != std::string::npos;
+}
+
+bool treeCopyFails(PosixFileManager& files, const TemporaryFolder& folder) {
+  return !files.copy(folder.path("tree"), folder.path("copy"), ExistingItem::fail);
+}
+
+bool readFails(PosixFileManager& files, const TemporaryFolder& folder) {
+  return !files.read(folder.path("file"));
+}
+
+bool listFails(PosixFileManager& files, const TemporaryFolder& folder) {
+  return !files.list(folder.path("tree"));
+}
+
+bool walkFails(PosixFileManager& files, const TemporaryFolder& folder) {
+  return !files.changeAttributesBelow(folder.path("tree"), {"self", "own", 0600});
+}
+
+bool folderFails(PosixFileManager& files, const TemporaryFolder& folder) {
+  return !files.createDirectory(folder.path("new"), Intermediates::refuse);
+}
+
+bool ownedFolderFails(PosixFileManager& files, const TemporaryFolder& folder) {
+  return !files.createDirectory(folder.path("new"), Intermediates::refuse,
+                                FileAttributes{"self", "own", 0750});
+}
+
+bool removalFails(PosixFileManager& files, const TemporaryFolder& folder) {
+  return !files.remove(folder.path("tree"));
+}
+
+bool lockFails(PosixFileManager& files, const TemporaryFolder& folder) {
+  return !files.lock(folder.path("tree"), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    OfTheSystem, FileManagerRefusalTest,
+    ::testing::Values(
+        Refusal{"Write", SYS_write, writeFails}, Refusal{"WriteFlush", SYS_fsync, writeFails},
+        Refusal{"WriteMode", SYS_fchmod, writeFails},
+        Refusal{"WriteRename", SYS_renameat, writeFails}, Refusal{"CopyRead", SYS_read, copyFails},
+        Refusal{"CopyFlush", SYS_fsync, copyFails}, Refusal{"CopyMode", SYS_fchmod, copyFails},
+        Refusal{"CopyRename", SYS_renameat2, copyFails},
+        Refusal{"LinkCopyRead", SYS_readlinkat, linkCopyFails},
+        Refusal{"LinkCopyMake", SYS_symlinkat, linkCopyFails},
+        Refusal{"TreeCopyMake", SYS_mkdirat, treeCopyFails},
+        Refusal{"TreeCopyRename", SYS_renameat2, treeCopyFails},
+        Refusal{"Read", SYS_read, readFails}, Refusal{"List", SYS_getdents64, listFails},
+        Refusal{"Walk", SYS_getdents64, walkFails}, Refusal{"Folder", SYS_mkdirat, folderFails},
+        Refusal{"OwnedFolderOwner", SYS_fchown, ownedFolderFails},
+        Refusal{"OwnedFolderMode", SYS_fchmod, ownedFolderFails},
+        Refusal{"Removal", SYS_unlinkat, removalFails}, Refusal{"Lock", SYS_flock, lockFails}),
+    [](const auto& parameter) { return parameter.param.name; });
+
+TEST_F(FileManagerOtherKernelTest, ATreeWhoseFlushFailsIsAFailureWithTheTreeInPlace) {
+  _folder.makeFile("tree/file", "x");
+
+  EXPECT_TRUE(without(SYS_syncfs, EIO, [&] { return !copy("tree", "to"); }));
+
+  EXPECT_EQ(_folder.content("to/file"), "x");
+}
+
+TEST_F(FileManagerOtherKernelTest, ALogThatTheSystemCannotEmptyIsMadeAnew) {
+  _folder.makeFile("log", "old");
+
+  EXPECT_TRUE(without(SYS_ftruncate, EIO, [&] { return _files.openLog(path("log")) >= 0; }));
+
+  EXPECT_EQ(_folder.content("log"), "");
+}
+
+TEST_F(FileManagerOtherKernelTest, AWalkThatTheSystemRefusesIsAFailure) {
+  _folder.makeFile("tree/file", "", 0600);
+
+  EXPECT_TRUE(without(kChangeModeCall, EIO, [&] {
+    return refuseCall(SYS_fchmodat, EIO) && refuseCall(SYS_chmod, EIO) &&
+           !_files.changeAttributesBelow(path("tree"), {"self", "own", 0775});
+  }));
+  EXPECT_EQ(modeOf("tree/file"), 0600u);
+}
+
+TEST_F(FileManagerOtherKernelTest, AnOwnerThatTheSystemRefusesIsAFailure) {
+  if (!isRoot()) GTEST_SKIP() << "only root can give files away";
+  _folder.makeFile("tree/file", "", 0775);
+  _users.users["ada"] = {"ada", 1234, 2345, ""};
+
+  EXPECT_TRUE(without(SYS_fchownat, EIO, [&] {
+    return !_files.changeAttributesBelow(path("tree"), {"ada", "admin", 0775});
+  }));
+}
+
+}  // namespace
+}  // namespace installer::test
