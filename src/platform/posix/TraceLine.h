@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <ctime>
 #include <string>
 #include <string_view>
@@ -18,7 +16,7 @@ std::string escapedMessage(std::string_view message);
 struct TraceLine {
   std::tm time{};  // local time
   std::string_view host;
-  pid_t process = 0;
+  long process = 0;
   LogLevel level = LogLevel::info;
   std::string_view message;  // escaped
 };
