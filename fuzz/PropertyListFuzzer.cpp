@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/PropertyList.h"
+#include "base/PropertyList.h"
 
 using namespace installer;
 

@@ -1,10 +1,10 @@
 #include "driver/PackageLoader.h"
 
+#include "base/Path.h"
 #include "driver/RunState.h"
 #include "formats/RegisterFile.h"
 #include "platform/Exists.h"
 #include "platform/Log.h"
-#include "platform/Path.h"
 #include "platform/PropertyListFile.h"
 #include "workflow/HotfixPackage.h"
 

@@ -1,9 +1,9 @@
 #include "driver/VersionGate.h"
 
+#include "base/Path.h"
 #include "driver/RunState.h"
 #include "instance/InstanceService.h"
 #include "platform/Log.h"
-#include "platform/Path.h"
 #include "util/InstallUtil.h"
 #include "workflow/HotfixPackage.h"
 

@@ -5,11 +5,11 @@
 #include <string_view>
 #include <utility>
 
+#include "base/Characters.h"
+#include "base/XmlDocument.h"
 #include "formats/ManifestFeatures.h"
-#include "formats/XmlDocument.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
-#include "util/Characters.h"
 #include "util/StringUtil.h"
 
 namespace installer {

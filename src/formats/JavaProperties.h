@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/OrderedDictionary.h"
+#include "base/OrderedDictionary.h"
 
 namespace installer {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/OrderedDictionary.h"
+#include "base/OrderedDictionary.h"
 
 namespace installer {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/OrderedDictionary.h"
+#include "base/OrderedDictionary.h"
 
 namespace installer {
 

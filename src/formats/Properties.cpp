@@ -1,10 +1,10 @@
 #include "formats/Properties.h"
 
+#include "base/Characters.h"
 #include "platform/FileManager.h"
 #include "platform/HomeFolders.h"
 #include "platform/Platform.h"
 #include "platform/PropertyListFile.h"
-#include "util/Characters.h"
 
 namespace installer {
 

@@ -1,7 +1,7 @@
 #include "formats/RegisterFile.h"
 
+#include "base/Path.h"
 #include "platform/Log.h"
-#include "platform/Path.h"
 #include "platform/Platform.h"
 
 namespace installer {

@@ -1,10 +1,10 @@
+#include "base/Path.h"
 #include "formats/JavaProperties.h"
 #include "instance/InstanceLayout.h"
 #include "instance/InstanceService.h"
 #include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
-#include "platform/Path.h"
 #include "util/InstallUtil.h"
 
 namespace installer {

@@ -1,3 +1,4 @@
+#include "base/Path.h"
 #include "formats/InstallManifest.h"
 #include "formats/JavaProperties.h"
 #include "instance/InstanceLayout.h"
@@ -5,7 +6,6 @@
 #include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
-#include "platform/Path.h"
 
 namespace installer {
 

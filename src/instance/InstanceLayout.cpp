@@ -1,6 +1,6 @@
 #include "instance/InstanceLayout.h"
 
-#include "platform/Path.h"
+#include "base/Path.h"
 
 namespace installer::InstanceLayout {
 

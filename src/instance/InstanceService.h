@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/PropertyList.h"
 #include "platform/FileError.h"
-#include "platform/PropertyList.h"
 
 namespace installer {
 

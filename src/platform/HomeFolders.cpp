@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "platform/Path.h"
+#include "base/Path.h"
 #include "platform/Platform.h"
 #include "platform/UserContext.h"
 

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "platform/PropertyList.h"
+#include "base/PropertyList.h"
 
 namespace installer {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/PropertyList.h"
+#include "base/PropertyList.h"
 
 namespace installer {
 

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/PropertyList.h"
+#include "base/PropertyList.h"
 
 // Property lists that are files.
 namespace installer::PropertyList {

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "platform/LogLevel.h"
+#include "base/LogLevel.h"
 
 namespace installer {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/PropertyList.h"
+#include "base/PropertyList.h"
 
 namespace installer {
 

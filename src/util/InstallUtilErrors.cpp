@@ -1,8 +1,8 @@
 #include <utility>
 
+#include "base/Characters.h"
 #include "platform/Pasteboard.h"
 #include "platform/Platform.h"
-#include "util/Characters.h"
 #include "util/InstallUtil.h"
 
 namespace installer {

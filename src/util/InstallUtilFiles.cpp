@@ -1,5 +1,5 @@
+#include "base/Path.h"
 #include "platform/FileManager.h"
-#include "platform/Path.h"
 #include "platform/Platform.h"
 #include "platform/UserContext.h"
 #include "util/ChildStart.h"

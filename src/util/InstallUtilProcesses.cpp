@@ -1,11 +1,11 @@
+#include "base/LetterCase.h"
+#include "base/Path.h"
 #include "platform/ChildProcesses.h"
 #include "platform/HomeFolders.h"
 #include "platform/Log.h"
-#include "platform/Path.h"
 #include "platform/ProcessTable.h"
 #include "platform/PropertyListFile.h"
 #include "util/InstallUtil.h"
-#include "util/LetterCase.h"
 
 namespace installer {
 

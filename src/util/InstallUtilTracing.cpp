@@ -1,11 +1,11 @@
 #include <unistd.h>
 
+#include "base/LetterCase.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 #include "platform/Preferences.h"
 #include "platform/SystemLog.h"
 #include "util/InstallUtil.h"
-#include "util/LetterCase.h"
 
 namespace installer {
 

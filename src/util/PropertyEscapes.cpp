@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "util/Characters.h"
+#include "base/Characters.h"
 
 namespace installer {
 

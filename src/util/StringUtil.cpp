@@ -2,10 +2,10 @@
 
 #include <cstddef>
 
+#include "base/Characters.h"
+#include "base/Path.h"
 #include "platform/HomeFolders.h"
-#include "platform/Path.h"
 #include "platform/Platform.h"
-#include "util/Characters.h"
 #include "util/PropertyEscapes.h"
 
 namespace installer {

@@ -1,5 +1,6 @@
 #include "workflow/Hotfix.h"
 
+#include "base/Path.h"
 #include "formats/Configuration.h"
 #include "instance/InstanceLayout.h"
 #include "instance/ProvisioningCommand.h"
@@ -7,7 +8,6 @@
 #include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
-#include "platform/Path.h"
 #include "util/InstallUtil.h"
 #include "workflow/HotfixPackage.h"
 #include "workflow/HotfixPolicy.h"

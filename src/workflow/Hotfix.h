@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
+#include "base/PropertyList.h"
 #include "instance/InstanceService.h"
-#include "platform/PropertyList.h"
 
 namespace installer {
 

@@ -1,7 +1,7 @@
 #include "workflow/HotfixPackage.h"
 
+#include "base/Path.h"
 #include "platform/FileManager.h"
-#include "platform/Path.h"
 #include "platform/Platform.h"
 #include "platform/PropertyListFile.h"
 

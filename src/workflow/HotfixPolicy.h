@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/PropertyList.h"
+#include "base/PropertyList.h"
 
 namespace installer {
 

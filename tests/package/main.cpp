@@ -3,6 +3,9 @@
 #include <cstdio>
 #include <string>
 
+#include "base/OrderedDictionary.h"
+#include "base/Path.h"
+#include "base/PropertyList.h"
 #include "driver/Installer.h"
 #include "formats/Configuration.h"
 #include "formats/InstallManifest.h"
@@ -11,9 +14,6 @@
 #include "formats/RegisterFile.h"
 #include "instance/InstanceService.h"
 #include "platform/FileError.h"
-#include "platform/OrderedDictionary.h"
-#include "platform/Path.h"
-#include "platform/PropertyList.h"
 #include "util/InstallUtil.h"
 #include "util/StringUtil.h"
 #include "workflow/Hotfix.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/PropertyList.h"
+#include "base/PropertyList.h"
 #include "support/BinaryList.h"
 
 namespace installer::test {

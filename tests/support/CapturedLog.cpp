@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "platform/posix/TraceLine.h"
+#include "base/TraceLine.h"
 
 namespace installer::test {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/PropertyList.h"
+#include "base/PropertyList.h"
 #include "support/Sandbox.h"
 
 namespace installer::test {

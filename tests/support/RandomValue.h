@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/PropertyList.h"
+#include "base/PropertyList.h"
 #include "support/RandomText.h"
 
 namespace installer::test {

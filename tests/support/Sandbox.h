@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
+#include "base/PropertyList.h"
 #include "platform/Pasteboard.h"
 #include "platform/Platform.h"
 #include "platform/Preferences.h"
-#include "platform/PropertyList.h"
 #include "platform/linux/FilePasteboard.h"
 #include "platform/linux/UserPreferences.h"
 #include "support/CapturedLog.h"

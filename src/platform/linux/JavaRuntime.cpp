@@ -7,8 +7,8 @@
 #include <memory>
 #include <string_view>
 
+#include "base/Path.h"
 #include "platform/FileManager.h"
-#include "platform/Path.h"
 #include "platform/Platform.h"
 #include "platform/UserContext.h"
 

@@ -2,7 +2,7 @@
 
 #include <syslog.h>
 
-#include "platform/posix/TraceLine.h"
+#include "base/TraceLine.h"
 
 namespace installer {
 

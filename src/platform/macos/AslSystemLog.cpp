@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "platform/posix/TraceLine.h"
+#include "base/TraceLine.h"
 
 namespace installer {
 

@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <array>
 
+#include "base/TraceLine.h"
 #include "platform/Clock.h"
-#include "platform/posix/TraceLine.h"
 #include "platform/posix/Uninterrupted.h"
 
 namespace installer {

@@ -14,11 +14,11 @@
 #include <string>
 #include <vector>
 
+#include "base/TraceLine.h"
 #include "instance/InstanceLayout.h"
 #include "instance/ProvisioningCommand.h"
 #include "platform/FixedPaths.h"
 #include "platform/SystemLog.h"
-#include "platform/posix/TraceLine.h"
 #include "util/InstallUtil.h"
 #include "workflow/HotfixPackage.h"
 

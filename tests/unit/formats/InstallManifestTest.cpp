@@ -5,8 +5,8 @@
 
 #include <cerrno>
 
+#include "base/XmlDocument.h"
 #include "formats/ManifestFeatures.h"
-#include "formats/XmlDocument.h"
 #include "support/Memory.h"
 #include "support/Sandbox.h"
 

@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 
+#include "base/LetterCase.h"
 #include "support/Sandbox.h"
 #include "util/InstallUtil.h"
-#include "util/LetterCase.h"
 
 namespace installer::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "formats/XmlDocument.h"
+#include "base/XmlDocument.h"
 
 #include <libxml/SAX2.h>
 #include <libxml/entities.h>
@@ -8,7 +8,7 @@
 
 #include <climits>
 
-#include "platform/QuietXml.h"
+#include "base/QuietXml.h"
 
 namespace installer::xml {
 

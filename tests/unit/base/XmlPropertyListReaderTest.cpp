@@ -1,4 +1,4 @@
-#include "platform/XmlPropertyListReader.h"
+#include "base/XmlPropertyListReader.h"
 
 #include <gmock/gmock.h>
 #include <iconv.h>

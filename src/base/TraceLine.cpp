@@ -1,4 +1,4 @@
-#include "platform/posix/TraceLine.h"
+#include "base/TraceLine.h"
 
 #include <fmt/format.h>
 

@@ -1,4 +1,4 @@
-#include "platform/XmlPropertyListWriter.h"
+#include "base/XmlPropertyListWriter.h"
 
 #include <gtest/gtest.h>
 

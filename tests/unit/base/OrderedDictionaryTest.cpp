@@ -1,4 +1,4 @@
-#include "platform/OrderedDictionary.h"
+#include "base/OrderedDictionary.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

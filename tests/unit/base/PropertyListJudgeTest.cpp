@@ -4,7 +4,7 @@
 #include <fstream>
 #include <vector>
 
-#include "platform/PropertyList.h"
+#include "base/PropertyList.h"
 #include "support/BinaryListWriter.h"
 #include "support/Judge.h"
 #include "support/RandomValue.h"

@@ -1,4 +1,4 @@
-#include "platform/PropertyListDate.h"
+#include "base/PropertyListDate.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "util/LetterCase.h"
+#include "base/LetterCase.h"
 
 #include <utf8proc.h>
 

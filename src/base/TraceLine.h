@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/LogLevel.h"
+#include "base/LogLevel.h"
 
 namespace installer {
 

@@ -1,4 +1,4 @@
-#include "platform/BinaryPropertyListReader.h"
+#include "base/BinaryPropertyListReader.h"
 
 #include <bit>
 #include <cstdint>

@@ -1,11 +1,11 @@
-#include "platform/PropertyList.h"
+#include "base/PropertyList.h"
 
 #include <algorithm>
 #include <limits>
 
-#include "platform/BinaryPropertyListReader.h"
-#include "platform/XmlPropertyListReader.h"
-#include "platform/XmlPropertyListWriter.h"
+#include "base/BinaryPropertyListReader.h"
+#include "base/XmlPropertyListReader.h"
+#include "base/XmlPropertyListWriter.h"
 
 namespace installer::PropertyList {
 

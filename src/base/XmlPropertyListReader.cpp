@@ -1,4 +1,4 @@
-#include "platform/XmlPropertyListReader.h"
+#include "base/XmlPropertyListReader.h"
 
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
@@ -11,9 +11,9 @@
 #include <string>
 #include <utility>
 
-#include "platform/Base64.h"
-#include "platform/PropertyListDate.h"
-#include "platform/QuietXml.h"
+#include "base/Base64.h"
+#include "base/PropertyListDate.h"
+#include "base/QuietXml.h"
 
 namespace installer::PropertyList {
 

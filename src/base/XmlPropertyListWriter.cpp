@@ -1,4 +1,4 @@
-#include "platform/XmlPropertyListWriter.h"
+#include "base/XmlPropertyListWriter.h"
 
 #include <fmt/format.h>
 
@@ -6,8 +6,8 @@
 #include <charconv>
 #include <cmath>
 
-#include "platform/Base64.h"
-#include "platform/PropertyListDate.h"
+#include "base/Base64.h"
+#include "base/PropertyListDate.h"
 
 namespace installer::PropertyList {
 

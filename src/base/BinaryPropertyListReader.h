@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-#include "platform/PropertyList.h"
+#include "base/PropertyList.h"
 
 namespace installer::PropertyList {
 

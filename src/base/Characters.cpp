@@ -1,4 +1,4 @@
-#include "util/Characters.h"
+#include "base/Characters.h"
 
 #include <array>
 #include <optional>
