@@ -1,7 +1,7 @@
 #include <benchmark/benchmark.h>
 
 #include "Benchmarks.h"
-#include "util/InstallUtil.h"
+#include "hotfix/util/InstallUtil.h"
 
 namespace installer::bench {
 namespace {

@@ -1,7 +1,7 @@
 #include <benchmark/benchmark.h>
 
 #include "Benchmarks.h"
-#include "formats/InstallManifest.h"
+#include "hotfix/formats/InstallManifest.h"
 
 namespace installer::bench {
 

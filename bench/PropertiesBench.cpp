@@ -1,7 +1,7 @@
 #include <benchmark/benchmark.h>
 
 #include "Benchmarks.h"
-#include "formats/JavaProperties.h"
+#include "hotfix/formats/JavaProperties.h"
 
 namespace installer::bench {
 

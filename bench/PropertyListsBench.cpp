@@ -1,7 +1,7 @@
 #include <benchmark/benchmark.h>
 
 #include "Benchmarks.h"
-#include "formats/Properties.h"
+#include "hotfix/formats/Properties.h"
 
 namespace installer::bench {
 

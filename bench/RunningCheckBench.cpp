@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "Benchmarks.h"
-#include "util/InstallUtil.h"
+#include "hotfix/util/InstallUtil.h"
 
 namespace installer::bench {
 namespace {

@@ -3,31 +3,11 @@
 include(CMakePackageConfigHelpers)
 
 # The public headers. They include nothing but one another and the standard library.
-set(HOTFIX_PUBLIC_HEADERS
-    platform/FileError.h
-    platform/OrderedDictionary.h
-    platform/Path.h
-    platform/PropertyList.h
-    util/InstallUtil.h
-    util/StringUtil.h
-    formats/Configuration.h
-    formats/InstallManifest.h
-    formats/JavaProperties.h
-    formats/Properties.h
-    formats/RegisterFile.h
-    instance/InstanceService.h
-    workflow/Hotfix.h
-    workflow/HotfixPolicy.h
-    workflow/HotfixUninstall.h
-    driver/Installer.h)
-
-foreach(header IN LISTS HOTFIX_PUBLIC_HEADERS)
-  if(NOT EXISTS ${PROJECT_SOURCE_DIR}/src/${header})
-    continue()
-  endif()
-  get_filename_component(folder ${header} DIRECTORY)
-  install(FILES src/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/hotfix/${folder})
-endforeach()
+install(
+  DIRECTORY include/hotfix
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  FILES_MATCHING
+  PATTERN "*.h")
 
 # An administrator's program: it changes installations and wants root.
 if(TARGET HotfixInstaller)

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "formats/InstallManifest.h"
+#include "hotfix/formats/InstallManifest.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "base/OrderedDictionary.h"
 #include "formats/JavaPropertiesReader.h"
+#include "hotfix/base/OrderedDictionary.h"
 
 using namespace installer;
 

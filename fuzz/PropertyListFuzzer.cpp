@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "base/PropertyList.h"
+#include "hotfix/base/PropertyList.h"
 
 using namespace installer;
 

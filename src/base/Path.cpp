@@ -1,4 +1,4 @@
-#include "base/Path.h"
+#include "hotfix/base/Path.h"
 
 namespace installer::path {
 

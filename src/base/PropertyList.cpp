@@ -1,4 +1,4 @@
-#include "base/PropertyList.h"
+#include "hotfix/base/PropertyList.h"
 
 #include <algorithm>
 #include <limits>

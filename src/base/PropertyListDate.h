@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/PropertyList.h"
+#include "hotfix/base/PropertyList.h"
 
 // Dates as XML property lists tell them: "2013-03-05T09:07:00Z", years 0001 to 9999.
 namespace installer::PropertyList {

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "base/PropertyList.h"
+#include "hotfix/base/PropertyList.h"
 
 namespace installer::PropertyList {
 

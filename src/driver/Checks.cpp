@@ -4,12 +4,12 @@
 #include "driver/PackageLoader.h"
 #include "driver/RunState.h"
 #include "driver/VersionGate.h"
-#include "instance/InstanceService.h"
+#include "hotfix/instance/InstanceService.h"
+#include "hotfix/util/InstallUtil.h"
+#include "hotfix/workflow/HotfixPolicy.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
-#include "util/InstallUtil.h"
 #include "workflow/HotfixPackage.h"
-#include "workflow/HotfixPolicy.h"
 
 namespace installer {
 

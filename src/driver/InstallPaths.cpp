@@ -3,13 +3,13 @@
 #include "driver/ErrorStatus.h"
 #include "driver/RunState.h"
 #include "driver/VersionGate.h"
+#include "hotfix/instance/InstanceService.h"
+#include "hotfix/util/InstallUtil.h"
+#include "hotfix/workflow/Hotfix.h"
+#include "hotfix/workflow/HotfixUninstall.h"
 #include "instance/InstanceLayout.h"
-#include "instance/InstanceService.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
-#include "util/InstallUtil.h"
-#include "workflow/Hotfix.h"
-#include "workflow/HotfixUninstall.h"
 
 namespace installer {
 

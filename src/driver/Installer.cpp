@@ -1,4 +1,4 @@
-#include "driver/Installer.h"
+#include "hotfix/driver/Installer.h"
 
 #include <cstdio>
 #include <optional>
@@ -8,9 +8,9 @@
 #include "driver/InstanceLock.h"
 #include "driver/PackageLoader.h"
 #include "driver/RunState.h"
+#include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
 #include "platform/Log.h"
-#include "util/InstallUtil.h"
 
 namespace installer {
 

@@ -1,11 +1,11 @@
 #include "driver/PackageLoader.h"
 
-#include "base/Path.h"
 #include "driver/RunState.h"
-#include "formats/RegisterFile.h"
+#include "hotfix/base/Path.h"
+#include "hotfix/formats/RegisterFile.h"
+#include "hotfix/platform/PropertyListFile.h"
 #include "platform/Exists.h"
 #include "platform/Log.h"
-#include "platform/PropertyListFile.h"
 #include "workflow/HotfixPackage.h"
 
 namespace installer {

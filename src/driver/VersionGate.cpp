@@ -1,10 +1,10 @@
 #include "driver/VersionGate.h"
 
-#include "base/Path.h"
 #include "driver/RunState.h"
-#include "instance/InstanceService.h"
+#include "hotfix/base/Path.h"
+#include "hotfix/instance/InstanceService.h"
+#include "hotfix/util/InstallUtil.h"
 #include "platform/Log.h"
-#include "util/InstallUtil.h"
 #include "workflow/HotfixPackage.h"
 
 namespace installer {

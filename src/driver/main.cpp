@@ -1,7 +1,7 @@
 #include <string>
 #include <vector>
 
-#include "driver/Installer.h"
+#include "hotfix/driver/Installer.h"
 #include "platform/ProcessSetup.h"
 
 int main(int argc, char* argv[]) {

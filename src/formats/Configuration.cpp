@@ -1,4 +1,4 @@
-#include "formats/Configuration.h"
+#include "hotfix/formats/Configuration.h"
 
 #include "platform/FileManager.h"
 #include "platform/Log.h"

@@ -1,4 +1,4 @@
-#include "formats/InstallManifest.h"
+#include "hotfix/formats/InstallManifest.h"
 
 #include <libxml/tree.h>
 
@@ -8,9 +8,9 @@
 #include "base/Characters.h"
 #include "base/XmlDocument.h"
 #include "formats/ManifestFeatures.h"
+#include "hotfix/util/StringUtil.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
-#include "util/StringUtil.h"
 
 namespace installer {
 

@@ -1,9 +1,9 @@
-#include "formats/JavaProperties.h"
+#include "hotfix/formats/JavaProperties.h"
 
 #include "formats/JavaPropertiesReader.h"
 #include "formats/JavaPropertiesWriter.h"
+#include "hotfix/platform/HomeFolders.h"
 #include "platform/FileManager.h"
-#include "platform/HomeFolders.h"
 #include "platform/Log.h"
 
 namespace installer {

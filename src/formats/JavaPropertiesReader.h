@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/OrderedDictionary.h"
+#include "hotfix/base/OrderedDictionary.h"
 
 namespace installer {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "base/OrderedDictionary.h"
+#include "hotfix/base/OrderedDictionary.h"
 
 namespace installer {
 

@@ -2,7 +2,7 @@
 
 #include <libxml/tree.h>
 
-#include "formats/InstallManifest.h"
+#include "hotfix/formats/InstallManifest.h"
 #include "platform/Log.h"
 
 namespace installer {

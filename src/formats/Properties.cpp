@@ -1,10 +1,10 @@
-#include "formats/Properties.h"
+#include "hotfix/formats/Properties.h"
 
 #include "base/Characters.h"
+#include "hotfix/platform/HomeFolders.h"
+#include "hotfix/platform/PropertyListFile.h"
 #include "platform/FileManager.h"
-#include "platform/HomeFolders.h"
 #include "platform/Platform.h"
-#include "platform/PropertyListFile.h"
 
 namespace installer {
 

@@ -1,6 +1,6 @@
-#include "formats/RegisterFile.h"
+#include "hotfix/formats/RegisterFile.h"
 
-#include "base/Path.h"
+#include "hotfix/base/Path.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 

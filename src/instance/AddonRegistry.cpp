@@ -1,8 +1,8 @@
+#include "hotfix/instance/InstanceService.h"
+#include "hotfix/platform/PropertyListFile.h"
 #include "instance/InstanceLayout.h"
-#include "instance/InstanceService.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
-#include "platform/PropertyListFile.h"
 
 namespace installer {
 

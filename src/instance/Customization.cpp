@@ -1,11 +1,11 @@
-#include "base/Path.h"
-#include "formats/JavaProperties.h"
+#include "hotfix/base/Path.h"
+#include "hotfix/formats/JavaProperties.h"
+#include "hotfix/instance/InstanceService.h"
+#include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
-#include "instance/InstanceService.h"
 #include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
-#include "util/InstallUtil.h"
 
 namespace installer {
 

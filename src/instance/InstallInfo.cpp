@@ -1,13 +1,13 @@
 #include <algorithm>
 
-#include "formats/Properties.h"
+#include "hotfix/formats/Properties.h"
+#include "hotfix/instance/InstanceService.h"
+#include "hotfix/util/InstallUtil.h"
+#include "hotfix/util/StringUtil.h"
 #include "instance/InstanceLayout.h"
-#include "instance/InstanceService.h"
 #include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
-#include "util/InstallUtil.h"
-#include "util/StringUtil.h"
 
 namespace installer {
 

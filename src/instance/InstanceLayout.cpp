@@ -1,6 +1,6 @@
 #include "instance/InstanceLayout.h"
 
-#include "base/Path.h"
+#include "hotfix/base/Path.h"
 
 namespace installer::InstanceLayout {
 

@@ -1,6 +1,6 @@
-#include "instance/InstanceService.h"
+#include "hotfix/instance/InstanceService.h"
 
-#include "formats/Configuration.h"
+#include "hotfix/formats/Configuration.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/UserContext.h"

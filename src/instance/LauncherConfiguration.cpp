@@ -1,13 +1,13 @@
-#include "formats/JavaProperties.h"
+#include "hotfix/formats/JavaProperties.h"
+#include "hotfix/instance/InstanceService.h"
+#include "hotfix/util/InstallUtil.h"
+#include "hotfix/util/StringUtil.h"
 #include "instance/InstanceLayout.h"
-#include "instance/InstanceService.h"
 #include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/UserContext.h"
-#include "util/InstallUtil.h"
 #include "util/Ownership.h"
-#include "util/StringUtil.h"
 
 namespace installer {
 

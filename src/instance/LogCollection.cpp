@@ -1,12 +1,12 @@
 #include "base/LetterCase.h"
-#include "base/Path.h"
+#include "hotfix/base/Path.h"
+#include "hotfix/instance/InstanceService.h"
+#include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
-#include "instance/InstanceService.h"
 #include "platform/FileManager.h"
 #include "platform/JavaRuntime.h"
 #include "platform/Log.h"
 #include "util/ChildStart.h"
-#include "util/InstallUtil.h"
 
 namespace installer {
 

@@ -1,15 +1,15 @@
 #include <algorithm>
 #include <charconv>
 
-#include "formats/JavaProperties.h"
+#include "hotfix/formats/JavaProperties.h"
+#include "hotfix/instance/InstanceService.h"
+#include "hotfix/platform/HomeFolders.h"
+#include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
-#include "instance/InstanceService.h"
 #include "instance/ProvisioningCommand.h"
 #include "instance/ProvisioningRun.h"
 #include "platform/FileManager.h"
-#include "platform/HomeFolders.h"
 #include "platform/Platform.h"
-#include "util/InstallUtil.h"
 
 namespace installer {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/FileError.h"
+#include "hotfix/platform/FileError.h"
 
 namespace installer {
 
@@ -118,8 +118,10 @@ class FileManager {
 
   // Opens a log file for writing from its start, mode 0644 when new, without following a link. A
   // file that is not a regular one with one name and owned by this process is removed and created
-  // anew. The caller closes the descriptor; -1 when it cannot be had.
+  // anew. The descriptor is the caller's until closeLog(); -1 when it cannot be had.
   virtual int openLog(const std::string& path) = 0;
+  // Closes what openLog() answered; nothing happens for -1.
+  virtual void closeLog(int descriptor) = 0;
 
   // Waits until no other process holds the folder's lock, then holds it until the process ends.
   // `onWait` is called once when there is somebody to wait for. False when it cannot be locked.

@@ -1,9 +1,9 @@
-#include "platform/HomeFolders.h"
+#include "hotfix/platform/HomeFolders.h"
 
 #include <algorithm>
 #include <optional>
 
-#include "base/Path.h"
+#include "hotfix/base/Path.h"
 #include "platform/Platform.h"
 #include "platform/UserContext.h"
 

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "base/PropertyList.h"
+#include "hotfix/base/PropertyList.h"
 
 namespace installer {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/PropertyList.h"
+#include "hotfix/base/PropertyList.h"
 
 namespace installer {
 

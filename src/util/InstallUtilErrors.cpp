@@ -1,9 +1,9 @@
 #include <utility>
 
 #include "base/Characters.h"
+#include "hotfix/util/InstallUtil.h"
 #include "platform/Pasteboard.h"
 #include "platform/Platform.h"
-#include "util/InstallUtil.h"
 
 namespace installer {
 

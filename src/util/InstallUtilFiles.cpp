@@ -1,11 +1,11 @@
-#include "base/Path.h"
+#include "hotfix/base/Path.h"
+#include "hotfix/util/InstallUtil.h"
+#include "hotfix/util/StringUtil.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 #include "platform/UserContext.h"
 #include "util/ChildStart.h"
-#include "util/InstallUtil.h"
 #include "util/Ownership.h"
-#include "util/StringUtil.h"
 
 namespace installer {
 

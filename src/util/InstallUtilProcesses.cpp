@@ -1,11 +1,11 @@
 #include "base/LetterCase.h"
-#include "base/Path.h"
+#include "hotfix/base/Path.h"
+#include "hotfix/platform/HomeFolders.h"
+#include "hotfix/platform/PropertyListFile.h"
+#include "hotfix/util/InstallUtil.h"
 #include "platform/ChildProcesses.h"
-#include "platform/HomeFolders.h"
 #include "platform/Log.h"
 #include "platform/ProcessTable.h"
-#include "platform/PropertyListFile.h"
-#include "util/InstallUtil.h"
 
 namespace installer {
 

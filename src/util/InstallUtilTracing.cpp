@@ -1,11 +1,9 @@
-#include <unistd.h>
-
 #include "base/LetterCase.h"
+#include "hotfix/util/InstallUtil.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 #include "platform/Preferences.h"
 #include "platform/SystemLog.h"
-#include "util/InstallUtil.h"
 
 namespace installer {
 
@@ -22,18 +20,19 @@ int InstallUtil::setupTraceOutput() {
   return shouldWriteTraces() && openTraceFile() == -1 ? -1 : 0;
 }
 
-// The log refuses to mirror itself into -1, and closing that changes nothing.
+// The log refuses to mirror itself into -1.
 int InstallUtil::openTraceFile() {
   Platform& platform = Platform::current();
   const int descriptor = platform.files->openLog(platform.paths.traceFile);
   if (platform.log->addFile(descriptor) == 0) return descriptor;
-  ::close(descriptor);
+  platform.files->closeLog(descriptor);
   return -1;
 }
 
 void InstallUtil::closeTraceFile(int descriptor) {
-  Platform::current().log->removeFile(descriptor);
-  ::close(descriptor);
+  Platform& platform = Platform::current();
+  platform.log->removeFile(descriptor);
+  platform.files->closeLog(descriptor);
 }
 
 std::string InstallUtil::getCurrentLocale() {

@@ -1,6 +1,6 @@
+#include "hotfix/util/InstallUtil.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
-#include "util/InstallUtil.h"
 
 namespace installer {
 

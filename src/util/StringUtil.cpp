@@ -1,10 +1,10 @@
-#include "util/StringUtil.h"
+#include "hotfix/util/StringUtil.h"
 
 #include <cstddef>
 
 #include "base/Characters.h"
-#include "base/Path.h"
-#include "platform/HomeFolders.h"
+#include "hotfix/base/Path.h"
+#include "hotfix/platform/HomeFolders.h"
 #include "platform/Platform.h"
 #include "util/PropertyEscapes.h"
 

@@ -1,16 +1,16 @@
-#include "workflow/Hotfix.h"
+#include "hotfix/workflow/Hotfix.h"
 
-#include "base/Path.h"
-#include "formats/Configuration.h"
+#include "hotfix/base/Path.h"
+#include "hotfix/formats/Configuration.h"
+#include "hotfix/util/InstallUtil.h"
+#include "hotfix/workflow/HotfixPolicy.h"
 #include "instance/InstanceLayout.h"
 #include "instance/ProvisioningCommand.h"
 #include "instance/ProvisioningRun.h"
 #include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
-#include "util/InstallUtil.h"
 #include "workflow/HotfixPackage.h"
-#include "workflow/HotfixPolicy.h"
 
 namespace installer {
 

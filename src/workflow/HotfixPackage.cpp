@@ -1,9 +1,9 @@
 #include "workflow/HotfixPackage.h"
 
-#include "base/Path.h"
+#include "hotfix/base/Path.h"
+#include "hotfix/platform/PropertyListFile.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
-#include "platform/PropertyListFile.h"
 
 namespace installer::HotfixPackage {
 

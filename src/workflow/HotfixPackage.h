@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "base/PropertyList.h"
+#include "hotfix/base/PropertyList.h"
 
 // What lies where in a hotfix package.
 namespace installer::HotfixPackage {

@@ -1,4 +1,4 @@
-#include "workflow/HotfixPolicy.h"
+#include "hotfix/workflow/HotfixPolicy.h"
 
 #include "workflow/HotfixPackage.h"
 

@@ -1,13 +1,13 @@
-#include "workflow/HotfixUninstall.h"
+#include "hotfix/workflow/HotfixUninstall.h"
 
 #include <cstdio>
 
+#include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
 #include "instance/ProvisioningCommand.h"
 #include "instance/ProvisioningRun.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
-#include "util/InstallUtil.h"
 
 namespace installer {
 

@@ -3,22 +3,24 @@
 #include <cstdio>
 #include <string>
 
-#include "base/OrderedDictionary.h"
-#include "base/Path.h"
-#include "base/PropertyList.h"
-#include "driver/Installer.h"
-#include "formats/Configuration.h"
-#include "formats/InstallManifest.h"
-#include "formats/JavaProperties.h"
-#include "formats/Properties.h"
-#include "formats/RegisterFile.h"
-#include "instance/InstanceService.h"
-#include "platform/FileError.h"
-#include "util/InstallUtil.h"
-#include "util/StringUtil.h"
-#include "workflow/Hotfix.h"
-#include "workflow/HotfixPolicy.h"
-#include "workflow/HotfixUninstall.h"
+#include <hotfix/base/OrderedDictionary.h>
+#include <hotfix/base/Path.h>
+#include <hotfix/base/PropertyList.h>
+#include <hotfix/driver/Installer.h>
+#include <hotfix/formats/Configuration.h>
+#include <hotfix/formats/InstallManifest.h>
+#include <hotfix/formats/JavaProperties.h>
+#include <hotfix/formats/Properties.h>
+#include <hotfix/formats/RegisterFile.h>
+#include <hotfix/instance/InstanceService.h>
+#include <hotfix/platform/FileError.h>
+#include <hotfix/platform/HomeFolders.h>
+#include <hotfix/platform/PropertyListFile.h>
+#include <hotfix/util/InstallUtil.h>
+#include <hotfix/util/StringUtil.h>
+#include <hotfix/workflow/Hotfix.h>
+#include <hotfix/workflow/HotfixPolicy.h>
+#include <hotfix/workflow/HotfixUninstall.h>
 
 using namespace installer;
 

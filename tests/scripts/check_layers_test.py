@@ -37,72 +37,127 @@ class CheckLayersTest(unittest.TestCase):
         self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
 
     def testIncludesOfTheSameAndLowerFloorsAreAccepted(self):
-        self.write("driver/main.cpp", '#include "driver/Installer.h"', '#include "workflow/W.h"',
+        self.write("src/driver/main.cpp", '#include "hotfix/driver/Installer.h"', '#include "workflow/W.h"',
                    '#include "platform/P.h"', "#include <vector>", "#include <fmt/format.h>")
-        self.write("workflow/W.h", "#pragma once", '#include "instance/I.h"')
-        self.write("instance/I.h", '#include "formats/F.h"')
-        self.write("formats/F.h", '#include "util/U.h"')
-        self.write("util/U.h", '#include "platform/P.h"')
+        self.write("src/workflow/W.h", "#pragma once", '#include "instance/I.h"')
+        self.write("src/instance/I.h", '#include "formats/F.h"')
+        self.write("src/formats/F.h", '#include "util/U.h"')
+        self.write("src/util/U.h", '#include "platform/P.h"')
+        self.write("src/platform/P.h", '#include "base/B.h"', "#include <sys/stat.h>")
 
         self.assertAccepted()
 
     def testEachIncludeOfTheNextHigherFloorIsRefused(self):
-        floors = ["platform", "util", "formats", "instance", "workflow", "driver"]
+        floors = ["base", "platform", "util", "formats", "instance", "workflow", "driver", "ctl"]
         for lower, upper in zip(floors, floors[1:]):
             with self.subTest(lower=lower):
-                self.write(f"{lower}/A.cpp", "// a", f'#include "{upper}/B.h"')
+                self.write(f"src/{lower}/A.cpp", "// a", f'#include "{upper}/B.h"')
 
-                self.assertRefused(f"{lower}/A.cpp:2", f'{lower}/ includes "{upper}/B.h"')
+                self.assertRefused(f"src/{lower}/A.cpp:2", f'{lower}/ includes "{upper}/B.h"')
 
-                (self._root / lower / "A.cpp").unlink()
+                (self._root / "src" / lower / "A.cpp").unlink()
 
     def testIncludesThatTryToHideAreRefused(self):
         for line in ('  #  include   "driver/B.h"', "#include <driver/B.h>",
                      '#import "driver/B.h"'):
             with self.subTest(line=line):
-                self.write("util/A.h", line)
+                self.write("src/util/A.h", line)
 
-                self.assertRefused("util/A.h:1", "from a floor above it")
+                self.assertRefused("src/util/A.h:1", "from a floor above it")
 
     def testIncludesBesideOrAroundTheFloorsAreRefused(self):
-        self.write("util/A.h", '#include "B.h"')
-        self.assertRefused("util/A.h:1", "does not begin with a floor")
+        self.write("src/util/A.h", '#include "B.h"')
+        self.assertRefused("src/util/A.h:1", "does not begin with a floor")
 
-        self.write("util/A.h", '#include "../driver/B.h"')
-        self.assertRefused("util/A.h:1", "does not begin with a floor")
+        self.write("src/util/A.h", '#include "../driver/B.h"')
+        self.assertRefused("src/util/A.h:1", "does not begin with a floor")
 
-        self.write("util/A.h", '#include "platform/../driver/B.h"')
-        self.assertRefused("util/A.h:1", "climbs out")
+        self.write("src/util/A.h", '#include "platform/../driver/B.h"')
+        self.assertRefused("src/util/A.h:1", "climbs out")
 
     def testAFileOnNoFloorIsRefused(self):
-        self.write("attic/A.cpp", "")
+        self.write("src/attic/A.cpp", "")
 
-        self.assertRefused("attic/A.cpp:1", "is on no floor")
+        self.assertRefused("src/attic/A.cpp:1", "is on no floor")
 
     def testConditionsAreRefusedOutsideTheFoldersOfSystems(self):
         for line in ("#if defined(__linux__)", "#ifdef __APPLE__", "# ifndef _WIN32",
                      "#elif __APPLE__"):
             with self.subTest(line=line):
-                self.write("platform/A.cpp", line)
+                self.write("src/platform/A.cpp", line)
 
-                self.assertRefused("platform/A.cpp:1", "conditional compilation")
+                self.assertRefused("src/platform/A.cpp:1", "conditional compilation")
 
     def testConditionsAreAcceptedInTheFoldersOfSystems(self):
-        for folder in ("posix", "linux", "macos"):
-            self.write(f"platform/{folder}/A.cpp", "#ifdef __GLIBC__", "#endif")
+        for folder in ("files", "posix", "linux", "macos"):
+            self.write(f"src/platform/{folder}/A.cpp", "#ifdef __GLIBC__", "#endif")
 
         self.assertAccepted()
 
     def testHeadersOfOneSystemStayWithinThePlatform(self):
-        self.write("platform/A.cpp", '#include "platform/posix/Descriptor.h"')
+        self.write("src/platform/A.cpp", '#include "platform/posix/Descriptor.h"')
         self.assertAccepted()
 
-        self.write("util/A.cpp", '#include "platform/posix/Descriptor.h"')
-        self.assertRefused("util/A.cpp:1", "belongs to one system")
+        self.write("src/util/A.cpp", '#include "platform/posix/Descriptor.h"')
+        self.assertRefused("src/util/A.cpp:1", "belongs to one system")
+
+    def testPublicHeadersAreOnFloorsToo(self):
+        self.write("src/util/A.cpp", '#include "hotfix/util/A.h"', '#include "hotfix/base/B.h"')
+        self.write("include/hotfix/util/A.h", '#include "hotfix/base/B.h"', "#include <string>")
+        self.assertAccepted()
+
+        self.write("src/util/A.cpp", '#include "hotfix/formats/F.h"')
+        self.assertRefused("src/util/A.cpp:1", 'util/ includes "hotfix/formats/F.h"')
+        self.write("src/util/A.cpp", "#include <hotfix/formats/F.h>")
+        self.assertRefused("src/util/A.cpp:1", 'util/ includes "hotfix/formats/F.h"')
+        self.write("src/util/A.cpp")
+
+        self.write("include/hotfix/util/A.h", '#include "hotfix/formats/F.h"')
+        self.assertRefused("include/hotfix/util/A.h:1", "from a floor above it")
+
+        self.write("include/hotfix/util/A.h")
+        self.write("include/hotfix/A.h")
+        self.assertRefused("include/hotfix/A.h:1", "is on no floor")
+
+    def testAPublicHeaderNamesNothingThatIsPrivate(self):
+        self.write("src/util/A.cpp")
+        self.write("include/hotfix/util/A.h", '#include "base/B.h"')
+        self.assertRefused("include/hotfix/util/A.h:1", "is private")
+
+        for header in ("fmt/format.h", "sys/types.h", "libxml/tree.h", "unistd.h"):
+            with self.subTest(header=header):
+                self.write("include/hotfix/platform/A.h", f"#include <{header}>")
+                self.write("include/hotfix/util/A.h")
+                self.assertRefused("include/hotfix/platform/A.h:1", "public header")
+
+    def testHeadersOfTheSystemStayBelowThePlatform(self):
+        for header in ("unistd.h", "sys/stat.h", "stdio.h", "filesystem", "fstream",
+                       "libxml/tree.h", "archive.h", "CLI/CLI.hpp"):
+            with self.subTest(header=header):
+                self.write("src/util/A.cpp", f"#include <{header}>")
+                self.assertRefused("src/util/A.cpp:1", f"<{header}>")
+
+        self.write("src/util/A.cpp", "#include <ranges>", "#include <fmt/format.h>")
+        self.write("src/base/A.cpp", "#include <libxml/tree.h>", "#include <utf8proc.h>")
+        self.write("src/ctl/A.cpp", "#include <CLI/CLI.hpp>", "#include <archive_entry.h>")
+        self.write("src/platform/A.cpp", "#include <unistd.h>", "#include <filesystem>")
+        self.assertAccepted()
+
+    def testCallsOfTheSystemStayBelowThePlatform(self):
+        for line in ("  ::close(file);", "return ::unlink (path);", "if (!::open(a, b)) c();",
+                     "x = std::fopen(a, b);", "std::rename(a, b);"):
+            with self.subTest(line=line):
+                self.write("src/util/A.cpp", line)
+                self.assertRefused("src/util/A.cpp:1", "is the system's")
+
+        self.write("src/util/A.cpp", "// not ::close(file)", "a::close(b);", "a<b>::close(c);",
+                   "path->files.rename(a, b);", "::testing::close(a);")
+        self.write("src/platform/A.cpp", "::close(file);")
+        self.assertAccepted()
 
     def testEveryOffenceIsListed(self):
-        self.write("util/A.h", '#include "formats/F.h"', '#include "driver/D.h"')
-        self.write("platform/B.h", '#include "util/U.h"')
+        self.write("src/util/A.h", '#include "formats/F.h"', '#include "driver/D.h"')
+        self.write("src/platform/B.h", '#include "util/U.h"')
 
         result = self.check()
 
@@ -110,12 +165,12 @@ class CheckLayersTest(unittest.TestCase):
         self.assertEqual(len(result.stdout.splitlines()), 3)
 
     def testAMissingFolderIsAnError(self):
-        self._root /= "nowhere"
+        self.write("include/hotfix/base/B.h")
 
         result = self.check()
 
         self.assertEqual(result.returncode, 1)
-        self.assertIn("no such folder", result.stderr)
+        self.assertIn("src: no such folder", result.stderr)
 
     def testThisRepositoryIsCheckedByDefault(self):
         result = subprocess.run([ROOT / "scripts" / "check-layers"], cwd="/", check=False)

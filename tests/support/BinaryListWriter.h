@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "base/PropertyList.h"
+#include "hotfix/base/PropertyList.h"
 #include "support/BinaryList.h"
 
 namespace installer::test {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "base/PropertyList.h"
+#include "hotfix/base/PropertyList.h"
 #include "support/Sandbox.h"
 
 namespace installer::test {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "base/PropertyList.h"
+#include "hotfix/base/PropertyList.h"
 #include "support/RandomText.h"
 
 namespace installer::test {

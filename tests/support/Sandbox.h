@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "base/PropertyList.h"
+#include "hotfix/base/PropertyList.h"
 #include "platform/Pasteboard.h"
 #include "platform/Platform.h"
 #include "platform/Preferences.h"

@@ -1,11 +1,11 @@
-#include "workflow/Hotfix.h"
+#include "hotfix/workflow/Hotfix.h"
 
 #include <gmock/gmock.h>
 
+#include "hotfix/util/InstallUtil.h"
 #include "instance/ProvisioningCommand.h"
 #include "support/PackageFixture.h"
 #include "support/TreeSnapshot.h"
-#include "util/InstallUtil.h"
 
 namespace installer::test {
 namespace {

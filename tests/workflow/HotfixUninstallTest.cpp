@@ -1,4 +1,4 @@
-#include "workflow/HotfixUninstall.h"
+#include "hotfix/workflow/HotfixUninstall.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "driver/Installer.h"
+#include "hotfix/driver/Installer.h"
 
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -9,9 +9,9 @@
 #include <algorithm>
 
 #include "driver/ErrorStatus.h"
+#include "hotfix/util/InstallUtil.h"
 #include "instance/ProvisioningCommand.h"
 #include "support/PackageFixture.h"
-#include "util/InstallUtil.h"
 
 namespace installer::test {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-#include "driver/Installer.h"
+#include "hotfix/driver/Installer.h"
 #include "support/PackageFixture.h"
 #include "support/TreeSnapshot.h"
 

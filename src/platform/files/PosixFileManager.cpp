@@ -166,6 +166,10 @@ int PosixFileManager::openLog(const std::string& path) {
   return place.usable() ? openLogFile(_changes, place) : -1;
 }
 
+void PosixFileManager::closeLog(int descriptor) {
+  const Descriptor closed(descriptor);
+}
+
 bool PosixFileManager::lock(const std::string& folder, void (*onWait)()) {
   return lockFolder(folder, onWait);
 }

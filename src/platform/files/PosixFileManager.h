@@ -39,6 +39,7 @@ class PosixFileManager : public FileManager {
                   const FileAttributes& attributes) override;
   bool changeAttributesBelow(const std::string& folder, const FileAttributes& attributes) override;
   int openLog(const std::string& path) override;
+  void closeLog(int descriptor) override;
   bool lock(const std::string& folder, void (*onWait)()) override;
 
  protected:

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string_view>
 
-#include "base/Path.h"
+#include "hotfix/base/Path.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 #include "platform/UserContext.h"

@@ -1,4 +1,4 @@
-#include "base/OrderedDictionary.h"
+#include "hotfix/base/OrderedDictionary.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

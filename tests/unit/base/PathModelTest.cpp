@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "base/Path.h"
+#include "hotfix/base/Path.h"
 #include "support/RandomText.h"
 #include "support/models/PathModel.h"
 

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <vector>
 
-#include "base/PropertyList.h"
+#include "hotfix/base/PropertyList.h"
 #include "support/BinaryListWriter.h"
 #include "support/Judge.h"
 #include "support/RandomValue.h"

@@ -1,4 +1,4 @@
-#include "platform/PropertyListFile.h"
+#include "hotfix/platform/PropertyListFile.h"
 
 #include <gmock/gmock.h>
 

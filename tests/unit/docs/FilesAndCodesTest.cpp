@@ -15,11 +15,11 @@
 #include <vector>
 
 #include "base/TraceLine.h"
+#include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
 #include "instance/ProvisioningCommand.h"
 #include "platform/FixedPaths.h"
 #include "platform/SystemLog.h"
-#include "util/InstallUtil.h"
 #include "workflow/HotfixPackage.h"
 
 namespace fs = std::filesystem;
@@ -91,13 +91,14 @@ std::set<std::string> namesUnder(const std::string& heading) {
   return {names.begin(), names.end()};
 }
 
-// Every source that ships, by its path below src/.
+// Every source and header that ships, by its path below src/ or include/.
 std::map<std::string, std::string> sources() {
   std::map<std::string, std::string> found;
-  const fs::path root = HOTFIX_SOURCE_DIR "/src";
-  for (const auto& entry : fs::recursive_directory_iterator(root)) {
-    if (!entry.is_regular_file()) continue;
-    found[fs::relative(entry.path(), root).string()] = contentOf(entry.path());
+  for (const fs::path root : {HOTFIX_SOURCE_DIR "/src", HOTFIX_SOURCE_DIR "/include"}) {
+    for (const auto& entry : fs::recursive_directory_iterator(root)) {
+      if (!entry.is_regular_file()) continue;
+      found[fs::relative(entry.path(), root).string()] = contentOf(entry.path());
+    }
   }
   return found;
 }

@@ -1,4 +1,4 @@
-#include "formats/Configuration.h"
+#include "hotfix/formats/Configuration.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "formats/InstallManifest.h"
+#include "hotfix/formats/InstallManifest.h"
 #include "support/Judge.h"
 #include "support/RandomText.h"
 #include "support/Sandbox.h"

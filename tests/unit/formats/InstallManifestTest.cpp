@@ -1,4 +1,4 @@
-#include "formats/InstallManifest.h"
+#include "hotfix/formats/InstallManifest.h"
 
 #include <gmock/gmock.h>
 #include <libxml/tree.h>

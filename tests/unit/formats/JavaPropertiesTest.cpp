@@ -1,4 +1,4 @@
-#include "formats/JavaProperties.h"
+#include "hotfix/formats/JavaProperties.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

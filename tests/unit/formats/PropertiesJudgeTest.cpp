@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "formats/Properties.h"
+#include "hotfix/formats/Properties.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 #include "support/Judge.h"

@@ -1,4 +1,4 @@
-#include "formats/Properties.h"
+#include "hotfix/formats/Properties.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "formats/RegisterFile.h"
+#include "hotfix/formats/RegisterFile.h"
 
 #include <gmock/gmock.h>
 

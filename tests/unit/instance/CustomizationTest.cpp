@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <cstddef>
 
-#include "instance/InstanceService.h"
+#include "hotfix/instance/InstanceService.h"
 #include "support/InstanceFixture.h"
 
 namespace installer::test {

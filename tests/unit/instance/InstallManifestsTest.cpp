@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-#include "instance/InstanceService.h"
+#include "hotfix/instance/InstanceService.h"
 #include "support/InstanceFixture.h"
 
 namespace installer::test {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "instance/InstanceService.h"
+#include "hotfix/instance/InstanceService.h"
 #include "support/RandomText.h"
 #include "support/Sandbox.h"
 #include "support/StubFileManager.h"

@@ -1,4 +1,4 @@
-#include "instance/InstanceService.h"
+#include "hotfix/instance/InstanceService.h"
 
 #include <gmock/gmock.h>
 #include <unistd.h>

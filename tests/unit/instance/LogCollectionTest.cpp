@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "instance/InstanceService.h"
+#include "hotfix/instance/InstanceService.h"
 #include "support/InstanceFixture.h"
 
 namespace installer::test {

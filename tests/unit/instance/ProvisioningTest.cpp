@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "instance/InstanceService.h"
+#include "hotfix/instance/InstanceService.h"
 #include "instance/ProvisioningCommand.h"
 #include "instance/ProvisioningRun.h"
 #include "support/InstanceFixture.h"

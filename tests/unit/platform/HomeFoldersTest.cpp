@@ -1,4 +1,4 @@
-#include "platform/HomeFolders.h"
+#include "hotfix/platform/HomeFolders.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
+#include "hotfix/util/InstallUtil.h"
 #include "support/Sandbox.h"
-#include "util/InstallUtil.h"
 
 namespace installer::test {
 namespace {

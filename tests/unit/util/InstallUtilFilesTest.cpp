@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 
 #include "base/LetterCase.h"
+#include "hotfix/util/InstallUtil.h"
 #include "support/Sandbox.h"
-#include "util/InstallUtil.h"
 
 namespace installer::test {
 namespace {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "hotfix/util/InstallUtil.h"
 #include "platform/Platform.h"
 #include "support/FakeClock.h"
 #include "support/RandomText.h"
@@ -12,7 +13,6 @@
 #include "support/models/ManifestVersionModel.h"
 #include "support/models/PathModel.h"
 #include "support/models/UnsupportedCharactersModel.h"
-#include "util/InstallUtil.h"
 
 namespace installer {
 namespace {

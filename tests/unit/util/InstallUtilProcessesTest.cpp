@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 
+#include "hotfix/util/InstallUtil.h"
 #include "platform/ProcessTable.h"
 #include "support/Sandbox.h"
-#include "util/InstallUtil.h"
 
 namespace installer::test {
 namespace {

@@ -1,9 +1,9 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 
+#include "hotfix/util/InstallUtil.h"
 #include "platform/Log.h"
 #include "support/Sandbox.h"
-#include "util/InstallUtil.h"
 
 namespace installer::test {
 namespace {

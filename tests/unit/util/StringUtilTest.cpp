@@ -1,4 +1,4 @@
-#include "util/StringUtil.h"
+#include "hotfix/util/StringUtil.h"
 
 #include <gtest/gtest.h>
 

@@ -139,6 +139,17 @@ TEST_F(FileManagerLogTest, WithoutAFolderThereIsNoLog) {
   EXPECT_THAT(pathsIn(snapshot()), IsEmpty());
 }
 
+TEST_F(FileManagerLogTest, AClosedLogTakesNoMoreLines) {
+  const int log = _files.openLog(path("log"));
+  ASSERT_EQ(::write(log, "x", 1), 1);
+
+  _files.closeLog(log);
+  _files.closeLog(-1);
+
+  EXPECT_EQ(::write(log, "y", 1), -1);
+  EXPECT_EQ(_folder.content("log"), "x");
+}
+
 TEST_F(FileManagerLogTest, AForeignFileInASharedFolderCannotBeHad) {
   if (!isRoot()) GTEST_SKIP() << "needs files of somebody else";
   _folder.makeFile("shared/log", "old", 0666);

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "formats/Properties.h"
+#include "hotfix/formats/Properties.h"
 
 namespace installer {
 

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "base/PropertyList.h"
-#include "platform/FileError.h"
+#include "hotfix/base/PropertyList.h"
+#include "hotfix/platform/FileError.h"
 
 namespace installer {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "base/PropertyList.h"
+#include "hotfix/base/PropertyList.h"
 
 namespace installer {
 

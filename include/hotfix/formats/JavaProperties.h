@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "base/OrderedDictionary.h"
+#include "hotfix/base/OrderedDictionary.h"
 
 namespace installer {
 

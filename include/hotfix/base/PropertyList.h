@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-#include "base/OrderedDictionary.h"
+#include "hotfix/base/OrderedDictionary.h"
 
 // The platform's property lists: read in their XML and binary forms, written as XML. Files come
 // from users and from other programs, so the reader is bounded (see kMaximumDepth and

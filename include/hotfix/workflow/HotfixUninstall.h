@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "instance/InstanceService.h"
+#include "hotfix/instance/InstanceService.h"
 
 namespace installer {
 

@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
-#include "base/PropertyList.h"
-#include "instance/InstanceService.h"
+#include "hotfix/base/PropertyList.h"
+#include "hotfix/instance/InstanceService.h"
 
 namespace installer {
 
