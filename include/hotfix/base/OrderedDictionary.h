@@ -13,10 +13,10 @@
 
 namespace installer {
 
-// A dictionary with text keys that remembers the order in which keys were first stored. Settings
-// files are rewritten whole, so a stable order keeps a rewrite readable beside the old file.
-// Replacing a value keeps the key's place; removing a key and storing it again puts it last.
-// Equality looks at keys and values, not at the order.
+/// A dictionary with text keys that remembers the order in which keys were first stored. Settings
+/// files are rewritten whole, so a stable order keeps a rewrite readable beside the old file.
+/// Replacing a value keeps the key's place; removing a key and storing it again puts it last.
+/// Equality looks at keys and values, not at the order.
 template <class Value>
 class OrderedDictionary {
  public:
@@ -33,8 +33,8 @@ class OrderedDictionary {
   const_iterator begin() const { return _entries.begin(); }
   const_iterator end() const { return _entries.end(); }
 
-  // The value stored under `key`, owned by the dictionary and valid until its next change;
-  // nullptr when there is none.
+  /// The value stored under `key`, owned by the dictionary and valid until its next change;
+  /// nullptr when there is none.
   const Value* find(std::string_view key) const {
     const std::optional<std::size_t> place = placeOf(key);
     return place ? &_entries[*place].second : nullptr;
@@ -90,7 +90,7 @@ class OrderedDictionary {
     _slots[slot] = place;
   }
 
-  // At least half of the slots stay free, so that a search ends soon.
+  /// At least half of the slots stay free, so that a search ends soon.
   void rebuildSlots() {
     _slots.assign(std::bit_ceil(_entries.size() * 4), kFree);
     for (std::size_t place = 0; place < _entries.size(); ++place) fillSlot(place);
@@ -102,8 +102,8 @@ class OrderedDictionary {
   std::size_t nextSlot(std::size_t slot) const { return (slot + 1) & (_slots.size() - 1); }
 
   std::vector<Entry> _entries;
-  // Open hash table: the entries' places, kFree in a slot without one. A power of two long; empty
-  // before the first entry.
+  /// Open hash table: the entries' places, kFree in a slot without one. A power of two long; empty
+  /// before the first entry.
   std::vector<std::size_t> _slots;
 };
 

@@ -3,20 +3,20 @@
 #include <string>
 #include <string_view>
 
-// The platform's rules for path components. They differ from std::filesystem::path: an appended
-// component is always put below the path even when it begins with "/", runs of slashes collapse,
-// and no result but "/" ends in a slash. Paths are bytes; the disk is never consulted.
+/// The platform's rules for path components. They differ from std::filesystem::path: an appended
+/// component is always put below the path even when it begins with "/", runs of slashes collapse,
+/// and no result but "/" ends in a slash. Paths are bytes; the disk is never consulted.
 namespace installer::path {
 
-// "/a" + "b/c" gives "/a/b/c"; "/a/" + "/b/" gives "/a/b"; "" + "b" gives "b"; "/a/" + "" gives
-// "/a".
+/// "/a" + "b/c" gives "/a/b/c"; "/a/" + "/b/" gives "/a/b"; "" + "b" gives "b"; "/a/" + "" gives
+/// "/a".
 std::string appendingComponent(std::string_view path, std::string_view component);
 
-// "/a/b" and "/a/b/" give "/a"; "/a" and "/" give "/"; "a" and "" give "". ".." is a component like
-// any other.
+/// "/a/b" and "/a/b/" give "/a"; "/a" and "/" give "/"; "a" and "" give "". ".." is a component
+/// like any other.
 std::string deletingLastComponent(std::string_view path);
 
-// "/a/b/" gives "b"; "/" gives "/"; "" gives "".
+/// "/a/b/" gives "b"; "/" gives "/"; "" gives "".
 std::string lastComponent(std::string_view path);
 
 }  // namespace installer::path

@@ -11,10 +11,10 @@
 
 #include "hotfix/base/OrderedDictionary.h"
 
-// The platform's property lists: read in their XML and binary forms, written as XML. Files come
-// from users and from other programs, so the reader is bounded (see kMaximumDepth and
-// kMaximumObjects) and anything it does not understand makes the whole list unreadable instead of
-// dropping a piece of it.
+/// The platform's property lists: read in their XML and binary forms, written as XML. Files come
+/// from users and from other programs, so the reader is bounded (see kMaximumDepth and
+/// kMaximumObjects) and anything it does not understand makes the whole list unreadable instead of
+/// dropping a piece of it.
 namespace installer::PropertyList {
 
 class Value;
@@ -26,26 +26,26 @@ struct Data {
   friend bool operator==(const Data&, const Data&) = default;
 };
 
-// Seconds since 2001-01-01T00:00:00Z. XML lists hold whole seconds; a binary list may hold parts.
+/// Seconds since 2001-01-01T00:00:00Z. XML lists hold whole seconds; a binary list may hold parts.
 struct Date {
   double seconds = 0;
   friend bool operator==(const Date&, const Date&) = default;
 };
 
-// A keyed archive's object reference; XML lists carry it as {CF$UID: integer}.
+/// A keyed archive's object reference; XML lists carry it as {CF$UID: integer}.
 struct Uid {
   std::uint64_t number = 0;
   friend bool operator==(const Uid&, const Uid&) = default;
 };
 
-// One property-list value. Integers beyond the signed range are held as unsigned ones; a value
-// that fits the signed range is always held as std::int64_t. Text is UTF-8.
+/// One property-list value. Integers beyond the signed range are held as unsigned ones; a value
+/// that fits the signed range is always held as std::int64_t. Text is UTF-8.
 class Value {
  public:
   using Storage = std::variant<std::string, bool, std::int64_t, std::uint64_t, double, Data, Date,
                                Uid, Array, Dictionary>;
 
-  Value() = default;  // the empty text
+  Value() = default;  ///< the empty text
   Value(std::string text) : _storage(std::move(text)) {}
   Value(const char* text) : _storage(std::string(text)) {}
   Value(bool flag) : _storage(flag) {}
@@ -59,7 +59,7 @@ class Value {
   Value(Array array) : _storage(std::move(array)) {}
   Value(Dictionary dictionary) : _storage(std::move(dictionary)) {}
 
-  // The held value, owned by this object, when it is of type T; nullptr otherwise.
+  /// The held value, owned by this object, when it is of type T; nullptr otherwise.
   template <class T>
   const T* as() const {
     return std::get_if<T>(&_storage);
@@ -75,25 +75,25 @@ class Value {
 inline constexpr int kMaximumDepth = 128;
 inline constexpr std::size_t kMaximumObjects = 1'000'000;
 
-// Reads an XML or binary list from memory. XML may be in any encoding that it declares. nullopt
-// when `bytes` is not a property list, is damaged, or exceeds the bounds above.
+/// Reads an XML or binary list from memory. XML may be in any encoding that it declares. nullopt
+/// when `bytes` is not a property list, is damaged, or exceeds the bounds above.
 std::optional<Value> parse(std::string_view bytes);
 
-// The same for a list whose root is a dictionary; nullopt for any other root, too.
+/// The same for a list whose root is a dictionary; nullopt for any other root, too.
 std::optional<Dictionary> parseDictionary(std::string_view bytes);
 
-// The XML form, UTF-8, one element a line, tab-indented, with a line feed at the end. nullopt when
-// the value cannot be told in XML without loss (a control character in a text, say): the bytes are
-// read back and compared before they are handed out. The one loss accepted is a date's part of a
-// second: the whole second in which the date lies is written. Years end with 9999.
+/// The XML form, UTF-8, one element a line, tab-indented, with a line feed at the end. nullopt when
+/// the value cannot be told in XML without loss (a control character in a text, say): the bytes are
+/// read back and compared before they are handed out. The one loss accepted is a date's part of a
+/// second: the whole second in which the date lies is written. Years end with 9999.
 std::optional<std::string> serialize(const Value& value);
 
-// The text stored under `key`; nullopt when the key is missing or holds another type.
+/// The text stored under `key`; nullopt when the key is missing or holds another type.
 std::optional<std::string> textForKey(const Dictionary& dictionary, std::string_view key);
 
-// The platform's reading of a value as a truth: a boolean as it is, a number other than 0, a text
-// that begins (after blanks, one sign and zeros) with Y, y, T, t or a digit from 1 to 9. False for
-// a missing key and for every other type.
+/// The platform's reading of a value as a truth: a boolean as it is, a number other than 0, a text
+/// that begins (after blanks, one sign and zeros) with Y, y, T, t or a digit from 1 to 9. False for
+/// a missing key and for every other type.
 bool booleanForKey(const Dictionary& dictionary, std::string_view key);
 
 }  // namespace installer::PropertyList

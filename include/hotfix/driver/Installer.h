@@ -5,10 +5,10 @@
 
 namespace installer {
 
-// One run of the installer. `arguments` is the whole command line, the program's own path first:
-//   program <pathToInstallPackage> <pathToInstallDestination> [-rcpdata <pathToRcpData>]
-// The answer is the exit status: 0 when the hotfix was installed, 1 in every other case. To be
-// called once in a process.
+/// One run of the installer. `arguments` is the whole command line, the program's own path first:
+///   program <pathToInstallPackage> <pathToInstallDestination> [-rcpdata <pathToRcpData>]
+/// The answer is the exit status: 0 when the hotfix was installed, 1 in every other case. To be
+/// called once in a process.
 int runInstaller(const std::vector<std::string>& arguments);
 
 }  // namespace installer

@@ -7,22 +7,22 @@
 
 namespace installer {
 
-// Values that the steps of installers hand to one another, and to the result panel, through one
-// file in /tmp. A file that neither root nor the effective nor the console user owns, or that is a
-// link, reads as absent: everybody can write to /tmp. The first such refusal of a run is logged as
-// a warning.
+/// Values that the steps of installers hand to one another, and to the result panel, through one
+/// file in /tmp. A file that neither root nor the effective nor the console user owns, or that is a
+/// link, reads as absent: everybody can write to /tmp. The first such refusal of a run is logged as
+/// a warning.
 class Configuration {
  public:
-  // Loads the file; an empty store when there is none.
+  /// Loads the file; an empty store when there is none.
   Configuration();
 
   std::optional<std::string> getPropertyValueForKey(const std::string& key) const;
-  // As Properties::setProperty.
+  /// As Properties::setProperty.
   bool setProperty(const std::optional<std::string>& value,
                    const std::optional<std::string>& forKey);
-  // Always to the fixed file, readable for everybody; the result of Properties' save.
+  /// Always to the fixed file, readable for everybody; the result of Properties' save.
   bool saveConfiguration() const;
-  // Removes the file and empties the store.
+  /// Removes the file and empties the store.
   void cleanupConfiguration();
 
  private:

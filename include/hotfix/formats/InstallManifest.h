@@ -8,10 +8,11 @@ struct _xmlDoc;
 
 namespace installer {
 
-// A provisioning manifest: the XML document that tells the platform which features to install or
-// remove. Everything that is not changed here (comments, processing instructions, CDATA, entity
-// references, the declared encoding, the order of attributes) is written back as it was read; only
-// the indentation is new. An element's or attribute's name counts as it is written, prefix and all.
+/// A provisioning manifest: the XML document that tells the platform which features to install or
+/// remove. Everything that is not changed here (comments, processing instructions, CDATA, entity
+/// references, the declared encoding, the order of attributes) is written back as it was read; only
+/// the indentation is new. An element's or attribute's name counts as it is written, prefix and
+/// all.
 class InstallManifest {
  public:
   static constexpr const char* DOMAIN_OBJECT = "domain-object";
@@ -23,18 +24,18 @@ class InstallManifest {
   static constexpr const char* URL_NODE = "url";
   static constexpr const char* INSTALLER_ROOT = "${installer.root}";
 
-  // Parses the file. One that is missing or malformed leaves the object without a document.
+  /// Parses the file. One that is missing or malformed leaves the object without a document.
   explicit InstallManifest(std::string file);
 
-  // Replaces "${installer.root}" in the url of every feature on the path root / first domain-object
-  // / first object-data / first install / each installfeature / first requirements / each feature,
-  // direct children only. False after an error line that names the missing level; false without a
-  // line when there is no document. The file is untouched until the save.
+  /// Replaces "${installer.root}" in the url of every feature on the path root / first
+  /// domain-object / first object-data / first install / each installfeature / first requirements /
+  /// each feature, direct children only. False after an error line that names the missing level;
+  /// false without a line when there is no document. The file is untouched until the save.
   bool replaceInstallerRootWith(const std::string& replacement);
 
-  // Writes the re-indented document to `path`, or over the loaded file for nullopt. False without a
-  // document, when it has come to hold what XML cannot tell (a control character in the replaced
-  // root, say), or when the disk refuses; the old file is then untouched. Nothing is logged.
+  /// Writes the re-indented document to `path`, or over the loaded file for nullopt. False without
+  /// a document, when it has come to hold what XML cannot tell (a control character in the replaced
+  /// root, say), or when the disk refuses; the old file is then untouched. Nothing is logged.
   bool saveInstallManifestAs(const std::optional<std::string>& path) const;
 
  private:

@@ -8,48 +8,49 @@
 
 namespace installer {
 
-// A Java-style properties file in this installer's own dialect, held as a dictionary of texts and
-// bound to its file. The dialect differs from Java's on purpose (a continued line loses its key, an
-// escaped separator still separates, "!" begins no comment, "\u" is not decoded while reading):
-// files that were rewritten here are read again by the same rules.
-//
-// Files are ISO 8859-1; what is written is pure ASCII. Comments, blank lines and duplicates of a
-// key do not survive a rewrite; entries keep the order in which their keys were first seen.
+/// A Java-style properties file in this installer's own dialect, held as a dictionary of texts and
+/// bound to its file. The dialect differs from Java's on purpose (a continued line loses its key,
+/// an escaped separator still separates, "!" begins no comment, "\u" is not decoded while reading):
+/// files that were rewritten here are read again by the same rules.
+///
+/// Files are ISO 8859-1; what is written is pure ASCII. Comments, blank lines and duplicates of a
+/// key do not survive a rewrite; entries keep the order in which their keys were first seen.
 class JavaProperties {
  public:
-  // No entries, no file.
+  /// No entries, no file.
   JavaProperties() = default;
 
-  // Binds to `file` with a leading "~" expanded and reads it when it exists. A missing file gives
-  // an empty object whose save creates it. One that exists but cannot be read gives an empty object
-  // that refuses to save over it: the file is worth more than our entries. Nothing is logged.
+  /// Binds to `file` with a leading "~" expanded and reads it when it exists. A missing file gives
+  /// an empty object whose save creates it. One that exists but cannot be read gives an empty
+  /// object that refuses to save over it: the file is worth more than our entries. Nothing is
+  /// logged.
   explicit JavaProperties(const std::optional<std::string>& file);
 
-  // Reads the bound file into the entries; used by the constructor.
+  /// Reads the bound file into the entries; used by the constructor.
   void initDictionary();
 
-  // nullopt when the key is absent.
+  /// nullopt when the key is absent.
   std::optional<std::string> getPropertyForKey(const std::string& key) const;
 
-  // True when stored. An absent value or key is refused: one error line, nothing changes, false.
+  /// True when stored. An absent value or key is refused: one error line, nothing changes, false.
   bool setProperty(const std::optional<std::string>& value,
                    const std::optional<std::string>& forKey);
 
-  // Nothing happens when the key is absent.
+  /// Nothing happens when the key is absent.
   void removePropertyForKey(const std::string& key);
 
-  // Both are the keys, in order; the second keeps the name that its callers know.
+  /// Both are the keys, in order; the second keeps the name that its callers know.
   std::vector<std::string> propertyNames() const;
   std::vector<std::string> allProperties() const;
 
-  // Writes one "key=value" line an entry (none for an empty key) to `path`, "~" expanded, or to the
-  // bound file for nullopt. False when there is no target or the disk refuses; the old file is then
-  // untouched. The binding does not change. Nothing is logged.
+  /// Writes one "key=value" line an entry (none for an empty key) to `path`, "~" expanded, or to
+  /// the bound file for nullopt. False when there is no target or the disk refuses; the old file is
+  /// then untouched. The binding does not change. Nothing is logged.
   bool savePropertiesToFile(const std::optional<std::string>& path) const;
 
-  // Takes over every entry of the properties file at `path`, which wins on a clash, and saves to
-  // the bound file: the save's result. True at once for nullopt, false when no file is there;
-  // nothing is changed or saved then.
+  /// Takes over every entry of the properties file at `path`, which wins on a clash, and saves to
+  /// the bound file: the save's result. True at once for nullopt, false when no file is there;
+  /// nothing is changed or saved then.
   bool mergeWithJavaProperties(const std::optional<std::string>& path);
 
  private:

@@ -7,38 +7,38 @@
 
 namespace installer {
 
-// Settings in one property-list file: the whole file is loaded when the object is made and written
-// whole by a save, so two objects on the same file see each other only through the disk. Values
-// that are no texts read as absent and survive a rewrite.
+/// Settings in one property-list file: the whole file is loaded when the object is made and written
+/// whole by a save, so two objects on the same file see each other only through the disk. Values
+/// that are no texts read as absent and survive a rewrite.
 class Properties {
  public:
-  // An empty store without a file.
+  /// An empty store without a file.
   Properties();
 
-  // Binds to `file`, "~" expanded. One that is missing or no dictionary list gives a store without
-  // a dictionary, in which nothing can be stored and which never writes. Nothing is logged.
+  /// Binds to `file`, "~" expanded. One that is missing or no dictionary list gives a store without
+  /// a dictionary, in which nothing can be stored and which never writes. Nothing is logged.
   explicit Properties(const std::string& file);
 
   std::optional<std::string> getPropertyForKey(const std::optional<std::string>& key) const;
 
-  // Stores the value, or removes the key for an absent value. False without a dictionary or a key.
-  // A path of other bytes than UTF-8 is stored as the text that XML can hold, so that the save
-  // keeps the rest.
+  /// Stores the value, or removes the key for an absent value. False without a dictionary or a key.
+  /// A path of other bytes than UTF-8 is stored as the text that XML can hold, so that the save
+  /// keeps the rest.
   bool setProperty(const std::optional<std::string>& value,
                    const std::optional<std::string>& forKey);
 
   void removePropertyForKey(const std::optional<std::string>& key);
   void removeAllProperties();
 
-  // Writes an XML list to `path`, "~" expanded, or to the bound file for nullopt. False without a
-  // dictionary; true otherwise, also when there is no target or the disk refuses, by design.
+  /// Writes an XML list to `path`, "~" expanded, or to the bound file for nullopt. False without a
+  /// dictionary; true otherwise, also when there is no target or the disk refuses, by design.
   bool savePropertiesToFile(const std::optional<std::string>& path) const;
 
  private:
   friend class Configuration;
 
-  // Takes the entries from the bytes of the file, no dictionary when they are no dictionary list.
-  // Absent bytes change nothing.
+  /// Takes the entries from the bytes of the file, no dictionary when they are no dictionary list.
+  /// Absent bytes change nothing.
   void load(const std::optional<std::string>& bytes);
 
   std::optional<PropertyList::Dictionary> _dict;

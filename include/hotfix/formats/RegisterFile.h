@@ -7,24 +7,24 @@
 
 namespace installer {
 
-// A product's registration file, framework.plist, which the product's installer leaves in a folder
-// of the product's own below "/Library/Application Support/Velna". It is updated here, never
-// created. Without it every query answers nullopt.
+/// A product's registration file, framework.plist, which the product's installer leaves in a folder
+/// of the product's own below "/Library/Application Support/Velna". It is updated here, never
+/// created. Without it every query answers nullopt.
 class RegisterFile {
  public:
   explicit RegisterFile(const std::string& productName);
 
-  // The folder in which the product was installed.
+  /// The folder in which the product was installed.
   std::optional<std::string> getOldInstallLocation() const;
   std::optional<std::string> getHotfixVersion() const;
-  // That folder's "rcp"; nullopt when the folder is not recorded.
+  /// That folder's "rcp"; nullopt when the folder is not recorded.
   std::optional<std::string> getPathToRcpHome() const;
-  // The installed application bundle.
+  /// The installed application bundle.
   std::optional<std::string> getProductPath() const;
   const std::string& getRegisterDirectory() const { return _registerDirectoryLocation; }
 
-  // Records the hotfix and saves. Logged at info level, or as a warning for each of the two steps
-  // that fails; both do when the file is missing.
+  /// Records the hotfix and saves. Logged at info level, or as a warning for each of the two steps
+  /// that fails; both do when the file is missing.
   void updateHotfixVersion(const std::optional<std::string>& version);
 
  private:

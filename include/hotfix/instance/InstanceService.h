@@ -12,182 +12,183 @@ namespace installer {
 
 class JavaProperties;
 
-// One installed instance of the platform, through which every change of it goes. A short-lived
-// view: each operation loads the files that it needs, changes them and saves them back.
-//
-// Without an rcp home (its folder is missing and could not be made) every operation answers false
-// or nullopt and does nothing, save for three: copyInstallManifest and
-// generateRcplauncherPropertiesWithTemplate fall back to the fixed home in /Applications, the
-// provisioning starts take their launcher from the caller, and log collection still says what it
-// skips.
-//
-// Copies never overwrite: something at the destination counts as copied, except in the two
-// launcher-configuration copies, which fail on it. Failures are answers; levels in brackets are
-// those of the log lines that an operation writes.
+/// One installed instance of the platform, through which every change of it goes. A short-lived
+/// view: each operation loads the files that it needs, changes them and saves them back.
+///
+/// Without an rcp home (its folder is missing and could not be made) every operation answers false
+/// or nullopt and does nothing, save for three: copyInstallManifest and
+/// generateRcplauncherPropertiesWithTemplate fall back to the fixed home in /Applications, the
+/// provisioning starts take their launcher from the caller, and log collection still says what it
+/// skips.
+///
+/// Copies never overwrite: something at the destination counts as copied, except in the two
+/// launcher-configuration copies, which fail on it. Failures are answers; levels in brackets are
+/// those of the log lines that an operation writes.
 class InstanceService {
  public:
   // --- Creation (InstanceService.cpp) ------------------------------------------------------------
 
-  // Binds to the folders. A missing rcp home is made with all folders above it; when that fails the
-  // service stays without rcp home and rcp data [error]. If another installer left a
-  // newInstallLocation in the internal configuration, its staging folder in /tmp is copied there,
-  // unless something is there already or it is an untrusted user's [info, warning, error].
+  /// Binds to the folders. A missing rcp home is made with all folders above it; when that fails
+  /// the service stays without rcp home and rcp data [error]. If another installer left a
+  /// newInstallLocation in the internal configuration, its staging folder in /tmp is copied there,
+  /// unless something is there already or it is an untrusted user's [info, warning, error].
   explicit InstanceService(const std::optional<std::string>& pathToRcphome);
   InstanceService(const std::optional<std::string>& pathToRcphome,
                   const std::optional<std::string>& pathToRcpData);
 
   const std::optional<std::string>& pathToRcphome() const { return _pathToRcphome; }
 
-  // Whether a copy goes on after an error: only when it is that the destination exists.
+  /// Whether a copy goes on after an error: only when it is that the destination exists.
   bool shouldProceedAfterError(const FileError& error, const std::string& copyingItemAtPath,
                                const std::string& toPath) const;
 
   // --- Install information (InstallInfo.cpp) -----------------------------------------------------
 
-  // Whether deploy/install.xml exists.
+  /// Whether deploy/install.xml exists.
   bool hasInstanceInstalled() const;
-  // The greatest version, compared as plain text, among the base plug-in folders: what stands
-  // between the first and the second "_" of their names. nullopt without one.
+  /// The greatest version, compared as plain text, among the base plug-in folders: what stands
+  /// between the first and the second "_" of their names. nullopt without one.
   std::optional<std::string> getBaseVersion() const;
-  // CFBundleShortVersionString of the application bundle around the rcp home.
+  /// CFBundleShortVersionString of the application bundle around the rcp home.
   std::optional<std::string> getInstalledTargetVersion() const;
 
-  // Keys of installInfo.plist. Readers answer nullopt for a missing file or key. Version and flag
-  // writers create the file; a failing save goes unnoticed.
-  std::optional<std::string> getInstalledVersion() const;               // [info]
-  void setInstalledVersion(const std::optional<std::string>& version);  // nothing for nullopt
-  void updateHotfixVersion(const std::optional<std::string>& version);  // nullopt removes the key
+  /// Keys of installInfo.plist. Readers answer nullopt for a missing file or key. Version and flag
+  /// writers create the file; a failing save goes unnoticed.
+  std::optional<std::string> getInstalledVersion() const;               ///< [info]
+  void setInstalledVersion(const std::optional<std::string>& version);  ///< nothing for nullopt
+  void updateHotfixVersion(const std::optional<std::string>& version);  ///< nullopt removes the key
   std::optional<std::string> getCurrentHotfixVersion() const;
   bool isHotfixApplied() const;
   void saveHotfixSkipRunningCheckProperty(bool skip);  // as the text "true" or "false"
-  // False without the file; true for "true" and, on purpose, for a file without the key.
+  /// False without the file; true for "true" and, on purpose, for a file without the key.
   bool isHotfixInstallWithSkipRunningCheck() const;
   void removeHotfixSkipRunningCheckProperty();
-  // These neither create the file nor record anything in a missing one.
+  /// These neither create the file nor record anything in a missing one.
   void saveHotfixBundleID(const std::optional<std::string>& bundleID);
   std::optional<std::string> getInstalledHotfixBundleID() const;
   void deleteInstalledHotfixBundleID();
 
   // --- Install manifests (InstallManifests.cpp) --------------------------------------------------
 
-  // Set one key of rcplauncher.properties (provisioning.manifest.version, rcp.install.id); nothing
-  // happens without that file.
+  /// Set one key of rcplauncher.properties (provisioning.manifest.version, rcp.install.id); nothing
+  /// happens without that file.
   void updateProvisionManifestVersion(const std::string& version);
   void updateInstallID(const std::string& installID);
-  // Carries the manifest version over into rcp.install.id of rcplauncher.properties and of the data
-  // folder's rcpinstall.properties; nothing happens unless both are there. An absent version is
-  // refused [error] and both files keep their ids.
+  /// Carries the manifest version over into rcp.install.id of rcplauncher.properties and of the
+  /// data folder's rcpinstall.properties; nothing happens unless both are there. An absent version
+  /// is refused [error] and both files keep their ids.
   void updateInstallIDWithProvManVer();
-  // Copies deploy/install.xml to deploy/install.<manifest version>.xml ("old" without a version);
-  // an existing backup stays. Nothing happens without rcplauncher.properties, or when the version
-  // would lead out of the folder [warning].
+  /// Copies deploy/install.xml to deploy/install.<manifest version>.xml ("old" without a version);
+  /// an existing backup stays. Nothing happens without rcplauncher.properties, or when the version
+  /// would lead out of the folder [warning].
   void backupInstallManifest();
 
-  // Replace a file of the deploy folder (install.update.xml, install.xml, or `toFile`) by a copy of
-  // the manifest [info]. With a root that exists on disk, "${installer.root}" in the copy's feature
-  // locations becomes "file:" and the root, and the copy is re-indented; false then means that the
-  // copy lies there unresolved. False when the copy fails; the old file is gone all the same.
+  /// Replace a file of the deploy folder (install.update.xml, install.xml, or `toFile`) by a copy
+  /// of the manifest [info]. With a root that exists on disk, "${installer.root}" in the copy's
+  /// feature locations becomes "file:" and the root, and the copy is re-indented; false then means
+  /// that the copy lies there unresolved. False when the copy fails; the old file is gone all the
+  /// same.
   bool copyUpdateManifest(const std::string& manifest,
                           const std::optional<std::string>& replaceInstallerRootWith);
   bool copyInstallManifest(const std::string& manifest,
                            const std::optional<std::string>& replaceInstallerRootWith);
-  // Without an rcp home [error, info] the fixed one is taken, for this and all later operations.
+  /// Without an rcp home [error, info] the fixed one is taken, for this and all later operations.
   bool copyInstallManifest(const std::string& manifest, const std::string& toFile,
                            const std::optional<std::string>& replaceInstallerRootWith);
-  // The same under the manifest's own name, placeholders kept. False for an absent or missing
-  // manifest or rcp home.
+  /// The same under the manifest's own name, placeholders kept. False for an absent or missing
+  /// manifest or rcp home.
   bool copyManifest(const std::optional<std::string>& manifest);
-  // Replaces deploy/uninstall.hotfix.xml by a copy; nothing is logged.
+  /// Replaces deploy/uninstall.hotfix.xml by a copy; nothing is logged.
   bool copyHotfixUninstallManifest(const std::optional<std::string>& manifest);
 
   // --- Provisioning (Provisioning.cpp) -----------------------------------------------------------
 
-  // One run of the launcher at the path, waited for. A launcher that cannot be started leaves an
-  // error line; how the run went is told by getProvisioningResult() alone.
+  /// One run of the launcher at the path, waited for. A launcher that cannot be started leaves an
+  /// error line; how the run went is told by getProvisioningResult() alone.
   void startProvisioningWithUpdate(const std::optional<std::string>& pathToLauncher);
   void startProvisioningWithCleanUp(const std::optional<std::string>& pathToLauncher);
-  // What the last run left in .provisioning_rc beside the rcp home: 0 for the codes 0 and 2, -1 for
-  // every other code and for a missing home, file or code.
+  /// What the last run left in .provisioning_rc beside the rcp home: 0 for the codes 0 and 2, -1
+  /// for every other code and for a missing home, file or code.
   int getProvisioningResult() const;
-  // Removes what an earlier run left there.
+  /// Removes what an earlier run left there.
   void removeProvisionRCFile();
 
   // --- Launcher and runtime configuration (LauncherConfiguration.cpp) ----------------------------
 
-  // Writes eclipse/links/rcp.link and shared.link (key path: the rcp home, and its sibling folder
-  // "shared"); other keys of existing link files stay. A missing links folder is made with mode
-  // 0775 for the console user, group "admin" [warning when that fails]. False without an eclipse
-  // folder; the saves are not looked at.
+  /// Writes eclipse/links/rcp.link and shared.link (key path: the rcp home, and its sibling folder
+  /// "shared"); other keys of existing link files stay. A missing links folder is made with mode
+  /// 0775 for the console user, group "admin" [warning when that fails]. False without an eclipse
+  /// folder; the saves are not looked at.
   bool generateLinks();
-  // Copies the template to rcplauncher.properties, which must not exist yet (one retry) and sets
-  // the ids, the manifest's location, the base version if there is one, and rcp.data if a
-  // workspace is given [info, error]. Without an rcp home the fixed one is taken from then on. The
-  // save is not looked at.
+  /// Copies the template to rcplauncher.properties, which must not exist yet (one retry) and sets
+  /// the ids, the manifest's location, the base version if there is one, and rcp.data if a
+  /// workspace is given [info, error]. Without an rcp home the fixed one is taken from then on. The
+  /// save is not looked at.
   bool generateRcplauncherPropertiesWithTemplate(const std::string& path,
                                                  const std::optional<std::string>& workspace);
-  // Gives an existing rcplauncher.properties new ids and the current base version: the save's
-  // result.
+  /// Gives an existing rcplauncher.properties new ids and the current base version: the save's
+  /// result.
   bool updateRcpLauncherProperties();
-  // Copies the template to osgiagent.properties, which must not exist yet [error].
+  /// Copies the template to osgiagent.properties, which must not exist yet [error].
   bool copyOgsiAgentProperties(const std::string& path);
-  // Replaces deploy/jvm.properties by a copy of the template, or by an empty file when the template
-  // is absent or missing; a missing deploy folder is made for the current user [error].
+  /// Replaces deploy/jvm.properties by a copy of the template, or by an empty file when the
+  /// template is absent or missing; a missing deploy folder is made for the current user [error].
   bool generateJVMPropertiesWithTemplate(const std::optional<std::string>& path);
-  // The rcp data folder: the one given at creation, else rcp.data of rcplauncher.properties with
-  // "${env.HOME}" replaced by HOME when that is set; nullopt when neither is known.
+  /// The rcp data folder: the one given at creation, else rcp.data of rcplauncher.properties with
+  /// "${env.HOME}" replaced by HOME when that is set; nullopt when neither is known.
   std::optional<std::string> getWorkspace() const;
 
   // --- Customization, key stores, extras, permissions (Customization.cpp) ------------------------
 
-  // Brings the settings of the file at `path` into the base plug-in's plugin_customization.ini,
-  // where the new value wins, and saves the result there and as the instance's own. True, with
-  // nothing done, when the base plug-in has no such file; false when `path` or the base plug-in is
-  // missing.
+  /// Brings the settings of the file at `path` into the base plug-in's plugin_customization.ini,
+  /// where the new value wins, and saves the result there and as the instance's own. True, with
+  /// nothing done, when the base plug-in has no such file; false when `path` or the base plug-in is
+  /// missing.
   bool mergePluginCustomizationWithBase(const std::optional<std::string>& path);
-  // The same into the instance's plugin_customization.ini, which is copied from `path` byte for
-  // byte when there is none. False for an absent path or a missing rcp home only.
+  /// The same into the instance's plugin_customization.ini, which is copied from `path` byte for
+  /// byte when there is none. False for an absent path or a missing rcp home only.
   bool mergePluginCustomizationWithRcphome(const std::optional<std::string>& path);
-  // Replaces all key stores (names that begin with ".keystore", ignoring case) of the deploy folder
-  // by those of the folder at `path`, be they none [info]. Failures are passed over.
+  /// Replaces all key stores (names that begin with ".keystore", ignoring case) of the deploy
+  /// folder by those of the folder at `path`, be they none [info]. Failures are passed over.
   void copyKeyStores(const std::string& path);
-  // Brings the entries of the folder at `path` into deploy/extras [info]; nothing happens when it
-  // is absent, no folder or empty.
+  /// Brings the entries of the folder at `path` into deploy/extras [info]; nothing happens when it
+  /// is absent, no folder or empty.
   void copyExtras(const std::optional<std::string>& path);
-  // Hands everything below the rcp home and the shared folder (with the flag), and below the
-  // workspace (when given), to the console user, group "admin", mode 0775.
+  /// Hands everything below the rcp home and the shared folder (with the flag), and below the
+  /// workspace (when given), to the console user, group "admin", mode 0775.
   void updatePermissions(bool rcphome, const std::optional<std::string>& workspace);
-  // The same with the workspace that getWorkspace() finds, or none.
+  /// The same with the workspace that getWorkspace() finds, or none.
   void updatePermissions(bool rcphome, bool updateWorkspace);
-  // A literal would silently be taken for a truth.
+  /// A literal would silently be taken for a truth.
   void updatePermissions(bool rcphome, const char* workspace) = delete;
 
   // --- Add-on registry (AddonRegistry.cpp) -------------------------------------------------------
 
-  // The dictionaries of addonInfo.plist's array "addons", in order; nullopt without the file, empty
-  // when it cannot be read or has no such array.
+  /// The dictionaries of addonInfo.plist's array "addons", in order; nullopt without the file,
+  /// empty when it cannot be read or has no such array.
   std::optional<std::vector<PropertyList::Dictionary>> getAllAddonRegistryInfo() const;
-  // A copy of the first entry with that ID, case-sensitive.
+  /// A copy of the first entry with that ID, case-sensitive.
   std::optional<PropertyList::Dictionary> getRegistryInfoForAddon(
       const std::optional<std::string>& addon) const;
   std::optional<std::string> getAddonInstalledVersion(
       const std::optional<std::string>& addon) const;
   std::optional<std::string> getAddonInstalledBundleID(
       const std::optional<std::string>& addon) const;
-  // Changes nothing, on purpose: the registry belongs to the installers of add-ons.
+  /// Changes nothing, on purpose: the registry belongs to the installers of add-ons.
   void removeRegistryInfoforAddon(const std::optional<std::string>& addon) const;
 
   // --- Log collection (LogCollection.cpp) --------------------------------------------------------
 
-  // The name of the log file that the installer of an add-on writes ("addon" for an absent name)
-  // [info]; nothing is made on disk.
+  /// The name of the log file that the installer of an add-on writes ("addon" for an absent name)
+  /// [info]; nothing is made on disk.
   std::string getAddonLogFile(const std::optional<std::string>& addon,
                               const std::optional<std::string>& action) const;
-  // Lets the platform's own tool gather the logs of an operation and waits for it [notice, info;
-  // error when it cannot be started]. Skipped with a line when there is no Java runtime, no tool,
-  // or nothing to name as product or workspace.
+  /// Lets the platform's own tool gather the logs of an operation and waits for it [notice, info;
+  /// error when it cannot be started]. Skipped with a line when there is no Java runtime, no tool,
+  /// or nothing to name as product or workspace.
   void collectLogFiles(const std::optional<std::string>& productName, const std::string& action,
                        const std::string& logFile);
-  // With an absent workspace the one that getWorkspace() finds.
+  /// With an absent workspace the one that getWorkspace() finds.
   void collectLogFiles(const std::optional<std::string>& productName, const std::string& action,
                        const std::string& logFile,
                        const std::optional<std::string>& workspaceLocation);

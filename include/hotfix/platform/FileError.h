@@ -4,14 +4,14 @@
 
 namespace installer {
 
-// Why an operation failed. `code` follows the platform's numbers where one exists.
+/// Why an operation failed. `code` follows the platform's numbers where one exists.
 struct FileError {
-  static constexpr int kMissing = 260;  // nothing at the source
-  static constexpr int kExists = 516;   // something at the destination already
+  static constexpr int kMissing = 260;  ///< nothing at the source
+  static constexpr int kExists = 516;   ///< something at the destination already
   static constexpr int kOther = 512;
 
   int code = kOther;
-  std::string description;  // for a log line: what, where, and the system's reason
+  std::string description;  ///< for a log line: what, where, and the system's reason
 };
 
 }  // namespace installer

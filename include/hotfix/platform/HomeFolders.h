@@ -3,12 +3,12 @@
 #include <string>
 #include <string_view>
 
-// Home folders in paths, as the user database and the environment tell them.
+/// Home folders in paths, as the user database and the environment tell them.
 namespace installer::path {
 
-// A leading "~" or "~name" replaced by that user's home folder; a path without one, or with an
-// unknown user, comes back as it is. "~" alone is HOME, or the user database's folder when HOME is
-// unset or empty.
+/// A leading "~" or "~name" replaced by that user's home folder; a path without one, or with an
+/// unknown user, comes back as it is. "~" alone is HOME, or the user database's folder when HOME is
+/// unset or empty.
 std::string expandingTilde(std::string_view path);
 
 }  // namespace installer::path

@@ -5,15 +5,15 @@
 
 #include "hotfix/base/PropertyList.h"
 
-// Property lists that are files.
+/// Property lists that are files.
 namespace installer::PropertyList {
 
-// Reads the file at `path` as a list whose root is a dictionary. nullopt when there is no regular
-// file, it cannot be read, or it holds anything else. Nothing is logged.
+/// Reads the file at `path` as a list whose root is a dictionary. nullopt when there is no regular
+/// file, it cannot be read, or it holds anything else. Nothing is logged.
 std::optional<Dictionary> readDictionary(const std::string& path);
 
-// Replaces the file at `path` by the XML form. False when it cannot be told in XML or the disk
-// refuses; the old file is then untouched.
+/// Replaces the file at `path` by the XML form. False when it cannot be told in XML or the disk
+/// refuses; the old file is then untouched.
 bool writeDictionary(const Dictionary& dictionary, const std::string& path);
 
 }  // namespace installer::PropertyList

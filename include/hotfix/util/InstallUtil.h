@@ -9,112 +9,113 @@
 
 namespace installer {
 
-// Operations of the installer without state: its errors, the processes and bundles of the machine,
-// files and receipts, tracing and locale, the manifest version. All work on Platform::current();
-// none throws.
+/// Operations of the installer without state: its errors, the processes and bundles of the machine,
+/// files and receipts, tracing and locale, the manifest version. All work on Platform::current();
+/// none throws.
 class InstallUtil {
  public:
   InstallUtil() = delete;
 
   // --- Errors ------------------------------------------------------------------------------------
 
-  // Clears the pasteboard that the graphical installer reads; with `initialize` it then holds the
-  // record of code 0 without details, otherwise nothing.
+  /// Clears the pasteboard that the graphical installer reads; with `initialize` it then holds the
+  /// record of code 0 without details, otherwise nothing.
   static void initInternalPasteboard(bool initialize);
 
-  // Replaces the record on the pasteboard; an absent record is ignored.
+  /// Replaces the record on the pasteboard; an absent record is ignored.
   static void sendErrorMessage(const std::optional<PropertyList::Dictionary>& message);
-  // Builds the record {ERROR_CODE, ERROR_DETAILS} and sends it.
+  /// Builds the record {ERROR_CODE, ERROR_DETAILS} and sends it.
   static void sendErrorMessage(int code, const std::vector<std::string>& details);
 
-  // The record on the pasteboard, whoever put it there; nullopt when there is none.
+  /// The record on the pasteboard, whoever put it there; nullopt when there is none.
   static std::optional<PropertyList::Dictionary> getErrorMessage();
 
   // --- Processes and bundles ---------------------------------------------------------------------
 
-  // Hands a whole command line to the system's shell, waits, and answers the wait status unchanged;
-  // -1 when no shell can be started. The shell writes to our standard output and error.
+  /// Hands a whole command line to the system's shell, waits, and answers the wait status
+  /// unchanged; -1 when no shell can be started. The shell writes to our standard output and error.
   static int startProvisionWithArgs(const std::string& args);
 
-  // The values that the running processes have under a key of ProcessTable, in its order.
+  /// The values that the running processes have under a key of ProcessTable, in its order.
   static std::vector<std::string> getAllProcess(std::string_view key);
 
-  // Whether a process's executable path begins with `path`, ignoring case. No separator is looked
-  // for behind it: "/A/Q.app" matches "/A/Q.app2/x" too, and "" matches every process. Each path
-  // looked at is logged at info level.
+  /// Whether a process's executable path begins with `path`, ignoring case. No separator is looked
+  /// for behind it: "/A/Q.app" matches "/A/Q.app2/x" too, and "" matches every process. Each path
+  /// looked at is logged at info level.
   static bool checkBundleIsRunning(const std::string& path);
-  // The same for any key; under the executable key `path` counts with its links resolved too,
-  // where the system reports paths that way.
+  /// The same for any key; under the executable key `path` counts with its links resolved too,
+  /// where the system reports paths that way.
   static bool checkBundleIsRunning(const std::string& path, std::string_view kCFBundleKey);
 
-  // `path` up to the last ".app" that "/Contents/MacOS" follows (case-sensitive); else nullopt.
+  /// `path` up to the last ".app" that "/Contents/MacOS" follows (case-sensitive); else nullopt.
   static std::optional<std::string> getBundlePath(std::string_view path);
 
-  // CFBundleIdentifier from the bundle's Contents/Info.plist, "~" expanded; nullopt when file or
-  // text is missing.
+  /// CFBundleIdentifier from the bundle's Contents/Info.plist, "~" expanded; nullopt when file or
+  /// text is missing.
   static std::optional<std::string> getBundleID(const std::string& path);
 
-  // The application's name above an rcp home: upward to the first component that ends in "app",
-  // its text before the first dot. Without one "/" (for a relative path "") after an error line.
+  /// The application's name above an rcp home: upward to the first component that ends in "app",
+  /// its text before the first dot. Without one "/" (for a relative path "") after an error line.
   static std::string getTargetNameBy(const std::string& pathToRcphome);
 
   // --- Files and receipts ------------------------------------------------------------------------
 
-  // Copies a folder that is not there yet, whole: true when that succeeded. Into an existing
-  // destination it merges (see FileManager::merge) and answers false whatever came of it, by
-  // design. False for an absent path or source.
+  /// Copies a folder that is not there yet, whole: true when that succeeded. Into an existing
+  /// destination it merges (see FileManager::merge) and answers false whatever came of it, by
+  /// design. False for an absent path or source.
   static bool copyFolderFrom(const std::optional<std::string>& source,
                              const std::optional<std::string>& to);
 
-  // Gives everything below the folder, not the folder itself, to the console user: group "admin",
-  // mode 0775. True when every change succeeded; false for an absent or missing folder.
+  /// Gives everything below the folder, not the folder itself, to the console user: group "admin",
+  /// mode 0775. True when every change succeeded; false for an absent or missing folder.
   static bool changeAttributesForDirectory(const std::optional<std::string>& directory);
 
-  // Lets the system forget the package's receipt and waits for it; nothing for an absent identifier
-  // or on a system without receipts. No outcome is reported.
+  /// Lets the system forget the package's receipt and waits for it; nothing for an absent
+  /// identifier or on a system without receipts. No outcome is reported.
   static void removeReceipt(const std::optional<std::string>& packageIdentifier);
 
-  // Replaces "${package}" by the path in every text of the dictionary (not in nested values), as it
-  // stands, ".." and all. An absent path changes nothing.
+  /// Replaces "${package}" by the path in every text of the dictionary (not in nested values), as
+  /// it stands, ".." and all. An absent path changes nothing.
   static void replacePackageVariableWith(const std::optional<std::string>& path,
                                          PropertyList::Dictionary& inProperties);
 
   // --- Tracing, locale and characters ------------------------------------------------------------
 
-  // True always: tracing cannot be switched off. The user's preference is read all the same.
+  /// True always: tracing cannot be switched off. The user's preference is read all the same.
   static bool shouldWriteTraces();
 
-  // Opens the trace file anew and mirrors the system log into it: 0, or -1 when it cannot be had.
-  // The descriptor stays open until the process ends; openTraceFile() is for who wants to close it.
+  /// Opens the trace file anew and mirrors the system log into it: 0, or -1 when it cannot be had.
+  /// The descriptor stays open until the process ends; openTraceFile() is for who wants to close
+  /// it.
   static int setupTraceOutput();
-  // The opened and mirrored trace file's descriptor, the caller's to end with closeTraceFile(); -1
-  // when it cannot be had.
+  /// The opened and mirrored trace file's descriptor, the caller's to end with closeTraceFile(); -1
+  /// when it cannot be had.
   static int openTraceFile();
   static void closeTraceFile(int descriptor);
 
-  // The console user's locale identifier, "en_US" when the user has none.
+  /// The console user's locale identifier, "en_US" when the user has none.
   static std::string getCurrentLocale();
 
-  // Whether the platform's tooling cannot take the path: it holds one of ! " ' ; \ # % | = ? or a
-  // colon. False for an absent or empty path.
+  /// Whether the platform's tooling cannot take the path: it holds one of ! " ' ; \ # % | = ? or a
+  /// colon. False for an absent or empty path.
   static bool containUnSupportedCharacters(const std::optional<std::string>& path);
 
-  // Whether the text begins with the prefix, ignoring case by Unicode's simple folding. False for
-  // an empty prefix.
+  /// Whether the text begins with the prefix, ignoring case by Unicode's simple folding. False for
+  /// an empty prefix.
   static bool hasPrefixCaseInsensitive(std::string_view string, std::string_view prefix);
 
   // --- Manifest version --------------------------------------------------------------------------
 
-  // Ten digits of the local time, DDMMYYhhmm. Two calls within a minute give the same.
+  /// Ten digits of the local time, DDMMYYhhmm. Two calls within a minute give the same.
   static std::string generateNewManifestVersion();
 
-  // A one-character text with "0" before it; any other text as it is.
+  /// A one-character text with "0" before it; any other text as it is.
   static std::string processDate(const std::string& date);
 
-  // The path without its last three components: X/Suite.mpkg for
-  // X/Suite.mpkg/Contents/Packages/Part.pkg.
+  /// The path without its last three components: X/Suite.mpkg for
+  /// X/Suite.mpkg/Contents/Packages/Part.pkg.
   static std::string getPathToMPKGThrough(const std::string& path);
-  // One component less still: X.
+  /// One component less still: X.
   static std::string getInstallerRootThrough(const std::string& path);
 };
 

@@ -7,14 +7,14 @@
 
 namespace installer {
 
-// What a hotfix package allows, read from its hotfix.plist.
+/// What a hotfix package allows, read from its hotfix.plist.
 class HotfixPolicy {
  public:
-  // A missing package or plist gives the policy that allows nothing.
+  /// A missing package or plist gives the policy that allows nothing.
   explicit HotfixPolicy(const std::optional<std::string>& path);
 
-  // Whether the package may be installed into a running instance: SKIPRUNNINGCHECK is the text
-  // "true", to the letter.
+  /// Whether the package may be installed into a running instance: SKIPRUNNINGCHECK is the text
+  /// "true", to the letter.
   bool isSkipRunningCheck() const;
 
  private:

@@ -7,19 +7,19 @@
 
 namespace installer {
 
-// Removes the hotfix that an instance carries: feeds the uninstall manifest that its installation
-// left in the instance to the platform's provisioning and clears what was recorded. The manifest is
-// used up by that; a second removal without an installation between finds nothing.
+/// Removes the hotfix that an instance carries: feeds the uninstall manifest that its installation
+/// left in the instance to the platform's provisioning and clears what was recorded. The manifest
+/// is used up by that; a second removal without an installation between finds nothing.
 class HotfixUninstall {
  public:
-  // An absent or missing rcp home leaves an object that removes nothing. An absent rcp data folder
-  // is <rcp home>/systemdata.
+  /// An absent or missing rcp home leaves an object that removes nothing. An absent rcp data folder
+  /// is <rcp home>/systemdata.
   HotfixUninstall(const std::optional<std::string>& pathToRcphome,
                   const std::optional<std::string>& pathToRcpData);
 
-  // True when the features are gone. The recorded version is cleared once provisioning has run,
-  // whatever came of it; receipt, skip flag and bundle identifier only after success. Failures go
-  // to the log and, as texts that the graphical installer knows, to standard output.
+  /// True when the features are gone. The recorded version is cleared once provisioning has run,
+  /// whatever came of it; receipt, skip flag and bundle identifier only after success. Failures go
+  /// to the log and, as texts that the graphical installer knows, to standard output.
   bool uninstallOldHotfix();
 
  private:
