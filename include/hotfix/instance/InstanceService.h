@@ -16,14 +16,15 @@ class JavaProperties;
 /// view: each operation loads the files that it needs, changes them and saves them back.
 ///
 /// Without an rcp home (its folder is missing and could not be made) every operation answers false
-/// or nullopt and does nothing, save for three: copyInstallManifest and
+/// or nullopt and does nothing, save for four: copyInstallManifest with a file name and
 /// generateRcplauncherPropertiesWithTemplate fall back to the fixed home in /Applications, the
-/// provisioning starts take their launcher from the caller, and log collection still says what it
-/// skips.
+/// provisioning starts take their launcher from the caller, getAddonLogFile needs none, and log
+/// collection still says what it skips.
 ///
-/// Copies never overwrite: something at the destination counts as copied, except in the two
-/// launcher-configuration copies, which fail on it. Failures are answers; levels in brackets are
-/// those of the log lines that an operation writes.
+/// Copies keep what is at their destination and count it as copied, with three exceptions:
+/// manifests and key stores are replaced, extras are merged, and the two launcher-configuration
+/// copies fail on an existing file. Failures are answers; levels in brackets are those of the log
+/// lines that an operation writes.
 class InstanceService {
  public:
   // --- Creation (InstanceService.cpp) ------------------------------------------------------------
@@ -129,7 +130,8 @@ class InstanceService {
   /// Gives an existing rcplauncher.properties new ids and the current base version: the save's
   /// result.
   bool updateRcpLauncherProperties();
-  /// Copies the template to osgiagent.properties, which must not exist yet [error].
+  /// Copies the template to osgiagent.properties; false for a missing template [error] and, without
+  /// a line, for an existing file.
   bool copyOgsiAgentProperties(const std::string& path);
   /// Replaces deploy/jvm.properties by a copy of the template, or by an empty file when the
   /// template is absent or missing; a missing deploy folder is made for the current user [error].
