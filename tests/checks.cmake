@@ -10,7 +10,8 @@ set_tests_properties(check.format PROPERTIES SKIP_RETURN_CODE 77)
 
 # Every test file has a test in one of the programs; every behaviour that the documents promise has
 # one that ran. The second comes last: ctest learns what to wait for when it learns of the tests.
-if(HOTFIX_TEST_PROGRAMS)
+# Both concern all tests: without the sample's there is nothing to say.
+if(HOTFIX_BUILD_SAMPLE)
   list(TRANSFORM HOTFIX_TEST_PROGRAMS REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE programs)
   hotfix_add_check(test_files ${PROJECT_SOURCE_DIR}/scripts/check-test-files ${programs})
 
@@ -50,6 +51,6 @@ function(hotfix_add_package_step step)
 endfunction()
 
 foreach(step install headers hardening exports cmake cmake-shared cmake-static pkg-config-shared
-             pkg-config-static guide)
+             pkg-config-static guide packager)
   hotfix_add_package_step(${step})
 endforeach()
