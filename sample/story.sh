@@ -31,7 +31,7 @@ openStage() {
 closeStage() {
   local child
   for child in "${children[@]}"; do
-    kill "$child" 2>/dev/null && wait "$child" 2>/dev/null || true
+    if kill "$child" 2>/dev/null; then wait "$child" 2>/dev/null || true; fi
   done
 }
 

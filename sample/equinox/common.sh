@@ -1,5 +1,7 @@
+# shellcheck shell=bash
 # What the scripts of this folder share. Source it; it runs nothing.
 
+# shellcheck disable=SC2034 # for those who source this
 kEquinox=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 
 # "Cannot be done on this machine": tests take it for "skipped". Its reason is one line.

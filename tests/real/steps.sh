@@ -1,12 +1,13 @@
-# What scenarios do and expect. An expectation that does not hold ends the scenario with status 1
-# after showing the end of the trace and of the launcher's log.
-#
-# "work" is the scenario's folder, "packages" the folder of the packages made for all scenarios.
+# shellcheck shell=bash
+# What scenarios do and expect; each file of scenarios sources it. An expectation that does not hold
+# ends the scenario with status 1 after showing the end of the trace and of the launcher's log.
+
+# The scenario's folder, the folder of the packages made for all scenarios, and that of the sample.
+: "${work:?}" "${packages:?}" "${kEquinox:?}"
 
 kTrace=/tmp/install_trace.log
 kRecord=/tmp/INSTALLATION_INTERNAL_PASTEBOARD
 kMarker=/tmp/quillmere.hotfix.error
-kConfiguration=/tmp/com.kiv.rcp.platform.internal.configuration
 kPatience=60 # seconds that an awaited event may take
 
 children=()

@@ -1,4 +1,8 @@
+# shellcheck shell=bash
 # What goes wrong, and that the instance survives it.
+
+# shellcheck source=../steps.sh
+. "${BASH_SOURCE[0]%/*}/../steps.sh"
 
 scenario_MissingArtifactsFailAndTheInstanceStillRuns() {
   instance

@@ -1,4 +1,10 @@
+# shellcheck shell=bash
 # A hotfix on an instance that has none.
+
+# shellcheck source=../steps.sh
+. "${BASH_SOURCE[0]%/*}/../steps.sh"
+
+kConfiguration=/tmp/com.kiv.rcp.platform.internal.configuration
 
 scenario_FirstInstallBringsCodeThatRuns() {
   instance

@@ -1,4 +1,8 @@
+# shellcheck shell=bash
 # Which instance is meant, and what is collected from it.
+
+# shellcheck source=../steps.sh
+. "${BASH_SOURCE[0]%/*}/../steps.sh"
 
 # register PRODUCT PATH: what the platform's own installer notes for a product.
 register() {

@@ -1,4 +1,9 @@
+# shellcheck shell=bash
+# shellcheck disable=SC2119 # an instance may be given a folder and options, and need not
 # A hotfix on an instance that has one.
+
+# shellcheck source=../steps.sh
+. "${BASH_SOURCE[0]%/*}/../steps.sh"
 
 scenario_UpgradeTakesTheOldFeatureOutFirst() {
   instance
