@@ -8,6 +8,7 @@ endfunction()
 hotfix_add_check(layers ${PROJECT_SOURCE_DIR}/scripts/check-layers)
 hotfix_add_check(format ${PROJECT_SOURCE_DIR}/scripts/check-format)
 hotfix_add_check(shell ${PROJECT_SOURCE_DIR}/scripts/check-shell)
+hotfix_add_check(commits ${PROJECT_SOURCE_DIR}/scripts/check-commits)
 
 # Every test file has a test in one of the programs; every behaviour that the documents promise has
 # one that ran. The second comes last: ctest learns what to wait for when it learns of the tests.
