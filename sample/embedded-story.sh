@@ -9,13 +9,17 @@ tellStory() {
   local first second broken third
   app=$(sample/make-instance --programs build/release/sample "$stage/Applications")
   rcpHome=$app/Contents/MacOS/rcp
+  launcherLog=$rcpHome/launcher.log
   first=$(hotfix 6.2.3.1 hotfix-1)
   second=$(hotfix 6.2.3.2 hotfix-2 --layout flat)
   broken=$(hotfix 6.2.3.3 hotfix-3-broken --without-feature)
   third=$(hotfix 6.2.3.3 hotfix-3)
 
   step "A hotfix is installed" \
-    "Manifests, settings, key stores and extras arrive; the launcher adds the feature."
+    "Manifests, settings, key stores and extras arrive; the launcher adds the feature." \
+    "All key stores of the instance go before the package's are copied, the product's own" \
+    ".keystore.trust too: a package brings every key store that the client shall have, and one" \
+    "that brings none leaves none."
   runInstaller 0 0 "$first" "$stage/Applications"
   expectHotfix 6.2.3.1
   expectMarker no
@@ -55,7 +59,8 @@ tellStory() {
 
   step "Provisioning fails" \
     "The site lacks the feature. The old hotfix is gone by then, the application still runs." \
-    "No check failed, hence code 0 and no marker file: only the status tells."
+    "No check failed, hence code 0 and no marker file: the status tells that it failed, and the" \
+    "launcher's log why."
   runInstaller 1 0 "$broken" "$stage/Applications"
   expectHotfix none
   expectMarker no

@@ -3,7 +3,7 @@
 # Tells a run of the installer to a person: the command, what it answered, what it left behind and
 # what it changed. Every run has an expected outcome; a different one ends the story with status 1.
 # Sourced, never started. The caller sets "installer", the path of the built program; its story sets
-# "app", the instance's application bundle, and "rcpHome".
+# "app", the instance's application bundle, "rcpHome", and "launcherLog", the log of its launcher.
 
 traceFile=/tmp/install_trace.log
 recordFile=/tmp/INSTALLATION_INTERNAL_PASTEBOARD
@@ -119,6 +119,22 @@ showRecord() {
   if [[ -e $markerFile ]]; then row marker "$markerFile exists"; else row marker none; fi
 }
 
+linesOf() { if [[ -r $1 ]]; then wc -l <"$1"; else echo 0; fi; }
+
+# What of its launcher's log says why a run has failed; a story may know better.
+reasonIn() { tail -n 3; }
+
+# showReason STATUS CODE LINES: of a run that failed without a code, the reason in what the launcher
+# has logged behind that many lines. The installer never reads it: it is told nowhere else.
+showReason() {
+  if (($1 == 0)) || [[ $2 != 0 ]]; then return; fi
+  if (($(linesOf "$launcherLog") == $3)); then
+    row launcher 'left no line in its log'
+  else
+    tail -n "+$(($3 + 1))" "$launcherLog" | reasonIn | rows launcher
+  fi
+}
+
 showVersions() {
   local info=$rcpHome/installInfo.plist key value line=''
   for key in version hotfixVersion SKIPRUNNINGCHECK installedHotfixBundleID; do
@@ -130,8 +146,9 @@ showVersions() {
 
 # runInstaller STATUS CODE ARGUMENT...: one run on the instance "app" and what became of it.
 runInstaller() {
-  local wantedStatus=$1 wantedCode=$2 status=0 code changed
+  local wantedStatus=$1 wantedCode=$2 status=0 code changed logged
   shift 2
+  logged=$(linesOf "$launcherLog")
   rm -f "$markerFile"
   snapshot "$app" >"$stage/notes/before"
   attributes "$app" >"$stage/notes/attributes-before"
@@ -144,6 +161,7 @@ runInstaller() {
   row status "$status"
   code=$(plistValues "$recordFile" ERROR_CODE)
   showRecord "${code:-unknown}"
+  showReason "$status" "${code:-unknown}" "$logged"
   showVersions
   showChanges "$stage/notes/before" "$stage/notes/after" | rows changed
   changed=$(awk -F '\t' 'FNR == NR { before[$1] = $2; next }

@@ -11,7 +11,16 @@ realHotfix() { # NAME [OPTION...] VERSION
   "$equinox/make-hotfix" "${@:2:$#-2}" "$stage/$1" "${*: -1}"
 }
 
-platformLog() { cat "$rcpHome/rcplauncher.log" 2>/dev/null || true; }
+# The director's words, up to where the framework logs them once more with its stack; what was said
+# last where the director did not get so far.
+reasonIn() {
+  local log reason
+  log=$(cat)
+  reason=$(sed -n '/^Installation failed/,/^!/{/^!/d;/^[[:space:]]*\(at .*\)\{0,1\}$/d;p}' <<<"$log")
+  printf '%s\n' "${reason:-$(tail -n 3 <<<"$log")}"
+}
+
+platformLog() { cat "$launcherLog" 2>/dev/null || true; }
 
 # The sum of what the launcher's runs and the log collection noted since a line of their log.
 platformTime() {
@@ -50,7 +59,7 @@ runOnPlatform() {
   local wantedStatus=$1 wantedCode=$2 status=0 code before
   shift 2
   rm -f "$markerFile"
-  before=$(platformLog | wc -l)
+  before=$(linesOf "$launcherLog")
   row command "$(printf '%q ' "${installer#"$PWD"/}" "${@/#"$PWD"\//}")"
   "$equinox/stopwatch" "$stage/notes/time" "$installer" "$@" >"$stage/notes/output" || status=$?
 
@@ -58,6 +67,7 @@ runOnPlatform() {
   row status "$status"
   code=$(plistValues "$recordFile" ERROR_CODE)
   showRecord "${code:-unknown}"
+  showReason "$status" "${code:-unknown}" "$before"
   platformLog | tail -n "+$((before + 1))" |
     sed -n 's/^rcplauncher: rc=\([0-9]*\) after.*/\1/p' | paste -sd ' ' |
     sed 's/^/results of its runs: /' | rows launcher
@@ -106,6 +116,7 @@ tellStory() {
   PATH=$(. "$equinox/common.sh" && "$equinox/packages" >/dev/null && findJavaHome)/bin:$PATH
   app=$("$equinox/assemble" "$stage/Applications")
   rcpHome=$app/Contents/MacOS/rcp
+  launcherLog=$rcpHome/rcplauncher.log
   first=$(realHotfix hotfix-1 6.2.3.1)
   second=$(realHotfix hotfix-2 --flat 6.2.3.2)
   hollow=$(realHotfix hotfix-3 --without-artifacts 6.2.3.3)

@@ -54,6 +54,7 @@ class StoryTest : public ::testing::Test {
                     "'; traceFile=$PWD/trace recordFile=$PWD/record markerFile=$PWD/marker; "
                     "programFiles=(\"$traceFile\" \"$recordFile\" \"$markerFile\"); "
                     "installer=$PWD/installer app=$PWD/app rcpHome=$PWD/app/rcp; "
+                    "launcherLog=$PWD/launcher.log; "
                     "openStage \"$PWD/stage\"\n" +
                     words + "\necho THE END"});
   }
@@ -129,6 +130,51 @@ TEST_F(StoryTest, WarningsAndErrorsOfTheTraceAreCountedAndInformationIsLeftOut) 
   EXPECT_THAT(outcome.output, HasSubstr("trace      <Warning>: text  (2 times)\n"
                                         "             <Error>: text\n"));
   EXPECT_THAT(outcome.output, Not(HasSubstr("<Info>")));
+}
+
+TEST_F(StoryTest, RunThatFailsWithoutACodeShowsTheEndOfWhatTheLauncherHasLogged) {
+  writeText(_root / "record", record(0));
+  writeText(_root / "launcher.log", "of an earlier run\n");
+  installerIs("printf '%s\\n' first second third last >>launcher.log; exit 1");
+
+  const Outcome outcome = tell("runInstaller 1 0 package destination");
+
+  EXPECT_THAT(outcome.output, HasSubstr("marker     none\n"
+                                        "  launcher   second\n"
+                                        "             third\n"
+                                        "             last\n"
+                                        "  recorded   "));
+}
+
+TEST_F(StoryTest, LauncherThatLoggedNothingIsShownToHaveLoggedNothing) {
+  writeText(_root / "record", record(0));
+  writeText(_root / "launcher.log", "of an earlier run\n");
+  installerIs("exit 1");
+
+  const Outcome outcome = tell("runInstaller 1 0 package destination");
+
+  EXPECT_THAT(outcome.output, HasSubstr("launcher   left no line in its log\n"));
+  EXPECT_THAT(outcome.output, Not(HasSubstr("of an earlier run")));
+}
+
+TEST_F(StoryTest, ReasonOfTheLauncherIsShownBeforeAnUnexpectedFailureEndsTheStory) {
+  writeText(_root / "record", record(0));
+  installerIs("echo no such site >launcher.log; exit 1");
+
+  const Outcome outcome = tell("runInstaller 0 0 package destination");
+
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.output, HasSubstr("launcher   no such site\n"));
+}
+
+TEST_F(StoryTest, LauncherIsNotQuotedForASuccessOrACheckThatFailed) {
+  writeText(_root / "record", record(0));
+  installerIs("echo a line >launcher.log");
+  EXPECT_THAT(tell("runInstaller 0 0 package destination").output, Not(HasSubstr("a line")));
+
+  writeText(_root / "record", record(7));
+  installerIs("echo a line >launcher.log; exit 1");
+  EXPECT_THAT(tell("runInstaller 1 7 package destination").output, Not(HasSubstr("a line")));
 }
 
 TEST_F(StoryTest, MarkerOfAnEarlierRunDoesNotCount) {
