@@ -23,7 +23,8 @@ class ProcessTable {
   virtual std::vector<std::string> valuesForKey(std::string_view key) = 0;
 
   // `path` in the form in which the table tells executable paths: with links resolved where the
-  // system resolves them, unchanged where it does not or nothing is there.
+  // system resolves them, unchanged where it does not or nothing is there. A slash at the end
+  // stays.
   virtual std::string asReported(const std::string& path) = 0;
 };
 

@@ -208,5 +208,20 @@ TEST_F(TracingTest, RegisteredBundleIsTheOneThatMustNotRun) {
   EXPECT_THAT(_sandbox.texts(), Contains("The target platform Quillmere is running."));
 }
 
+TEST_F(TracingTest, SlashBehindTheRegisteredBundleEndsItsName) {
+  _package.set("allowMultiInstance", ListValue::boolean(false));
+  writePreferences();
+  registerProduct("Quillmere", ListValue::dictionary(
+                                   {{"pathToProduct", ListValue::string(_instance.bundle + "/")}}));
+  const std::string other = _instance.bundle + "2/Contents/MacOS/x";
+  _sandbox.copyChildProgram(other);
+  RunOptions options;
+  options.background = {{other, "--idle"}};
+
+  EXPECT_EQ(0, install(options).status);
+
+  EXPECT_THAT(_sandbox.texts(), Contains(processLine(other)));
+}
+
 }  // namespace
 }  // namespace installer::cli

@@ -10,8 +10,11 @@ std::string fileNameOf(const std::string& path) {
 }
 
 std::string resolvedOrSame(const std::string& path) {
-  const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path.c_str(), nullptr), std::free);
-  return resolved ? resolved.get() : path;
+  const std::unique_ptr<char, void (*)(void*)> found(realpath(path.c_str(), nullptr), std::free);
+  if (!found) return path;
+  std::string resolved = found.get();
+  if (path.ends_with('/') && !resolved.ends_with('/')) resolved += '/';
+  return resolved;
 }
 
 }  // namespace installer

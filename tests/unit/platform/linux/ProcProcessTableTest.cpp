@@ -150,6 +150,17 @@ TEST_F(RunningProgramTest, IsReportedWithLinksResolved) {
   EXPECT_THAT(_table.valuesForKey(kExecutable), Contains(copy));
 }
 
+TEST_F(RunningProgramTest, IsReportedWithASlashAtTheEndWhereOneWasGiven) {
+  _folder.makeFolder("B.app");
+  _folder.makeLink("link", "B.app");
+
+  EXPECT_EQ(_table.asReported(_folder.path() + "/B.app/"), _folder.path("B.app") + "/");
+  EXPECT_EQ(_table.asReported(_folder.path() + "/link//"), _folder.path("B.app") + "/");
+  EXPECT_EQ(_table.asReported(_folder.path() + "/link"), _folder.path("B.app"));
+  EXPECT_EQ(_table.asReported("/"), "/");
+  EXPECT_EQ(_table.asReported("/nowhere/at/all/"), "/nowhere/at/all/");
+}
+
 // --- A table of our own making -------------------------------------------------------------------
 
 class MadeTableTest : public ::testing::Test {
