@@ -23,9 +23,14 @@ bool isNumber(std::string_view name) {
   return std::all_of(name.begin(), name.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-bool isRemoved(int table, const std::string& link) {
-  struct stat status {};
-  return fstatat(table, link.c_str(), &status, 0) == 0 && status.st_nlink == 0;
+// Whether the mark is the kernel's: an executable that has this very name bears it itself. How many
+// other names it has tells nothing.
+bool isMarked(int table, const std::string& link, const std::string& path) {
+  struct stat running {};
+  if (fstatat(table, link.c_str(), &running, 0) != 0) return false;
+  struct stat named {};
+  return stat(path.c_str(), &named) != 0 || named.st_dev != running.st_dev ||
+         named.st_ino != running.st_ino;
 }
 
 std::optional<std::string> executableOf(int table, const char* process) {
@@ -34,7 +39,7 @@ std::optional<std::string> executableOf(int table, const char* process) {
   const ssize_t length = readlinkat(table, link.c_str(), bytes.data(), bytes.size());
   if (length == -1) return std::nullopt;
   std::string path(bytes.data(), static_cast<std::size_t>(length));
-  if (path.ends_with(kDeleted) && isRemoved(table, link))
+  if (path.ends_with(kDeleted) && isMarked(table, link, path))
     path.resize(path.size() - kDeleted.size());
   return path;
 }

@@ -128,6 +128,25 @@ TEST_F(RunningProgramTest, KeepsItsPathWhenItsFileIsRemoved) {
   EXPECT_THAT(_table.valuesForKey(kName), Contains("Quillmere"));
 }
 
+TEST_F(RunningProgramTest, KeepsItsPathWhenItsFileHasAnotherNameStill) {
+  const std::string copy = runCopy("Quillmere");
+  fs::create_hard_link(copy, _folder.path("spare"));
+
+  fs::remove(copy);
+
+  EXPECT_THAT(_table.valuesForKey(kExecutable), Contains(copy));
+  EXPECT_THAT(_table.valuesForKey(kName), Contains("Quillmere"));
+}
+
+TEST_F(RunningProgramTest, KeepsItsPathWhenAnotherFileHasTheMarkedName) {
+  const std::string copy = runCopy("Quillmere");
+  _folder.makeFile("Quillmere (deleted)", "");
+
+  fs::remove(copy);
+
+  EXPECT_THAT(_table.valuesForKey(kExecutable), Contains(copy));
+}
+
 TEST_F(RunningProgramTest, KeepsANameThatLooksRemoved) {
   const std::string copy = runCopy("Quillmere (deleted)");
 
