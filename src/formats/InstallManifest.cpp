@@ -87,20 +87,20 @@ void replaceInUrl(xmlAttr* url, std::string_view replacement) {
 
 }  // namespace
 
-void InstallManifest::DocumentDeleter::operator()(_xmlDoc* document) const {
+void InstallManifest::DocumentDeleter::operator()(::_xmlDoc* document) const {
   xml::DocumentDeleter()(document);
 }
 
 InstallManifest::InstallManifest(std::string file) : _pathToManifest(std::move(file)) {
   const std::optional<std::string> bytes = Platform::current().files->read(_pathToManifest);
   if (!bytes) return;
-  _document.reset(xml::parse(*bytes).release());
-  if (_document) xml::reindent(*_document);
+  _xmlDoc.reset(xml::parse(*bytes).release());
+  if (_xmlDoc) xml::reindent(*_xmlDoc);
 }
 
 bool InstallManifest::replaceInstallerRootWith(const std::string& replacement) {
-  if (!_document) return false;
-  const std::optional<std::vector<_xmlNode*>> features = manifestFeatures(*_document);
+  if (!_xmlDoc) return false;
+  const std::optional<std::vector<_xmlNode*>> features = manifestFeatures(*_xmlDoc);
   if (!features) return false;
   const std::string characters = asCharacters(replacement);
   for (const xmlNode* feature : *features)
@@ -109,8 +109,8 @@ bool InstallManifest::replaceInstallerRootWith(const std::string& replacement) {
 }
 
 bool InstallManifest::saveInstallManifestAs(const std::optional<std::string>& path) const {
-  if (!_document) return false;
-  const std::optional<std::string> bytes = xml::serialize(*_document);
+  if (!_xmlDoc) return false;
+  const std::optional<std::string> bytes = xml::serialize(*_xmlDoc);
   return bytes && Platform::current().files->write(path.value_or(_pathToManifest), *bytes);
 }
 

@@ -40,11 +40,11 @@ class InstallManifest {
 
  private:
   struct DocumentDeleter {
-    void operator()(_xmlDoc* document) const;
+    void operator()(::_xmlDoc* document) const;
   };
 
   std::string _pathToManifest;
-  std::unique_ptr<_xmlDoc, DocumentDeleter> _document;  // null when the file could not be parsed
+  std::unique_ptr<::_xmlDoc, DocumentDeleter> _xmlDoc;  // null when the file could not be parsed
 };
 
 }  // namespace installer
