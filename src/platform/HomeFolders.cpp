@@ -19,8 +19,10 @@ std::optional<std::string> homeInDatabase(const std::optional<std::string>& name
 
 std::optional<std::string> ownHome() {
   UserContext& users = *Platform::current().users;
-  if (auto home = users.environment("HOME"); home && !home->empty()) return home;
-  return homeInDatabase(users.currentUserName());
+  if (auto home = homeInDatabase(users.currentUserName())) return home;
+  auto home = users.environment("HOME");
+  if (home && home->empty()) return std::nullopt;
+  return home;
 }
 
 }  // namespace

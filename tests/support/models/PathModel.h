@@ -69,7 +69,7 @@ inline std::string expandingTilde(const std::string& path, std::optional<std::st
   for (const char character : path.substr(1))
     (character == '/' || rest != "" ? rest : name) += character;
   std::string home = homes[name == "" ? user : name];
-  if (name == "" && variable && *variable != "") home = *variable;
+  if (name == "" && home == "" && variable) home = *variable;
   return home == "" ? path : putTogether(takenApart(home + "/" + rest));
 }
 

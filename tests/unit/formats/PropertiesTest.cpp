@@ -197,7 +197,7 @@ TEST_F(PropertiesTest, RefusingDiskIsNotReportedAndKeepsTheFile) {
 // --- "~" -----------------------------------------------------------------------------------------
 
 TEST_F(PropertiesTest, TildeIsTheHomeFolderWhenReadAndWhenSaved) {
-  _sandbox.users().variables["HOME"] = _sandbox.path("tmp");
+  _sandbox.users().userList.front().home = _sandbox.path("tmp");
   _sandbox.writePlist("tmp/a.plist", {{"a", "1"}});
 
   Properties properties("~/a.plist");

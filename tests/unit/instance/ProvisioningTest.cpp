@@ -173,7 +173,7 @@ class TildeHomeTest : public ProvisioningTest {
     _sandbox.platform().files = &_files;
   }
 
-  // HOME leads to the tester's folder.
+  // The home that the user database knows.
   std::string userHome() const { return _sandbox.path("Users/tester/rcp"); }
 
   static constexpr const char* kTildeHome = "~/rcp";

@@ -44,18 +44,21 @@ class ExpandingTildeTest : public ::testing::Test {
   ScopedPlatform _scope{_platform};
 };
 
-TEST_F(ExpandingTildeTest, ATildeIsHome) {
-  EXPECT_EQ(path::expandingTilde("~"), "/Users/me");
-  EXPECT_EQ(path::expandingTilde("~/"), "/Users/me");
-  EXPECT_EQ(path::expandingTilde("~/a//b/"), "/Users/me/a/b");
+TEST_F(ExpandingTildeTest, ATildeIsTheFolderThatTheDatabaseKnows) {
+  EXPECT_EQ(path::expandingTilde("~"), "/database/ada");
+  EXPECT_EQ(path::expandingTilde("~/"), "/database/ada");
+  EXPECT_EQ(path::expandingTilde("~/a//b/"), "/database/ada/a/b");
 }
 
-TEST_F(ExpandingTildeTest, WithoutHomeTheDatabaseKnowsTheFolder) {
-  _homes.home.reset();
-  EXPECT_EQ(path::expandingTilde("~/a"), "/database/ada/a");
+TEST_F(ExpandingTildeTest, HomeStandsInForWhomTheDatabaseDoesNotKnow) {
+  _homes.name.reset();
+  EXPECT_EQ(path::expandingTilde("~/a"), "/Users/me/a");
 
-  _homes.home = "";
-  EXPECT_EQ(path::expandingTilde("~"), "/database/ada");
+  _homes.name = "stranger";
+  EXPECT_EQ(path::expandingTilde("~"), "/Users/me");
+
+  _homes.name = "homeless";
+  EXPECT_EQ(path::expandingTilde("~/a//b/"), "/Users/me/a/b");
 }
 
 TEST_F(ExpandingTildeTest, WithoutAnyHomeThePathStays) {
@@ -67,6 +70,9 @@ TEST_F(ExpandingTildeTest, WithoutAnyHomeThePathStays) {
   EXPECT_EQ(path::expandingTilde("~/a"), "~/a");
 
   _homes.name.reset();
+  EXPECT_EQ(path::expandingTilde("~"), "~");
+
+  _homes.home = "";
   EXPECT_EQ(path::expandingTilde("~"), "~");
 }
 
