@@ -47,7 +47,7 @@ bool InstallUtil::containUnSupportedCharacters(const std::optional<std::string>&
 }
 
 bool InstallUtil::hasPrefixCaseInsensitive(std::string_view string, std::string_view prefix) {
-  return !prefix.empty() && letterCase::lowered(string).starts_with(letterCase::lowered(prefix));
+  return !prefix.empty() && letterCase::beginsIgnoringCase(string, prefix);
 }
 
 }  // namespace installer

@@ -100,8 +100,8 @@ class InstallUtil {
   /// colon. False for an absent or empty path.
   static bool containUnSupportedCharacters(const std::optional<std::string>& path);
 
-  /// Whether the text begins with the prefix, ignoring case by Unicode's simple folding. False for
-  /// an empty prefix.
+  /// Whether the text begins with the prefix, ignoring case by Unicode's full folding ("ß" is
+  /// "ss"). False for an empty prefix.
   static bool hasPrefixCaseInsensitive(std::string_view string, std::string_view prefix);
 
   // --- Manifest version --------------------------------------------------------------------------

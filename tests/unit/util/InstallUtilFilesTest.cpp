@@ -237,5 +237,14 @@ TEST(LetterCaseTest, LowersLettersAndKeepsForeignBytes) {
   EXPECT_FALSE(letterCase::equalIgnoringCase("com.oracle", "com.oracle.java"));
 }
 
+TEST(LetterCaseTest, TextsAreComparedByFolding) {
+  // The longest foldings, of one character each, are three.
+  EXPECT_TRUE(letterCase::equalIgnoringCase("\uFB03", "FFI"));
+  EXPECT_TRUE(letterCase::equalIgnoringCase("\u0390", "\u1FD3"));
+  EXPECT_TRUE(letterCase::equalIgnoringCase("a\xFF\u03C2", "A\xFF\u03A3"));
+  EXPECT_FALSE(letterCase::equalIgnoringCase("a\xFF", "a\xFE"));
+  EXPECT_TRUE(letterCase::beginsIgnoringCase("a", ""));
+}
+
 }  // namespace
 }  // namespace installer::test

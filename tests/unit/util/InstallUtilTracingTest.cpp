@@ -180,6 +180,35 @@ TEST(CaseInsensitivePrefixTest, IsFoundAtTheBeginningOnly) {
   EXPECT_FALSE(InstallUtil::hasPrefixCaseInsensitive("ab", "abc"));
 }
 
+TEST(CaseInsensitivePrefixTest, LettersThatOnlyFoldingBringsTogetherAreTheSame) {
+  // Final and long forms, compatibility letters, and one letter for two.
+  EXPECT_TRUE(InstallUtil::hasPrefixCaseInsensitive("\u03C3\u03BF\u03C2x", "\u03A3\u039F\u03A3"));
+  EXPECT_TRUE(InstallUtil::hasPrefixCaseInsensitive("key\u017Ftore", "keySTORE"));
+  EXPECT_TRUE(InstallUtil::hasPrefixCaseInsensitive("\u00B5x", "\u03BC"));
+  EXPECT_TRUE(InstallUtil::hasPrefixCaseInsensitive("STRASSE 1", "stra\u00DFe"));
+  EXPECT_TRUE(InstallUtil::hasPrefixCaseInsensitive("stra\u00DFe 1", "STRASSE"));
+  EXPECT_TRUE(InstallUtil::hasPrefixCaseInsensitive("\u13A0", "\uAB70"));
+}
+
+TEST(CaseInsensitivePrefixTest, EndsBehindAWholeCharacter) {
+  EXPECT_FALSE(InstallUtil::hasPrefixCaseInsensitive("\u00DF", "s"));
+  EXPECT_TRUE(InstallUtil::hasPrefixCaseInsensitive("\u00DF", "ss"));
+}
+
+TEST(CaseInsensitivePrefixTest, BytesThatAreNoTextAreThemselves) {
+  EXPECT_TRUE(
+      InstallUtil::hasPrefixCaseInsensitive("\xFF"
+                                            "AB",
+                                            "\xFF"
+                                            "a"));
+  EXPECT_FALSE(
+      InstallUtil::hasPrefixCaseInsensitive("\xFF"
+                                            "A",
+                                            "\xFE"
+                                            "A"));
+  EXPECT_FALSE(InstallUtil::hasPrefixCaseInsensitive("\u00FF", "\xFF"));
+}
+
 TEST(CaseInsensitivePrefixTest, EmptyPrefixIsNone) {
   EXPECT_FALSE(InstallUtil::hasPrefixCaseInsensitive("x", ""));
   EXPECT_FALSE(InstallUtil::hasPrefixCaseInsensitive("", ""));
