@@ -1,3 +1,4 @@
+#include "base/Characters.h"
 #include "hotfix/util/InstallUtil.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
@@ -16,7 +17,8 @@ std::string InstallUtil::generateNewManifestVersion() {
 }
 
 std::string InstallUtil::processDate(const std::string& date) {
-  return date.size() == 1 ? "0" + date : date;
+  const bool oneCharacter = !date.empty() && decodeCharacter(date, 0).length == date.size();
+  return oneCharacter ? "0" + date : date;
 }
 
 }  // namespace installer

@@ -232,5 +232,12 @@ TEST(ProcessDateTest, PadsOneCharacterOnly) {
   EXPECT_EQ(InstallUtil::processDate("123"), "123");
 }
 
+TEST(ProcessDateTest, CountsCharactersAndNotBytes) {
+  EXPECT_EQ(InstallUtil::processDate("\u0667"), "0\u0667");
+  EXPECT_EQ(InstallUtil::processDate("\U0001D7D5"), "0\U0001D7D5");
+  EXPECT_EQ(InstallUtil::processDate("\xE9"), "0\xE9");
+  EXPECT_EQ(InstallUtil::processDate("\u0661\u0662"), "\u0661\u0662");
+}
+
 }  // namespace
 }  // namespace installer::test
