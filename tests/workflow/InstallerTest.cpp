@@ -164,6 +164,37 @@ TEST_F(InstallerTest, MissingWorkspaceFlagDoublesTheInstallation) {
       Contains("Hot fix workspace flag file is missing, launching install new hotfix twice"));
 }
 
+// Remembers every record that is stored, the resets too.
+class RecordingPasteboard : public Pasteboard {
+ public:
+  explicit RecordingPasteboard(Pasteboard& real) : _real(real) {}
+
+  void clear() override { _real.clear(); }
+  void setRecord(const Dictionary& record) override {
+    stored.push_back(record);
+    _real.setRecord(record);
+  }
+  std::optional<Dictionary> record() override { return _real.record(); }
+
+  std::vector<Dictionary> stored;
+
+ private:
+  Pasteboard& _real;
+};
+
+TEST_F(InstallerTest, MissingManifestStopsBothOfTwoInstallations) {
+  _sandbox.remove("data/.config");
+  _sandbox.remove("HF/deploy/install.hotfix.xml");
+  RecordingPasteboard pasteboard(_sandbox.pasteboard());
+  _sandbox.platform().pasteboard = &pasteboard;
+
+  EXPECT_EQ(run(), 1);
+
+  const Dictionary missing = code(4, {package() + "/../deploy/install.hotfix.xml"});
+  EXPECT_THAT(pasteboard.stored, ElementsAre(code(0, {}), missing, missing));
+  EXPECT_THAT(runs(), ElementsAre("update"));
+}
+
 TEST_F(InstallerTest, OnlyTheSecondOfTwoInstallationsCounts) {
   _sandbox.remove("data/.config");
   int hotfixRuns = 0;
@@ -262,6 +293,43 @@ TEST_F(InstallerTest, FailurePathRecoversTheInstanceAndLeavesTheMarker) {
   EXPECT_EQ(_sandbox.read(_sandbox.paths().errorMarker), "");
   EXPECT_THAT(linesAt(LogLevel::info), Contains("Not success"));
   EXPECT_THAT(linesAt(LogLevel::notice), Contains(HasSubstr("HOTFIX_INSTALL")));
+}
+
+// Tells when the error marker is made; everything else is the sandbox's.
+class MarkerWatch : public FailingFileManager {
+ public:
+  MarkerWatch(Sandbox& sandbox, std::function<void()> atMarker)
+      : FailingFileManager(sandbox.users()),
+        _marker(sandbox.paths().errorMarker),
+        _atMarker(std::move(atMarker)) {}
+
+  bool createFile(const std::string& path, std::string_view bytes,
+                  const FileAttributes& attributes) override {
+    if (path == _marker) _atMarker();
+    return FailingFileManager::createFile(path, bytes, attributes);
+  }
+
+ private:
+  std::string _marker;
+  std::function<void()> _atMarker;
+};
+
+TEST_F(InstallerTest, MarkerComesLastOnTheFailurePath) {
+  _sandbox.processes().add(destination() + "/Quillmere.app/x");
+  const std::vector<std::string> given = {inHome("file"), inHome("../shared/file"), "data/file"};
+  for (const std::string& file : given) _sandbox.write(file, "", 0600);
+  std::vector<std::vector<std::string>> runsAtMarker;
+  std::vector<mode_t> modesAtMarker;
+  MarkerWatch watch(_sandbox, [&] {
+    runsAtMarker.push_back(runs());
+    for (const std::string& file : given) modesAtMarker.push_back(_sandbox.mode(file));
+  });
+  _sandbox.platform().files = &watch;
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_THAT(runsAtMarker, ElementsAre(ElementsAre("cleanup", "update")));
+  EXPECT_THAT(modesAtMarker, ElementsAre(0775, 0775, 0775));
 }
 
 TEST_F(InstallerTest, InstallIdIsNewBeforeTheSecondRecoveryRun) {
