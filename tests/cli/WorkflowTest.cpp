@@ -113,7 +113,20 @@ TEST_F(WorkflowTest, OwnKeyStoreAndExtrasStayWhereTheyAreNamed) {
 }
 
 class EmptyPreferenceTest : public InstallerTest,
-                            public ::testing::WithParamInterface<std::string> {};
+                            public ::testing::WithParamInterface<std::string> {
+ protected:
+  void expectDefaults() const {
+    EXPECT_EQ("a=1\nb=3\nc=4\n", _sandbox.readFile(_instance.customization()));
+    EXPECT_EQ("new key\n", _sandbox.readFile(_instance.deploy(".keystore")));
+    EXPECT_EQ("extra\n", _sandbox.readFile(_instance.deploy("extras/readme.txt")));
+    EXPECT_EQ(kUninstallManifest, _sandbox.readFile(_instance.deploy("uninstall.hotfix.xml")));
+    EXPECT_THAT(_sandbox.readFile(_instance.deploy("install.update.xml")).value_or(""),
+                HasSubstr("file:" + _package.folder + "/updates"));
+    EXPECT_THAT(_sandbox.children("rcplauncher").at(1).arguments,
+                Contains("-DprovUpdateSiteListOverride=file:" + _package.folder +
+                         "/../../updates/platform"));
+  }
+};
 
 TEST_P(EmptyPreferenceTest, GetsItsDefault) {
   _package.set(GetParam(), "");
@@ -121,18 +134,16 @@ TEST_P(EmptyPreferenceTest, GetsItsDefault) {
 
   ASSERT_EQ(0, install().status);
 
-  EXPECT_EQ("a=1\nb=3\nc=4\n", _sandbox.readFile(_instance.customization()));
-  EXPECT_EQ("new key\n", _sandbox.readFile(_instance.deploy(".keystore")));
-  EXPECT_EQ("extra\n", _sandbox.readFile(_instance.deploy("extras/readme.txt")));
-  EXPECT_EQ(kUninstallManifest, _sandbox.readFile(_instance.deploy("uninstall.hotfix.xml")));
-  EXPECT_TRUE(_sandbox.exists(_instance.deploy("install.update.xml")));
+  expectDefaults();
 }
 
 TEST_P(EmptyPreferenceTest, OfAnotherTypeGetsItsDefaultToo) {
   _package.set(GetParam(), ListValue::integer(3));
   writePreferences();
 
-  EXPECT_EQ(0, install().status);
+  ASSERT_EQ(0, install().status);
+
+  expectDefaults();
 }
 
 INSTANTIATE_TEST_SUITE_P(Keys, EmptyPreferenceTest,
@@ -295,10 +306,28 @@ TEST_F(DoubledRunTest, SecondAnswerDecidesForSuccess) {
 
 TEST_F(DoubledRunTest, StopsTwiceAtAMissingManifest) {
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
+  const auto before = _sandbox.tree(_instance.deploy(""));
 
   EXPECT_EQ(1, install().status);
 
   EXPECT_THAT(launches(), SizeIs(1));
+  EXPECT_EQ((ErrorRecord{4, {_package.deploy("install.hotfix.xml")}}), errorRecord());
+  EXPECT_EQ(before, _sandbox.tree(_instance.deploy("")));
+  EXPECT_THAT(
+      _sandbox.texts(),
+      Contains("Hot fix workspace flag file is missing, launching install new hotfix twice"));
+}
+
+TEST_F(DoubledRunTest, StopsTwiceAtAManifestThatIsNone) {
+  _sandbox.writeFile(_package.deployFile("install.hotfix.xml"), "<open>");
+
+  EXPECT_EQ(1, install().status);
+
+  EXPECT_THAT(launches(), SizeIs(1));
+  const auto texts = _sandbox.texts();
+  EXPECT_EQ(2,
+            std::count(texts.begin(), texts.end(),
+                       "Copy install manifest to " + _instance.deploy("install.update.xml") + "."));
 }
 
 TEST_F(DoubledRunTest, MakesOneServiceForBoth) {

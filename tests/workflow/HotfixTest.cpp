@@ -349,19 +349,25 @@ TEST_F(HotfixTest, OwnManifestMovesKeyStoresAndExtrasAlong) {
 }
 
 TEST_F(HotfixTest, EmptyAndMistypedLocationsGetTheDefaults) {
-  for (const Value& value : {Value(""), Value(5)})
+  for (const Value& value : {Value(""), Value(5)}) {
+    SCOPED_TRACE(value == Value("") ? "empty" : "no text");
     for (const char* key : {"pathToHotfixManifest", "pathToHotfixUninstallManifest",
                             "pathToPluginCustomization", "updateSiteList", "keystore", "extras"})
       describe(key, value);
+    for (const char* left : {"plugin_customization.ini", "deploy/install.update.xml",
+                             "deploy/uninstall.hotfix.xml", "deploy/.keystore", "deploy/extras"})
+      _sandbox.remove(inHome(left));
 
-  EXPECT_TRUE(install());
+    EXPECT_TRUE(install());
 
-  EXPECT_EQ(deployed("uninstall.hotfix.xml"), "<uninstall url=\"${installer.root}\"/>");
-  EXPECT_EQ(_sandbox.read(inHome("plugin_customization.ini")), "new=1\n");
-  EXPECT_EQ(deployed(".keystore"), "new store");
-  EXPECT_EQ(deployed("extras/extra"), "extra");
-  EXPECT_EQ(launcherArguments()[10],
-            "-DprovUpdateSiteListOverride=file:" + package() + "/../../updates/platform");
+    EXPECT_THAT(deployed("install.update.xml"), HasSubstr("url=\"file:" + package() + "/site\""));
+    EXPECT_EQ(deployed("uninstall.hotfix.xml"), "<uninstall url=\"${installer.root}\"/>");
+    EXPECT_EQ(_sandbox.read(inHome("plugin_customization.ini")), "new=1\n");
+    EXPECT_EQ(deployed(".keystore"), "new store");
+    EXPECT_EQ(deployed("extras/extra"), "extra");
+    EXPECT_EQ(launcherArguments()[10],
+              "-DprovUpdateSiteListOverride=file:" + package() + "/../../updates/platform");
+  }
 }
 
 TEST_F(HotfixTest, LauncherThatCannotBeStartedIsAFailedProvisioning) {
