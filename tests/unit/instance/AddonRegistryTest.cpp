@@ -3,6 +3,7 @@
 #include "hotfix/instance/InstanceService.h"
 #include "support/BinaryListWriter.h"
 #include "support/InstanceFixture.h"
+#include "support/TreeSnapshot.h"
 
 namespace installer::test {
 namespace {
@@ -126,13 +127,16 @@ TEST_F(AddonRegistryTest, EmptyIdIsAnIdAndNotAnAbsentOne) {
 
 TEST_F(AddonRegistryTest, RemovalLeavesTheRegistryAsItIs) {
   writeEntries();
-  const std::string before = _sandbox.read(inHome("addonInfo.plist"));
+  InstanceService service(home());
+  const auto before = snapshotOf(home());
+  const std::size_t changes = _sandbox.files().operations().size();
 
-  service().removeRegistryInfoforAddon("com.example");
-  service().removeRegistryInfoforAddon(std::nullopt);
+  service.removeRegistryInfoforAddon("com.example");
+  service.removeRegistryInfoforAddon(std::nullopt);
 
-  EXPECT_EQ(_sandbox.read(inHome("addonInfo.plist")), before);
-  EXPECT_EQ(service().getRegistryInfoForAddon("com.example"), _spelling);
+  EXPECT_EQ(snapshotOf(home()), before);
+  EXPECT_EQ(_sandbox.files().operations().size(), changes) << "a rewritten file is no left one";
+  EXPECT_EQ(service.getRegistryInfoForAddon("com.example"), _spelling);
 }
 
 }  // namespace

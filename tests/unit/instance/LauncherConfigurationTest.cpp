@@ -1,10 +1,12 @@
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <cerrno>
 
 #include "hotfix/instance/InstanceService.h"
 #include "platform/Clock.h"
 #include "support/InstanceFixture.h"
+#include "support/TreeSnapshot.h"
 
 namespace installer::test {
 namespace {
@@ -143,6 +145,71 @@ TEST_F(LauncherConfigurationTest, LinksFolderBelongsToTheCurrentUserWithoutUserV
   EXPECT_TRUE(service.generateLinks());
 
   EXPECT_EQ(_sandbox.mode(inHome("eclipse/links")), 0775U);
+}
+
+// Files are given away for real: to the user at the screen, or to the one whom the process is of.
+class GivenFilesTest : public LauncherConfigurationTest {
+ protected:
+  static constexpr uid_t kScreen = 4711;
+  static constexpr uid_t kLogin = 4811;
+  static constexpr gid_t kAdmin = 4713;
+
+  void SetUp() override {
+    if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+    FakeUserContext& users = _sandbox.users();
+    users.userList = {{"screen", kScreen, 4712, "/"}, {"login", kLogin, 4812, "/"}};
+    users.groups = {{"admin", kAdmin}};
+    users.variables["USER"] = "screen";
+    users.effectiveUser = kLogin;
+  }
+
+  void expectGivenTo(uid_t user, const std::string& file) const {
+    const TreeEntry entry = snapshotOf(_sandbox.path(inHome(file))).at(".");
+    EXPECT_EQ(entry.owner, user) << file;
+    EXPECT_EQ(entry.group, kAdmin) << file;
+    EXPECT_EQ(entry.mode, 0775U) << file;
+  }
+};
+
+TEST_F(GivenFilesTest, LinksFolderIsTheConsoleUsers) {
+  EXPECT_TRUE(quietService().generateLinks());
+
+  expectGivenTo(kScreen, "eclipse/links");
+}
+
+TEST_F(GivenFilesTest, LinksFolderIsTheCurrentUsersWithoutUserVariable) {
+  _sandbox.users().variables.erase("USER");
+
+  EXPECT_TRUE(quietService().generateLinks());
+
+  expectGivenTo(kLogin, "eclipse/links");
+}
+
+TEST_F(GivenFilesTest, LinksFolderIsRootsWithoutAnyUserName) {
+  _sandbox.users().variables.erase("USER");
+  _sandbox.users().effectiveUser = 12345;
+  _sandbox.users().userList = {{"root", kScreen, 4712, "/"}};
+
+  EXPECT_TRUE(quietService().generateLinks());
+
+  expectGivenTo(kScreen, "eclipse/links");
+}
+
+TEST_F(GivenFilesTest, DeployFolderAndVirtualMachinePropertiesAreTheCurrentUsers) {
+  _sandbox.remove(inHome("deploy"));
+
+  EXPECT_TRUE(quietService().generateJVMPropertiesWithTemplate(std::nullopt));
+
+  expectGivenTo(kLogin, "deploy");
+  expectGivenTo(kLogin, "deploy/jvm.properties");
+}
+
+TEST_F(GivenFilesTest, VirtualMachinePropertiesOfATemplateAreTheProcesss) {
+  EXPECT_TRUE(quietService().generateJVMPropertiesWithTemplate(templateFile()));
+
+  const TreeEntry copied = snapshotOf(_sandbox.path(inHome("deploy/jvm.properties"))).at(".");
+  EXPECT_EQ(copied.owner, geteuid());
+  EXPECT_EQ(copied.mode, 0644U);
 }
 
 TEST_F(LauncherConfigurationTest, FileInThePlaceOfTheLinksFolderStaysAndIsNotTold) {
