@@ -13,6 +13,9 @@ using ::testing::Not;
 using ::testing::SizeIs;
 
 using Lines = std::vector<TraceLine>;
+using Tree = std::map<std::string, std::string>;
+
+const std::string kRcp = "/Contents/MacOS/rcp/";
 
 // A whole run from beginning to end: every log line in its place, and what is left behind.
 class PlainRunTest : public InstallerTest {
@@ -68,6 +71,76 @@ class PlainRunTest : public InstallerTest {
                  {"Notice", "Successfully collect the log files and place them under " +
                                 _instance.deploy("installHistory") +
                                 " for the HOTFIX_INSTALL operaton of Quillmere project."}};
+  }
+
+  // --- The bundle's entries, as CliSandbox::tree() tells them ------------------------------------
+
+  static std::string given(const std::string& kind, const std::string& content) {
+    return kind + (CliSandbox::hasManyUsers() ? " 775 1000:80 " : " 775 0:0 ") + content;
+  }
+
+  // The entry with the mode and owner that a run gives it. A link has no mode of its own.
+  static std::string givenToTheUser(const std::string& entry) {
+    const std::string kind = entry.substr(0, entry.find(' '));
+    const std::size_t content = entry.find(' ', entry.find(':')) + 1;
+    std::string text = given(kind, entry.substr(content));
+    if (kind == "link") text.replace(text.find("775"), 3, "777");
+    return text;
+  }
+
+  static Tree givenToTheUser(Tree entries) {
+    for (auto& [path, entry] : entries)
+      if (path.starts_with(kRcp) || path.starts_with("/Contents/MacOS/shared/"))
+        entry = givenToTheUser(entry);
+    return entries;
+  }
+
+  // The bundle's entries, the record among them in the tests' own layout.
+  Tree bundle() const {
+    Tree entries = _sandbox.tree(_instance.bundle);
+    const auto info = entries.find(kRcp + "installInfo.plist");
+    if (info != entries.end())
+      info->second.replace(info->second.find("<?xml"), std::string::npos,
+                           xmlList(listAt(_instance.info())));
+    return entries;
+  }
+
+  // The value of that line of rcplauncher.properties.
+  std::string property(const std::string& key) const {
+    const std::string text = _sandbox.readFile(_instance.launcherProperties()).value_or("");
+    const std::size_t start = text.find(key + "=") + key.size() + 1;
+    return text.substr(start, text.find('\n', start) - start);
+  }
+
+  Tree changedByTheHotfix(const Tree& before, const std::string& stamp) const {
+    const std::string folder = given("folder", "");
+    Tree entries = givenToTheUser(before);
+    entries["/Contents/MacOS/.provisioning_rc"] = "file 644 0:0 rc=0\n";
+    entries[kRcp + "deploy/.keystore"] = given("file", "new key\n");
+    entries[kRcp + "deploy/extras"] = folder;
+    entries[kRcp + "deploy/extras/readme.txt"] = given("file", "extra\n");
+    entries[kRcp + "deploy/install.0101200000.xml"] = given("file", kInstanceManifest);
+    entries[kRcp + "deploy/install.update.xml"] = given("file", resolvedManifest());
+    entries[kRcp + "deploy/uninstall.hotfix.xml"] = given("file", kUninstallManifest);
+    entries[kRcp + "installInfo.plist"] = given("file", hotfixInfo());
+    entries[kRcp + "plugin_customization.ini"] = given("file", "a=1\nb=3\nc=4\n");
+    entries[kRcp + "rcplauncher.properties"] =
+        given("file", "provisioning.manifest.version=" + stamp +
+                          "\nrcp.install.id=0101200000\nrcp.data=${env.HOME}/workspace\n");
+    return entries;
+  }
+
+  std::string resolvedManifest() const {
+    std::string text = kSimpleManifest;
+    const std::string variable = "${installer.root}";
+    return text.replace(text.find(variable), variable.size(), "file:" + _package.folder);
+  }
+
+  static std::string hotfixInfo() {
+    return xmlList(ListValue::dictionary(
+        {{"hotfixVersion", ListValue::string("1.5")},
+         {"SKIPRUNNINGCHECK", ListValue::string("false")},
+         {"installedHotfixBundleID", ListValue::string("com.kiv.hotfix.fifteen")}}));
   }
 };
 
@@ -277,17 +350,31 @@ TEST_F(PlainRunTest, FailureLeavesOnlyItsOwnFilesInTmp) {
 }
 
 TEST_F(PlainRunTest, SuccessChangesTheInstanceInTheseEntriesOnly) {
+  _sandbox.makeLink(_instance.home() + "/link", "rcplauncher");
+  const auto before = bundle();
+  const StampWatch watch;
+
   ASSERT_EQ(0, install().status);
 
-  EXPECT_THAT(_sandbox.list(_instance.home()),
-              ElementsAre("collectionutility.jar", "deploy", "eclipse", "installInfo.plist",
-                          "plugin_customization.ini", "rcplauncher", "rcplauncher.properties",
-                          "systemdata"));
-  EXPECT_THAT(_sandbox.list(_instance.deploy("")),
-              ElementsAre(".keystore", "extras", "install.0101200000.xml", "install.update.xml",
-                          "install.xml", "uninstall.hotfix.xml"));
-  EXPECT_THAT(_sandbox.list(_instance.bundle + "/Contents/MacOS"),
-              ElementsAre(".provisioning_rc", "rcp", "shared"));
+  const std::string stamp = property("provisioning.manifest.version");
+  const auto after = bundle();
+  EXPECT_THAT(after, ::testing::ContainerEq(changedByTheHotfix(before, stamp)));
+  EXPECT_TRUE(watch.covers(stamp));
+}
+
+TEST_F(PlainRunTest, FailureChangesTheInstanceInTheseEntriesOnly) {
+  recordHotfix("1.6");
+  const auto before = bundle();
+
+  ASSERT_EQ(1, install().status);
+
+  const auto after = bundle();
+  Tree expected = givenToTheUser(before);
+  expected[kRcp + "rcplauncher.properties"] =
+      given("file", "provisioning.manifest.version=0101200000\nrcp.install.id=" +
+                        property("rcp.install.id") + "\nrcp.data=${env.HOME}/workspace\n");
+  expected["/Contents/MacOS/.provisioning_rc"] = "file 644 0:0 rc=0\n";
+  EXPECT_THAT(after, ::testing::ContainerEq(expected));
 }
 
 TEST_F(PlainRunTest, PackageIsLeftUntouched) {
