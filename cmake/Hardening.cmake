@@ -11,9 +11,10 @@ if(HOTFIX_HARDENED)
   check_pie_supported(LANGUAGES CXX)
   set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
-  # Distributions may predefine a lower level, hence the -U.
-  target_compile_options(hotfix_hardening INTERFACE -U_FORTIFY_SOURCE)
-  target_compile_definitions(hotfix_hardening INTERFACE _FORTIFY_SOURCE=3 _GLIBCXX_ASSERTIONS)
+  # Distributions may predefine a lower level, hence the -U. Both are options, in one word: CMake
+  # writes definitions before options, and merges options that it has seen.
+  target_compile_options(hotfix_hardening INTERFACE "SHELL:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
+  target_compile_definitions(hotfix_hardening INTERFACE _GLIBCXX_ASSERTIONS)
 
   foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection)
     string(MAKE_C_IDENTIFIER "HOTFIX_HAS${flag}" known)

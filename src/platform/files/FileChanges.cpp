@@ -26,12 +26,13 @@ int answer(int result) {
   return result == 0 ? 0 : errno;
 }
 
-// Not to be guessed, so that nobody can keep us from a free name. Counted as well, so that another
-// try is another name even when the system has no random numbers to give.
+// Not to be guessed, so that nobody can keep us from a free name. When the system has no random
+// numbers to give, the process's own number keeps two processes apart; counted as well, so that
+// another try is another name.
 std::string newTemporaryName() {
   static std::uint64_t count = 0;
   std::uint64_t number = 0;
-  (void)::getentropy(&number, sizeof number);
+  if (::getentropy(&number, sizeof number) != 0) number = static_cast<std::uint64_t>(::getpid());
   return std::string(FileChanges::kTemporaryPrefix) + std::to_string(number + ++count);
 }
 
