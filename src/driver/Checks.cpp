@@ -1,6 +1,5 @@
 #include "driver/Checks.h"
 
-#include "driver/InstanceLock.h"
 #include "driver/PackageLoader.h"
 #include "driver/RunState.h"
 #include "driver/VersionGate.h"
@@ -66,10 +65,7 @@ bool isNewEnough() {
 }  // namespace
 
 bool passesChecks(const std::optional<std::string>& rcpHome) {
-  if (!hasSupportedPaths() || !isInstalled(rcpHome) || !isStopped()) return false;
-  // From here on the answers must hold until the end of the run.
-  lockInstance(rcpHome);
-  return isNewEnough();
+  return hasSupportedPaths() && isInstalled(rcpHome) && isStopped() && isNewEnough();
 }
 
 }  // namespace installer

@@ -47,8 +47,10 @@ bool installPackage(const std::vector<std::string>& arguments) {
   loadPackage();
   const std::optional<std::string> rcpHome = runState().property("rcpHome");
   const std::optional<std::string> rcpData = chooseRcpData(arguments, rcpHome);
-  const bool passed = passesChecks(rcpHome);
+  // First of all: what another run has at work in the bundle is not the application, and what the
+  // checks find must hold until the end of the run.
   lockInstance(rcpHome);
+  const bool passed = passesChecks(rcpHome);
   const bool installed = passed && runSuccessPath(*rcpHome, *rcpData);
   if (!passed) runFailurePath(rcpHome, rcpData);
   runLogCollection(rcpHome, rcpData);

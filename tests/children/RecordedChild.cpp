@@ -1,7 +1,7 @@
 // Plays every program that the installer starts: launcher, Java, java_home, pkgutil. It is run
-// through scripts of one line ("#!/control/child"), so that each of them is an ordinary file, and
-// takes its role from that file's name. It records how it was started, then does what the script
-// of its role says.
+// through scripts of one line ("#!/control/child"), so that each of them is an ordinary file, or
+// as a copy of itself, and takes its role from that file's name. It records how it was started,
+// then does what the script of its role says.
 //
 // Everything is below /control: scripts/<role>.<n> for the n-th start of the role, else
 // scripts/<role>; records/<number>.<role>, one file a start. Fields are separated by tabs, and
@@ -213,6 +213,8 @@ int main(int argc, char** argv) {
     pause();
     return 0;
   }
-  if (argc < 2) return 2;
-  return Helper(argv[1], {argv + 2, argv + argc}).run();
+  // Started for a script it is told the script's path; a copy of it is started by its own.
+  char** const self = std::string(argv[0]) == "/control/child" ? argv + 1 : argv;
+  if (self == argv + argc) return 2;
+  return Helper(*self, {self + 1, argv + argc}).run();
 }

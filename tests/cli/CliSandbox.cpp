@@ -193,6 +193,7 @@ void startBackground(const std::vector<std::string>& command, const RunOptions& 
 }
 
 [[noreturn]] void startProgram(const std::vector<std::string>& command, const RunOptions& options) {
+  while (!options.awaited.empty() && access(options.awaited.c_str(), F_OK) != 0) usleep(1000);
   if (chdir(options.directory.c_str()) != 0) giveUp("enter " + options.directory);
   if (options.user) {
     if (setgroups(0, nullptr) != 0 || setgid(*options.user) != 0 || setuid(*options.user) != 0)

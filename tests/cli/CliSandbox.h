@@ -25,6 +25,7 @@ struct RunOptions {
   std::string directory = "/";
   std::string input;                                 // standard input holds this and ends
   std::vector<std::vector<std::string>> background;  // programs that run all the while
+  std::string awaited;                               // path that must exist before the start
   std::chrono::milliseconds limit{20'000};
   std::optional<off_t> fileSizeLimit;  // bytes
   bool systemLog = false;              // whether a system log listens at /dev/log

@@ -247,7 +247,58 @@ class TwoRunsTest : public EnvironmentTest {
     return trace && trace->find("<Notice>: Another installation") != std::string::npos;
   }
   std::size_t launches() const { return _sandbox.children("rcplauncher").size(); }
+
+  // Starts the second run beside a first one whose launcher is at work until "/tmp/go" exists. Each
+  // sees the other's processes.
+  RunningProgram startBesideAFirst(RunOptions options = {}) {
+    _sandbox.script("rcplauncher", 1,
+                    ChildScript().await("/tmp/go").write(_instance.result(), "rc=0\n"));
+    options.background.insert(options.background.begin(),
+                              {CliSandbox::kProgram, _package.folder, _destination});
+    options.awaited = "/control/records/0001.rcplauncher";
+    return _sandbox.start({_package.folder, _destination}, options);
+  }
 };
+
+TEST_F(TwoRunsTest, SecondTakesTheFirstsLauncherForNoRunningApplication) {
+  // A compiled program inside the bundle; a script would be seen as its interpreter.
+  _sandbox.remove(_instance.launcher());
+  _sandbox.copyChildProgram(_instance.launcher());
+  RunningProgram second = startBesideAFirst();
+
+  EXPECT_TRUE(comesTrue([&] { return secondWaits(); }));
+  EXPECT_EQ(1u, launches());
+  _sandbox.writeFile("/tmp/go", "");
+
+  const RunResult result = second.finish();
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ("The provisioning operations have completed successfully.\n", result.out)
+      << "the second found the first's hotfix";
+  EXPECT_EQ((ErrorRecord{0, {}}), errorRecord());
+  EXPECT_FALSE(_sandbox.exists(kMarker));
+  EXPECT_EQ(6u, launches());
+}
+
+TEST_F(TwoRunsTest, ApplicationStartedWhileTheSecondWaitsIsSeen) {
+  const std::string application = _instance.bundle + "/Contents/MacOS/Quillmere";
+  _sandbox.copyChildProgram(application);
+  _sandbox.script("Quillmere", ChildScript().await("/never"));
+  RunOptions options;
+  options.background = {
+      {"/usr/bin/sh", "-c", "until [ -e /tmp/start ]; do :; done; exec " + application}};
+  RunningProgram second = startBesideAFirst(options);
+
+  EXPECT_TRUE(comesTrue([&] { return secondWaits(); }));
+  _sandbox.writeFile("/tmp/start", "");
+  EXPECT_TRUE(comesTrue([&] { return _sandbox.children("Quillmere").size() == 1; }));
+  _sandbox.writeFile("/tmp/go", "");
+
+  EXPECT_EQ(1, second.finish().status);
+  EXPECT_EQ((ErrorRecord{6, {"Quillmere"}}), errorRecord());
+  EXPECT_TRUE(_sandbox.exists(kMarker));
+  EXPECT_EQ("1.5", recorded("hotfixVersion")) << "the first is done";
+  EXPECT_EQ("cleanup", _sandbox.children("rcplauncher").at(2).arguments.at(4));
+}
 
 TEST_F(TwoRunsTest, SecondWaitsForTheFirstsEnd) {
   _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
@@ -282,7 +333,9 @@ TEST_F(TwoRunsTest, SecondWaitsBeforeAFailurePathToo) {
 
   EXPECT_EQ(0, first.finish().status);
   EXPECT_EQ(1, second.finish().status) << "a higher version came meanwhile";
+  EXPECT_EQ(7, errorRecord().code);
   EXPECT_EQ("1.5", recorded("hotfixVersion"));
+  EXPECT_EQ("cleanup", _sandbox.children("rcplauncher").at(2).arguments.at(4));
 }
 
 TEST_F(TwoRunsTest, AnotherInstanceIsNotWaitedFor) {
