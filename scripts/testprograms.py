@@ -9,6 +9,8 @@ from pathlib import Path
 
 # One test: its full name ("Inst/Suite.Name/0"), the source file, the program that holds it.
 Test = namedtuple("Test", "name file program")
+# How a test ended: "passed", "failed", "skipped" or "not run"; and the promises that it proves.
+Result = namedtuple("Result", "name outcome proves")
 
 NAMES_AT_ONCE = 500  # a single argument holds 128 KiB
 
@@ -42,6 +44,24 @@ def outcomeOf(case):
     if case.get("result") == "skipped" or case.find("skipped") is not None:
         return "skipped"
     return "passed" if case.get("status") == "run" else "not run"
+
+
+def _provesOf(case):
+    return [identifier for entry in case.iter("property") if entry.get("name") == "proves"
+            for identifier in entry.get("value").split()]
+
+
+def resultsIn(folder, since):
+    """The results that were left in the folder at this time, in seconds, or later."""
+    for report in sorted(Path(folder).rglob("*.xml")):
+        if report.stat().st_mtime < since:
+            continue
+        try:
+            document = ElementTree.parse(report)
+        except ElementTree.ParseError:  # being written, or the test ended in the middle
+            continue
+        for name, case in _cases(document):
+            yield Result(name, outcomeOf(case), _provesOf(case))
 
 
 def recordedOutcomes(folder, program):
