@@ -43,8 +43,9 @@ endforeach()
 # The release as others get it: built, installed, and used from outside. The first step builds; those
 # that look at its build folder wait for the one that changes it.
 function(hotfix_add_package_step step)
-  add_test(NAME package.${step} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/package/run ${step}
-                                        ${PROJECT_BINARY_DIR}/package)
+  hotfix_add_recorded_test(package ${step} ${ARGN} COMMAND
+                           ${CMAKE_CURRENT_SOURCE_DIR}/package/run ${step}
+                           ${PROJECT_BINARY_DIR}/package)
   set_tests_properties(package.${step} PROPERTIES LABELS package TIMEOUT 900)
   if(step STREQUAL "install")
     set_tests_properties(package.${step} PROPERTIES FIXTURES_SETUP installed PROCESSORS 2)

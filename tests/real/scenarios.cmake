@@ -5,7 +5,7 @@ file(GLOB real_files CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/scenarios/*.sh)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${real_files})
 
 function(hotfix_add_real_test name)
-  add_test(NAME real.${name} COMMAND ${real_driver} ${ARGN})
+  hotfix_add_recorded_test(real ${name} ${ARGN})
   set_tests_properties(
     real.${name}
     PROPERTIES LABELS real
@@ -16,15 +16,22 @@ function(hotfix_add_real_test name)
 endfunction()
 
 if(TARGET HotfixInstaller)
-  hotfix_add_real_test(Preparation --prepare)
+  hotfix_add_real_test(Preparation COMMAND ${real_driver} --prepare)
   # It may have to download first.
   set_tests_properties(real.Preparation PROPERTIES FIXTURES_SETUP real_platform TIMEOUT 900)
   foreach(real_file IN LISTS real_files)
-    file(STRINGS ${real_file} real_lines REGEX "^scenario_[A-Za-z0-9]+\\(\\) {$")
+    file(STRINGS ${real_file} real_lines REGEX "^(# proves:.*|scenario_[A-Za-z0-9]+\\(\\) {)$")
+    set(real_proves)
     foreach(real_line IN LISTS real_lines)
-      string(REGEX REPLACE "^scenario_([A-Za-z0-9]+).*$" "\\1" real_scenario "${real_line}")
-      hotfix_add_real_test(${real_scenario} ${real_scenario})
-      set_tests_properties(real.${real_scenario} PROPERTIES FIXTURES_REQUIRED real_platform)
+      if(real_line MATCHES "^# proves:(.*)$")
+        separate_arguments(real_proves UNIX_COMMAND "${CMAKE_MATCH_1}")
+      else()
+        string(REGEX REPLACE "^scenario_([A-Za-z0-9]+).*$" "\\1" real_scenario "${real_line}")
+        hotfix_add_real_test(${real_scenario} PROVES ${real_proves} COMMAND ${real_driver}
+                             ${real_scenario})
+        set_tests_properties(real.${real_scenario} PROPERTIES FIXTURES_REQUIRED real_platform)
+        set(real_proves)
+      endif()
     endforeach()
   endforeach()
 endif()
