@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -99,6 +100,7 @@ class OddItemTest : public BadInputTest,
 };
 
 TEST_P(OddItemTest, IsAnsweredInBoundedTime) {
+  proves("ODD-1");
   const auto& [place, kind] = GetParam();
   _package.set("allowMultiInstance", ListValue::boolean(false));
   writePreferences();
@@ -110,6 +112,7 @@ TEST_P(OddItemTest, IsAnsweredInBoundedTime) {
 }
 
 TEST_P(OddItemTest, IsAnsweredInBoundedTimeByTheRemovalToo) {
+  proves("ODD-1");
   const auto& [place, kind] = GetParam();
   _package.set("allowMultiInstance", ListValue::boolean(false));
   writePreferences();
@@ -121,6 +124,7 @@ TEST_P(OddItemTest, IsAnsweredInBoundedTimeByTheRemovalToo) {
 }
 
 TEST_P(OddItemTest, IsAnsweredInBoundedTimeByTheFailurePathToo) {
+  proves("ODD-1");
   const auto& [place, kind] = GetParam();
   recordHotfix("9");
   replaceBy(kind, place.path);
@@ -142,6 +146,7 @@ class OddContentTest : public BadInputTest,
                        public ::testing::WithParamInterface<std::tuple<Place, std::string>> {};
 
 TEST_P(OddContentTest, IsAnsweredInBoundedTime) {
+  proves("ODD-1");
   const auto& [place, kind] = GetParam();
   _package.set("allowMultiInstance", ListValue::boolean(false));
   writePreferences();
@@ -185,6 +190,7 @@ void PrintTo(const Kept& kept, std::ostream* stream) {
 class KeptTest : public BadInputTest, public ::testing::WithParamInterface<Kept> {};
 
 TEST_P(KeptTest, StaysWhatItWas) {
+  proves("ODD-2");
   replaceBy(GetParam().kind, GetParam().path);
   struct stat before {
   }, after{};
@@ -243,6 +249,7 @@ std::string selfHolding() {
 class DamagedListTest : public BadInputTest, public ::testing::WithParamInterface<ListText> {};
 
 TEST_P(DamagedListTest, FailsTheSecondCheckWithTheDestinationAlone) {
+  proves("PACKAGE-3");
   _sandbox.writeFile(_package.list(), GetParam().text);
 
   EXPECT_EQ(1, install().status);
@@ -252,6 +259,7 @@ TEST_P(DamagedListTest, FailsTheSecondCheckWithTheDestinationAlone) {
 }
 
 TEST_P(DamagedListTest, IsToldInOneErrorLine) {
+  proves("PACKAGE-3");
   _sandbox.writeFile(_package.list(), GetParam().text);
 
   EXPECT_EQ(1, install().status);
@@ -309,6 +317,7 @@ TEST_F(BadInputTest, MissingFrameworkPathFailsTheSecondCheck) {
 }
 
 TEST_F(BadInputTest, FrameworkPathThatIsNoTextFailsTheSecondCheck) {
+  proves("PACKAGE-3");
   _package.set("frameworkPath", ListValue::boolean(true));
   writePreferences();
 
@@ -318,6 +327,7 @@ TEST_F(BadInputTest, FrameworkPathThatIsNoTextFailsTheSecondCheck) {
 }
 
 TEST_F(BadInputTest, EmptyBundleNameMakesAnEmptyApplication) {
+  proves("ODD-4");
   _package.set("bundleName", "");
   writePreferences();
 
@@ -327,6 +337,7 @@ TEST_F(BadInputTest, EmptyBundleNameMakesAnEmptyApplication) {
 }
 
 TEST_F(BadInputTest, EmptyFrameworkPathMeansTheBundleItself) {
+  proves("ODD-4");
   _package.set("frameworkPath", "");
   writePreferences();
   _sandbox.writeFile("/Applications/Quillmere.app/rcp/deploy/install.xml", "x");
@@ -348,6 +359,7 @@ TEST_F(BadInputTest, RepeatedKeyIsAnsweredOneWayOrTheOther) {
 // --- Kinds of paths ------------------------------------------------------------------------------
 
 TEST_F(BadInputTest, PackageThatIsAFile) {
+  proves("ODD-3");
   _sandbox.remove(_package.folder);
   _sandbox.writeFile(_package.folder, "a file");
 
@@ -358,6 +370,7 @@ TEST_F(BadInputTest, PackageThatIsAFile) {
 }
 
 TEST_F(BadInputTest, MissingPackageIsToldInOneErrorLine) {
+  proves("PACKAGE-3");
   _sandbox.remove(_package.folder);
 
   EXPECT_EQ(1, install().status);
@@ -366,6 +379,7 @@ TEST_F(BadInputTest, MissingPackageIsToldInOneErrorLine) {
 }
 
 TEST_F(BadInputTest, DestinationThatIsAFile) {
+  proves("ODD-3");
   _sandbox.writeFile("/dest", "a file");
 
   EXPECT_EQ(1, _sandbox.run({_package.folder, "/dest"}).status);
@@ -375,6 +389,7 @@ TEST_F(BadInputTest, DestinationThatIsAFile) {
 }
 
 TEST_F(BadInputTest, HomeThatIsAFile) {
+  proves("ODD-3");
   _sandbox.remove(_instance.home());
   _sandbox.writeFile(_instance.home(), "a file", 0640);
 
@@ -387,6 +402,7 @@ TEST_F(BadInputTest, HomeThatIsAFile) {
 }
 
 TEST_F(BadInputTest, DeployThatIsAFile) {
+  proves("ODD-3");
   _sandbox.remove(_instance.home() + "/deploy");
   _sandbox.writeFile(_instance.home() + "/deploy", "a file");
 
@@ -397,6 +413,7 @@ TEST_F(BadInputTest, DeployThatIsAFile) {
 }
 
 TEST_F(BadInputTest, DataThatIsAFile) {
+  proves("ODD-3");
   _sandbox.writeFile("/ws", "a file", 0640);
 
   EXPECT_EQ(0, installWithData("/ws").status);
@@ -406,6 +423,7 @@ TEST_F(BadInputTest, DataThatIsAFile) {
 }
 
 TEST_F(BadInputTest, DataThatDoesNotExistIsNotMade) {
+  proves("ODD-4");
   EXPECT_EQ(0, installWithData("/nowhere/ws").status);
 
   EXPECT_FALSE(_sandbox.exists("/nowhere"));
@@ -413,12 +431,14 @@ TEST_F(BadInputTest, DataThatDoesNotExistIsNotMade) {
 }
 
 TEST_F(BadInputTest, EmptyDataIsPassedOn) {
+  proves("ODD-4");
   EXPECT_EQ(0, installWithData("").status);
 
   EXPECT_EQ("", _sandbox.children("rcplauncher").at(0).arguments.back());
 }
 
 TEST_F(BadInputTest, VeryLongPathsFailTheSecondCheck) {
+  proves("ODD-6");
   const std::string folder = "/" + std::string(5000, 'x');
 
   EXPECT_EQ(1, _sandbox.run({_package.folder, folder}).status);
@@ -427,6 +447,7 @@ TEST_F(BadInputTest, VeryLongPathsFailTheSecondCheck) {
 }
 
 TEST_F(BadInputTest, VeryLongNamesFailTheSecondCheck) {
+  proves("ODD-6");
   _package.set("bundleName", std::string(300, 'n'));
   writePreferences();
 
@@ -438,6 +459,7 @@ TEST_F(BadInputTest, VeryLongNamesFailTheSecondCheck) {
 // --- Bytes that are no UTF-8 ---------------------------------------------------------------------
 
 TEST_F(BadInputTest, DestinationThatIsNoUtf8IsUsedAsItStands) {
+  proves("ODD-5");
   Instance odd{"/Appl\xFF\xFE/Quillmere.app"};
   buildInstance(odd);
 
@@ -448,6 +470,7 @@ TEST_F(BadInputTest, DestinationThatIsNoUtf8IsUsedAsItStands) {
 }
 
 TEST_F(BadInputTest, PackageThatIsNoUtf8IsUsedAsItStands) {
+  proves("ODD-5");
   _package.folder = "/V\xE9l/in/Fix.pkg";
   buildPackage(_package);
 
@@ -461,6 +484,7 @@ TEST_F(BadInputTest, PackageThatIsNoUtf8IsUsedAsItStands) {
 }
 
 TEST_F(BadInputTest, RecordOfADestinationThatIsNoUtf8IsStillAList) {
+  proves("ODD-5");
   EXPECT_EQ(1, _sandbox.run({_package.folder, "/no\xFFwhere"}).status);
 
   EXPECT_EQ(8, errorRecord().code);
@@ -468,6 +492,7 @@ TEST_F(BadInputTest, RecordOfADestinationThatIsNoUtf8IsStillAList) {
 }
 
 TEST_F(BadInputTest, RecordOfADestinationWithControlCharactersIsStillAList) {
+  proves("ODD-5");
   EXPECT_EQ(1, _sandbox.run({_package.folder, "/no\x01\x1Bwhere"}).status);
 
   EXPECT_EQ(8, errorRecord().code);
@@ -475,6 +500,7 @@ TEST_F(BadInputTest, RecordOfADestinationWithControlCharactersIsStillAList) {
 }
 
 TEST_F(BadInputTest, DataThatIsNoUtf8IsRecordedAsSomething) {
+  proves("ODD-5");
   EXPECT_EQ(0, installWithData("/Users/alice/\xFFws").status);
 
   EXPECT_EQ("/Users/alice/\xFFws", _sandbox.children("rcplauncher").at(1).arguments.back());
@@ -482,6 +508,7 @@ TEST_F(BadInputTest, DataThatIsNoUtf8IsRecordedAsSomething) {
 }
 
 TEST_F(BadInputTest, TraceOfBytesThatAreNoUtf8StaysLineByLine) {
+  proves("ODD-5");
   EXPECT_EQ(1, _sandbox.run({"/no\xFF\x01\x7F\n\r\x1B[2Jpackage", "/Applications"}).status);
 
   EXPECT_THAT(_sandbox.texts(), Contains("Not success"));
@@ -502,6 +529,7 @@ class FullDiskTest : public BadInputTest {
 };
 
 TEST_F(FullDiskTest, LeavesOldFilesWholeAndNoTemporaries) {
+  proves("FILES-19");
   const std::string customization = *_sandbox.readFile(_instance.customization());
   _sandbox.fillSpace(_instance.home());
 
@@ -514,6 +542,7 @@ TEST_F(FullDiskTest, LeavesOldFilesWholeAndNoTemporaries) {
 }
 
 TEST_F(FullDiskTest, FailurePathEndsAllTheSame) {
+  proves("FILES-19");
   _sandbox.remove(_instance.deploy("install.xml"));
   _sandbox.fillSpace(_instance.home());
 
@@ -523,6 +552,7 @@ TEST_F(FullDiskTest, FailurePathEndsAllTheSame) {
 }
 
 TEST_F(BadInputTest, FullTmpIsSurvived) {
+  proves("FILES-19");
   _sandbox.limitSpace("/tmp", 64 << 10);
   _sandbox.setMode("/tmp", 01777);
   _sandbox.fillSpace("/tmp");
@@ -531,6 +561,7 @@ TEST_F(BadInputTest, FullTmpIsSurvived) {
 }
 
 TEST_F(BadInputTest, LimitOnFileSizesIsAnErrorNotTheEnd) {
+  proves("FILES-19");
   const std::string customization = *_sandbox.readFile(_instance.customization());
   RunOptions options;
   options.fileSizeLimit = 0;

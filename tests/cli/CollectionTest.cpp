@@ -5,6 +5,7 @@
 #include <chrono>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -58,6 +59,7 @@ class CollectionTest : public InstallerTest {
 };
 
 TEST_F(CollectionTest, ToolIsStartedWithThirteenArguments) {
+  proves("COLLECT-2");
   installJava();
 
   ASSERT_EQ(0, install().status);
@@ -68,6 +70,7 @@ TEST_F(CollectionTest, ToolIsStartedWithThirteenArguments) {
 }
 
 TEST_F(CollectionTest, ToolsOutputIsDiscardedAndItsStatusIgnored) {
+  proves("COLLECT-1");
   installJava();
   _sandbox.script("java", ChildScript().print("noise").printError("noise").exit(9));
 
@@ -82,6 +85,7 @@ TEST_F(CollectionTest, ToolsOutputIsDiscardedAndItsStatusIgnored) {
 }
 
 TEST_F(CollectionTest, ToolReadsTheWholeTraceBeforeTheLastLine) {
+  proves("COLLECT-3");
   installJava();
   _sandbox.script("java", ChildScript().snapshot("/tmp/install_trace.log"));
 
@@ -93,6 +97,7 @@ TEST_F(CollectionTest, ToolReadsTheWholeTraceBeforeTheLastLine) {
 }
 
 TEST_F(CollectionTest, SuccessIsToldBeforeTheToolEnds) {
+  proves("COLLECT-3");
   installJava();
   // Waits for a file that only the test makes, after it has seen the line.
   _sandbox.script("java", ChildScript().await("/tmp/go"));
@@ -111,6 +116,7 @@ TEST_F(CollectionTest, SuccessIsToldBeforeTheToolEnds) {
 }
 
 TEST_F(CollectionTest, InstallerWaitsForTheTool) {
+  proves("COLLECT-1");
   installJava();
   _sandbox.script("java", ChildScript().await("/nothing/comes").exit(0));
   RunOptions options;
@@ -129,6 +135,7 @@ TEST_F(CollectionTest, GivenDataIsTheWorkspace) {
 }
 
 TEST_F(CollectionTest, FailedRunCollectsToo) {
+  proves("FAILURE-7", "COLLECT-1");
   installJava();
   _sandbox.remove(_instance.deploy("install.xml"));
 
@@ -138,6 +145,7 @@ TEST_F(CollectionTest, FailedRunCollectsToo) {
 }
 
 TEST_F(CollectionTest, CollectionComesLast) {
+  proves("COLLECT-1");
   installJava();
   _sandbox.remove(_instance.deploy("install.xml"));
   _sandbox.script("java", ChildScript().snapshot(kMarker));
@@ -151,6 +159,7 @@ TEST_F(CollectionTest, CollectionComesLast) {
 // --- Product version -----------------------------------------------------------------------------
 
 TEST_F(CollectionTest, WithoutApplicationVersionAStampStandsIn) {
+  proves("COLLECT-4");
   installJava();
   const StampWatch watch;
   _sandbox.remove(_instance.bundle + "/Contents/Info.plist");
@@ -164,6 +173,7 @@ TEST_F(CollectionTest, WithoutApplicationVersionAStampStandsIn) {
 }
 
 TEST_F(CollectionTest, VersionThatIsNoTextIsAbsent) {
+  proves("COLLECT-4");
   installJava();
   const StampWatch watch;
   _sandbox.writeFile(
@@ -176,6 +186,7 @@ TEST_F(CollectionTest, VersionThatIsNoTextIsAbsent) {
 }
 
 TEST_F(CollectionTest, HomeOutsideContentsMacOSHasNoVersion) {
+  proves("COLLECT-4");
   installJava();
   const StampWatch watch;
   _package.set("frameworkPath", "Contents/Frameworks");
@@ -191,6 +202,7 @@ TEST_F(CollectionTest, HomeOutsideContentsMacOSHasNoVersion) {
 }
 
 TEST_F(CollectionTest, InnermostBundleGivesTheVersion) {
+  proves("COLLECT-4");
   installJava();
   Instance inner{_instance.bundle + "/Contents/MacOS/Inner.app"};
   buildInstance(inner);
@@ -206,6 +218,7 @@ TEST_F(CollectionTest, InnermostBundleGivesTheVersion) {
 }
 
 TEST_F(CollectionTest, EmptyVersionIsPassedOn) {
+  proves("COLLECT-4");
   installJava();
   _sandbox.writeFile(
       _instance.bundle + "/Contents/Info.plist",
@@ -219,6 +232,7 @@ TEST_F(CollectionTest, EmptyVersionIsPassedOn) {
 // --- Missing tool --------------------------------------------------------------------------------
 
 TEST_F(CollectionTest, MissingToolIsOneInfoLineAndNoLaunch) {
+  proves("COLLECT-7");
   installJava();
   _sandbox.remove(_instance.tool());
 
@@ -234,6 +248,7 @@ TEST_F(CollectionTest, MissingToolIsOneInfoLineAndNoLaunch) {
 }
 
 TEST_F(CollectionTest, UnknownHomeIsToldAsNull) {
+  proves("COLLECT-8");
   installJava();
 
   EXPECT_EQ(1, _sandbox.run({"/no/package", "/Applications"}).status);
@@ -248,6 +263,7 @@ TEST_F(CollectionTest, UnknownHomeIsToldAsNull) {
 // --- Finding Java --------------------------------------------------------------------------------
 
 TEST_F(CollectionTest, PluginComesBeforeTheTool) {
+  proves("JAVA-1");
   installJava();
   installPlugin("com.oracle.java.JavaAppletPlugin");
 
@@ -258,6 +274,7 @@ TEST_F(CollectionTest, PluginComesBeforeTheTool) {
 }
 
 TEST_F(CollectionTest, PluginsIdentifierCountsWithoutCase) {
+  proves("JAVA-1");
   installPlugin("COM.ORACLE.JAVA.JAVAAPPLETPLUGIN");
 
   ASSERT_EQ(0, install().status);
@@ -266,6 +283,7 @@ TEST_F(CollectionTest, PluginsIdentifierCountsWithoutCase) {
 }
 
 TEST_F(CollectionTest, PluginOfAnotherIdentifierIsPassedOver) {
+  proves("JAVA-1");
   installJava();
   installPlugin("com.oracle.java.JavaAppletPlugin2");
 
@@ -275,6 +293,7 @@ TEST_F(CollectionTest, PluginOfAnotherIdentifierIsPassedOver) {
 }
 
 TEST_F(CollectionTest, PluginWithoutIdentifierIsPassedOver) {
+  proves("JAVA-1");
   installJava();
   _sandbox.writeFile(std::string(kPlugin) + "/Contents/Info.plist", "damaged");
 
@@ -284,6 +303,7 @@ TEST_F(CollectionTest, PluginWithoutIdentifierIsPassedOver) {
 }
 
 TEST_F(CollectionTest, FirstLineOfTheToolCounts) {
+  proves("JAVA-2");
   installJava();
   _sandbox.script("java_home", ChildScript().print("/java\n/other\n").printError("noise"));
 
@@ -295,6 +315,7 @@ TEST_F(CollectionTest, FirstLineOfTheToolCounts) {
 }
 
 TEST_F(CollectionTest, LineWithoutLineFeedCounts) {
+  proves("JAVA-2");
   installJava();
   _sandbox.script("java_home", ChildScript().print("/java"));
 
@@ -304,6 +325,7 @@ TEST_F(CollectionTest, LineWithoutLineFeedCounts) {
 }
 
 TEST_F(CollectionTest, LineOfAFailedToolCounts) {
+  proves("JAVA-2");
   installJava();
   _sandbox.script("java_home", ChildScript().print("/java\n").exit(1));
 
@@ -313,6 +335,7 @@ TEST_F(CollectionTest, LineOfAFailedToolCounts) {
 }
 
 TEST_F(CollectionTest, BlanksOfTheLineStay) {
+  proves("JAVA-2");
   installJava();
   _sandbox.installChild("/ja va /bin/java");
   _sandbox.script("java_home", ChildScript().print("/ja va \n"));
@@ -323,6 +346,7 @@ TEST_F(CollectionTest, BlanksOfTheLineStay) {
 }
 
 TEST_F(CollectionTest, EmptyLineGivesARelativeExecutable) {
+  proves("JAVA-2");
   installJava();
   _sandbox.script("java_home", ChildScript().print("\n"));
   _sandbox.installChild("/Users/alice/bin/java");
@@ -335,6 +359,7 @@ TEST_F(CollectionTest, EmptyLineGivesARelativeExecutable) {
 }
 
 TEST_F(CollectionTest, LongLineIsCutAt1022Characters) {
+  proves("JAVA-2");
   installJava();
   std::string home = "/";
   while (home.size() < 1022) home += home.size() % 200 == 0 ? "/" : "j";
@@ -347,6 +372,7 @@ TEST_F(CollectionTest, LongLineIsCutAt1022Characters) {
 }
 
 TEST_F(CollectionTest, NoJavaAnywhereIsTheSkipNotice) {
+  proves("COLLECT-7");
   ASSERT_EQ(0, install().status);
 
   EXPECT_EQ((TraceLine{"Notice", skipped()}), _sandbox.trace().back());
@@ -354,6 +380,7 @@ TEST_F(CollectionTest, NoJavaAnywhereIsTheSkipNotice) {
 }
 
 TEST_F(CollectionTest, SilentToolAndNoOtherJavaIsTheSkipNotice) {
+  proves("COLLECT-7");
   _sandbox.installChild("/usr/libexec/java_home");
 
   ASSERT_EQ(0, install().status);
@@ -372,6 +399,7 @@ TEST_F(CollectionTest, JavaHomeOfTheEnvironmentIsTheThirdChoice) {
 }
 
 TEST_F(CollectionTest, ToolComesBeforeTheEnvironment) {
+  proves("JAVA-3");
   installJava();
   _sandbox.installChild("/jdk/bin/java");
   RunOptions options;
@@ -383,6 +411,7 @@ TEST_F(CollectionTest, ToolComesBeforeTheEnvironment) {
 }
 
 TEST_F(CollectionTest, JavaOnThePathIsTheLastChoiceWithLinksResolved) {
+  proves("JAVA-4");
   _sandbox.installChild("/opt/jdk/bin/java");
   _sandbox.makeLink("/usr/bin/java", "/opt/jdk/bin/java");
 
@@ -392,6 +421,7 @@ TEST_F(CollectionTest, JavaOnThePathIsTheLastChoiceWithLinksResolved) {
 }
 
 TEST_F(CollectionTest, JavaThatCannotBeStartedIsLoggedAndChangesNothing) {
+  proves("COLLECT-7");
   installJava();
   _sandbox.remove("/java/bin/java");
 
@@ -404,6 +434,7 @@ TEST_F(CollectionTest, JavaThatCannotBeStartedIsLoggedAndChangesNothing) {
 
 // With an unknown product the collection has a data folder neither given nor derived.
 TEST_F(CollectionTest, WorkspaceOfAServiceWithDataIsNeverTheLaunchers) {
+  proves("COLLECT-5");
   installJava();
   _sandbox.writeFile(_instance.launcherProperties(), "rcp.data=/elsewhere\n");
 

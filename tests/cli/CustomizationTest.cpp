@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -27,6 +28,7 @@ class CustomizationTest : public InstallerTest {
 // --- Plug-in customization -----------------------------------------------------------------------
 
 TEST_F(CustomizationTest, HotfixWinsAndTheRestStays) {
+  proves("SETTINGS-2");
   customize("a=1\nb=2\n", "b=3\nc=4\n");
 
   ASSERT_EQ(0, install().status);
@@ -35,6 +37,7 @@ TEST_F(CustomizationTest, HotfixWinsAndTheRestStays) {
 }
 
 TEST_F(CustomizationTest, CommentsBlankLinesAndDuplicatesAreLost) {
+  proves("SETTINGS-2");
   customize("# old\n\nk=1\nk=2\n  # more\n", "# new\nj=3\n\n");
 
   ASSERT_EQ(0, install().status);
@@ -43,6 +46,7 @@ TEST_F(CustomizationTest, CommentsBlankLinesAndDuplicatesAreLost) {
 }
 
 TEST_F(CustomizationTest, MissingInstanceFileBecomesAByteCopy) {
+  proves("SETTINGS-1");
   const std::string bytes = "# comment\n\nb = 3 \r\n\xE9=\xFF\nno line feed";
   _sandbox.remove(_instance.customization());
   _sandbox.writeFile(_package.deployFile("plugin_customization.ini"), bytes);
@@ -53,6 +57,7 @@ TEST_F(CustomizationTest, MissingInstanceFileBecomesAByteCopy) {
 }
 
 TEST_F(CustomizationTest, MissingHotfixFileLeavesTheInstancesUntouched) {
+  proves("SETTINGS-3");
   const std::string text = "# kept\na = 1\n";
   _sandbox.writeFile(_instance.customization(), text);
   _sandbox.remove(_package.deployFile("plugin_customization.ini"));
@@ -63,6 +68,7 @@ TEST_F(CustomizationTest, MissingHotfixFileLeavesTheInstancesUntouched) {
 }
 
 TEST_F(CustomizationTest, EmptyHotfixFileStillRewritesTheInstances) {
+  proves("SETTINGS-3");
   customize("# lost\na = 1\n", "");
 
   ASSERT_EQ(0, install().status);
@@ -71,6 +77,7 @@ TEST_F(CustomizationTest, EmptyHotfixFileStillRewritesTheInstances) {
 }
 
 TEST_F(CustomizationTest, EmptyFilesMergeToAnEmptyFile) {
+  proves("SETTINGS-3");
   customize("", "");
 
   ASSERT_EQ(0, install().status);
@@ -79,6 +86,7 @@ TEST_F(CustomizationTest, EmptyFilesMergeToAnEmptyFile) {
 }
 
 TEST_F(CustomizationTest, EscapesAreWrittenByTheDialect) {
+  proves("SETTINGS-2");
   customize("p=c:\\dir\nu=\\u00e9\n", "a\\ b=x y\nl=\xE9\nt=a\tb\n");
 
   ASSERT_EQ(0, install().status);
@@ -88,6 +96,7 @@ TEST_F(CustomizationTest, EscapesAreWrittenByTheDialect) {
 }
 
 TEST_F(CustomizationTest, FolderInThePlaceOfTheHotfixsFileLeavesTheEntries) {
+  proves("SETTINGS-6");
   _sandbox.remove(_package.deployFile("plugin_customization.ini"));
   _sandbox.makeFolder(_package.deployFile("plugin_customization.ini"));
 
@@ -97,6 +106,7 @@ TEST_F(CustomizationTest, FolderInThePlaceOfTheHotfixsFileLeavesTheEntries) {
 }
 
 TEST_F(CustomizationTest, FolderInThePlaceOfTheInstancesFileIsSurvived) {
+  proves("SETTINGS-6");
   _sandbox.remove(_instance.customization());
   _sandbox.writeFile(_instance.customization() + "/x", "x");
 
@@ -106,6 +116,7 @@ TEST_F(CustomizationTest, FolderInThePlaceOfTheInstancesFileIsSurvived) {
 }
 
 TEST_F(CustomizationTest, RewrittenFileKeepsOneName) {
+  proves("FILES-4");
   ASSERT_EQ(0, install().status);
 
   for (const std::string& name : _sandbox.list(_instance.home()))
@@ -134,6 +145,7 @@ class KeyStoreTest : public CustomizationTest {
 };
 
 TEST_F(KeyStoreTest, NamesCountByPrefixWithoutCase) {
+  proves("KEYSTORE-1");
   for (const char* name : {".keystore", ".KEYSTORE.bak", ".KeyStore2", ".keystore_",
                            "client.keystore", "keystore", ".keystor", "x.keystore"})
     _sandbox.writeFile(std::string("/keys/") + name, std::string("new ") + name);
@@ -146,6 +158,7 @@ TEST_F(KeyStoreTest, NamesCountByPrefixWithoutCase) {
 }
 
 TEST_F(KeyStoreTest, OldOnesGoEvenWhenNoNewOnesCome) {
+  proves("KEYSTORE-2");
   _sandbox.writeFile(_instance.deploy(".KEYSTORE.old"), "x");
   _sandbox.writeFile(_instance.deploy("trust.keystore"), "kept");
   _sandbox.writeFile("/keys/client.keystore", "not taken");
@@ -156,6 +169,7 @@ TEST_F(KeyStoreTest, OldOnesGoEvenWhenNoNewOnesCome) {
 }
 
 TEST_F(KeyStoreTest, MissingSourceStillRemovesTheOldOnes) {
+  proves("KEYSTORE-2");
   _sandbox.remove("/keys");
 
   ASSERT_EQ(0, install().status);
@@ -165,6 +179,7 @@ TEST_F(KeyStoreTest, MissingSourceStillRemovesTheOldOnes) {
 }
 
 TEST_F(KeyStoreTest, EveryDeletionAndCopyIsLoggedWithFullPaths) {
+  proves("KEYSTORE-3");
   _sandbox.writeFile(_instance.deploy(".keystore.a"), "x");
   _sandbox.writeFile("/keys/.keystore.b", "y");
 
@@ -183,6 +198,7 @@ TEST_F(KeyStoreTest, EveryDeletionAndCopyIsLoggedWithFullPaths) {
 }
 
 TEST_F(KeyStoreTest, FoldersByThatNameAreRemovedAndCopiedWhole) {
+  proves("KEYSTORE-4");
   _sandbox.writeFile(_instance.deploy(".keystore.d/old/x"), "x");
   _sandbox.writeFile("/keys/.keystore.d/new/y", "y");
 
@@ -193,6 +209,7 @@ TEST_F(KeyStoreTest, FoldersByThatNameAreRemovedAndCopiedWhole) {
 }
 
 TEST_F(KeyStoreTest, LinksAreRemovedAsLinksAndCopiedAsLinks) {
+  proves("KEYSTORE-4");
   _sandbox.writeFile("/Users/alice/precious/.keystore", "precious");
   _sandbox.remove(_instance.deploy(".keystore"));
   _sandbox.makeLink(_instance.deploy(".keystore"), "/Users/alice/precious");
@@ -205,6 +222,7 @@ TEST_F(KeyStoreTest, LinksAreRemovedAsLinksAndCopiedAsLinks) {
 }
 
 TEST_F(KeyStoreTest, PipesAreNotCopied) {
+  proves("KEYSTORE-4");
   _sandbox.makePipe("/keys/.keystore");
 
   EXPECT_EQ(0, install().status);
@@ -213,6 +231,7 @@ TEST_F(KeyStoreTest, PipesAreNotCopied) {
 }
 
 TEST_F(KeyStoreTest, SourceThatIsAFileGivesNone) {
+  proves("KEYSTORE-2");
   _sandbox.remove("/keys");
   _sandbox.writeFile("/keys", "x");
 
@@ -222,6 +241,7 @@ TEST_F(KeyStoreTest, SourceThatIsAFileGivesNone) {
 }
 
 TEST_F(KeyStoreTest, SourceThatIsTheDeployFolderItselfLosesThem) {
+  proves("KEYSTORE-2");
   _package.set("keystore", _instance.deploy(""));
   writePreferences();
 
@@ -246,6 +266,7 @@ class ExtrasTest : public CustomizationTest {
 };
 
 TEST_F(ExtrasTest, AreCopiedWholeIntoAFreshInstance) {
+  proves("EXTRAS-1");
   _sandbox.writeFile("/extras/a/x", "x", 0640);
   _sandbox.makeLink("/extras/l", "a/x");
   _sandbox.makeFolder("/extras/empty");
@@ -259,6 +280,7 @@ TEST_F(ExtrasTest, AreCopiedWholeIntoAFreshInstance) {
 }
 
 TEST_F(ExtrasTest, AreMergedIntoExistingOnes) {
+  proves("EXTRAS-1");
   _sandbox.writeFile("/extras/a/x", "new x");
   _sandbox.writeFile("/extras/b", "new b");
   _sandbox.writeFile(_instance.deploy("extras/a/y"), "old y");
@@ -274,6 +296,7 @@ TEST_F(ExtrasTest, AreMergedIntoExistingOnes) {
 }
 
 TEST_F(ExtrasTest, FileReplacesAFolderOfTheSameName) {
+  proves("EXTRAS-1");
   _sandbox.writeFile("/extras/a", "now a file");
   _sandbox.writeFile(_instance.deploy("extras/a/deep/x"), "old");
 
@@ -283,6 +306,7 @@ TEST_F(ExtrasTest, FileReplacesAFolderOfTheSameName) {
 }
 
 TEST_F(ExtrasTest, LinkToAFolderIsMergedAsAFolder) {
+  proves("EXTRAS-3");
   _sandbox.writeFile("/other/x", "linked x");
   _sandbox.makeFolder("/extras");
   _sandbox.makeLink("/extras/a", "/other");
@@ -295,6 +319,7 @@ TEST_F(ExtrasTest, LinkToAFolderIsMergedAsAFolder) {
 }
 
 TEST_F(ExtrasTest, DestinationLinkOutOfTheBundleIsReplacedNotFollowed) {
+  proves("EXTRAS-4");
   _sandbox.writeFile("/Users/alice/precious/x", "precious");
   _sandbox.writeFile("/extras/a/x", "new");
   _sandbox.makeFolder(_instance.deploy("extras"));
@@ -308,6 +333,7 @@ TEST_F(ExtrasTest, DestinationLinkOutOfTheBundleIsReplacedNotFollowed) {
 }
 
 TEST_F(ExtrasTest, EmptyFolderIsPassedOverWithoutALine) {
+  proves("EXTRAS-2");
   _sandbox.makeFolder("/extras");
 
   ASSERT_EQ(0, install().status);
@@ -317,6 +343,7 @@ TEST_F(ExtrasTest, EmptyFolderIsPassedOverWithoutALine) {
 }
 
 TEST_F(ExtrasTest, PlainFileIsPassedOverWithoutALine) {
+  proves("EXTRAS-2");
   _sandbox.writeFile("/extras", "a file");
 
   ASSERT_EQ(0, install().status);
@@ -326,6 +353,7 @@ TEST_F(ExtrasTest, PlainFileIsPassedOverWithoutALine) {
 }
 
 TEST_F(ExtrasTest, MissingFolderIsPassedOverWithoutALine) {
+  proves("EXTRAS-2");
   ASSERT_EQ(0, install().status);
 
   EXPECT_FALSE(_sandbox.exists(_instance.deploy("extras")));
@@ -333,6 +361,7 @@ TEST_F(ExtrasTest, MissingFolderIsPassedOverWithoutALine) {
 }
 
 TEST_F(ExtrasTest, LinkToAFolderCountsAsTheSource) {
+  proves("EXTRAS-3");
   _sandbox.writeFile("/other/x", "x");
   _sandbox.makeLink("/extras", "/other");
   _sandbox.makeFolder(_instance.deploy("extras"));
@@ -343,6 +372,7 @@ TEST_F(ExtrasTest, LinkToAFolderCountsAsTheSource) {
 }
 
 TEST_F(ExtrasTest, PipeAmongThemIsNotOpened) {
+  proves("EXTRAS-3");
   _sandbox.writeFile("/extras/a", "a");
   _sandbox.makePipe("/extras/p");
   _sandbox.makeFolder(_instance.deploy("extras"));
@@ -354,6 +384,7 @@ TEST_F(ExtrasTest, PipeAmongThemIsNotOpened) {
 }
 
 TEST_F(ExtrasTest, LoopOfLinksEnds) {
+  proves("EXTRAS-3");
   _sandbox.makeFolder("/extras/a");
   _sandbox.makeLink("/extras/a/up", "..");
   _sandbox.writeFile("/extras/x", "x");
@@ -365,6 +396,7 @@ TEST_F(ExtrasTest, LoopOfLinksEnds) {
 }
 
 TEST_F(ExtrasTest, NamesThatAreNoUtf8AreCopied) {
+  proves("EXTRAS-3");
   _sandbox.writeFile("/extras/\xFF\xFE", "bytes");
 
   ASSERT_EQ(0, install().status);
@@ -396,6 +428,7 @@ class PermissionsTest : public InstallerTest {
 };
 
 TEST_F(PermissionsTest, EverythingBelowHomeSharedAndDataIsGivenToTheUser) {
+  proves("RIGHTS-1");
   ASSERT_EQ(0, installWithData("/Users/alice/ws").status);
 
   for (const std::string& path :
@@ -408,6 +441,7 @@ TEST_F(PermissionsTest, EverythingBelowHomeSharedAndDataIsGivenToTheUser) {
 }
 
 TEST_F(PermissionsTest, FoldersThemselvesKeepTheirs) {
+  proves("RIGHTS-2");
   ASSERT_EQ(0, installWithData("/Users/alice/ws").status);
 
   EXPECT_EQ(0701u, _sandbox.mode(_instance.home()));
@@ -417,6 +451,7 @@ TEST_F(PermissionsTest, FoldersThemselvesKeepTheirs) {
 }
 
 TEST_F(PermissionsTest, RestOfTheBundleIsNotTouched) {
+  proves("RIGHTS-2");
   _sandbox.writeFile(_instance.bundle + "/Contents/MacOS/other", "x", 0600);
 
   ASSERT_EQ(0, installWithData("/Users/alice/ws").status);
@@ -425,6 +460,7 @@ TEST_F(PermissionsTest, RestOfTheBundleIsNotTouched) {
 }
 
 TEST_F(PermissionsTest, UnknownUserStillGetsTheModes) {
+  proves("RIGHTS-4");
   RunOptions options;
   options.set("USER", "nobody-here");
 
@@ -435,6 +471,7 @@ TEST_F(PermissionsTest, UnknownUserStillGetsTheModes) {
 }
 
 TEST_F(PermissionsTest, WithoutUserTheProcessKeepsThem) {
+  proves("RIGHTS-4");
   RunOptions options;
   options.unset("USER");
 
@@ -445,6 +482,7 @@ TEST_F(PermissionsTest, WithoutUserTheProcessKeepsThem) {
 }
 
 TEST_F(PermissionsTest, MissingAdminGroupIsReplacedByTheOwnersOwn) {
+  proves("RIGHTS-5");
   if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
   _sandbox.writeUserDatabase(false);
 
@@ -455,6 +493,7 @@ TEST_F(PermissionsTest, MissingAdminGroupIsReplacedByTheOwnersOwn) {
 }
 
 TEST_F(PermissionsTest, MaskDoesNotCount) {
+  proves("RIGHTS-1");
   RunOptions options;
   options.mask = 077;
 
@@ -465,6 +504,7 @@ TEST_F(PermissionsTest, MaskDoesNotCount) {
 }
 
 TEST_F(PermissionsTest, LinksAreNotFollowed) {
+  proves("RIGHTS-7");
   _sandbox.makeFolder("/Users/bob/precious", 0750);
   _sandbox.writeFile("/Users/bob/precious/x", "x", 0600);
   _sandbox.makeLink(_instance.home() + "/way", "/Users/bob/precious");
@@ -478,6 +518,7 @@ TEST_F(PermissionsTest, LinksAreNotFollowed) {
 }
 
 TEST_F(PermissionsTest, FileWithAnotherNameElsewhereIsLeftAlone) {
+  proves("RIGHTS-7");
   _sandbox.writeFile("/Users/bob/precious", "x", 0600);
   std::filesystem::create_hard_link(_sandbox.host("/Users/bob/precious"),
                                     _sandbox.host(_instance.home() + "/name"));
@@ -492,6 +533,7 @@ TEST_F(PermissionsTest, FileWithAnotherNameElsewhereIsLeftAlone) {
 }
 
 TEST_F(PermissionsTest, MissingSharedFolderIsPassedOver) {
+  proves("RIGHTS-2");
   _sandbox.remove(_instance.shared());
 
   EXPECT_EQ(0, install().status);
@@ -500,6 +542,7 @@ TEST_F(PermissionsTest, MissingSharedFolderIsPassedOver) {
 }
 
 TEST_F(PermissionsTest, SetIdBitsAreDropped) {
+  proves("RIGHTS-7");
   _sandbox.writeFile(_instance.home() + "/tool", "x", 06755);
 
   ASSERT_EQ(0, install().status);
@@ -508,6 +551,7 @@ TEST_F(PermissionsTest, SetIdBitsAreDropped) {
 }
 
 TEST_F(PermissionsTest, RecordsWrittenAfterwardsKeepTheRestoredOnes) {
+  proves("RIGHTS-8");
   writeInfo({{"version", ListValue::string("8.5.2")}});
 
   ASSERT_EQ(0, install().status);
@@ -516,6 +560,7 @@ TEST_F(PermissionsTest, RecordsWrittenAfterwardsKeepTheRestoredOnes) {
 }
 
 TEST_F(PermissionsTest, FailurePathRestoresHomeSharedAndTheWorkspace) {
+  proves("FAILURE-3");
   _sandbox.remove(_instance.deploy("install.xml"));
 
   ASSERT_EQ(1, installWithData("/Users/alice/ws").status);
@@ -526,6 +571,7 @@ TEST_F(PermissionsTest, FailurePathRestoresHomeSharedAndTheWorkspace) {
 }
 
 TEST_F(PermissionsTest, FailurePathsGivenDataWinsOverTheLaunchersWorkspace) {
+  proves("FAILURE-3");
   _sandbox.remove(_instance.deploy("install.xml"));
   _sandbox.writeFile("/Users/alice/workspace/x", "x", 0600);
 
@@ -535,6 +581,7 @@ TEST_F(PermissionsTest, FailurePathsGivenDataWinsOverTheLaunchersWorkspace) {
 }
 
 TEST_F(PermissionsTest, FailurePathRestoresAfterItsLaunches) {
+  proves("FAILURE-3");
   _sandbox.remove(_instance.deploy("install.xml"));
   _sandbox.script("rcplauncher", ChildScript().write(_instance.home() + "/late", "x"));
 

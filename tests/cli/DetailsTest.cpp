@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -23,6 +24,7 @@ class DetailsTest : public InstallerTest {
 };
 
 TEST_F(DetailsTest, BothRemovalRunsUseTheLocaleReadOnceAndLaterRunsReadItAgain) {
+  proves("USER-7");
   recordHotfix("1.4");
   _sandbox.writeFile(kGlobals, locale("de_DE"), 0666);
   _sandbox.script(
@@ -38,6 +40,7 @@ TEST_F(DetailsTest, BothRemovalRunsUseTheLocaleReadOnceAndLaterRunsReadItAgain) 
 }
 
 TEST_F(DetailsTest, HomeInTheListIsOverwrittenByTheDerivedOne) {
+  proves("BUNDLE-2");
   _package.set("rcpHome", "/elsewhere");
   writePreferences();
 
@@ -48,6 +51,7 @@ TEST_F(DetailsTest, HomeInTheListIsOverwrittenByTheDerivedOne) {
 }
 
 TEST_F(DetailsTest, ResolvedDestinationLosesItsTrailingSlash) {
+  proves("BUNDLE-8");
   _package.set("allowMultiInstance", ListValue::boolean(false));
   writePreferences();
   _sandbox.remove(_instance.deploy("install.xml"));
@@ -58,6 +62,7 @@ TEST_F(DetailsTest, ResolvedDestinationLosesItsTrailingSlash) {
 }
 
 TEST_F(DetailsTest, ResolvedDestinationMayBeTheRoot) {
+  proves("BUNDLE-8");
   _package.set("allowMultiInstance", ListValue::boolean(false));
   writePreferences();
 
@@ -67,6 +72,7 @@ TEST_F(DetailsTest, ResolvedDestinationMayBeTheRoot) {
 }
 
 TEST_F(DetailsTest, CodeSevenJoinsAPathWithOneSlash) {
+  proves("VERSION-2");
   recordHotfix("9");
 
   EXPECT_EQ(1, _sandbox.run({_package.folder, "/Applications/"}).status);
@@ -75,6 +81,7 @@ TEST_F(DetailsTest, CodeSevenJoinsAPathWithOneSlash) {
 }
 
 TEST_F(DetailsTest, TildeInTheDestinationIsNoHome) {
+  proves("ARGS-5");
   Instance athome{"/Users/alice/Apps/Quillmere.app"};
   buildInstance(athome);
   RunOptions options;
@@ -86,6 +93,7 @@ TEST_F(DetailsTest, TildeInTheDestinationIsNoHome) {
 }
 
 TEST_F(DetailsTest, TildeInTheDataReachesTheLauncherAsItStands) {
+  proves("ARGS-5");
   _sandbox.makeFolder("/Users/alice/ws/.config");
 
   EXPECT_EQ(0, installWithData("~/ws").status);
@@ -95,6 +103,7 @@ TEST_F(DetailsTest, TildeInTheDataReachesTheLauncherAsItStands) {
 }
 
 TEST_F(DetailsTest, EmptyPackageVersionSortsBeforeEveryInstalledOne) {
+  proves("VERSION-5");
   _package.set("version", "");
   writePreferences();
   recordHotfix("1.5");
@@ -105,6 +114,7 @@ TEST_F(DetailsTest, EmptyPackageVersionSortsBeforeEveryInstalledOne) {
 }
 
 TEST_F(DetailsTest, EmptyPackageVersionIsRecorded) {
+  proves("VERSION-5");
   _package.set("version", "");
   writePreferences();
 
@@ -114,6 +124,7 @@ TEST_F(DetailsTest, EmptyPackageVersionIsRecorded) {
 }
 
 TEST_F(DetailsTest, KeyStoreThatCannotBeCopiedIsLoggedAllTheSame) {
+  proves("KEYSTORE-3");
   _sandbox.remove(_package.deployFile(".keystore"));
   _sandbox.makePipe(_package.deployFile(".keystore"));
 
@@ -126,6 +137,7 @@ TEST_F(DetailsTest, KeyStoreThatCannotBeCopiedIsLoggedAllTheSame) {
 }
 
 TEST_F(DetailsTest, RecordsMadeAfterTheRestoringKeepTheMasksMode) {
+  proves("INSTALL-13", "RIGHTS-8");
   _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), "rc=1\n"));
   RunOptions options;
   options.mask = 027;
@@ -136,6 +148,7 @@ TEST_F(DetailsTest, RecordsMadeAfterTheRestoringKeepTheMasksMode) {
 }
 
 TEST_F(DetailsTest, TraceIsReadableUnderEveryMask) {
+  proves("LOG-6");
   for (const mode_t mask : {mode_t{0}, mode_t{077}, mode_t{0777}}) {
     _sandbox.remove(kTrace);
     RunOptions options;
@@ -148,6 +161,7 @@ TEST_F(DetailsTest, TraceIsReadableUnderEveryMask) {
 }
 
 TEST_F(DetailsTest, RewrittenFilesKeepTheirOwnerUntilTheRestoring) {
+  proves("RIGHTS-8");
   if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
   _sandbox.giveTo(_instance.installProperties(), CliSandbox::kBob, CliSandbox::kBob);
   _sandbox.setMode(_instance.installProperties(), 0640);
@@ -161,6 +175,7 @@ TEST_F(DetailsTest, RewrittenFilesKeepTheirOwnerUntilTheRestoring) {
 }
 
 TEST_F(DetailsTest, InstanceBehindALinkIsPatched) {
+  proves("BUNDLE-9");
   _sandbox.makeLink("/apps", "/Applications");
 
   EXPECT_EQ(0, _sandbox.run({_package.folder, "/apps"}).status);
@@ -171,6 +186,7 @@ TEST_F(DetailsTest, InstanceBehindALinkIsPatched) {
 }
 
 TEST_F(DetailsTest, PackageBehindALinkIsUsedUnderItsGivenName) {
+  proves("BUNDLE-9");
   _sandbox.makeLink("/fix", "/Volumes/HF/install/Fix.pkg");
   _sandbox.writeFile("/Volumes/HF/install/deploy/install.hotfix.xml", kSimpleManifest);
 
@@ -182,6 +198,7 @@ TEST_F(DetailsTest, PackageBehindALinkIsUsedUnderItsGivenName) {
 }
 
 TEST_F(DetailsTest, RelativePackageStaysRelativeInTheManifest) {
+  proves("BUNDLE-9");
   RunOptions options;
   options.directory = "/Volumes/HF";
 
@@ -204,6 +221,7 @@ TEST_F(DetailsTest, EmptyJavaHomeOfTheEnvironmentIsNone) {
 }
 
 TEST_F(DetailsTest, UpgradeReplacesWhatTheOlderHotfixLeft) {
+  proves("SUCCESS-3");
   ASSERT_EQ(0, install().status);
   _package.set("version", "1.6");
   writePreferences();
@@ -226,6 +244,7 @@ TEST_F(DetailsTest, UpgradeReplacesWhatTheOlderHotfixLeft) {
 }
 
 TEST_F(DetailsTest, RefusedDowngradeLeavesTheNewerHotfixInForce) {
+  proves("VERSION-7");
   ASSERT_EQ(0, install().status);
   _package.set("version", "1.4");
   writePreferences();

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -30,6 +31,7 @@ class FewArgumentsTest : public InstallerTest,
                          public ::testing::WithParamInterface<std::vector<std::string>> {};
 
 TEST_P(FewArgumentsTest, AnswersUsageAndStatusOne) {
+  proves("ARGS-2");
   const RunResult result = _sandbox.run(GetParam());
 
   EXPECT_EQ(1, result.status);
@@ -39,6 +41,7 @@ TEST_P(FewArgumentsTest, AnswersUsageAndStatusOne) {
 }
 
 TEST_P(FewArgumentsTest, LeavesTraceAndResetRecordButTouchesNothingElse) {
+  proves("ARGS-2");
   const auto before = _sandbox.tree("/Applications");
 
   (void)_sandbox.run(GetParam());
@@ -56,6 +59,7 @@ INSTANTIATE_TEST_SUITE_P(Counts, FewArgumentsTest,
                                                "/Volumes/HF/install/Fix.pkg"}));
 
 TEST_F(EntryTest, RcpDataInPositionThreeSelectsPositionFour) {
+  proves("ARGS-3");
   _sandbox.makeFolder("/Users/alice/ws/.config");
 
   ASSERT_EQ(0, installWithData("/Users/alice/ws").status);
@@ -67,6 +71,7 @@ TEST_F(EntryTest, RcpDataInPositionThreeSelectsPositionFour) {
 }
 
 TEST_F(EntryTest, RcpDataIsTakenAsItStands) {
+  proves("ARGS-3");
   _sandbox.makeFolder("/Users/alice/ws/.config");
 
   ASSERT_EQ(0, installWithData("/Users/alice//x/../ws/").status);
@@ -76,6 +81,7 @@ TEST_F(EntryTest, RcpDataIsTakenAsItStands) {
 }
 
 TEST_F(EntryTest, MoreThanFourArgumentsStillSelectPositionFour) {
+  proves("ARGS-3");
   const RunResult result = _sandbox.run(
       {_package.folder, _destination, "-rcpdata", "/Users/alice/ws", "-rcpdata", "/elsewhere"});
 
@@ -88,6 +94,7 @@ class IgnoredRcpDataTest : public InstallerTest,
                            public ::testing::WithParamInterface<std::vector<std::string>> {};
 
 TEST_P(IgnoredRcpDataTest, UsesTheFolderBelowTheHome) {
+  proves("ARGS-4");
   std::vector<std::string> arguments = {_package.folder, _destination};
   arguments.insert(arguments.end(), GetParam().begin(), GetParam().end());
 
@@ -111,6 +118,7 @@ INSTANTIATE_TEST_SUITE_P(
                       std::vector<std::string>{"x", "-rcpdata", "/Users/alice/ws"}));
 
 TEST_F(EntryTest, OptionBeforeThePackageIsNoOption) {
+  proves("ARGS-1");
   const RunResult result = _sandbox.run({"-rcpdata", "/x", _package.folder, _destination});
 
   EXPECT_EQ(1, result.status);
@@ -120,6 +128,7 @@ TEST_F(EntryTest, OptionBeforeThePackageIsNoOption) {
 // --- Package and bundle --------------------------------------------------------------------------
 
 TEST_F(EntryTest, MissingListFailsWithTheDestinationAlone) {
+  proves("PACKAGE-2");
   _sandbox.remove(_package.list());
 
   EXPECT_EQ(1, install().status);
@@ -132,6 +141,7 @@ TEST_F(EntryTest, MissingListFailsWithTheDestinationAlone) {
 }
 
 TEST_F(EntryTest, MissingPackageFailsWithTheDestinationAlone) {
+  proves("PACKAGE-2");
   _sandbox.remove(_package.folder);
 
   EXPECT_EQ(1, install().status);
@@ -140,6 +150,7 @@ TEST_F(EntryTest, MissingPackageFailsWithTheDestinationAlone) {
 }
 
 TEST_F(EntryTest, MissingBundleNameFailsWithTheDestinationAlone) {
+  proves("PACKAGE-2");
   _package.unset("bundleName");
   writePreferences();
 
@@ -149,6 +160,7 @@ TEST_F(EntryTest, MissingBundleNameFailsWithTheDestinationAlone) {
 }
 
 TEST_F(EntryTest, UnsupportedCharacterIsFoundThoughTheListIsMissing) {
+  proves("PACKAGE-2");
   const RunResult result = _sandbox.run({"/no;where", "/Applications"});
 
   EXPECT_EQ(1, result.status);
@@ -156,6 +168,7 @@ TEST_F(EntryTest, UnsupportedCharacterIsFoundThoughTheListIsMissing) {
 }
 
 TEST_F(EntryTest, MissingHomeFailsWithDestinationAndBundle) {
+  proves("BUNDLE-1", "CHECK-4");
   _sandbox.remove(_instance.bundle);
 
   EXPECT_EQ(1, install().status);
@@ -165,6 +178,7 @@ TEST_F(EntryTest, MissingHomeFailsWithDestinationAndBundle) {
 }
 
 TEST_F(EntryTest, MissingHomeIsMadeByTheFailurePathsService) {
+  proves("FAILURE-5");
   _sandbox.remove(_instance.bundle);
 
   EXPECT_EQ(1, install().status);
@@ -173,6 +187,7 @@ TEST_F(EntryTest, MissingHomeIsMadeByTheFailurePathsService) {
 }
 
 TEST_F(EntryTest, HomeWithoutInstallManifestIsNoInstance) {
+  proves("CHECK-4");
   _sandbox.remove(_instance.deploy("install.xml"));
 
   EXPECT_EQ(1, install().status);
@@ -183,6 +198,7 @@ TEST_F(EntryTest, HomeWithoutInstallManifestIsNoInstance) {
 }
 
 TEST_F(EntryTest, FolderInPlaceOfTheInstallManifestCountsAsInstalled) {
+  proves("CHECK-4");
   _sandbox.remove(_instance.deploy("install.xml"));
   _sandbox.makeFolder(_instance.deploy("install.xml"));
 
@@ -190,6 +206,7 @@ TEST_F(EntryTest, FolderInPlaceOfTheInstallManifestCountsAsInstalled) {
 }
 
 TEST_F(EntryTest, FrameworkPathIsTakenFromTheList) {
+  proves("BUNDLE-2");
   _package.set("frameworkPath", "Contents/Frameworks/deep");
   writePreferences();
 
@@ -199,6 +216,7 @@ TEST_F(EntryTest, FrameworkPathIsTakenFromTheList) {
 }
 
 TEST_F(EntryTest, DestinationWithTrailingSlashIsToldAsGivenAndJoinedOnce) {
+  proves("BUNDLE-8");
   _sandbox.remove(_instance.deploy("install.xml"));
 
   EXPECT_EQ(1, _sandbox.run({_package.folder, "/Applications/"}).status);
@@ -209,6 +227,7 @@ TEST_F(EntryTest, DestinationWithTrailingSlashIsToldAsGivenAndJoinedOnce) {
 }
 
 TEST_F(EntryTest, RelativePathsWork) {
+  proves("ARGS-5");
   RunOptions options;
   options.directory = "/Volumes/HF";
 
@@ -242,12 +261,14 @@ class RegisteredTest : public InstallerTest {
 };
 
 TEST_F(RegisteredTest, WithoutRegistrationTheDestinationHoldsTheBundle) {
+  proves("BUNDLE-1");
   EXPECT_EQ(0, install().status);
 
   EXPECT_EQ("1.5", recorded("hotfixVersion"));
 }
 
 TEST_F(RegisteredTest, RegisteredBundleIsFoundElsewhere) {
+  proves("BUNDLE-3");
   move("/opt/client/Quillmere.app");
   registerPath("/opt/client/Quillmere.app");
 
@@ -258,6 +279,7 @@ TEST_F(RegisteredTest, RegisteredBundleIsFoundElsewhere) {
 }
 
 TEST_F(RegisteredTest, DestinationBecomesTheRegisteredBundlesFolder) {
+  proves("BUNDLE-3");
   move("/opt/client/Quillmere.app");
   _sandbox.remove(_instance.deploy("install.xml"));
   registerPath("/opt/client/Quillmere.app");
@@ -268,6 +290,7 @@ TEST_F(RegisteredTest, DestinationBecomesTheRegisteredBundlesFolder) {
 }
 
 TEST_F(RegisteredTest, RegisteredPathThatDoesNotExistIsIgnored) {
+  proves("BUNDLE-4");
   registerPath("/opt/gone/Quillmere.app");
 
   EXPECT_EQ(0, install().status);
@@ -276,6 +299,7 @@ TEST_F(RegisteredTest, RegisteredPathThatDoesNotExistIsIgnored) {
 }
 
 TEST_F(RegisteredTest, RegistrationOfAnotherProductIsIgnored) {
+  proves("BUNDLE-4");
   _sandbox.makeFolder("/opt/other/Quillmere.app");
   registerProduct("Other", ListValue::dictionary(
                                {{"pathToProduct", ListValue::string("/opt/other/Quillmere.app")}}));
@@ -284,6 +308,7 @@ TEST_F(RegisteredTest, RegistrationOfAnotherProductIsIgnored) {
 }
 
 TEST_F(RegisteredTest, RegistrationWithoutProductPathIsIgnored) {
+  proves("BUNDLE-4");
   registerProduct("Quillmere",
                   ListValue::dictionary({{"oldInstallLocation", ListValue::string("/opt/other")}}));
 
@@ -291,12 +316,14 @@ TEST_F(RegisteredTest, RegistrationWithoutProductPathIsIgnored) {
 }
 
 TEST_F(RegisteredTest, ProductPathThatIsNoTextIsIgnored) {
+  proves("BUNDLE-4");
   registerProduct("Quillmere", ListValue::dictionary({{"pathToProduct", ListValue::integer(7)}}));
 
   EXPECT_EQ(0, install().status);
 }
 
 TEST_F(RegisteredTest, DamagedRegistrationIsIgnoredAndKept) {
+  proves("BUNDLE-4");
   const std::string file = "/Library/Application Support/Velna/Quillmere/framework.plist";
   _sandbox.writeFile(file, "not a list");
 
@@ -306,6 +333,7 @@ TEST_F(RegisteredTest, DamagedRegistrationIsIgnoredAndKept) {
 }
 
 TEST_F(RegisteredTest, BinaryRegistrationIsRead) {
+  proves("BUNDLE-5");
   move("/opt/client/Quillmere.app");
   _sandbox.writeFile("/Library/Application Support/Velna/Quillmere/framework.plist",
                      binaryList(ListValue::dictionary(
@@ -317,6 +345,7 @@ TEST_F(RegisteredTest, BinaryRegistrationIsRead) {
 }
 
 TEST_F(RegisteredTest, OtherBundleNameMakesDriverAndWorkflowDisagree) {
+  proves("BUNDLE-7");
   move("/opt/client/Other.app");
   registerPath("/opt/client/Other.app");
 
@@ -331,6 +360,7 @@ TEST_F(RegisteredTest, OtherBundleNameMakesDriverAndWorkflowDisagree) {
 }
 
 TEST_F(RegisteredTest, WorkflowTakesTheBundleOfThatNameBesideTheRegisteredOne) {
+  proves("BUNDLE-7");
   move("/opt/client/Other.app");
   registerPath("/opt/client/Other.app");
   Instance beside{"/opt/client/Quillmere.app"};
@@ -344,6 +374,7 @@ TEST_F(RegisteredTest, WorkflowTakesTheBundleOfThatNameBesideTheRegisteredOne) {
 }
 
 TEST_F(RegisteredTest, SeveralInstancesConsultNoRegistration) {
+  proves("BUNDLE-6");
   _package.set("allowMultiInstance", ListValue::boolean(true));
   writePreferences();
   registerPath("/opt/client/Quillmere.app");
@@ -355,6 +386,7 @@ TEST_F(RegisteredTest, SeveralInstancesConsultNoRegistration) {
 }
 
 TEST_F(RegisteredTest, RegisteredFileInPlaceOfABundleIsTaken) {
+  proves("BUNDLE-5");
   _sandbox.writeFile("/opt/client/Quillmere.app", "a file");
   registerPath("/opt/client/Quillmere.app");
 
@@ -377,6 +409,7 @@ void PrintTo(const Truth& truth, std::ostream* stream) {
 class TruthTest : public RegisteredTest, public ::testing::WithParamInterface<Truth> {};
 
 TEST_P(TruthTest, DecidesWhetherTheRegistrationCounts) {
+  proves("BUNDLE-6");
   _package.set("allowMultiInstance", GetParam().value);
   writePreferences();
   _sandbox.makeFolder("/opt/client/Quillmere.app");
@@ -407,6 +440,7 @@ INSTANTIATE_TEST_SUITE_P(Values, TruthTest,
                          CaseName());
 
 TEST_F(RegisteredTest, MissingAllowMultiInstanceConsultsTheRegistration) {
+  proves("BUNDLE-6");
   _package.unset("allowMultiInstance");
   writePreferences();
   move("/opt/client/Quillmere.app");
@@ -418,6 +452,7 @@ TEST_F(RegisteredTest, MissingAllowMultiInstanceConsultsTheRegistration) {
 // --- The list's forms ----------------------------------------------------------------------------
 
 TEST_F(EntryTest, BinaryListIsRead) {
+  proves("PACKAGE-1");
   _sandbox.writeFile(_package.list(), binaryList(ListValue::dictionary(_package.preferences)));
 
   EXPECT_EQ(0, install().status);
@@ -426,6 +461,7 @@ TEST_F(EntryTest, BinaryListIsRead) {
 }
 
 TEST_F(EntryTest, ListInLatinOneIsRead) {
+  proves("PACKAGE-1");
   _sandbox.makeFolder("/Applications");
   _package.set("version", "1.5 \xE9");
   std::string text = xmlList(ListValue::dictionary(_package.preferences));
@@ -438,6 +474,7 @@ TEST_F(EntryTest, ListInLatinOneIsRead) {
 }
 
 TEST_F(EntryTest, ListInUtf16IsRead) {
+  proves("PACKAGE-1");
   const std::string text = xmlList(ListValue::dictionary(_package.preferences));
   std::string wide = "\xFF\xFE";
   std::string declared = text;
@@ -449,6 +486,7 @@ TEST_F(EntryTest, ListInUtf16IsRead) {
 }
 
 TEST_F(EntryTest, ListWithByteOrderMarkIsRead) {
+  proves("PACKAGE-1");
   _sandbox.writeFile(_package.list(),
                      "\xEF\xBB\xBF" + xmlList(ListValue::dictionary(_package.preferences)));
 
@@ -456,6 +494,7 @@ TEST_F(EntryTest, ListWithByteOrderMarkIsRead) {
 }
 
 TEST_F(EntryTest, NamesBeyondAsciiAreTaken) {
+  proves("PACKAGE-1");
   const std::string name = "Qu\xC3\xAFllm\xC3\xA8re \xE2\x82\xAC";
   Instance other{"/Applications/" + name + ".app"};
   buildInstance(other);
@@ -470,6 +509,7 @@ TEST_F(EntryTest, NamesBeyondAsciiAreTaken) {
 // --- Trace file and checks -----------------------------------------------------------------------
 
 TEST_F(EntryTest, ChecksStopAtTheFirstThatFails) {
+  proves("CHECK-1");
   _sandbox.remove(_instance.deploy("install.xml"));
   recordHotfix("9");
 
@@ -481,6 +521,7 @@ TEST_F(EntryTest, ChecksStopAtTheFirstThatFails) {
 }
 
 TEST_F(EntryTest, FailingCheckStillRunsTheCollection) {
+  proves("FAILURE-7");
   installJava();
   recordHotfix("9");
 
@@ -518,6 +559,7 @@ const Character kCharacters[] = {
 class CharacterTest : public InstallerTest, public ::testing::WithParamInterface<Character> {};
 
 TEST_P(CharacterTest, InTheDestinationIsJudged) {
+  proves("CHECK-2");
   const Instance instance{GetParam().path + "/Quillmere.app"};
   if (!GetParam().refused) buildInstance(instance);
 
@@ -528,6 +570,7 @@ TEST_P(CharacterTest, InTheDestinationIsJudged) {
 }
 
 TEST_P(CharacterTest, InThePackagePathIsJudged) {
+  proves("CHECK-2");
   Package package = _package;
   package.folder = GetParam().path + "/deep/Fix.pkg";
   if (GetParam().path[0] == '/') buildPackage(package);
@@ -541,6 +584,7 @@ TEST_P(CharacterTest, InThePackagePathIsJudged) {
 INSTANTIATE_TEST_SUITE_P(Characters, CharacterTest, ::testing::ValuesIn(kCharacters), CaseName());
 
 TEST_F(RegisteredTest, CharactersOfTheRegisteredFolderAreJudged) {
+  proves("CHECK-3");
   move("/opt/a;b/Quillmere.app");
   registerPath("/opt/a;b/Quillmere.app");
 
@@ -550,6 +594,7 @@ TEST_F(RegisteredTest, CharactersOfTheRegisteredFolderAreJudged) {
 }
 
 TEST_F(RegisteredTest, CharactersOfTheGivenDestinationDoNotCountForARegisteredBundle) {
+  proves("CHECK-3");
   move("/opt/client/Quillmere.app");
   registerPath("/opt/client/Quillmere.app");
 
@@ -557,6 +602,7 @@ TEST_F(RegisteredTest, CharactersOfTheGivenDestinationDoNotCountForARegisteredBu
 }
 
 TEST_F(EntryTest, CharactersOfBundleAndDataDoNotCount) {
+  proves("CHECK-3");
   Instance odd{"/Applications/a=b.app"};
   buildInstance(odd);
   _package.set("bundleName", "a=b");
@@ -566,12 +612,14 @@ TEST_F(EntryTest, CharactersOfBundleAndDataDoNotCount) {
 }
 
 TEST_F(EntryTest, EmptyDestinationIsNotRefusedForItsCharacters) {
+  proves("CHECK-3");
   EXPECT_EQ(1, _sandbox.run({_package.folder, ""}).status);
 
   EXPECT_EQ((ErrorRecord{8, {"", "Quillmere.app"}}), errorRecord());
 }
 
 TEST_F(EntryTest, EmptyPackageIsNoPackageEvenInsideOne) {
+  proves("ARGS-1");
   RunOptions options;
   options.directory = _package.folder;
 
@@ -581,6 +629,7 @@ TEST_F(EntryTest, EmptyPackageIsNoPackageEvenInsideOne) {
 }
 
 TEST_F(EntryTest, EmptyPackageIsNoPackage) {
+  proves("ARGS-1");
   EXPECT_EQ(1, _sandbox.run({"", "/Applications"}).status);
 
   EXPECT_EQ((ErrorRecord{8, {"/Applications"}}), errorRecord());

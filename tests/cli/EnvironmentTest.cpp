@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -62,6 +63,7 @@ class SurroundingsTest : public EnvironmentTest,
                          public ::testing::WithParamInterface<Surroundings> {};
 
 TEST_P(SurroundingsTest, DoNotKeepTheInstallFromSucceeding) {
+  proves("ODD-7");
   recordHotfix("1.4");
   installJava();
 
@@ -74,6 +76,7 @@ TEST_P(SurroundingsTest, DoNotKeepTheInstallFromSucceeding) {
 }
 
 TEST_P(SurroundingsTest, DoNotKeepTheFailurePathFromItsEnd) {
+  proves("ODD-7");
   failCheck();
 
   EXPECT_EQ(1, install(GetParam().options).status);
@@ -84,6 +87,7 @@ TEST_P(SurroundingsTest, DoNotKeepTheFailurePathFromItsEnd) {
 }
 
 TEST_P(SurroundingsTest, DoNotLetTextsEndInAnyFile) {
+  proves("ODD-7");
   recordHotfix("1.4");
 
   EXPECT_EQ(0, install(GetParam().options).status);
@@ -95,6 +99,7 @@ TEST_P(SurroundingsTest, DoNotLetTextsEndInAnyFile) {
 }
 
 TEST_P(SurroundingsTest, GiveChildrenThreeDescriptorsAndNoMore) {
+  proves("ODD-7");
   installJava();
 
   EXPECT_EQ(0, install(GetParam().options).status);
@@ -132,6 +137,7 @@ INSTANTIATE_TEST_SUITE_P(
     CaseName());
 
 TEST_F(EnvironmentTest, UsageWithoutErrorOutputIsNoCrash) {
+  proves("ODD-7");
   RunOptions options;
   options.closedDescriptors = {0, 1, 2};
 
@@ -141,6 +147,7 @@ TEST_F(EnvironmentTest, UsageWithoutErrorOutputIsNoCrash) {
 }
 
 TEST_F(EnvironmentTest, OutputThatNobodyReadsDoesNotEndTheRun) {
+  proves("ODD-7");
   recordHotfix("1.4");
   RunOptions options;
   options.brokenOutput = true;
@@ -171,6 +178,7 @@ class OrdinaryUserTest : public EnvironmentTest {
 };
 
 TEST_F(OrdinaryUserTest, InstallsIntoAnInstanceOfItsOwn) {
+  proves("ODD-8");
   giveInstance();
 
   EXPECT_EQ(0, install(_options).status);
@@ -182,6 +190,7 @@ TEST_F(OrdinaryUserTest, InstallsIntoAnInstanceOfItsOwn) {
 }
 
 TEST_F(OrdinaryUserTest, FailsCleanlyOnAnInstanceOfRoot) {
+  proves("ODD-8");
   const auto before = _sandbox.tree(_instance.bundle);
 
   EXPECT_EQ(1, install(_options).status);
@@ -191,6 +200,7 @@ TEST_F(OrdinaryUserTest, FailsCleanlyOnAnInstanceOfRoot) {
 }
 
 TEST_F(OrdinaryUserTest, LeavesAMarkerOfItsOwn) {
+  proves("ODD-8");
   giveInstance();
   failCheck();
 
@@ -201,6 +211,7 @@ TEST_F(OrdinaryUserTest, LeavesAMarkerOfItsOwn) {
 }
 
 TEST_F(OrdinaryUserTest, RunsOnWithoutATraceThatBelongsToRoot) {
+  proves("ODD-8");
   giveInstance();
   _sandbox.writeFile(kTrace, "root's", 0644);
 
@@ -210,6 +221,7 @@ TEST_F(OrdinaryUserTest, RunsOnWithoutATraceThatBelongsToRoot) {
 }
 
 TEST_F(OrdinaryUserTest, ForAnotherConsoleUserItKeepsItsOwnIdentity) {
+  proves("ODD-8");
   giveInstance();
   _options.set("USER", "bob");
 
@@ -220,6 +232,7 @@ TEST_F(OrdinaryUserTest, ForAnotherConsoleUserItKeepsItsOwnIdentity) {
 }
 
 TEST_F(OrdinaryUserTest, ReadsItsOwnLocale) {
+  proves("ODD-8");
   giveInstance();
   _sandbox.writeFile("/Users/alice/Library/Preferences/.GlobalPreferences.plist",
                      xmlList(ListValue::dictionary({{"AppleLocale", ListValue::string("de_DE")}})));
@@ -301,6 +314,7 @@ TEST_F(TwoRunsTest, ApplicationStartedWhileTheSecondWaitsIsSeen) {
 }
 
 TEST_F(TwoRunsTest, SecondWaitsForTheFirstsEnd) {
+  proves("LOCK-1");
   _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
   RunningProgram first = _sandbox.start({_package.folder, _destination});
   ASSERT_TRUE(comesTrue([&] { return launches() == 1; }));
@@ -319,6 +333,7 @@ TEST_F(TwoRunsTest, SecondWaitsForTheFirstsEnd) {
 }
 
 TEST_F(TwoRunsTest, SecondWaitsBeforeAFailurePathToo) {
+  proves("LOCK-1");
   _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
   _package.folder = "/Volumes/low/in/Fix.pkg";
   _package.set("version", "1.0");
@@ -339,6 +354,7 @@ TEST_F(TwoRunsTest, SecondWaitsBeforeAFailurePathToo) {
 }
 
 TEST_F(TwoRunsTest, AnotherInstanceIsNotWaitedFor) {
+  proves("LOCK-3");
   Instance other{"/opt/Quillmere.app"};
   buildInstance(other);
   _sandbox.script("rcplauncher", 1,
@@ -356,6 +372,7 @@ TEST_F(TwoRunsTest, AnotherInstanceIsNotWaitedFor) {
 }
 
 TEST_F(TwoRunsTest, KilledRunLeavesNoLockBehind) {
+  proves("LOCK-3");
   _sandbox.script("rcplauncher", 1, ChildScript().await("/never"));
   RunOptions options;
   options.limit = std::chrono::milliseconds(500);
@@ -367,6 +384,7 @@ TEST_F(TwoRunsTest, KilledRunLeavesNoLockBehind) {
 }
 
 TEST_F(TwoRunsTest, LauncherThatOutlivesTheRunHoldsNoLock) {
+  proves("LOCK-3");
   // The lock's descriptor must not reach children.
   EXPECT_EQ(0, install().status);
 
@@ -374,6 +392,7 @@ TEST_F(TwoRunsTest, LauncherThatOutlivesTheRunHoldsNoLock) {
 }
 
 TEST_F(TwoRunsTest, LockLeavesNoFile) {
+  proves("LOCK-3");
   EXPECT_EQ(0, install().status);
 
   EXPECT_THAT(_sandbox.entriesNamed(".hotfix-"), IsEmpty());

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -19,6 +20,7 @@ class ErrorChannelTest : public InstallerTest {
 };
 
 TEST_F(ErrorChannelTest, RecordIsAListWithExactlyTwoKeys) {
+  proves("RECORD-1");
   ASSERT_EQ(0, install().status);
 
   const ListValue record = listAt(kPasteboard);
@@ -29,6 +31,7 @@ TEST_F(ErrorChannelTest, RecordIsAListWithExactlyTwoKeys) {
 }
 
 TEST_F(ErrorChannelTest, RecordIsAnXmlListForEverybody) {
+  proves("RECORD-1");
   ASSERT_EQ(0, install().status);
 
   EXPECT_THAT(*_sandbox.readFile(kPasteboard), StartsWith("<?xml"));
@@ -36,6 +39,7 @@ TEST_F(ErrorChannelTest, RecordIsAnXmlListForEverybody) {
 }
 
 TEST_F(ErrorChannelTest, RecordIsReadableUnderAStrictMask) {
+  proves("RECORD-1");
   RunOptions options;
   options.mask = 0777;
 
@@ -45,6 +49,7 @@ TEST_F(ErrorChannelTest, RecordIsReadableUnderAStrictMask) {
 }
 
 TEST_F(ErrorChannelTest, OldRecordIsReset) {
+  proves("RECORD-2");
   failCheck();
   ASSERT_EQ(1, install().status);
   ASSERT_EQ(8, errorRecord().code);
@@ -56,6 +61,7 @@ TEST_F(ErrorChannelTest, OldRecordIsReset) {
 }
 
 TEST_F(ErrorChannelTest, RecordHoldsCodeZeroFromTheStartOn) {
+  proves("RECORD-2");
   _sandbox.script("rcplauncher",
                   ChildScript().snapshot(kPasteboard).write(_instance.result(), "rc=0\n"));
 
@@ -67,6 +73,7 @@ TEST_F(ErrorChannelTest, RecordHoldsCodeZeroFromTheStartOn) {
 }
 
 TEST_F(ErrorChannelTest, RecordOfAFailedCheckIsThereBeforeTheCleanUp) {
+  proves("RECORD-3");
   failCheck();
   _sandbox.script("rcplauncher", ChildScript().snapshot(kPasteboard).snapshot(kMarker));
 
@@ -78,6 +85,7 @@ TEST_F(ErrorChannelTest, RecordOfAFailedCheckIsThereBeforeTheCleanUp) {
 }
 
 TEST_F(ErrorChannelTest, DetailsAreEscapedInTheList) {
+  proves("RECORD-1");
   _sandbox.makeFolder("/Applications/a&b<c>");
 
   ASSERT_EQ(1, _sandbox.run({_package.folder, "/Applications/a&b<c>"}).status);
@@ -86,6 +94,7 @@ TEST_F(ErrorChannelTest, DetailsAreEscapedInTheList) {
 }
 
 TEST_F(ErrorChannelTest, CodeSixNamesTheBareBundle) {
+  proves("CHECK-5");
   const std::string program = _instance.bundle + "/Contents/MacOS/Quillmere";
   _sandbox.copyChildProgram(program);
   RunOptions options;
@@ -97,6 +106,7 @@ TEST_F(ErrorChannelTest, CodeSixNamesTheBareBundle) {
 }
 
 TEST_F(ErrorChannelTest, CodeSevenNamesOneJoinedPath) {
+  proves("VERSION-2");
   recordHotfix("1.6");
 
   ASSERT_EQ(1, install().status);
@@ -105,6 +115,7 @@ TEST_F(ErrorChannelTest, CodeSevenNamesOneJoinedPath) {
 }
 
 TEST_F(ErrorChannelTest, CodeFourNamesTheMissingManifest) {
+  proves("RECORD-4", "INSTALL-6");
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
 
   ASSERT_EQ(1, install().status);
@@ -114,6 +125,7 @@ TEST_F(ErrorChannelTest, CodeFourNamesTheMissingManifest) {
 }
 
 TEST_F(ErrorChannelTest, FailedProvisioningLeavesCodeZeroAndNoMarker) {
+  proves("RECORD-4");
   _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), "rc=1\n"));
 
   ASSERT_EQ(1, install().status);
@@ -125,6 +137,7 @@ TEST_F(ErrorChannelTest, FailedProvisioningLeavesCodeZeroAndNoMarker) {
 // --- Marker --------------------------------------------------------------------------------------
 
 TEST_F(ErrorChannelTest, MarkerIsEmptyAndOpenToEverybody) {
+  proves("MARKER-1");
   failCheck();
 
   ASSERT_EQ(1, install().status);
@@ -134,6 +147,7 @@ TEST_F(ErrorChannelTest, MarkerIsEmptyAndOpenToEverybody) {
 }
 
 TEST_F(ErrorChannelTest, MarkersModeIsFreeOfTheMask) {
+  proves("MARKER-1");
   failCheck();
   RunOptions options;
   options.mask = 077;
@@ -144,6 +158,7 @@ TEST_F(ErrorChannelTest, MarkersModeIsFreeOfTheMask) {
 }
 
 TEST_F(ErrorChannelTest, MarkerBelongsToTheConsoleUserAndAdmin) {
+  proves("MARKER-2");
   if (!ownersAreTold()) GTEST_SKIP() << "needs the machine's root";
   failCheck();
 
@@ -154,6 +169,7 @@ TEST_F(ErrorChannelTest, MarkerBelongsToTheConsoleUserAndAdmin) {
 }
 
 TEST_F(ErrorChannelTest, MarkerBelongsToTheProcessWithoutUser) {
+  proves("MARKER-2");
   failCheck();
   RunOptions options;
   options.unset("USER");
@@ -165,6 +181,7 @@ TEST_F(ErrorChannelTest, MarkerBelongsToTheProcessWithoutUser) {
 }
 
 TEST_F(ErrorChannelTest, MarkerIsMadeThoughTheUserIsUnknown) {
+  proves("MARKER-2");
   failCheck();
   RunOptions options;
   options.set("USER", "nobody-here");
@@ -187,6 +204,7 @@ TEST_F(ErrorChannelTest, MarkerIsMadeThoughNoUserDatabaseKnowsAnybody) {
 }
 
 TEST_F(ErrorChannelTest, MissingAdminGroupIsReplacedByTheOwnersOwn) {
+  proves("MARKER-2");
   if (!ownersAreTold()) GTEST_SKIP() << "needs the machine's root";
   failCheck();
   _sandbox.writeUserDatabase(false);
@@ -198,6 +216,7 @@ TEST_F(ErrorChannelTest, MissingAdminGroupIsReplacedByTheOwnersOwn) {
 }
 
 TEST_F(ErrorChannelTest, OldMarkerIsReplacedByAnEmptyOne) {
+  proves("MARKER-1");
   failCheck();
   _sandbox.writeFile(kMarker, "old", 0600);
 
@@ -208,6 +227,7 @@ TEST_F(ErrorChannelTest, OldMarkerIsReplacedByAnEmptyOne) {
 }
 
 TEST_F(ErrorChannelTest, SuccessLeavesAnOldMarkerAlone) {
+  proves("MARKER-3");
   _sandbox.writeFile(kMarker, "old", 0600);
 
   ASSERT_EQ(0, install().status);
@@ -217,6 +237,7 @@ TEST_F(ErrorChannelTest, SuccessLeavesAnOldMarkerAlone) {
 }
 
 TEST_F(ErrorChannelTest, FolderInTheMarkersPlaceIsLeftAndTheRunGoesOn) {
+  proves("MARKER-4");
   failCheck();
   _sandbox.makeFolder(std::string(kMarker) + "/x");
 
@@ -226,6 +247,7 @@ TEST_F(ErrorChannelTest, FolderInTheMarkersPlaceIsLeftAndTheRunGoesOn) {
 }
 
 TEST_F(ErrorChannelTest, FolderInThePasteboardsPlaceIsSurvived) {
+  proves("RECORD-5");
   _sandbox.makeFolder(std::string(kPasteboard) + "/x");
 
   EXPECT_EQ(0, install().status);

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -51,6 +52,7 @@ class HostileTmpTest : public InstallerTest {
 // --- Trace file ----------------------------------------------------------------------------------
 
 TEST_F(HostileTmpTest, LinkInTheTracesPlaceIsReplaced) {
+  proves("TMP-1");
   _sandbox.makeLink(kTrace, kPrecious);
 
   EXPECT_EQ(0, install().status);
@@ -98,6 +100,7 @@ TEST_F(HostileTmpTest, PipeInTheTracesPlaceIsReplaced) {
 // --- Marker --------------------------------------------------------------------------------------
 
 TEST_F(HostileTmpTest, LinkInTheMarkersPlaceIsReplaced) {
+  proves("TMP-1");
   failCheck();
   _sandbox.makeLink(kMarker, kPrecious);
 
@@ -117,6 +120,7 @@ TEST_F(HostileTmpTest, DanglingLinkInTheMarkersPlaceIsReplaced) {
 }
 
 TEST_F(HostileTmpTest, SecondNameOfAFileInTheMarkersPlaceIsReplaced) {
+  proves("TMP-1");
   failCheck();
   makeHardLink(kMarker);
 
@@ -126,6 +130,7 @@ TEST_F(HostileTmpTest, SecondNameOfAFileInTheMarkersPlaceIsReplaced) {
 }
 
 TEST_F(HostileTmpTest, ForeignMarkerIsReplacedByTheConsoleUsers) {
+  proves("TMP-1");
   if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
   failCheck();
   _sandbox.writeFile(kMarker, "foreign", 0600);
@@ -138,6 +143,7 @@ TEST_F(HostileTmpTest, ForeignMarkerIsReplacedByTheConsoleUsers) {
 }
 
 TEST_F(HostileTmpTest, PipeInTheMarkersPlaceIsReplaced) {
+  proves("TMP-1");
   failCheck();
   _sandbox.makePipe(kMarker);
 
@@ -149,6 +155,7 @@ TEST_F(HostileTmpTest, PipeInTheMarkersPlaceIsReplaced) {
 // --- Pasteboard ----------------------------------------------------------------------------------
 
 TEST_F(HostileTmpTest, LinkInThePasteboardsPlaceIsReplaced) {
+  proves("TMP-1");
   _sandbox.makeLink(kPasteboard, kPrecious);
 
   EXPECT_EQ(0, install().status);
@@ -197,6 +204,7 @@ TEST_F(HostileTmpTest, ConfigurationOfTheConsoleUserCounts) {
 }
 
 TEST_F(HostileTmpTest, ConfigurationOfAnybodyElseReadsAsAbsentWithOneWarning) {
+  proves("TMP-4");
   if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
   writeConfiguration(kConfiguration);
   _sandbox.giveTo(kConfiguration, CliSandbox::kBob, CliSandbox::kBob);
@@ -213,6 +221,7 @@ TEST_F(HostileTmpTest, ConfigurationOfAnybodyElseReadsAsAbsentWithOneWarning) {
 }
 
 TEST_F(HostileTmpTest, LinkInTheConfigurationsPlaceReadsAsAbsentAndIsReplaced) {
+  proves("TMP-1");
   writeConfiguration("/Users/alice/planted.plist");
   const auto before = _sandbox.readFile("/Users/alice/planted.plist");
   _sandbox.makeLink(kConfiguration, "/Users/alice/planted.plist");
@@ -225,6 +234,7 @@ TEST_F(HostileTmpTest, LinkInTheConfigurationsPlaceReadsAsAbsentAndIsReplaced) {
 }
 
 TEST_F(HostileTmpTest, ConfigurationIsReadableForEverybody) {
+  proves("CONFIG-3");
   RunOptions options;
   options.mask = 077;
 
@@ -234,6 +244,7 @@ TEST_F(HostileTmpTest, ConfigurationIsReadableForEverybody) {
 }
 
 TEST_F(HostileTmpTest, DamagedConfigurationIsKept) {
+  proves("CONFIG-4");
   _sandbox.writeFile(kConfiguration, "damaged");
 
   EXPECT_EQ(0, install().status);
@@ -244,6 +255,7 @@ TEST_F(HostileTmpTest, DamagedConfigurationIsKept) {
 // --- The rest ------------------------------------------------------------------------------------
 
 TEST_F(HostileTmpTest, StalePanelFileThatIsALinkIsRemovedAsALink) {
+  proves("ODD-9");
   _sandbox.makeLink("/tmp/qlm.config", kPrecious);
 
   EXPECT_EQ(0, install().status);
@@ -263,6 +275,7 @@ TEST_F(HostileTmpTest, TmpThatIsALinkIsUsed) {
 }
 
 TEST_F(HostileTmpTest, MissingTmpIsSurvived) {
+  proves("FILES-19");
   _sandbox.remove("/tmp");
 
   EXPECT_EQ(0, install().status);
@@ -271,6 +284,7 @@ TEST_F(HostileTmpTest, MissingTmpIsSurvived) {
 // --- The instance, which its user can write ------------------------------------------------------
 
 TEST_F(HostileTmpTest, LinksInTheInstanceAreReplacedNotWrittenThrough) {
+  proves("ODD-9");
   for (const std::string& path :
        {_instance.deploy("install.update.xml"), _instance.deploy("uninstall.hotfix.xml"),
         _instance.deploy("install.0101200000.xml")})
@@ -280,6 +294,7 @@ TEST_F(HostileTmpTest, LinksInTheInstanceAreReplacedNotWrittenThrough) {
 }
 
 TEST_F(HostileTmpTest, CustomizationLinkIsReplacedByTheMergedFile) {
+  proves("ODD-9");
   _sandbox.remove(_instance.customization());
   _sandbox.makeLink(_instance.customization(), kPrecious);
 
@@ -289,12 +304,14 @@ TEST_F(HostileTmpTest, CustomizationLinkIsReplacedByTheMergedFile) {
 }
 
 TEST_F(HostileTmpTest, RecordsThroughALinkDoNotReachItsTarget) {
+  proves("ODD-9");
   _sandbox.makeLink(_instance.info(), kPrecious);
 
   EXPECT_THAT(install().status, AnyOf(0, 1));
 }
 
 TEST_F(HostileTmpTest, DeployThatIsALinkElsewhereStillGivesNothingAway) {
+  proves("ODD-9");
   _sandbox.makeFolder("/Users/bob/deploy", 0750);
   _sandbox.writeFile("/Users/bob/deploy/install.xml", "x", 0600);
   _sandbox.writeFile("/Users/bob/deploy/private", "x", 0600);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -42,6 +43,7 @@ class InstanceTest : public InstallerTest {
 // --- Staging -------------------------------------------------------------------------------------
 
 TEST_F(InstanceTest, StagingFolderIsCopiedToTheNewLocation) {
+  proves("INSTANCE-4");
   nameNewLocation("/opt/new");
   _sandbox.makeFolder("/opt");
   _sandbox.writeFile("/tmp/qlmcore2/a/b.txt", "staged\n", 0640);
@@ -68,6 +70,7 @@ TEST_F(InstanceTest, NewLocationIsLoggedAtEveryService) {
 }
 
 TEST_F(InstanceTest, ExistingNewLocationIsLeftExactlyAsItIsWithoutALine) {
+  proves("INSTANCE-6");
   nameNewLocation("/opt/new");
   _sandbox.writeFile("/opt/new/own.txt", "own\n");
   _sandbox.writeFile("/tmp/qlmcore2/a.txt", "staged\n");
@@ -80,6 +83,7 @@ TEST_F(InstanceTest, ExistingNewLocationIsLeftExactlyAsItIsWithoutALine) {
 }
 
 TEST_F(InstanceTest, MissingStagingFolderIsAnErrorAtEveryServiceAndTheRunGoesOn) {
+  proves("INSTANCE-7");
   nameNewLocation("/opt/new");
   _sandbox.makeFolder("/opt");
 
@@ -92,6 +96,7 @@ TEST_F(InstanceTest, MissingStagingFolderIsAnErrorAtEveryServiceAndTheRunGoesOn)
 }
 
 TEST_F(InstanceTest, NewLocationBelowAMissingFolderIsAnError) {
+  proves("INSTANCE-7");
   nameNewLocation("/nowhere/new");
   _sandbox.writeFile("/tmp/qlmcore2/a.txt", "staged\n");
 
@@ -101,6 +106,7 @@ TEST_F(InstanceTest, NewLocationBelowAMissingFolderIsAnError) {
 }
 
 TEST_F(InstanceTest, NewLocationThatIsNoTextCountsAsAbsent) {
+  proves("INSTANCE-4");
   _sandbox.writeFile(
       kConfiguration,
       xmlList(ListValue::dictionary({{"newInstallLocation", ListValue::integer(1)}})));
@@ -111,6 +117,7 @@ TEST_F(InstanceTest, NewLocationThatIsNoTextCountsAsAbsent) {
 }
 
 TEST_F(InstanceTest, HomeThatCannotBeMadeIsLoggedAndEveryQueryAnswersNo) {
+  proves("INSTANCE-2");
   _sandbox.remove(_instance.home());
   _sandbox.writeFile(_instance.home().substr(0, _instance.home().rfind('/')) + "/rcp/x", "");
   _sandbox.remove(_instance.bundle + "/Contents/MacOS");
@@ -124,6 +131,7 @@ TEST_F(InstanceTest, HomeThatCannotBeMadeIsLoggedAndEveryQueryAnswersNo) {
 }
 
 TEST_F(InstanceTest, UnknownHomeIsLoggedAsNull) {
+  proves("INSTANCE-3");
   EXPECT_EQ(1, _sandbox.run({"/no/package", "/Applications"}).status);
 
   EXPECT_EQ(2, count("The pathToRcphome is: (null)."));
@@ -147,6 +155,7 @@ TEST_F(InstanceTest, UpdateManifestIsResolvedAndRewritten) {
 }
 
 TEST_F(InstanceTest, OldUpdateManifestIsReplacedWhole) {
+  proves("MANIFEST-5");
   _sandbox.writeFile(_instance.deploy("install.update.xml"), "<old/>", 0600);
 
   ASSERT_EQ(0, install().status);
@@ -155,6 +164,7 @@ TEST_F(InstanceTest, OldUpdateManifestIsReplacedWhole) {
 }
 
 TEST_F(InstanceTest, FolderInTheUpdateManifestsPlaceIsReplaced) {
+  proves("MANIFEST-5");
   _sandbox.writeFile(_instance.deploy("install.update.xml") + "/deep/x", "old");
 
   ASSERT_EQ(0, install().status);
@@ -163,6 +173,7 @@ TEST_F(InstanceTest, FolderInTheUpdateManifestsPlaceIsReplaced) {
 }
 
 TEST_F(InstanceTest, LinkInTheUpdateManifestsPlaceIsReplacedNotFollowed) {
+  proves("MANIFEST-7");
   _sandbox.writeFile("/Users/alice/precious", "precious");
   _sandbox.makeLink(_instance.deploy("install.update.xml"), "/Users/alice/precious");
 
@@ -190,6 +201,7 @@ TEST_F(InstanceTest, OldUninstallManifestIsReplaced) {
 }
 
 TEST_F(InstanceTest, UninstallManifestThatIsAFolderIsCopiedWhole) {
+  proves("MANIFEST-12");
   _sandbox.remove(_package.deployFile("uninstall.hotfix.xml"));
   _sandbox.writeFile(_package.deployFile("uninstall.hotfix.xml") + "/a", "x");
 
@@ -199,12 +211,14 @@ TEST_F(InstanceTest, UninstallManifestThatIsAFolderIsCopiedWhole) {
 }
 
 TEST_F(InstanceTest, InstallManifestItselfIsNeverChanged) {
+  proves("MANIFEST-4");
   ASSERT_EQ(0, install().status);
 
   EXPECT_EQ(kInstanceManifest, _sandbox.readFile(_instance.deploy("install.xml")));
 }
 
 TEST_F(InstanceTest, InstallManifestLostMeanwhileIsNotBackedUp) {
+  proves("MANIFEST-2");
   _sandbox.script("rcplauncher", 1, ChildScript().remove(_instance.deploy("install.xml")));
   _sandbox.remove(_instance.deploy(".keystore"));
 
@@ -216,6 +230,7 @@ TEST_F(InstanceTest, InstallManifestLostMeanwhileIsNotBackedUp) {
 // --- Backups -------------------------------------------------------------------------------------
 
 TEST_F(InstanceTest, BackupIsNamedAfterTheVersionBeforeTheStamp) {
+  proves("MANIFEST-1");
   ASSERT_EQ(0, install().status);
 
   EXPECT_EQ(kInstanceManifest, _sandbox.readFile(_instance.deploy("install.0101200000.xml")));
@@ -246,6 +261,7 @@ TEST_F(InstanceTest, ExistingBackupIsKept) {
 }
 
 TEST_F(InstanceTest, DanglingLinkInTheBackupsPlaceIsKept) {
+  proves("MANIFEST-1");
   _sandbox.makeLink(_instance.deploy("install.0101200000.xml"), "/nowhere");
 
   ASSERT_EQ(0, install().status);
@@ -279,6 +295,7 @@ TEST_F(InstanceTest, DoubledRunBacksUpUnderTheFirstStampToo) {
 // --- Stamps --------------------------------------------------------------------------------------
 
 TEST_F(InstanceTest, NewManifestVersionIsStampedAndOthersAreKept) {
+  proves("STAMP-3");
   const StampWatch watch;
 
   ASSERT_EQ(0, install().status);
@@ -291,6 +308,7 @@ TEST_F(InstanceTest, NewManifestVersionIsStampedAndOthersAreKept) {
 }
 
 TEST_F(InstanceTest, StampFollowsTheProcessesTimeZone) {
+  proves("STAMP-1");
   // A zone more than a day's half away from the others' hour.
   RunOptions options;
   options.set("TZ", "XXX-9:30");
@@ -321,6 +339,7 @@ TEST_F(InstanceTest, InstallIdFollowsTheVersionThatTheUntouchedInstanceHad) {
 }
 
 TEST_F(InstanceTest, InstallIdIsSetAfterTheUntouchedInstancesRun) {
+  proves("SUCCESS-2");
   _sandbox.writeFile(_instance.installProperties(), "rcp.install.id=old\n");
   _sandbox.script(
       "rcplauncher", 1,
@@ -336,6 +355,7 @@ TEST_F(InstanceTest, InstallIdIsSetAfterTheUntouchedInstancesRun) {
 }
 
 TEST_F(InstanceTest, InstallIdInTheGivenDataIsSet) {
+  proves("STAMP-4");
   _sandbox.writeFile("/Users/alice/ws/.config/rcpinstall.properties", "rcp.install.id=old\n");
 
   ASSERT_EQ(0, installWithData("/Users/alice/ws").status);
@@ -357,6 +377,7 @@ TEST_F(InstanceTest, WithoutInstallPropertiesTheLaunchersIdStays) {
 }
 
 TEST_F(InstanceTest, AbsentVersionIsRefusedAsAnIdAndBothFilesKeepTheirs) {
+  proves("STAMP-5");
   _sandbox.writeFile(_instance.launcherProperties(), "rcp.install.id=2\n");
   _sandbox.writeFile(_instance.installProperties(), "rcp.install.id=3\n");
 
@@ -368,6 +389,7 @@ TEST_F(InstanceTest, AbsentVersionIsRefusedAsAnIdAndBothFilesKeepTheirs) {
 }
 
 TEST_F(InstanceTest, FailurePathStampsTheLaunchersIdOnly) {
+  proves("FAILURE-2");
   const StampWatch watch;
   _sandbox.remove(_instance.deploy("install.xml"));
 
@@ -382,6 +404,7 @@ TEST_F(InstanceTest, FailurePathStampsTheLaunchersIdOnly) {
 }
 
 TEST_F(InstanceTest, FailurePathStampsBetweenCleanUpAndUpdate) {
+  proves("FAILURE-2");
   _sandbox.remove(_instance.deploy("install.xml"));
   _sandbox.script("rcplauncher", ChildScript().snapshot(_instance.launcherProperties()));
 
@@ -395,6 +418,7 @@ TEST_F(InstanceTest, FailurePathStampsBetweenCleanUpAndUpdate) {
 }
 
 TEST_F(InstanceTest, FailurePathWithoutLauncherPropertiesMakesNone) {
+  proves("FAILURE-4");
   _sandbox.remove(_instance.deploy("install.xml"));
   _sandbox.remove(_instance.launcherProperties());
 
@@ -404,6 +428,7 @@ TEST_F(InstanceTest, FailurePathWithoutLauncherPropertiesMakesNone) {
 }
 
 TEST_F(InstanceTest, FailurePathCopiesNothingOfTheHotfix) {
+  proves("FAILURE-4");
   recordHotfix("9");
 
   ASSERT_EQ(1, install().status);

@@ -4,6 +4,7 @@
 
 #include "cli/Fixtures.h"
 #include "cli/XmlText.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -95,6 +96,7 @@ void PrintTo(const Manifest& manifest, std::ostream* stream) {
 class RewrittenTest : public ManifestTest, public ::testing::WithParamInterface<Manifest> {};
 
 TEST_P(RewrittenTest, KeepsEverythingButTheFeaturesLocations) {
+  proves("DOCUMENT-1");
   EXPECT_EQ(0, installManifest(GetParam().text).status);
 
   expectRewritten(GetParam().text);
@@ -209,6 +211,7 @@ void PrintTo(const Missing& missing, std::ostream* stream) {
 class MissingLevelTest : public ManifestTest, public ::testing::WithParamInterface<Missing> {};
 
 TEST_P(MissingLevelTest, IsLoggedAndTheRestIsRewrittenAllTheSame) {
+  proves("DOCUMENT-6");
   EXPECT_EQ(0, installManifest(GetParam().text).status);
 
   EXPECT_THAT(_sandbox.texts("Error"), ElementsAre(GetParam().line));
@@ -253,6 +256,7 @@ INSTANTIATE_TEST_SUITE_P(
 class MalformedTest : public ManifestTest, public ::testing::WithParamInterface<Manifest> {};
 
 TEST_P(MalformedTest, StaysAsCopiedAndStopsTheWorkflow) {
+  proves("DOCUMENT-7");
   EXPECT_EQ(1, installManifest(GetParam().text).status);
 
   EXPECT_EQ((ErrorRecord{4, {"install.hotfix.xml"}}), errorRecord());
@@ -336,6 +340,7 @@ TEST_F(ManifestTest, DeclaredLatinOneIsKept) {
 }
 
 TEST_F(ManifestTest, InternalSubsetAndItsReferencesSurvive) {
+  proves("DOCUMENT-8");
   const std::string text =
       "<!DOCTYPE m [<!ENTITY who \"Velna\"><!ELEMENT m ANY>]>\n<m><domain-object><object-data>"
       "<install>" +
@@ -351,6 +356,7 @@ TEST_F(ManifestTest, InternalSubsetAndItsReferencesSurvive) {
 }
 
 TEST_F(ManifestTest, ExternalEntityIsNeverRead) {
+  proves("DOCUMENT-14");
   _sandbox.writeFile("/etc/secret", "secret words");
 
   (void)installManifest(
@@ -363,6 +369,7 @@ TEST_F(ManifestTest, ExternalEntityIsNeverRead) {
 }
 
 TEST_F(ManifestTest, ExplodingEntitiesEndInBoundedTimeAndSpace) {
+  proves("DOCUMENT-14");
   std::string entities = "<!ENTITY a0 \"aaaaaaaaaaaaaaaaaaaa\">";
   for (int i = 1; i < 12; ++i) {
     std::string value;
@@ -380,6 +387,7 @@ TEST_F(ManifestTest, ExplodingEntitiesEndInBoundedTimeAndSpace) {
 }
 
 TEST_F(ManifestTest, DeepNestingEndsWithoutACrash) {
+  proves("DOCUMENT-7");
   std::string text;
   for (int i = 0; i < 100'000; ++i) text += "<d>";
   for (int i = 0; i < 100'000; ++i) text += "</d>";
@@ -544,6 +552,7 @@ class GeneratedManifestTest : public ManifestTest,
                               public ::testing::WithParamInterface<unsigned> {};
 
 TEST_P(GeneratedManifestTest, IsRewrittenAsTheModelDoes) {
+  proves("DOCUMENT-1");
   const std::string text = ManifestGenerator(GetParam()).text();
 
   EXPECT_EQ(0, installManifest(text).status) << text;
@@ -558,6 +567,7 @@ INSTANTIATE_TEST_SUITE_P(Seeds, GeneratedManifestTest, ::testing::Range(1u, 151u
 class DamagedManifestTest : public ManifestTest, public ::testing::WithParamInterface<unsigned> {};
 
 TEST_P(DamagedManifestTest, LeavesAWholeFile) {
+  proves("DOCUMENT-7");
   std::mt19937 random(GetParam());
   std::string text = ManifestGenerator(GetParam()).text();
   for (int i = 0; i < 3; ++i) {

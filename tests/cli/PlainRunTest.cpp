@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -145,6 +146,7 @@ class PlainRunTest : public InstallerTest {
 };
 
 TEST_F(PlainRunTest, SuccessLogsEveryStepInOrder) {
+  proves("RUN-3");
   installJava();
 
   const RunResult result = install();
@@ -157,6 +159,7 @@ TEST_F(PlainRunTest, SuccessLogsEveryStepInOrder) {
 }
 
 TEST_F(PlainRunTest, SuccessMakesSixServices) {
+  proves("SUCCESS-8");
   ASSERT_EQ(0, install().status);
 
   const auto texts = _sandbox.texts();
@@ -165,6 +168,7 @@ TEST_F(PlainRunTest, SuccessMakesSixServices) {
 }
 
 TEST_F(PlainRunTest, SuccessPrintsNothing) {
+  proves("RUN-2");
   const RunResult result = install();
 
   EXPECT_EQ("", result.out);
@@ -172,6 +176,7 @@ TEST_F(PlainRunTest, SuccessPrintsNothing) {
 }
 
 TEST_F(PlainRunTest, SuccessLeavesCodeZeroAndNoMarker) {
+  proves("RECORD-4");
   ASSERT_EQ(0, install().status);
 
   EXPECT_EQ((ErrorRecord{0, {}}), errorRecord());
@@ -207,6 +212,7 @@ TEST_F(PlainRunTest, UninstallLogsEveryStepInOrder) {
 }
 
 TEST_F(PlainRunTest, UninstallMakesSevenServices) {
+  proves("SUCCESS-8");
   recordHotfix("1.4");
 
   ASSERT_EQ(0, install().status);
@@ -235,6 +241,7 @@ TEST_F(PlainRunTest, MissingWorkspaceFlagDoublesTheWorkflowAndItsLines) {
 }
 
 TEST_F(PlainRunTest, UnsupportedCharacterLogsTheWholeFailurePath) {
+  proves("FAILURE-1");
   installJava();
   _sandbox.makeFolder("/Applications/A=B");
 
@@ -264,6 +271,7 @@ TEST_F(PlainRunTest, UnsupportedCharacterLogsTheWholeFailurePath) {
 }
 
 TEST_F(PlainRunTest, MissingInstanceLogsTheWholeFailurePath) {
+  proves("FAILURE-1");
   installJava();
   _sandbox.remove(_instance.deploy("install.xml"));
 
@@ -282,6 +290,7 @@ TEST_F(PlainRunTest, MissingInstanceLogsTheWholeFailurePath) {
 }
 
 TEST_F(PlainRunTest, RunningApplicationLogsTheWholeFailurePath) {
+  proves("FAILURE-1");
   installJava();
   const std::string program = _instance.bundle + "/Contents/MacOS/Quillmere";
   _sandbox.copyChildProgram(program);
@@ -299,6 +308,7 @@ TEST_F(PlainRunTest, RunningApplicationLogsTheWholeFailurePath) {
 }
 
 TEST_F(PlainRunTest, HigherHotfixLogsTheWholeFailurePath) {
+  proves("FAILURE-1");
   installJava();
   recordHotfix("1.6");
 
@@ -313,6 +323,7 @@ TEST_F(PlainRunTest, HigherHotfixLogsTheWholeFailurePath) {
 }
 
 TEST_F(PlainRunTest, FailurePathMakesOneServiceForItselfAndOneForTheCollection) {
+  proves("FAILURE-5");
   _sandbox.remove(_instance.deploy("install.xml"));
 
   ASSERT_EQ(1, install().status);
@@ -323,6 +334,7 @@ TEST_F(PlainRunTest, FailurePathMakesOneServiceForItselfAndOneForTheCollection) 
 }
 
 TEST_F(PlainRunTest, SecondRunUninstallsAndInstallsTheSameHotfixAgain) {
+  proves("SUCCESS-3");
   ASSERT_EQ(0, install().status);
 
   const RunResult second = install();
@@ -333,6 +345,7 @@ TEST_F(PlainRunTest, SecondRunUninstallsAndInstallsTheSameHotfixAgain) {
 }
 
 TEST_F(PlainRunTest, SuccessLeavesOnlyItsOwnFilesInTmp) {
+  proves("RUN-4");
   ASSERT_EQ(0, install().status);
 
   EXPECT_THAT(_sandbox.list("/tmp"),
@@ -341,6 +354,7 @@ TEST_F(PlainRunTest, SuccessLeavesOnlyItsOwnFilesInTmp) {
 }
 
 TEST_F(PlainRunTest, FailureLeavesOnlyItsOwnFilesInTmp) {
+  proves("RUN-4");
   _sandbox.remove(_instance.deploy("install.xml"));
 
   ASSERT_EQ(1, install().status);
@@ -350,6 +364,7 @@ TEST_F(PlainRunTest, FailureLeavesOnlyItsOwnFilesInTmp) {
 }
 
 TEST_F(PlainRunTest, SuccessChangesTheInstanceInTheseEntriesOnly) {
+  proves("RUN-5");
   _sandbox.makeLink(_instance.home() + "/link", "rcplauncher");
   const auto before = bundle();
   const StampWatch watch;
@@ -378,6 +393,7 @@ TEST_F(PlainRunTest, FailureChangesTheInstanceInTheseEntriesOnly) {
 }
 
 TEST_F(PlainRunTest, PackageIsLeftUntouched) {
+  proves("RUN-4");
   const auto before = _sandbox.tree("/Volumes");
 
   ASSERT_EQ(0, install().status);
@@ -386,6 +402,7 @@ TEST_F(PlainRunTest, PackageIsLeftUntouched) {
 }
 
 TEST_F(PlainRunTest, LibraryIsLeftUntouched) {
+  proves("RUN-4");
   registerProduct("Quillmere", ListValue::dictionary({{"pathToProduct", ListValue::string("/x")}}));
   const auto before = _sandbox.tree("/Library");
 
@@ -395,6 +412,7 @@ TEST_F(PlainRunTest, LibraryIsLeftUntouched) {
 }
 
 TEST_F(PlainRunTest, SystemLogReceivesTheSameLines) {
+  proves("LOG-2");
   RunOptions options;
   options.systemLog = true;
 

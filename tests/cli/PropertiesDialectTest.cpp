@@ -4,6 +4,7 @@
 
 #include "cli/Fixtures.h"
 #include "cli/PropertiesModel.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -25,6 +26,7 @@ void PrintTo(const Text& text, std::ostream* stream) {
 class DialectTest : public InstallerTest, public ::testing::WithParamInterface<Text> {};
 
 TEST_P(DialectTest, IsWrittenAsItWasUnderstoodFromTheHotfix) {
+  proves("PROPERTIES-14");
   _sandbox.writeFile(_instance.customization(), "");
   _sandbox.writeFile(_package.deployFile("plugin_customization.ini"), GetParam().text);
 
@@ -34,6 +36,7 @@ TEST_P(DialectTest, IsWrittenAsItWasUnderstoodFromTheHotfix) {
 }
 
 TEST_P(DialectTest, IsWrittenAsItWasUnderstoodInTheInstance) {
+  proves("PROPERTIES-14");
   _sandbox.writeFile(_instance.customization(), GetParam().text);
   _sandbox.writeFile(_package.deployFile("plugin_customization.ini"), "");
 
@@ -47,6 +50,7 @@ TEST_P(DialectTest, IsUnderstoodByTheTestsModelToo) {
 }
 
 TEST_P(DialectTest, WrittenTextIsUnderstoodAgainTheSameWay) {
+  proves("PROPERTIES-14");
   _sandbox.writeFile(_instance.customization(), GetParam().text);
   ASSERT_EQ(0, install().status);
   const std::string once = *_sandbox.readFile(_instance.customization());
@@ -139,6 +143,7 @@ TEST_F(PropertiesFileTest, LongPropertiesFileIsMerged) {
 }
 
 TEST_F(PropertiesFileTest, OneVeryLongLineIsMerged) {
+  proves("PROPERTIES-3");
   const std::string text = "k=" + std::string(3'000'000, 'v') + "\n";
   _sandbox.writeFile(_package.deployFile("plugin_customization.ini"), text);
 
@@ -235,6 +240,7 @@ std::pair<std::string, std::string> rewritten(const std::string& launcher,
 class GeneratedTextsTest : public InstallerTest, public ::testing::WithParamInterface<unsigned> {};
 
 TEST_P(GeneratedTextsTest, AreReadAndWrittenAsTheModelDoes) {
+  proves("PROPERTIES-14");
   TextGenerator generate(GetParam());
   const std::string instance = generate.text(), hotfix = generate.text();
   std::string launcher = generate.text(), workspace = generate.text();

@@ -2,6 +2,7 @@
 #include <signal.h>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -59,6 +60,7 @@ class ProvisioningTest : public InstallerTest {
 };
 
 TEST_F(ProvisioningTest, UntouchedInstanceIsUpdatedWithThirteenArguments) {
+  proves("LAUNCH-2");
   ASSERT_EQ(0, install().status);
 
   ASSERT_THAT(launches(), SizeIs(2));
@@ -67,6 +69,7 @@ TEST_F(ProvisioningTest, UntouchedInstanceIsUpdatedWithThirteenArguments) {
 }
 
 TEST_F(ProvisioningTest, HotfixIsInstalledWithFifteenArguments) {
+  proves("LAUNCH-1");
   ASSERT_EQ(0, install().status);
 
   ASSERT_THAT(launches(), SizeIs(2));
@@ -76,6 +79,7 @@ TEST_F(ProvisioningTest, HotfixIsInstalledWithFifteenArguments) {
 }
 
 TEST_F(ProvisioningTest, UninstallStartsTwoEqualRunsOfThirteenArgumentsFirst) {
+  proves("LAUNCH-2");
   recordHotfix("1.4");
 
   ASSERT_EQ(0, install().status);
@@ -88,6 +92,7 @@ TEST_F(ProvisioningTest, UninstallStartsTwoEqualRunsOfThirteenArgumentsFirst) {
 }
 
 TEST_F(ProvisioningTest, FailedCheckCleansUpThenUpdates) {
+  proves("FAILURE-2", "LAUNCH-3");
   _sandbox.remove(_instance.deploy("install.xml"));
 
   ASSERT_EQ(1, install().status);
@@ -98,6 +103,7 @@ TEST_F(ProvisioningTest, FailedCheckCleansUpThenUpdates) {
 }
 
 TEST_F(ProvisioningTest, EveryStartUsesTheLauncherOfTheHome) {
+  proves("LAUNCH-5");
   recordHotfix("1.4");
 
   ASSERT_EQ(0, install().status);
@@ -106,6 +112,7 @@ TEST_F(ProvisioningTest, EveryStartUsesTheLauncherOfTheHome) {
 }
 
 TEST_F(ProvisioningTest, GivenDataFolderReachesEveryStart) {
+  proves("LAUNCH-5");
   recordHotfix("1.4");
   _sandbox.makeFolder("/Users/alice/my ws/.config");
 
@@ -131,6 +138,7 @@ void PrintTo(const Sites& sites, std::ostream* stream) {
 class SitesTest : public ProvisioningTest, public ::testing::WithParamInterface<Sites> {};
 
 TEST_P(SitesTest, BecomeOneArgument) {
+  proves("LAUNCH-4");
   _package.set("updateSiteList", GetParam().value);
   writePreferences();
 
@@ -175,6 +183,7 @@ class LocaleTest : public ProvisioningTest {
 };
 
 TEST_F(LocaleTest, OfTheConsoleUserReachesEveryStart) {
+  proves("LAUNCH-5");
   recordHotfix("1.4");
   _sandbox.writeFile(globals("/Users/alice"), listWith(ListValue::string("de_DE")));
 
@@ -185,6 +194,7 @@ TEST_F(LocaleTest, OfTheConsoleUserReachesEveryStart) {
 }
 
 TEST_F(LocaleTest, OfTheConsoleUserReachesTheFailurePath) {
+  proves("LAUNCH-5");
   _sandbox.remove(_instance.deploy("install.xml"));
   _sandbox.writeFile(globals("/Users/alice"), listWith(ListValue::string("fr_CA")));
 
@@ -195,6 +205,7 @@ TEST_F(LocaleTest, OfTheConsoleUserReachesTheFailurePath) {
 }
 
 TEST_F(LocaleTest, IsReadFromABinaryList) {
+  proves("USER-3");
   _sandbox.writeFile(
       globals("/Users/alice"),
       binaryList(ListValue::dictionary(
@@ -206,6 +217,7 @@ TEST_F(LocaleTest, IsReadFromABinaryList) {
 }
 
 TEST_F(LocaleTest, FollowsUserNotTheProcess) {
+  proves("USER-1");
   _sandbox.writeFile(globals("/root"), listWith(ListValue::string("it_IT")));
   _sandbox.writeFile(globals("/Users/bob"), listWith(ListValue::string("ja_JP")));
   RunOptions options;
@@ -227,6 +239,7 @@ TEST_F(LocaleTest, WithoutUserIsTheProcessUsers) {
 }
 
 TEST_F(LocaleTest, HomeInTheEnvironmentDoesNotMoveAKnownUsersPreferences) {
+  proves("USER-4");
   _sandbox.writeFile(globals("/elsewhere"), listWith(ListValue::string("it_IT")));
   _sandbox.writeFile(globals("/Users/alice"), listWith(ListValue::string("de_DE")));
   RunOptions options;
@@ -265,6 +278,7 @@ TEST_F(LocaleTest, ThatIsNoTextIsTheDefault) {
 }
 
 TEST_F(LocaleTest, FromADamagedListIsTheDefault) {
+  proves("USER-3");
   _sandbox.writeFile(globals("/Users/alice"), "<plist><dict><key>AppleLocale</key>");
 
   ASSERT_EQ(0, install().status);
@@ -281,6 +295,7 @@ TEST_F(LocaleTest, FromAListOfAnotherShapeIsTheDefault) {
 }
 
 TEST_F(LocaleTest, OfTheEnvironmentDoesNotCount) {
+  proves("USER-3");
   RunOptions options;
   options.set("LANG", "de_DE.UTF-8").set("LC_ALL", "de_DE.UTF-8");
 
@@ -303,6 +318,7 @@ TEST_F(LocaleTest, IsReadAsTheConsoleUser) {
 // --- Surroundings of a start ---------------------------------------------------------------------
 
 TEST_F(ProvisioningTest, OutputAndErrorsGoToTheNullDeviceInputIsInherited) {
+  proves("CHILD-2");
   ASSERT_EQ(0, install().status);
 
   ASSERT_THAT(launches(), SizeIs(2));
@@ -314,6 +330,7 @@ TEST_F(ProvisioningTest, OutputAndErrorsGoToTheNullDeviceInputIsInherited) {
 }
 
 TEST_F(ProvisioningTest, NoOtherDescriptorIsHandedOn) {
+  proves("CHILD-2");
   ASSERT_EQ(0, install().status);
 
   for (const ChildRecord& launch : launches())
@@ -321,6 +338,7 @@ TEST_F(ProvisioningTest, NoOtherDescriptorIsHandedOn) {
 }
 
 TEST_F(ProvisioningTest, LauncherReadsTheInstallersInput) {
+  proves("CHILD-2");
   _sandbox.script("rcplauncher", 1, ChildScript().input());
   RunOptions options;
   options.input = "typed\n";
@@ -331,6 +349,7 @@ TEST_F(ProvisioningTest, LauncherReadsTheInstallersInput) {
 }
 
 TEST_F(ProvisioningTest, EnvironmentIsInherited) {
+  proves("CHILD-3");
   RunOptions options;
   options.set("QUILLMERE_TRIAL", "a b=c");
 
@@ -340,6 +359,7 @@ TEST_F(ProvisioningTest, EnvironmentIsInherited) {
 }
 
 TEST_F(ProvisioningTest, WorkingFolderAndMaskAreInherited) {
+  proves("CHILD-3");
   RunOptions options;
   options.directory = "/Users/alice";
   options.mask = 027;
@@ -353,6 +373,7 @@ TEST_F(ProvisioningTest, WorkingFolderAndMaskAreInherited) {
 }
 
 TEST_F(ProvisioningTest, SignalsAreDefaultAndUnblocked) {
+  proves("CHILD-4");
   ASSERT_EQ(0, install().status);
 
   for (const ChildRecord& launch : launches()) {
@@ -362,12 +383,14 @@ TEST_F(ProvisioningTest, SignalsAreDefaultAndUnblocked) {
 }
 
 TEST_F(ProvisioningTest, LauncherRunsAsTheInstallersUser) {
+  proves("CHILD-3");
   ASSERT_EQ(0, install().status);
 
   for (const ChildRecord& launch : launches()) EXPECT_EQ(0u, launch.user);
 }
 
 TEST_F(ProvisioningTest, LaunchersChatterIsDiscarded) {
+  proves("LAUNCH-6");
   _sandbox.script("rcplauncher", ChildScript()
                                      .print("noise\n")
                                      .printError("more noise\n")
@@ -381,18 +404,21 @@ TEST_F(ProvisioningTest, LaunchersChatterIsDiscarded) {
 }
 
 TEST_F(ProvisioningTest, LaunchersStatusIsIgnored) {
+  proves("LAUNCH-6");
   _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), "rc=0\n").exit(13));
 
   EXPECT_EQ(0, install().status);
 }
 
 TEST_F(ProvisioningTest, KilledLauncherIsJudgedByItsResultFile) {
+  proves("LAUNCH-6");
   _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), "rc=0\n").kill(SIGSEGV));
 
   EXPECT_EQ(0, install().status);
 }
 
 TEST_F(ProvisioningTest, RunsFollowOneAnother) {
+  proves("LAUNCH-6");
   // The second start would miss the first one's file if they overlapped.
   _sandbox.script("rcplauncher", 1, ChildScript().write("/tmp/first", "done"));
   _sandbox.script("rcplauncher", 2,
@@ -417,6 +443,7 @@ void PrintTo(const Result& result, std::ostream* stream) {
 class ResultTest : public ProvisioningTest, public ::testing::WithParamInterface<Result> {};
 
 TEST_P(ResultTest, DecidesTheRun) {
+  proves("RESULT-1");
   _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), GetParam().text));
 
   const RunResult result = install();
@@ -429,6 +456,7 @@ TEST_P(ResultTest, DecidesTheRun) {
 }
 
 TEST_P(ResultTest, StaysInPlaceAfterTheInstall) {
+  proves("RESULT-7");
   _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), GetParam().text));
 
   (void)install();
@@ -437,6 +465,7 @@ TEST_P(ResultTest, StaysInPlaceAfterTheInstall) {
 }
 
 TEST_P(ResultTest, DecidesTheRemovalsTexts) {
+  proves("REMOVE-8");
   recordHotfix("1.4");
   _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), GetParam().text));
 
@@ -473,6 +502,7 @@ INSTANTIATE_TEST_SUITE_P(
     CaseName());
 
 TEST_F(ProvisioningTest, MissingResultIsAFailure) {
+  proves("RESULT-1");
   _sandbox.script("rcplauncher", ChildScript());
 
   EXPECT_EQ(1, install().status);
@@ -481,6 +511,7 @@ TEST_F(ProvisioningTest, MissingResultIsAFailure) {
 }
 
 TEST_F(ProvisioningTest, StaleResultIsRemovedBeforeTheHotfixRunOnly) {
+  proves("RESULT-5");
   _sandbox.writeFile(_instance.result(), "rc=0\n");
   _sandbox.script("rcplauncher", ChildScript().snapshot(_instance.result()));
 
@@ -492,6 +523,7 @@ TEST_F(ProvisioningTest, StaleResultIsRemovedBeforeTheHotfixRunOnly) {
 }
 
 TEST_F(ProvisioningTest, StaleResultIsRemovedOnceBeforeBothRemovalRuns) {
+  proves("RESULT-5");
   recordHotfix("1.4");
   _sandbox.writeFile(_instance.result(), "rc=7\n");
   _sandbox.script("rcplauncher",
@@ -507,6 +539,7 @@ TEST_F(ProvisioningTest, StaleResultIsRemovedOnceBeforeBothRemovalRuns) {
 }
 
 TEST_F(ProvisioningTest, StaleResultStaysOnTheFailurePath) {
+  proves("RESULT-5");
   _sandbox.remove(_instance.deploy("install.xml"));
   _sandbox.writeFile(_instance.result(), "rc=0\n");
   _sandbox.script("rcplauncher", ChildScript());
@@ -517,6 +550,7 @@ TEST_F(ProvisioningTest, StaleResultStaysOnTheFailurePath) {
 }
 
 TEST_F(ProvisioningTest, FolderInTheResultsPlaceIsAFailureAndIsRemovedAsStale) {
+  proves("RESULT-4");
   _sandbox.makeFolder(_instance.result());
   _sandbox.script("rcplauncher", ChildScript().snapshot(_instance.result()));
 
@@ -526,6 +560,7 @@ TEST_F(ProvisioningTest, FolderInTheResultsPlaceIsAFailureAndIsRemovedAsStale) {
 }
 
 TEST_F(ProvisioningTest, FolderLeftAsResultIsAFailure) {
+  proves("RESULT-4");
   _sandbox.script("rcplauncher", 2, ChildScript().folder(_instance.result()));
 
   EXPECT_EQ(1, install().status);
@@ -534,6 +569,7 @@ TEST_F(ProvisioningTest, FolderLeftAsResultIsAFailure) {
 // --- A launcher that cannot be started -----------------------------------------------------------
 
 TEST_F(ProvisioningTest, MissingLauncherIsLoggedAndTheRunGoesOn) {
+  proves("LAUNCH-7");
   _sandbox.remove(_instance.launcher());
 
   EXPECT_EQ(1, install().status);
@@ -546,6 +582,7 @@ TEST_F(ProvisioningTest, MissingLauncherIsLoggedAndTheRunGoesOn) {
 }
 
 TEST_F(ProvisioningTest, LauncherThatMayNotRunIsLoggedWithItsReason) {
+  proves("LAUNCH-7");
   _sandbox.setMode(_instance.launcher(), 0644);
 
   (void)install();
@@ -555,6 +592,7 @@ TEST_F(ProvisioningTest, LauncherThatMayNotRunIsLoggedWithItsReason) {
 }
 
 TEST_F(ProvisioningTest, LauncherOfAnUnknownFormatIsLogged) {
+  proves("LAUNCH-7");
   _sandbox.writeFile(_instance.launcher(), "\x01\x02 no program", 0755);
 
   EXPECT_EQ(1, install().status);
@@ -563,6 +601,7 @@ TEST_F(ProvisioningTest, LauncherOfAnUnknownFormatIsLogged) {
 }
 
 TEST_F(ProvisioningTest, FolderInTheLaunchersPlaceIsLogged) {
+  proves("LAUNCH-7");
   _sandbox.remove(_instance.launcher());
   _sandbox.makeFolder(_instance.launcher());
 
@@ -572,6 +611,7 @@ TEST_F(ProvisioningTest, FolderInTheLaunchersPlaceIsLogged) {
 }
 
 TEST_F(ProvisioningTest, MissingLauncherOnTheFailurePathStillLeavesTheMarker) {
+  proves("FAILURE-6");
   _sandbox.remove(_instance.deploy("install.xml"));
   _sandbox.remove(_instance.launcher());
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -29,11 +30,13 @@ class TracingTest : public InstallerTest {
 };
 
 TEST_F(TracingTest, NewTraceFileHasItsModeWhateverTheMask) {
+  proves("LOG-6");
   ASSERT_EQ(0, install().status);
   EXPECT_EQ(0644u, _sandbox.mode(kTrace));
 }
 
 TEST_F(TracingTest, SecondRunStartsAnEmptyFile) {
+  proves("LOG-6");
   ASSERT_EQ(0, install().status);
   const std::size_t first = _sandbox.trace().size();
   ASSERT_GT(first, 0u);
@@ -46,6 +49,7 @@ TEST_F(TracingTest, SecondRunStartsAnEmptyFile) {
 }
 
 TEST_F(TracingTest, LongerOldTextIsGone) {
+  proves("LOG-6");
   _sandbox.writeFile(kTrace, std::string(1 << 20, 'x'));
 
   ASSERT_EQ(0, install().status);
@@ -54,6 +58,7 @@ TEST_F(TracingTest, LongerOldTextIsGone) {
 }
 
 TEST_F(TracingTest, EveryLineEndsInALineFeed) {
+  proves("LOG-3");
   ASSERT_EQ(0, install().status);
 
   EXPECT_THAT(*_sandbox.readFile(kTrace), EndsWith("\n"));
@@ -64,6 +69,7 @@ class TracePreferenceTest : public InstallerTest,
                             public ::testing::WithParamInterface<std::string> {};
 
 TEST_P(TracePreferenceTest, CannotSwitchTracingOff) {
+  proves("LOG-5");
   _sandbox.writeFile(kPreferences, GetParam());
 
   ASSERT_EQ(0, install().status);
@@ -82,6 +88,7 @@ INSTANTIATE_TEST_SUITE_P(
                       std::string("damaged"), std::string()));
 
 TEST_F(TracingTest, TraceFileThatCannotBeMadeIsDoneWithout) {
+  proves("LOG-8");
   _sandbox.makeFolder(std::string(kTrace) + "/x");
 
   const RunResult result = install();
@@ -92,6 +99,7 @@ TEST_F(TracingTest, TraceFileThatCannotBeMadeIsDoneWithout) {
 }
 
 TEST_F(TracingTest, LineBreakInAPathIsShownEscapedOnOneLine) {
+  proves("LOG-3");
   ASSERT_EQ(1, _sandbox.run({"/no\nPackage\t", "/Applications"}).status);
 
   // Every line of the file parses, and none is cut short.
@@ -136,6 +144,7 @@ void PrintTo(const Running& running, std::ostream* stream) {
 class RunningTest : public TracingTest, public ::testing::WithParamInterface<Running> {};
 
 TEST_P(RunningTest, IsToldByThePathsBeginningWithoutCase) {
+  proves("CHECK-6");
   _sandbox.copyChildProgram(GetParam().program);
   RunOptions options;
   options.background = {{GetParam().program, "--idle"}};
@@ -159,6 +168,7 @@ INSTANTIATE_TEST_SUITE_P(
     CaseName());
 
 TEST_F(TracingTest, ListingStopsAtTheFirstMatch) {
+  proves("CHECK-8");
   _sandbox.copyChildProgram(_instance.bundle + "/Contents/MacOS/Quillmere");
   RunOptions options;
   options.background = {{_instance.bundle + "/Contents/MacOS/Quillmere", "--idle"}};
@@ -173,6 +183,7 @@ TEST_F(TracingTest, ListingStopsAtTheFirstMatch) {
 }
 
 TEST_F(TracingTest, ProgramThroughALinkIsFoundByItsOwnPath) {
+  proves("CHECK-7");
   _sandbox.copyChildProgram(_instance.bundle + "/Contents/MacOS/Quillmere");
   _sandbox.makeLink("/opt/start", _instance.bundle + "/Contents/MacOS/Quillmere");
   RunOptions options;
@@ -182,6 +193,7 @@ TEST_F(TracingTest, ProgramThroughALinkIsFoundByItsOwnPath) {
 }
 
 TEST_F(TracingTest, DestinationThroughALinkFindsTheRunningProgram) {
+  proves("CHECK-7");
   _sandbox.copyChildProgram(_instance.bundle + "/Contents/MacOS/Quillmere");
   _sandbox.makeLink("/apps", "/Applications");
   RunOptions options;

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -48,6 +49,7 @@ class UninstallTest : public InstallerTest {
 };
 
 TEST_F(UninstallTest, PrintsOneLineOnSuccess) {
+  proves("RUN-2", "REMOVE-4");
   const RunResult result = install();
 
   EXPECT_EQ(0, result.status);
@@ -56,6 +58,7 @@ TEST_F(UninstallTest, PrintsOneLineOnSuccess) {
 }
 
 TEST_F(UninstallTest, ManifestBecomesTheProvisioningManifestUnresolvedAndIsConsumed) {
+  proves("REMOVE-1");
   _sandbox.script(
       "rcplauncher", 1,
       watching({_instance.deploy("install.update.xml"), _instance.deploy("uninstall.hotfix.xml")}));
@@ -68,6 +71,7 @@ TEST_F(UninstallTest, ManifestBecomesTheProvisioningManifestUnresolvedAndIsConsu
 }
 
 TEST_F(UninstallTest, OldProvisioningManifestIsReplaced) {
+  proves("REMOVE-1");
   _sandbox.writeFile(_instance.deploy("install.update.xml"), "<old/>");
   _sandbox.script("rcplauncher", 1, watching({_instance.deploy("install.update.xml")}));
 
@@ -77,6 +81,7 @@ TEST_F(UninstallTest, OldProvisioningManifestIsReplaced) {
 }
 
 TEST_F(UninstallTest, InstallManifestIsBackedUpUnderTheOldVersionBeforeTheNewStamp) {
+  proves("REMOVE-2");
   const StampWatch watch;
   _sandbox.script("rcplauncher", 1,
                   watching({_instance.deploy("install.0101200000.xml"),
@@ -96,6 +101,7 @@ TEST_F(UninstallTest, InstallManifestIsBackedUpUnderTheOldVersionBeforeTheNewSta
 }
 
 TEST_F(UninstallTest, RecordsAreGoneBeforeTheUntouchedInstancesRun) {
+  proves("REMOVE-4");
   _sandbox.script("rcplauncher", 3, watching({_instance.info()}));
 
   ASSERT_EQ(0, install().status);
@@ -105,6 +111,7 @@ TEST_F(UninstallTest, RecordsAreGoneBeforeTheUntouchedInstancesRun) {
 }
 
 TEST_F(UninstallTest, ReceiptOfTheRecordedIdentifierIsForgotten) {
+  proves("RECEIPT-1");
   _sandbox.installChild("/usr/sbin/pkgutil");
 
   ASSERT_EQ(0, install().status);
@@ -118,6 +125,7 @@ TEST_F(UninstallTest, ReceiptOfTheRecordedIdentifierIsForgotten) {
 }
 
 TEST_F(UninstallTest, ReceiptIsForgottenBetweenTheRemovalRunsAndTheUpdateRun) {
+  proves("RECEIPT-1");
   _sandbox.installChild("/usr/sbin/pkgutil");
 
   ASSERT_EQ(0, install().status);
@@ -129,6 +137,7 @@ TEST_F(UninstallTest, ReceiptIsForgottenBetweenTheRemovalRunsAndTheUpdateRun) {
 }
 
 TEST_F(UninstallTest, ReceiptIsForgottenWhileTheIdentifierIsStillRecorded) {
+  proves("REMOVE-4");
   _sandbox.installChild("/usr/sbin/pkgutil");
   _sandbox.script("pkgutil", ChildScript().snapshot(_instance.info()).snapshot(_instance.result()));
 
@@ -142,6 +151,7 @@ TEST_F(UninstallTest, ReceiptIsForgottenWhileTheIdentifierIsStillRecorded) {
 }
 
 TEST_F(UninstallTest, ReceiptToolsChatterAndStatusAreIgnored) {
+  proves("RECEIPT-2");
   _sandbox.installChild("/usr/sbin/pkgutil");
   _sandbox.script("pkgutil", ChildScript().print("noise").printError("noise").exit(1));
 
@@ -153,12 +163,14 @@ TEST_F(UninstallTest, ReceiptToolsChatterAndStatusAreIgnored) {
 }
 
 TEST_F(UninstallTest, MissingReceiptToolIsNoErrorAndNoLine) {
+  proves("RECEIPT-2");
   ASSERT_EQ(0, install().status);
 
   EXPECT_THAT(_sandbox.texts("Error"), IsEmpty());
 }
 
 TEST_F(UninstallTest, WithoutRecordedIdentifierNothingIsForgotten) {
+  proves("RECEIPT-1");
   _sandbox.installChild("/usr/sbin/pkgutil");
   writeInfo({{"hotfixVersion", ListValue::string("1.4")}});
 
@@ -168,6 +180,7 @@ TEST_F(UninstallTest, WithoutRecordedIdentifierNothingIsForgotten) {
 }
 
 TEST_F(UninstallTest, IdentifierIsPassedAsItStands) {
+  proves("RECEIPT-1");
   _sandbox.installChild("/usr/sbin/pkgutil");
   writeInfo({{"hotfixVersion", ListValue::string("1.4")},
              {"installedHotfixBundleID", ListValue::string("--all; rm \"x\" $(y)")}});
@@ -193,6 +206,7 @@ TEST_F(UninstallTest, SuccessRestoresTheDataFolderOnly) {
 }
 
 TEST_F(UninstallTest, SuccessRestoresGivenDataAndLeavesTheOther) {
+  proves("REMOVE-6");
   _sandbox.writeFile("/Users/alice/ws/log.txt", "x", 0600);
   _sandbox.writeFile(_instance.data() + "/log.txt", "x", 0600);
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
@@ -204,6 +218,7 @@ TEST_F(UninstallTest, SuccessRestoresGivenDataAndLeavesTheOther) {
 }
 
 TEST_F(UninstallTest, FailureRestoresNothing) {
+  proves("REMOVE-6");
   failRemoval();
   _sandbox.writeFile(_instance.data() + "/log.txt", "x", 0600);
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
@@ -216,6 +231,7 @@ TEST_F(UninstallTest, FailureRestoresNothing) {
 // --- Failures ------------------------------------------------------------------------------------
 
 TEST_F(UninstallTest, MissingManifestIsToldTwiceAndTheInstallGoesOn) {
+  proves("REMOVE-9");
   _sandbox.remove(_instance.deploy("uninstall.hotfix.xml"));
 
   const RunResult result = install();
@@ -243,6 +259,7 @@ TEST_F(UninstallTest, MissingManifestKeepsEveryRecord) {
 }
 
 TEST_F(UninstallTest, ManifestThatCannotBeCopiedIsToldInBothForms) {
+  proves("REMOVE-10");
   _sandbox.remove(_instance.deploy("uninstall.hotfix.xml"));
   _sandbox.makePipe(_instance.deploy("uninstall.hotfix.xml"));
 
@@ -254,6 +271,7 @@ TEST_F(UninstallTest, ManifestThatCannotBeCopiedIsToldInBothForms) {
 }
 
 TEST_F(UninstallTest, ManifestThatCannotBeCopiedStaysAndTheInstallGoesOn) {
+  proves("REMOVE-10");
   _sandbox.remove(_instance.deploy("uninstall.hotfix.xml"));
   _sandbox.makePipe(_instance.deploy("uninstall.hotfix.xml"));
   _sandbox.remove(_package.deployFile("uninstall.hotfix.xml"));
@@ -265,6 +283,7 @@ TEST_F(UninstallTest, ManifestThatCannotBeCopiedStaysAndTheInstallGoesOn) {
 }
 
 TEST_F(UninstallTest, FailedRunIsToldAndClearsTheVersionAlone) {
+  proves("REMOVE-8");
   _sandbox.installChild("/usr/sbin/pkgutil");
   failRemoval();
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
@@ -284,6 +303,7 @@ TEST_F(UninstallTest, FailedRunIsToldAndClearsTheVersionAlone) {
 }
 
 TEST_F(UninstallTest, FailedRunSendsNoRecordAndDoesNotStopTheInstall) {
+  proves("REMOVE-8");
   failRemoval();
 
   EXPECT_EQ(0, install().status);
@@ -293,18 +313,21 @@ TEST_F(UninstallTest, FailedRunSendsNoRecordAndDoesNotStopTheInstall) {
 }
 
 TEST_F(UninstallTest, SecondRunsResultCounts) {
+  proves("REMOVE-3");
   _sandbox.script("rcplauncher", 1, ChildScript().write(_instance.result(), "rc=1\n"));
 
   EXPECT_EQ(kCompleted, install().out);
 }
 
 TEST_F(UninstallTest, FirstRunsResultCountsWhenTheSecondLeavesNone) {
+  proves("REMOVE-3");
   _sandbox.script("rcplauncher", 2, ChildScript());
 
   EXPECT_EQ(kCompleted, install().out);
 }
 
 TEST_F(UninstallTest, MissingLauncherPropertiesDoNotStopTheRemoval) {
+  proves("REMOVE-2");
   _sandbox.remove(_instance.launcherProperties());
 
   EXPECT_EQ(kCompleted, install().out);
@@ -314,6 +337,7 @@ TEST_F(UninstallTest, MissingLauncherPropertiesDoNotStopTheRemoval) {
 }
 
 TEST_F(UninstallTest, OtherRecordsAreKept) {
+  proves("REMOVE-5");
   writeInfo({{"version", ListValue::string("8.5.2")},
              {"hotfixVersion", ListValue::string("1.4")},
              {"extra", ListValue::integer(3)}});
@@ -326,6 +350,7 @@ TEST_F(UninstallTest, OtherRecordsAreKept) {
 }
 
 TEST_F(UninstallTest, RefusedPackageRemovesNothing) {
+  proves("VERSION-7");
   recordHotfix("1.6");
 
   const RunResult result = install();

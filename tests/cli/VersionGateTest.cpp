@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -34,6 +35,7 @@ class VersionsTest : public InstallerTest, public ::testing::WithParamInterface<
 };
 
 TEST_P(VersionsTest, DecideWhetherThePackageIsRefused) {
+  proves("VERSION-1");
   const RunResult result = install();
 
   EXPECT_EQ(GetParam().refused ? 1 : 0, result.status);
@@ -43,6 +45,7 @@ TEST_P(VersionsTest, DecideWhetherThePackageIsRefused) {
 }
 
 TEST_P(VersionsTest, AreLoggedPackageFirst) {
+  proves("VERSION-3");
   (void)install();
 
   const auto texts = _sandbox.texts();
@@ -53,6 +56,7 @@ TEST_P(VersionsTest, AreLoggedPackageFirst) {
 }
 
 TEST_P(VersionsTest, AnyInstalledOneThatIsNotRefusedIsRemovedFirst) {
+  proves("VERSION-6");
   (void)install();
 
   const bool removed =
@@ -79,6 +83,7 @@ INSTANTIATE_TEST_SUITE_P(Pairs, VersionsTest,
 class VersionGateTest : public InstallerTest {};
 
 TEST_F(VersionGateTest, RefusalIsLoggedAsAnError) {
+  proves("VERSION-3");
   recordHotfix("1.6");
 
   ASSERT_EQ(1, install().status);
@@ -88,6 +93,7 @@ TEST_F(VersionGateTest, RefusalIsLoggedAsAnError) {
 }
 
 TEST_F(VersionGateTest, AbsentInstalledVersionPasses) {
+  proves("VERSION-4");
   ASSERT_EQ(0, install().status);
 
   EXPECT_THAT(_sandbox.texts(), Contains("Installed hotfix version: (null)."));
@@ -96,6 +102,7 @@ TEST_F(VersionGateTest, AbsentInstalledVersionPasses) {
 }
 
 TEST_F(VersionGateTest, AbsentPackageVersionPassesAndTheOldOneIsRemoved) {
+  proves("VERSION-4");
   recordHotfix("1.6");
   _package.unset("version");
   writePreferences();
@@ -107,6 +114,7 @@ TEST_F(VersionGateTest, AbsentPackageVersionPassesAndTheOldOneIsRemoved) {
 }
 
 TEST_F(VersionGateTest, AbsentPackageVersionRecordsNone) {
+  proves("INSTALL-11");
   _package.unset("version");
   writePreferences();
 
@@ -117,6 +125,7 @@ TEST_F(VersionGateTest, AbsentPackageVersionRecordsNone) {
 }
 
 TEST_F(VersionGateTest, VersionThatIsNoTextCountsAsAbsent) {
+  proves("VERSION-4");
   recordHotfix("1.6");
   _package.set("version", ListValue::integer(1));
   writePreferences();
@@ -127,6 +136,7 @@ TEST_F(VersionGateTest, VersionThatIsNoTextCountsAsAbsent) {
 }
 
 TEST_F(VersionGateTest, InstalledVersionThatIsNoTextCountsAsAbsent) {
+  proves("VERSION-4");
   writeInfo({{"hotfixVersion", ListValue::integer(9)}});
 
   ASSERT_EQ(0, install().status);
@@ -135,6 +145,7 @@ TEST_F(VersionGateTest, InstalledVersionThatIsNoTextCountsAsAbsent) {
 }
 
 TEST_F(VersionGateTest, EmptyInstalledVersionIsAVersion) {
+  proves("VERSION-6");
   recordHotfix("");
 
   ASSERT_EQ(0, install().status);
@@ -145,6 +156,7 @@ TEST_F(VersionGateTest, EmptyInstalledVersionIsAVersion) {
 }
 
 TEST_F(VersionGateTest, BinaryInstallInfoIsReadAndWrittenAsXml) {
+  proves("INFO-1");
   _sandbox.writeFile(
       _instance.info(),
       binaryList(ListValue::dictionary({{"hotfixVersion", ListValue::string("1.2")},
@@ -182,6 +194,7 @@ class PolicyTest : public InstallerTest, public ::testing::WithParamInterface<Po
 };
 
 TEST_P(PolicyTest, DecidesWhetherRunningIsChecked) {
+  proves("CHECK-9");
   const std::string program = _instance.bundle + "/Contents/MacOS/Quillmere";
   _sandbox.copyChildProgram(program);
   RunOptions options;
@@ -196,6 +209,7 @@ TEST_P(PolicyTest, DecidesWhetherRunningIsChecked) {
 }
 
 TEST_P(PolicyTest, IsRecordedInTheInstance) {
+  proves("INSTALL-12");
   ASSERT_EQ(0, install().status);
 
   EXPECT_EQ(GetParam().skips ? "true" : "false", recorded("SKIPRUNNINGCHECK"));
@@ -216,6 +230,7 @@ INSTANTIATE_TEST_SUITE_P(
     CaseName());
 
 TEST_F(VersionGateTest, SkippedRunningCheckListsNoProcesses) {
+  proves("CHECK-9");
   _package.set("SKIPRUNNINGCHECK", "true");
   writePreferences();
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "cli/Fixtures.h"
+#include "support/Proves.h"
 
 namespace installer::cli {
 namespace {
@@ -31,6 +32,7 @@ class WorkflowTest : public InstallerTest {
 // --- Order ---------------------------------------------------------------------------------------
 
 TEST_F(WorkflowTest, NothingOfTheHotfixIsThereBeforeTheUntouchedInstancesRun) {
+  proves("SUCCESS-2");
   const auto before = _sandbox.tree(_instance.home());
   _sandbox.script("rcplauncher", 1,
                   watching({_instance.deploy(""), _instance.deploy(".keystore"),
@@ -46,6 +48,7 @@ TEST_F(WorkflowTest, NothingOfTheHotfixIsThereBeforeTheUntouchedInstancesRun) {
 }
 
 TEST_F(WorkflowTest, EverythingButTheRecordsIsThereBeforeTheHotfixRun) {
+  proves("INSTALL-1");
   const StampWatch watch;
   _sandbox.script(
       "rcplauncher", 2,
@@ -72,6 +75,7 @@ TEST_F(WorkflowTest, EverythingButTheRecordsIsThereBeforeTheHotfixRun) {
 }
 
 TEST_F(WorkflowTest, RecordsOfTheInstallComeAfterTheHotfixRun) {
+  proves("INSTALL-1");
   ASSERT_EQ(0, install().status);
 
   const ListValue info = listAt(_instance.info());
@@ -85,6 +89,7 @@ TEST_F(WorkflowTest, RecordsOfTheInstallComeAfterTheHotfixRun) {
 // --- Defaults and variables ----------------------------------------------------------------------
 
 TEST_F(WorkflowTest, OwnManifestMovesKeyStoreAndExtrasAlong) {
+  proves("PACKAGE-7");
   _package.set("pathToHotfixManifest", "/x/y/install.hotfix.xml");
   writePreferences();
   _sandbox.writeFile("/x/y/install.hotfix.xml", kSimpleManifest);
@@ -101,6 +106,7 @@ TEST_F(WorkflowTest, OwnManifestMovesKeyStoreAndExtrasAlong) {
 }
 
 TEST_F(WorkflowTest, OwnKeyStoreAndExtrasStayWhereTheyAreNamed) {
+  proves("PACKAGE-7");
   _package.set("keystore", "/k").set("extras", "${package}/more");
   writePreferences();
   _sandbox.writeFile("/k/.keystore", "named key\n");
@@ -129,6 +135,7 @@ class EmptyPreferenceTest : public InstallerTest,
 };
 
 TEST_P(EmptyPreferenceTest, GetsItsDefault) {
+  proves("PACKAGE-5", "PACKAGE-6");
   _package.set(GetParam(), "");
   writePreferences();
 
@@ -138,6 +145,7 @@ TEST_P(EmptyPreferenceTest, GetsItsDefault) {
 }
 
 TEST_P(EmptyPreferenceTest, OfAnotherTypeGetsItsDefaultToo) {
+  proves("PACKAGE-6");
   _package.set(GetParam(), ListValue::integer(3));
   writePreferences();
 
@@ -153,6 +161,7 @@ INSTANTIATE_TEST_SUITE_P(Keys, EmptyPreferenceTest,
                          [](const auto& given) { return given.param; });
 
 TEST_F(WorkflowTest, EveryOccurrenceOfThePackageVariableIsReplaced) {
+  proves("PACKAGE-8");
   _package.set("pathToPluginCustomization", "${package}/a${package}/b.ini");
   writePreferences();
   _sandbox.writeFile(_package.folder + "/a" + _package.folder + "/b.ini", "z=9\n");
@@ -163,6 +172,7 @@ TEST_F(WorkflowTest, EveryOccurrenceOfThePackageVariableIsReplaced) {
 }
 
 TEST_F(WorkflowTest, VariableInTheVersionIsReplacedInTheRecord) {
+  proves("PACKAGE-8");
   _package.set("version", "${package}");
   writePreferences();
 
@@ -172,6 +182,7 @@ TEST_F(WorkflowTest, VariableInTheVersionIsReplacedInTheRecord) {
 }
 
 TEST_F(WorkflowTest, OtherVariablesAndCapitalsAreLeft) {
+  proves("PACKAGE-8");
   _package.set("pathToPluginCustomization", "${PACKAGE}/b.ini");
   writePreferences();
 
@@ -181,6 +192,7 @@ TEST_F(WorkflowTest, OtherVariablesAndCapitalsAreLeft) {
 }
 
 TEST_F(WorkflowTest, PackagePathWithATrailingSlashWorks) {
+  proves("PACKAGE-8");
   EXPECT_EQ(0, _sandbox.run({_package.folder + "/", _destination}).status);
 
   EXPECT_EQ("new key\n", _sandbox.readFile(_instance.deploy(".keystore")));
@@ -190,6 +202,7 @@ TEST_F(WorkflowTest, PackagePathWithATrailingSlashWorks) {
 // --- Failures ------------------------------------------------------------------------------------
 
 TEST_F(WorkflowTest, MissingManifestStopsBeforeAnythingElse) {
+  proves("INSTALL-8");
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
 
   EXPECT_EQ(1, install().status);
@@ -204,6 +217,7 @@ TEST_F(WorkflowTest, MissingManifestStopsBeforeAnythingElse) {
 }
 
 TEST_F(WorkflowTest, FailedWorkflowStillCollectsTheLogs) {
+  proves("SUCCESS-7");
   installJava();
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
 
@@ -213,6 +227,7 @@ TEST_F(WorkflowTest, FailedWorkflowStillCollectsTheLogs) {
 }
 
 TEST_F(WorkflowTest, FailedWorkflowCleansNothingUp) {
+  proves("SUCCESS-7");
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
 
   EXPECT_EQ(1, install().status);
@@ -223,6 +238,7 @@ TEST_F(WorkflowTest, FailedWorkflowCleansNothingUp) {
 }
 
 TEST_F(WorkflowTest, MalformedManifestIsCopiedAndStopsTheWorkflow) {
+  proves("INSTALL-8");
   _sandbox.writeFile(_package.deployFile("install.hotfix.xml"), "<a url='${installer.root}'>");
 
   EXPECT_EQ(1, install().status);
@@ -233,6 +249,7 @@ TEST_F(WorkflowTest, MalformedManifestIsCopiedAndStopsTheWorkflow) {
 }
 
 TEST_F(WorkflowTest, MissingOptionalFilesDoNotStopTheInstall) {
+  proves("INSTALL-10");
   for (const char* name :
        {"uninstall.hotfix.xml", "plugin_customization.ini", ".keystore", "extras"})
     _sandbox.remove(_package.deployFile(name));
@@ -248,6 +265,7 @@ TEST_F(WorkflowTest, MissingOptionalFilesDoNotStopTheInstall) {
 }
 
 TEST_F(WorkflowTest, UninstallManifestThatCannotBeCopiedIsAWarning) {
+  proves("INSTALL-9");
   _sandbox.remove(_package.deployFile("uninstall.hotfix.xml"));
   _sandbox.makePipe(_package.deployFile("uninstall.hotfix.xml"));
 
@@ -257,6 +275,7 @@ TEST_F(WorkflowTest, UninstallManifestThatCannotBeCopiedIsAWarning) {
 }
 
 TEST_F(WorkflowTest, FailedProvisioningStillStoresPolicyBundleAndConfiguration) {
+  proves("INSTALL-3");
   writeInfo({{"version", ListValue::string("8.5.2")}});
   _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), "rc=1\n"));
 
@@ -270,6 +289,7 @@ TEST_F(WorkflowTest, FailedProvisioningStillStoresPolicyBundleAndConfiguration) 
 }
 
 TEST_F(WorkflowTest, FailedProvisioningStillRestoresPermissions) {
+  proves("INSTALL-3");
   _sandbox.setMode(_instance.customization(), 0600);
   _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), "rc=1\n"));
 
@@ -289,6 +309,7 @@ class DoubledRunTest : public WorkflowTest {
 };
 
 TEST_F(DoubledRunTest, SecondAnswerDecidesForFailure) {
+  proves("SUCCESS-4");
   _sandbox.script("rcplauncher", 3, ChildScript().write(_instance.result(), "rc=1\n"));
 
   EXPECT_EQ(1, install().status);
@@ -297,6 +318,7 @@ TEST_F(DoubledRunTest, SecondAnswerDecidesForFailure) {
 }
 
 TEST_F(DoubledRunTest, SecondAnswerDecidesForSuccess) {
+  proves("SUCCESS-4");
   _sandbox.script("rcplauncher", 2, ChildScript().write(_instance.result(), "rc=1\n"));
 
   EXPECT_EQ(0, install().status);
@@ -305,6 +327,7 @@ TEST_F(DoubledRunTest, SecondAnswerDecidesForSuccess) {
 }
 
 TEST_F(DoubledRunTest, StopsTwiceAtAMissingManifest) {
+  proves("SUCCESS-6");
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
   const auto before = _sandbox.tree(_instance.deploy(""));
 
@@ -331,6 +354,7 @@ TEST_F(DoubledRunTest, StopsTwiceAtAManifestThatIsNone) {
 }
 
 TEST_F(DoubledRunTest, MakesOneServiceForBoth) {
+  proves("SUCCESS-6");
   ASSERT_EQ(0, install().status);
 
   const auto texts = _sandbox.texts();
@@ -339,6 +363,7 @@ TEST_F(DoubledRunTest, MakesOneServiceForBoth) {
 }
 
 TEST_F(DoubledRunTest, FlagMadeByTheUntouchedInstancesRunPreventsIt) {
+  proves("SUCCESS-5");
   _sandbox.makeFolder(_instance.data());
   _sandbox.script("rcplauncher", 1, ChildScript().folder(_instance.data() + "/.config"));
 
@@ -348,6 +373,7 @@ TEST_F(DoubledRunTest, FlagMadeByTheUntouchedInstancesRunPreventsIt) {
 }
 
 TEST_F(DoubledRunTest, FlagMadeByTheFirstWorkflowDoesNotPreventTheSecond) {
+  proves("SUCCESS-5");
   _sandbox.makeFolder(_instance.data());
   _sandbox.script(
       "rcplauncher", 2,
@@ -359,6 +385,7 @@ TEST_F(DoubledRunTest, FlagMadeByTheFirstWorkflowDoesNotPreventTheSecond) {
 }
 
 TEST_F(DoubledRunTest, FileAsFlagCounts) {
+  proves("SUCCESS-5");
   _sandbox.writeFile(_instance.data() + "/.config", "");
 
   EXPECT_EQ(0, install().status);
@@ -367,6 +394,7 @@ TEST_F(DoubledRunTest, FileAsFlagCounts) {
 }
 
 TEST_F(DoubledRunTest, FlagIsLookedForInTheGivenData) {
+  proves("SUCCESS-5");
   _sandbox.makeFolder("/Users/alice/ws/.config");
 
   EXPECT_EQ(0, installWithData("/Users/alice/ws").status);
@@ -375,6 +403,7 @@ TEST_F(DoubledRunTest, FlagIsLookedForInTheGivenData) {
 }
 
 TEST_F(DoubledRunTest, FlagBelowTheHomeDoesNotCountForGivenData) {
+  proves("SUCCESS-5");
   _sandbox.makeFolder(_instance.data() + "/.config");
 
   EXPECT_EQ(0, installWithData("/Users/alice/ws").status);
@@ -383,6 +412,7 @@ TEST_F(DoubledRunTest, FlagBelowTheHomeDoesNotCountForGivenData) {
 }
 
 TEST_F(DoubledRunTest, LeavesTheSameInstanceAsASingleOne) {
+  proves("SUCCESS-6");
   ASSERT_EQ(0, install().status);
 
   EXPECT_EQ("a=1\nb=3\nc=4\n", _sandbox.readFile(_instance.customization()));
@@ -394,6 +424,7 @@ TEST_F(DoubledRunTest, LeavesTheSameInstanceAsASingleOne) {
 // --- Result panel --------------------------------------------------------------------------------
 
 TEST_F(WorkflowTest, ConfigurationNamesDataAndHome) {
+  proves("INSTALL-14");
   ASSERT_EQ(0, installWithData("/Users/alice/ws").status);
 
   const ListValue configuration = listAt(kConfiguration);
@@ -403,6 +434,7 @@ TEST_F(WorkflowTest, ConfigurationNamesDataAndHome) {
 }
 
 TEST_F(WorkflowTest, ConfigurationKeepsWhatOthersLeft) {
+  proves("INSTALL-14");
   _sandbox.writeFile(
       kConfiguration,
       xmlList(ListValue::dictionary({{"productName", ListValue::string("Quillmere")},
@@ -420,6 +452,7 @@ TEST_F(WorkflowTest, ConfigurationKeepsWhatOthersLeft) {
 }
 
 TEST_F(WorkflowTest, StalePanelFileIsRemoved) {
+  proves("INSTALL-14");
   _sandbox.writeFile("/tmp/qlm.config", "old");
 
   ASSERT_EQ(0, install().status);
@@ -428,6 +461,7 @@ TEST_F(WorkflowTest, StalePanelFileIsRemoved) {
 }
 
 TEST_F(WorkflowTest, StalePanelFileStaysWhenTheWorkflowStops) {
+  proves("INSTALL-8");
   _sandbox.writeFile("/tmp/qlm.config", "old");
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
 
@@ -437,6 +471,7 @@ TEST_F(WorkflowTest, StalePanelFileStaysWhenTheWorkflowStops) {
 }
 
 TEST_F(WorkflowTest, StalePanelFileStaysWhenACheckFails) {
+  proves("INSTALL-14");
   _sandbox.writeFile("/tmp/qlm.config", "old");
   _sandbox.remove(_instance.deploy("install.xml"));
 
@@ -448,6 +483,7 @@ TEST_F(WorkflowTest, StalePanelFileStaysWhenACheckFails) {
 // --- Recorded bundle identifier ------------------------------------------------------------------
 
 TEST_F(WorkflowTest, PackageWithoutInfoListRecordsNoIdentifier) {
+  proves("INSTALL-12");
   _sandbox.remove(_package.folder + "/Contents/Info.plist");
 
   ASSERT_EQ(0, install().status);
@@ -456,6 +492,7 @@ TEST_F(WorkflowTest, PackageWithoutInfoListRecordsNoIdentifier) {
 }
 
 TEST_F(WorkflowTest, PackageWithoutIdentifierDropsAnOlderOne) {
+  proves("INSTALL-12");
   writeInfo({{"installedHotfixBundleID", ListValue::string("old")}});
   _sandbox.writeFile(_package.folder + "/Contents/Info.plist", xmlList(ListValue::dictionary({})));
 
@@ -465,6 +502,7 @@ TEST_F(WorkflowTest, PackageWithoutIdentifierDropsAnOlderOne) {
 }
 
 TEST_F(WorkflowTest, BinaryInfoListOfThePackageIsRead) {
+  proves("INSTALL-12");
   _sandbox.writeFile(_package.folder + "/Contents/Info.plist",
                      binaryList(ListValue::dictionary(
                          {{"CFBundleIdentifier", ListValue::string("com.kiv.binary")}})));
@@ -475,6 +513,7 @@ TEST_F(WorkflowTest, BinaryInfoListOfThePackageIsRead) {
 }
 
 TEST_F(WorkflowTest, OtherRecordsSurviveInValueAndOrder) {
+  proves("INFO-2");
   writeInfo({{"z", ListValue::integer(-5)},
              {"version", ListValue::string("8.5.2")},
              {"when", ListValue::other("date", "2012-11-15T12:00:00Z")},

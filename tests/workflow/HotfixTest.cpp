@@ -5,6 +5,7 @@
 #include "hotfix/util/InstallUtil.h"
 #include "instance/ProvisioningCommand.h"
 #include "support/PackageFixture.h"
+#include "support/Proves.h"
 #include "support/TreeSnapshot.h"
 
 namespace installer::test {
@@ -44,6 +45,7 @@ class HotfixTest : public PackageFixture {
 };
 
 TEST_F(HotfixTest, BringsEverythingIntoTheInstance) {
+  proves("INSTALL-1");
   EXPECT_TRUE(install());
 
   EXPECT_THAT(deployed("install.update.xml"), HasSubstr("url=\"file:" + package() + "/site\""));
@@ -83,6 +85,7 @@ TEST_F(HotfixTest, LogsEveryStepInOrder) {
 }
 
 TEST_F(HotfixTest, StartsTheLauncherOnceWithThePackagesSites) {
+  proves("PACKAGE-5");
   EXPECT_TRUE(install());
 
   EXPECT_THAT(_sandbox.children().started(),
@@ -99,6 +102,7 @@ TEST_F(HotfixTest, OldResultIsRemovedBeforeTheRun) {
 }
 
 TEST_F(HotfixTest, StampIsNewAndBackupOldWhenTheLauncherRuns) {
+  proves("INSTALL-2");
   std::string properties;
   bool backedUp = false;
   _sandbox.children().onStart([&](const Command&) {
@@ -114,6 +118,7 @@ TEST_F(HotfixTest, StampIsNewAndBackupOldWhenTheLauncherRuns) {
 }
 
 TEST_F(HotfixTest, FailedProvisioningRecordsEverythingButTheVersion) {
+  proves("INSTALL-3");
   launcherAnswers("rc=1\n");
   writeInfo({{"version", "6.2.3"}});
   _sandbox.write(inHome("file"), "", 0600);
@@ -131,6 +136,7 @@ TEST_F(HotfixTest, FailedProvisioningRecordsEverythingButTheVersion) {
 }
 
 TEST_F(HotfixTest, PermissionsAreRestoredBelowHomeSharedAndData) {
+  proves("INSTALL-13");
   for (const std::string& file :
        {inHome("file"), inHome("../shared/file"), std::string("data/file")})
     _sandbox.write(file, "", 0600);
@@ -162,12 +168,14 @@ TEST_F(HotfixTest, ResultPanelIsToldWorkspaceAndHome) {
 }
 
 TEST_F(HotfixTest, WithoutDataFolderTheHomesOwnIsTaken) {
+  proves("INSTALL-5");
   EXPECT_TRUE(Hotfix(package(), destination(), std::nullopt).installNewHotfix());
 
   EXPECT_EQ(launcherArguments().back(), homePath("systemdata"));
 }
 
 TEST_F(HotfixTest, SecondRunStandsOnTheResultsOfTheFirst) {
+  proves("SUCCESS-6");
   Hotfix workflow = hotfix();
   EXPECT_TRUE(workflow.installNewHotfix());
   launcherAnswers("rc=2\n");
@@ -182,6 +190,7 @@ TEST_F(HotfixTest, SecondRunStandsOnTheResultsOfTheFirst) {
 }
 
 TEST_F(HotfixTest, MissingManifestIsCodeFourWithItsPath) {
+  proves("INSTALL-6");
   _sandbox.remove("HF/deploy/install.hotfix.xml");
 
   EXPECT_FALSE(install());
@@ -192,6 +201,7 @@ TEST_F(HotfixTest, MissingManifestIsCodeFourWithItsPath) {
 }
 
 TEST_F(HotfixTest, ManifestThatCannotBeCopiedIsCodeFourWithItsName) {
+  proves("INSTALL-7");
   _sandbox.remove(inHome("deploy"));
 
   EXPECT_FALSE(install());
@@ -202,6 +212,7 @@ TEST_F(HotfixTest, ManifestThatCannotBeCopiedIsCodeFourWithItsName) {
 }
 
 TEST_F(HotfixTest, MalformedManifestIsCodeFourWithItsName) {
+  proves("INSTALL-7");
   _sandbox.write("HF/deploy/install.hotfix.xml", "<m>");
 
   EXPECT_FALSE(install());
@@ -210,6 +221,7 @@ TEST_F(HotfixTest, MalformedManifestIsCodeFourWithItsName) {
 }
 
 TEST_F(HotfixTest, MissingHomeIsCodeFourAndMakesNothing) {
+  proves("INSTALL-7");
   Hotfix workflow(package(), _sandbox.path("Elsewhere"), data());
 
   EXPECT_FALSE(workflow.installNewHotfix());
@@ -219,6 +231,7 @@ TEST_F(HotfixTest, MissingHomeIsCodeFourAndMakesNothing) {
 }
 
 TEST_F(HotfixTest, MissingManifestIsToldWithItsPathThoughTheHomeIsMissingToo) {
+  proves("INSTALL-6");
   _sandbox.remove("HF/deploy/install.hotfix.xml");
 
   EXPECT_FALSE(Hotfix(package(), _sandbox.path("Elsewhere"), data()).installNewHotfix());
@@ -227,6 +240,7 @@ TEST_F(HotfixTest, MissingManifestIsToldWithItsPathThoughTheHomeIsMissingToo) {
 }
 
 TEST_F(HotfixTest, MissingPackageOrDescriptionEndsSilently) {
+  proves("INSTALL-4");
   EXPECT_FALSE(Hotfix(std::nullopt, destination(), data()).installNewHotfix());
   EXPECT_FALSE(Hotfix(_sandbox.path("none"), destination(), data()).installNewHotfix());
   EXPECT_THAT(_sandbox.log(), IsEmpty());
@@ -239,6 +253,7 @@ TEST_F(HotfixTest, MissingPackageOrDescriptionEndsSilently) {
 }
 
 TEST_F(HotfixTest, DescriptionWithoutNamesEndsSilently) {
+  proves("INSTALL-4");
   describe("bundleName", std::nullopt);
   EXPECT_FALSE(install());
   describe("bundleName", "Quillmere");
@@ -252,6 +267,7 @@ TEST_F(HotfixTest, DescriptionWithoutNamesEndsSilently) {
 }
 
 TEST_F(HotfixTest, MissingUninstallManifestIsSkippedSilently) {
+  proves("INSTALL-9");
   _sandbox.remove("HF/deploy/uninstall.hotfix.xml");
 
   EXPECT_TRUE(install());
@@ -261,6 +277,7 @@ TEST_F(HotfixTest, MissingUninstallManifestIsSkippedSilently) {
 }
 
 TEST_F(HotfixTest, UninstallManifestThatCannotBeCopiedIsAWarning) {
+  proves("INSTALL-9");
   _sandbox.remove("HF/deploy/uninstall.hotfix.xml");
   _sandbox.makePipe("HF/deploy/uninstall.hotfix.xml");
 
@@ -271,6 +288,7 @@ TEST_F(HotfixTest, UninstallManifestThatCannotBeCopiedIsAWarning) {
 }
 
 TEST_F(HotfixTest, MissingCustomizationKeyStoresAndExtrasDoNotStopIt) {
+  proves("INSTALL-10");
   _sandbox.remove("HF/deploy/plugin_customization.ini");
   _sandbox.remove("HF/deploy/.keystore");
   _sandbox.remove("HF/deploy/extras");
@@ -282,6 +300,7 @@ TEST_F(HotfixTest, MissingCustomizationKeyStoresAndExtrasDoNotStopIt) {
 }
 
 TEST_F(HotfixTest, CustomizationStaysByteForByteWhenThePackageHasNone) {
+  proves("INSTALL-10");
   _sandbox.write(inHome("plugin_customization.ini"), "# mine\n z : 1\na = 2");
   _sandbox.remove("HF/deploy/plugin_customization.ini");
 
@@ -291,6 +310,7 @@ TEST_F(HotfixTest, CustomizationStaysByteForByteWhenThePackageHasNone) {
 }
 
 TEST_F(HotfixTest, DescriptionIsReadOnceWhenTheWorkflowIsMade) {
+  proves("PACKAGE-4");
   Hotfix workflow = hotfix();
   describe("version", "9.9");
   describe("updateSiteList", "/other");
@@ -303,6 +323,7 @@ TEST_F(HotfixTest, DescriptionIsReadOnceWhenTheWorkflowIsMade) {
 }
 
 TEST_F(HotfixTest, AbsentVersionIsNotRecorded) {
+  proves("INSTALL-11");
   describe("version", std::nullopt);
   writeInfo({{"hotfixVersion", "old"}});
 
@@ -313,6 +334,7 @@ TEST_F(HotfixTest, AbsentVersionIsNotRecorded) {
 }
 
 TEST_F(HotfixTest, LocationsOfTheDescriptionReplaceTheDefaults) {
+  proves("PACKAGE-7");
   _sandbox.write("own/manifest.xml", kManifest);
   _sandbox.write("own/uninstall.xml", "own uninstall");
   _sandbox.write("own/custom.ini", "own=1\n");
@@ -336,6 +358,7 @@ TEST_F(HotfixTest, LocationsOfTheDescriptionReplaceTheDefaults) {
 }
 
 TEST_F(HotfixTest, OwnManifestMovesKeyStoresAndExtrasAlong) {
+  proves("PACKAGE-7");
   _sandbox.write("own/manifest.xml", kManifest);
   _sandbox.write("own/.keystore.own", "own store");
   _sandbox.write("own/extras/own", "own extra");
@@ -349,6 +372,7 @@ TEST_F(HotfixTest, OwnManifestMovesKeyStoresAndExtrasAlong) {
 }
 
 TEST_F(HotfixTest, EmptyAndMistypedLocationsGetTheDefaults) {
+  proves("PACKAGE-6");
   for (const Value& value : {Value(""), Value(5)}) {
     SCOPED_TRACE(value == Value("") ? "empty" : "no text");
     for (const char* key : {"pathToHotfixManifest", "pathToHotfixUninstallManifest",
@@ -371,6 +395,7 @@ TEST_F(HotfixTest, EmptyAndMistypedLocationsGetTheDefaults) {
 }
 
 TEST_F(HotfixTest, LauncherThatCannotBeStartedIsAFailedProvisioning) {
+  proves("LAUNCH-7");
   _sandbox.children().failToStart(launcher());
 
   EXPECT_FALSE(install());

@@ -7,6 +7,7 @@
 
 #include "instance/ProvisioningCommand.h"
 #include "support/PackageFixture.h"
+#include "support/Proves.h"
 #include "support/TreeSnapshot.h"
 
 namespace installer::test {
@@ -58,6 +59,7 @@ constexpr const char* kUndetermined =
     "Provisioning process failed to launch or was terminated before status could be determined.";
 
 TEST_F(HotfixUninstallTest, RunsTheLauncherTwiceAndClearsAllRecords) {
+  proves("REMOVE-1");
   EXPECT_TRUE(uninstall());
 
   EXPECT_THAT(
@@ -75,6 +77,7 @@ TEST_F(HotfixUninstallTest, RunsTheLauncherTwiceAndClearsAllRecords) {
 }
 
 TEST_F(HotfixUninstallTest, BacksUpAndStampsBeforeTheRuns) {
+  proves("REMOVE-2");
   EXPECT_TRUE(uninstall());
 
   EXPECT_TRUE(_sandbox.exists(inHome("deploy/install.0101130000.xml")));
@@ -97,6 +100,7 @@ TEST_F(HotfixUninstallTest, OldResultIsRemovedOnceBeforeBothRuns) {
 }
 
 TEST_F(HotfixUninstallTest, ReceiptIsForgottenAfterVersionAndResultAndBeforeTheRest) {
+  proves("REMOVE-4");
   Dictionary infoThen;
   bool resultThen = true;
   _sandbox.children().onStart([&](const Command& command) {
@@ -117,6 +121,7 @@ TEST_F(HotfixUninstallTest, ReceiptIsForgottenAfterVersionAndResultAndBeforeTheR
 }
 
 TEST_F(HotfixUninstallTest, SuccessIsToldBeforeTheReceiptIsForgottenAndPermissionsChangeAfterIt) {
+  proves("REMOVE-4");
   _sandbox.write("data/file", "", 0600);
   std::string toldThen;
   mode_t modeThen = 0;
@@ -157,6 +162,7 @@ TEST_F(HotfixUninstallTest, ManifestIsConsumedBackedUpAndStampedWhenTheLauncherR
 }
 
 TEST_F(HotfixUninstallTest, PermissionsChangeBelowTheDataOnly) {
+  proves("REMOVE-6");
   _sandbox.write(inHome("file"), "", 0600);
   _sandbox.write("data/file", "", 0600);
 
@@ -167,6 +173,7 @@ TEST_F(HotfixUninstallTest, PermissionsChangeBelowTheDataOnly) {
 }
 
 TEST_F(HotfixUninstallTest, FailedProvisioningClearsTheVersionOnly) {
+  proves("REMOVE-8");
   launcherAnswers("rc=13\n");
   _sandbox.write("data/file", "", 0600);
 
@@ -183,6 +190,7 @@ TEST_F(HotfixUninstallTest, FailedProvisioningClearsTheVersionOnly) {
 }
 
 TEST_F(HotfixUninstallTest, MissingManifestEndsItBeforeAnyChange) {
+  proves("REMOVE-9");
   _sandbox.remove(inHome("deploy/uninstall.hotfix.xml"));
   const TreeSnapshot before = snapshotOf(_sandbox.path(kBundle));
 
@@ -197,6 +205,7 @@ TEST_F(HotfixUninstallTest, MissingManifestEndsItBeforeAnyChange) {
 }
 
 TEST_F(HotfixUninstallTest, ManifestThatCannotBeCopiedStaysAndIsToldInTwoTexts) {
+  proves("REMOVE-10");
   _sandbox.remove(inHome("deploy/uninstall.hotfix.xml"));
   _sandbox.makePipe(inHome("deploy/uninstall.hotfix.xml"));
   const TreeSnapshot before = snapshotOf(_sandbox.path(kBundle));
@@ -211,6 +220,7 @@ TEST_F(HotfixUninstallTest, ManifestThatCannotBeCopiedStaysAndIsToldInTwoTexts) 
 }
 
 TEST_F(HotfixUninstallTest, MissingOrAbsentHomeRemovesNothingSilently) {
+  proves("REMOVE-11");
   for (const std::optional<std::string>& rcpHome :
        {std::optional<std::string>(), std::optional<std::string>(_sandbox.path("none"))}) {
     HotfixUninstall workflow(rcpHome, data());
@@ -222,6 +232,7 @@ TEST_F(HotfixUninstallTest, MissingOrAbsentHomeRemovesNothingSilently) {
 }
 
 TEST_F(HotfixUninstallTest, AbsentDataFolderIsTheHomesOwn) {
+  proves("REMOVE-11");
   EXPECT_TRUE(uninstall(std::nullopt));
 
   EXPECT_EQ(_sandbox.children().started()[0].arguments.back(), homePath("systemdata"));
@@ -241,6 +252,7 @@ TEST_F(HotfixUninstallTest, LocaleIsReadOnceForBothRuns) {
 }
 
 TEST_F(HotfixUninstallTest, SecondRemovalFindsNothing) {
+  proves("REMOVE-7");
   EXPECT_TRUE(uninstall());
   EXPECT_FALSE(uninstall());
 }

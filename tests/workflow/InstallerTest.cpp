@@ -12,6 +12,7 @@
 #include "hotfix/util/InstallUtil.h"
 #include "instance/ProvisioningCommand.h"
 #include "support/PackageFixture.h"
+#include "support/Proves.h"
 
 namespace installer::test {
 namespace {
@@ -59,6 +60,7 @@ class InstallerTest : public PackageFixture {
 };
 
 TEST_F(InstallerTest, InstallsTheHotfix) {
+  proves("RUN-1");
   EXPECT_EQ(run(), 0);
 
   EXPECT_EQ(*info().find("hotfixVersion"), Value("6.2.3.1"));
@@ -70,6 +72,7 @@ TEST_F(InstallerTest, InstallsTheHotfix) {
 }
 
 TEST_F(InstallerTest, TraceHoldsTheWholeRunAndIsClosed) {
+  proves("LOG-7");
   _sandbox.write(_sandbox.paths().traceFile, "of an earlier run\n");
 
   EXPECT_EQ(run(), 0);
@@ -83,6 +86,7 @@ TEST_F(InstallerTest, TraceHoldsTheWholeRunAndIsClosed) {
 }
 
 TEST_F(InstallerTest, PreferenceForTracesIsReadAtTheStartAndAtTheEnd) {
+  proves("LOG-5");
   _sandbox.users().switches.clear();
   const uid_t self = _sandbox.users().effectiveUser;
   ::testing::internal::CaptureStderr();
@@ -95,6 +99,7 @@ TEST_F(InstallerTest, PreferenceForTracesIsReadAtTheStartAndAtTheEnd) {
 }
 
 TEST_F(InstallerTest, FirstLinesTellHowItWasStarted) {
+  proves("RUN-3");
   EXPECT_EQ(run(), 0);
 
   const std::vector<std::string> lines = numberedLines();
@@ -106,6 +111,7 @@ TEST_F(InstallerTest, FirstLinesTellHowItWasStarted) {
 }
 
 TEST_F(InstallerTest, ChecksAndSuccessAreLoggedInOrder) {
+  proves("RUN-3", "CHECK-1");
   EXPECT_EQ(run(), 0);
 
   std::vector<std::string> steps;
@@ -122,6 +128,7 @@ TEST_F(InstallerTest, ChecksAndSuccessAreLoggedInOrder) {
 }
 
 TEST_F(InstallerTest, DataFolderIsTakenFromTheFourthPlaceOnly) {
+  proves("ARGS-3");
   const std::vector<std::vector<std::string>> unused = {
       {package(), destination()},
       {package(), destination(), "-rcpdata"},
@@ -138,6 +145,7 @@ TEST_F(InstallerTest, DataFolderIsTakenFromTheFourthPlaceOnly) {
 }
 
 TEST_F(InstallerTest, TooFewArgumentsAreAUsageLineBehindTheResetRecord) {
+  proves("ARGS-2");
   InstallUtil::sendErrorMessage(6, {"old"});
   for (const auto& arguments : {std::vector<std::string>(), {package()}}) {
     _sandbox.clearLog();
@@ -154,6 +162,7 @@ TEST_F(InstallerTest, TooFewArgumentsAreAUsageLineBehindTheResetRecord) {
 }
 
 TEST_F(InstallerTest, MissingWorkspaceFlagDoublesTheInstallation) {
+  proves("SUCCESS-4");
   _sandbox.remove("data/.config");
 
   EXPECT_EQ(run(), 0);
@@ -215,6 +224,7 @@ TEST_F(InstallerTest, OnlyTheSecondOfTwoInstallationsCounts) {
 }
 
 TEST_F(InstallerTest, OlderHotfixIsRemovedFirst) {
+  proves("SUCCESS-1");
   writeInfo({{"hotfixVersion", "6.1"}});
   _sandbox.write(inHome("deploy/uninstall.hotfix.xml"), "old");
 
@@ -228,6 +238,7 @@ TEST_F(InstallerTest, OlderHotfixIsRemovedFirst) {
 }
 
 TEST_F(InstallerTest, EqualHotfixIsRemovedAndInstalledAgain) {
+  proves("VERSION-6");
   writeInfo({{"hotfixVersion", "6.2.3.1"}});
   _sandbox.write(inHome("deploy/uninstall.hotfix.xml"), "old");
 
@@ -237,6 +248,7 @@ TEST_F(InstallerTest, EqualHotfixIsRemovedAndInstalledAgain) {
 }
 
 TEST_F(InstallerTest, FailedRemovalDoesNotStopTheInstallation) {
+  proves("SUCCESS-1");
   writeInfo({{"hotfixVersion", "6.1"}});
 
   EXPECT_EQ(run(), 0);
@@ -246,6 +258,7 @@ TEST_F(InstallerTest, FailedRemovalDoesNotStopTheInstallation) {
 }
 
 TEST_F(InstallerTest, UpdateRunComesBeforeAnythingOfTheHotfixAndCarriesTheId) {
+  proves("SUCCESS-2");
   _sandbox.write("data/.config/rcpinstall.properties", "rcp.install.id=x\n");
   _sandbox.write(inHome("rcplauncher.properties"), "provisioning.manifest.version=V\n");
   std::vector<bool> hadManifest;
@@ -261,6 +274,7 @@ TEST_F(InstallerTest, UpdateRunComesBeforeAnythingOfTheHotfixAndCarriesTheId) {
 }
 
 TEST_F(InstallerTest, FailedInstallationAfterPassedChecksLeavesNoMarker) {
+  proves("RUN-1", "SUCCESS-7");
   launcherAnswers("rc=1\n");
 
   EXPECT_EQ(run(), 1);
@@ -272,6 +286,7 @@ TEST_F(InstallerTest, FailedInstallationAfterPassedChecksLeavesNoMarker) {
 }
 
 TEST_F(InstallerTest, FailurePathRecoversTheInstanceAndLeavesTheMarker) {
+  proves("RUN-1", "FAILURE-2");
   _sandbox.processes().add(_sandbox.path("Applications/Quillmere.app/Contents/MacOS/Quillmere"));
   for (const std::string& file :
        {inHome("file"), inHome("../shared/file"), std::string("data/file")})
@@ -333,6 +348,7 @@ TEST_F(InstallerTest, MarkerComesLastOnTheFailurePath) {
 }
 
 TEST_F(InstallerTest, InstallIdIsNewBeforeTheSecondRecoveryRun) {
+  proves("FAILURE-2");
   _sandbox.processes().add(destination() + "/Quillmere.app/x");
   std::vector<bool> hadNewId;
   _sandbox.children().onStart([&](const Command&) {
@@ -381,6 +397,7 @@ TEST_F(InstallerTest, HomeWithoutInstanceIsCodeEight) {
 }
 
 TEST_F(InstallerTest, RunningApplicationIsCodeSix) {
+  proves("CHECK-5");
   _sandbox.processes().add("/usr/bin/other");
   _sandbox.processes().add(destination() + "/QUILLMERE.app/Contents/MacOS/Quillmere");
 
@@ -412,6 +429,7 @@ TEST_F(InstallerTest, HigherInstalledHotfixIsCodeSeven) {
 }
 
 TEST_F(InstallerTest, VersionsAreComparedAsPlainText) {
+  proves("VERSION-1");
   writeInfo({{"hotfixVersion", "1.9"}});
   describe("version", "1.10");
   EXPECT_EQ(run(), 1);
@@ -440,6 +458,7 @@ TEST_F(InstallerTest, RegisteredBundleMovesTheDestination) {
 }
 
 TEST_F(InstallerTest, MultiInstanceDoesNotConsultTheRegistration) {
+  proves("BUNDLE-6");
   registerBundle(_sandbox.path(kBundle));
 
   EXPECT_EQ(run({package(), _sandbox.path("Elsewhere")}), 1);
@@ -455,6 +474,7 @@ TEST_F(InstallerTest, RegisteredBundleThatIsGoneIsPassedOver) {
 }
 
 TEST_F(InstallerTest, BundleRegisteredUnderAnotherNameSeparatesDriverAndWorkflow) {
+  proves("BUNDLE-7");
   describe("allowMultiInstance", false);
   registerBundle(_sandbox.path("X/Other.app"));
   _sandbox.write("X/Other.app/Contents/MacOS/rcp/deploy/install.xml", "<m/>");
@@ -467,6 +487,7 @@ TEST_F(InstallerTest, BundleRegisteredUnderAnotherNameSeparatesDriverAndWorkflow
 }
 
 TEST_F(InstallerTest, HigherHotfixInARegisteredBundleIsToldUnderThePackagesName) {
+  proves("VERSION-2");
   describe("allowMultiInstance", false);
   registerBundle(_sandbox.path("X/Other.app"));
   _sandbox.write("X/Other.app/Contents/MacOS/rcp/deploy/install.xml", "<m/>");
@@ -478,6 +499,7 @@ TEST_F(InstallerTest, HigherHotfixInARegisteredBundleIsToldUnderThePackagesName)
 }
 
 TEST_F(InstallerTest, RegisteredBundleMovesTheDestinationThoughItsHomeIsUnknown) {
+  proves("BUNDLE-3");
   describe("allowMultiInstance", false);
   describe("frameworkPath", std::nullopt);
   registerBundle(_sandbox.makeFolder("X/Quillmere.app"));
@@ -488,6 +510,7 @@ TEST_F(InstallerTest, RegisteredBundleMovesTheDestinationThoughItsHomeIsUnknown)
 }
 
 TEST_F(InstallerTest, RegisteredRunningBundleIsFoundThoughTheDestinationMoved) {
+  proves("CHECK-5");
   describe("allowMultiInstance", "no");
   registerBundle(_sandbox.path(kBundle));
   _sandbox.processes().add(_sandbox.path(kBundle) + "/Contents/MacOS/Quillmere");
@@ -498,12 +521,14 @@ TEST_F(InstallerTest, RegisteredRunningBundleIsFoundThoughTheDestinationMoved) {
 }
 
 TEST_F(InstallerTest, TrailingSlashOfTheDestinationStaysInTheDetailsOnly) {
+  proves("BUNDLE-8");
   EXPECT_EQ(run({package(), _sandbox.path("Elsewhere") + "/"}), 1);
 
   EXPECT_EQ(record(), code(8, {_sandbox.path("Elsewhere") + "/", "Quillmere.app"}));
 }
 
 TEST_F(InstallerTest, PackageThatTellsTooLittleIsCodeEightAndOneLineThatSaysWhy) {
+  proves("PACKAGE-2");
   const std::string plist = package() + "/Contents/Resources/hotfix.plist";
   const auto expectRefusal = [&](const std::string& path, const std::string& line,
                                  const Array& details) {
@@ -536,6 +561,7 @@ TEST_F(InstallerTest, PackageThatTellsTooLittleIsCodeEightAndOneLineThatSaysWhy)
 }
 
 TEST_F(InstallerTest, RcpHomeOfTheDescriptionDoesNotCount) {
+  proves("BUNDLE-2");
   describe("rcpHome", home());
   describe("bundleName", std::nullopt);
 
@@ -587,6 +613,7 @@ class OtherInstallerTest : public InstallerTest {
 };
 
 TEST_F(OtherInstallerTest, IsWaitedForBeforeTheFirstCheck) {
+  proves("LOCK-1");
   EXPECT_EQ(run(), 0);
 
   EXPECT_THAT(waits(), ElementsAre(kWaits));
@@ -596,6 +623,7 @@ TEST_F(OtherInstallerTest, IsWaitedForBeforeTheFirstCheck) {
 }
 
 TEST_F(OtherInstallerTest, IsWaitedForOnceByARefusedRunToo) {
+  proves("LOCK-1");
   _sandbox.processes().add(destination() + "/Quillmere.app/Contents/MacOS/Quillmere");
 
   EXPECT_EQ(run(), 1);
@@ -605,6 +633,7 @@ TEST_F(OtherInstallerTest, IsWaitedForOnceByARefusedRunToo) {
 }
 
 TEST_F(InstallerTest, NothingOfAnEarlierRunIsKept) {
+  proves("RUN-6");
   EXPECT_EQ(run(), 0);
   describe("version", std::nullopt);
   _sandbox.clearLog();
@@ -615,6 +644,7 @@ TEST_F(InstallerTest, NothingOfAnEarlierRunIsKept) {
 }
 
 TEST_F(InstallerTest, RunWithoutOthersSaysNothingOfWaiting) {
+  proves("LOCK-1");
   EXPECT_EQ(run(), 0);
 
   EXPECT_THAT(linesAt(LogLevel::notice), Not(Contains(HasSubstr("waiting"))));
@@ -623,6 +653,7 @@ TEST_F(InstallerTest, RunWithoutOthersSaysNothingOfWaiting) {
 class ErrorStatusTest : public InstallerTest {};
 
 TEST_F(ErrorStatusTest, SuccessChangesNothingAtAll) {
+  proves("MARKER-3");
   setHotfixErrorStatus(true);
   EXPECT_FALSE(hasMarker());
 
@@ -665,6 +696,7 @@ TEST_F(ErrorStatusTest, MarkerBelongsToTheLoginUserAndAdminWhenUserIsUnset) {
 }
 
 TEST_F(ErrorStatusTest, MarkerBelongsToRootWithoutAnyUserName) {
+  proves("MARKER-2");
   if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
   _sandbox.users().variables.erase("USER");
   _sandbox.users().effectiveUser = 12345;

@@ -4,6 +4,7 @@
 
 #include "hotfix/driver/Installer.h"
 #include "support/PackageFixture.h"
+#include "support/Proves.h"
 #include "support/TreeSnapshot.h"
 
 namespace installer::test {
@@ -70,10 +71,12 @@ std::size_t refuseEach(Prepare prepare) {
 }
 
 TEST(RefusedChangeTest, LeavesWholeFilesWhereverAnInstallationMeetsIt) {
+  proves("FILES-18");
   EXPECT_GT(refuseEach([](RefusedRun&) {}), 50U);
 }
 
 TEST(RefusedChangeTest, LeavesWholeFilesWhereverARecoveryMeetsIt) {
+  proves("FILES-18");
   EXPECT_GT(refuseEach([](RefusedRun& run) { run.startApplication(); }), 20U);
 }
 

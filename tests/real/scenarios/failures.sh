@@ -49,6 +49,7 @@ scenario_HotfixWithoutItsSiteFailsAndTheRepairedOneIsInstalled() {
   expectPatch com.quillmere.hotfix 6.2.3.1
 }
 
+# proves: RESULT-5
 scenario_StaleSuccessDoesNotHideAFailure() {
   instance
   echo rc=0 >"$rcp/../.provisioning_rc"
@@ -79,6 +80,7 @@ scenario_StaleFailureDoesNotHideASuccess() {
 }
 
 # The plug-in's jar is a pipe that nobody writes to: the director stops in the middle of its work.
+# proves: LAUNCH-6
 scenario_KilledLauncherFailsAndTheNextRunInstalls() {
   local installer launcher machine jar package
   instance
@@ -123,6 +125,7 @@ scenario_LauncherThatCannotBeStartedIsNamedInTheTrace() {
   expectNoPatch
 }
 
+# proves: INSTALL-8
 scenario_MalformedManifestIsReportedAndChangesNoFeature() {
   local package
   instance
@@ -147,6 +150,7 @@ scenario_CharacterThatTheEngineCannotHandleIsRefused() {
   expectEqual 'the profile' '' "$(bundlesInfo | grep quillmere || true)"
 }
 
+# proves: CHECK-5
 scenario_RunningClientIsRefusedUntilItEnds() {
   instance
   startClient

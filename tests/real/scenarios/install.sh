@@ -34,6 +34,7 @@ scenario_FirstInstallBringsSettingsKeyStoresAndExtras() {
   diff -r "$work/first/mac/deploy/extras" "$rcp/deploy/extras" || broken 'other extras'
 }
 
+# proves: MANIFEST-5
 scenario_ManifestsPointToThePackage() {
   local package
   instance
@@ -50,6 +51,7 @@ scenario_ManifestsPointToThePackage() {
     "$rcp/rcplauncher.log"
 }
 
+# proves: SUCCESS-2
 scenario_InstallIdFollowsTheManifestVersionBeforeTheHotfix() {
   instance
   install "$(hotfix first)"
@@ -144,6 +146,7 @@ scenario_NoLocaleAndAlmostNoEnvironmentAtAll() {
   expectPatch com.quillmere.hotfix 6.2.3.1
 }
 
+# proves: LOCK-1
 scenario_SecondInstallerWaitsForTheFirst() {
   local first second
   instance

@@ -45,6 +45,7 @@ scenario_TwoInstancesHaveHotfixesOfTheirOwn() {
 }
 
 # Registrations count for packages that allow one instance only.
+# proves: BUNDLE-6
 scenario_RegistrationIsNotAskedWhenManyInstancesAreAllowed() {
   instance "$work/installed"
   register Quillmere "$app"
@@ -55,6 +56,7 @@ scenario_RegistrationIsNotAskedWhenManyInstancesAreAllowed() {
   expectPatch com.quillmere.hotfix 6.2.3.1
 }
 
+# proves: BUNDLE-3
 scenario_RegisteredInstanceIsFoundInAnotherFolder() {
   instance "$work/installed"
   register Quillmere "$app"
@@ -112,6 +114,7 @@ scenario_RegistrationOfAnInstanceThatIsGoneIsIgnored() {
 
 archives() { find "$rcp/deploy/installHistory" -name '*.zip' | sort; }
 
+# proves: COLLECT-3
 scenario_ArchiveHoldsTheTraceOfItsRun() {
   instance
   install "$(hotfix first)"
@@ -137,6 +140,7 @@ expectTraceInside() {
     broken 'the trace of another run'
 }
 
+# proves: FAILURE-7
 scenario_RefusedRunIsCollectedToo() {
   instance
   install "$(hotfix second)"

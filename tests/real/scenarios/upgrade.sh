@@ -5,6 +5,7 @@
 # shellcheck source=../steps.sh
 . "${BASH_SOURCE[0]%/*}/../steps.sh"
 
+# proves: SUCCESS-1
 scenario_UpgradeTakesTheOldFeatureOutFirst() {
   instance
   install "$(hotfix first)"
@@ -47,6 +48,7 @@ scenario_EqualStampsOfOneMinuteDoNotHideTheNewHotfix() {
   broken 'no two stamps were equal'
 }
 
+# proves: VERSION-2
 scenario_LowerVersionIsRefusedAndTheInstalledOneKeepsRunning() {
   instance
   install "$(hotfix second)"
@@ -116,6 +118,7 @@ scenario_InstanceThatWasMovedIsUpgraded() {
   expectPatch com.quillmere.hotfix 6.2.3.2
 }
 
+# proves: REMOVE-9
 scenario_LostUninstallManifestDoesNotStopTheUpgrade() {
   instance
   install "$(hotfix first)"

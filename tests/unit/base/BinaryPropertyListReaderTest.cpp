@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "support/BinaryList.h"
+#include "support/Proves.h"
 
 namespace installer::PropertyList {
 namespace {
@@ -36,6 +37,7 @@ void PrintTo(const ReadableObject& row, std::ostream* stream) {
 class ReadableObjects : public ::testing::TestWithParam<ReadableObject> {};
 
 TEST_P(ReadableObjects, ReadsAsItsValue) {
+  proves("LIST-11");
   EXPECT_EQ(readSingle(GetParam().bytes), GetParam().value);
 }
 
@@ -120,6 +122,7 @@ void PrintTo(const UnreadableObject& row, std::ostream* stream) {
 class UnreadableObjects : public ::testing::TestWithParam<UnreadableObject> {};
 
 TEST_P(UnreadableObjects, MakeTheListUnreadable) {
+  proves("LIST-11");
   EXPECT_EQ(readSingle(GetParam().bytes), std::nullopt);
 }
 
@@ -179,6 +182,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& test) { return test.param.name; });
 
 TEST(BinaryPropertyListReaderTest, RealsKeepEverySpecialValue) {
+  proves("LIST-11");
   const auto infinity = readSingle(object(0x22, floatBytes(-HUGE_VALF)));
   const auto nan = readSingle(object(0x23, doubleBytes(std::numeric_limits<double>::quiet_NaN())));
 
@@ -190,12 +194,14 @@ TEST(BinaryPropertyListReaderTest, RealsKeepEverySpecialValue) {
 // --- Containers ----------------------------------------------------------------------------------
 
 TEST(BinaryPropertyListReaderTest, ArrayHoldsItsItemsInOrder) {
+  proves("LIST-12");
   const BinaryList list{{object(0xA3, "\x02\x01\x02"), asciiObject("a"), asciiObject("b")}};
 
   EXPECT_EQ(readBinary(list.bytes()), Value(Array{"b", "a", "b"}));
 }
 
 TEST(BinaryPropertyListReaderTest, DictionaryHoldsItsEntriesInOrder) {
+  proves("LIST-7");
   const BinaryList list{{object(0xD2, "\x02\x01\x03\x04"), asciiObject("a"), asciiObject("b"),
                          object(0x10, "\x07"), object(0x09)}};
 
@@ -209,6 +215,7 @@ TEST(BinaryPropertyListReaderTest, DictionaryHoldsItsEntriesInOrder) {
 }
 
 TEST(BinaryPropertyListReaderTest, LaterOfTwoEqualKeysWinsAtTheFirstPlace) {
+  proves("LIST-7");
   const BinaryList list{{object(0xD3, "\x01\x02\x01\x03\x04\x05"), asciiObject("a"),
                          asciiObject("b"), asciiObject("old"), asciiObject("other"),
                          asciiObject("new")}};
@@ -221,17 +228,20 @@ TEST(BinaryPropertyListReaderTest, LaterOfTwoEqualKeysWinsAtTheFirstPlace) {
 }
 
 TEST(BinaryPropertyListReaderTest, KeysMayBeWideTexts) {
+  proves("LIST-12");
   const BinaryList list{{object(0xD1, "\x01\x01"), object(0x61, "\x20\xAC")}};
 
   EXPECT_EQ(readBinary(list.bytes()), Value(Dictionary{{"\u20AC", "\u20AC"}}));
 }
 
 TEST(BinaryPropertyListReaderTest, KeysMustBeTexts) {
+  proves("LIST-12");
   for (const std::string& key : {object(0x10, "\x01"), object(0x41, "a"), object(0xA0)})
     EXPECT_EQ(readBinary(BinaryList{{object(0xD1, "\x01\x01"), key}}.bytes()), std::nullopt);
 }
 
 TEST(BinaryPropertyListReaderTest, UnreadableKeyValueOrItemMakesTheListUnreadable) {
+  proves("LIST-12");
   const std::string bad = object(0x51, "\x80");
 
   EXPECT_EQ(readBinary(BinaryList{{object(0xA1, "\x01"), bad}}.bytes()), std::nullopt);
@@ -242,22 +252,26 @@ TEST(BinaryPropertyListReaderTest, UnreadableKeyValueOrItemMakesTheListUnreadabl
 }
 
 TEST(BinaryPropertyListReaderTest, ReferenceBeyondTheLastObjectIsUnreadable) {
+  proves("LIST-14");
   EXPECT_EQ(readBinary(BinaryList{{object(0xA1, "\x02"), object(0x09)}}.bytes()), std::nullopt);
 }
 
 TEST(BinaryPropertyListReaderTest, RootNeedNotBeTheFirstObject) {
+  proves("LIST-14");
   EXPECT_EQ(readBinary(BinaryList{{object(0x08), object(0x09)}, 1, 1, 1}.bytes()), Value(true));
 }
 
 class SizesOfNumbers : public ::testing::TestWithParam<std::size_t> {};
 
 TEST_P(SizesOfNumbers, OffsetsOfThatManyBytesAreRead) {
+  proves("LIST-11");
   const BinaryList list{{object(0xA1, "\x01"), asciiObject("x")}, GetParam()};
 
   EXPECT_EQ(readBinary(list.bytes()), Value(Array{"x"}));
 }
 
 TEST_P(SizesOfNumbers, ReferencesOfThatManyBytesAreRead) {
+  proves("LIST-11");
   const BinaryList list{{object(0xD1, bigEndian(1, GetParam()) + bigEndian(2, GetParam())),
                          asciiObject("k"), asciiObject("v")},
                         1,
@@ -269,6 +283,7 @@ TEST_P(SizesOfNumbers, ReferencesOfThatManyBytesAreRead) {
 INSTANTIATE_TEST_SUITE_P(Bytes, SizesOfNumbers, ::testing::Range<std::size_t>(1, 9));
 
 TEST(BinaryPropertyListReaderTest, ReferencesOfSeveralBytesUseAllOfThem) {
+  proves("LIST-14");
   BinaryList list{{object(0xA1, "\x01\x00"sv)}, 2, 2};
   for (int place = 1; place <= 255; ++place) list.objects.push_back(object(0x08));
   list.objects.push_back(object(0x09));
@@ -283,6 +298,7 @@ std::string framed(std::string_view objects, std::string_view offsets, std::stri
 }
 
 TEST(BinaryPropertyListReaderTest, AnyMinorVersionIsRead) {
+  proves("LIST-13");
   BinaryList list{{object(0x09)}};
   list.magic = "bplist01";
 
@@ -290,6 +306,7 @@ TEST(BinaryPropertyListReaderTest, AnyMinorVersionIsRead) {
 }
 
 TEST(BinaryPropertyListReaderTest, AnotherMagicIsUnreadable) {
+  proves("LIST-13");
   for (const char* magic : {"bplist10", "bplisT00", "xplist00"}) {
     BinaryList list{{object(0x09)}};
     list.magic = magic;
@@ -299,6 +316,7 @@ TEST(BinaryPropertyListReaderTest, AnotherMagicIsUnreadable) {
 }
 
 TEST(BinaryPropertyListReaderTest, EveryCutOfAFileIsUnreadable) {
+  proves("LIST-13");
   const std::string whole =
       BinaryList{{object(0xD1, "\x01\x02"), asciiObject("k"), asciiObject("v")}}.bytes();
 
@@ -307,6 +325,7 @@ TEST(BinaryPropertyListReaderTest, EveryCutOfAFileIsUnreadable) {
 }
 
 TEST(BinaryPropertyListReaderTest, SizesOutsideOneToEightAreUnreadable) {
+  proves("LIST-13");
   for (const std::size_t size : {std::size_t{0}, std::size_t{9}, std::size_t{255}}) {
     const BinaryList offsets{{object(0x09)}, size, 1};
     const BinaryList references{{object(0x09)}, 1, size};
@@ -317,6 +336,7 @@ TEST(BinaryPropertyListReaderTest, SizesOutsideOneToEightAreUnreadable) {
 }
 
 TEST(BinaryPropertyListReaderTest, RootMustBeAnObjectOfTheTable) {
+  proves("LIST-14");
   EXPECT_EQ(readBinary(BinaryList{{object(0x09)}, 1, 1, 1}.bytes()), std::nullopt);
   EXPECT_EQ(readBinary(BinaryList{{object(0x09)}, 1, 1, kHighest}.bytes()), std::nullopt);
 }
@@ -326,6 +346,7 @@ TEST(BinaryPropertyListReaderTest, NoObjectsAtAllAreUnreadable) {
 }
 
 TEST(BinaryPropertyListReaderTest, TableMustLieBetweenHeaderAndTrailer) {
+  proves("LIST-13");
   const BinaryList list;
 
   EXPECT_EQ(readBinary(framed("\x09", "\x08", list.trailer(1, 9))), Value(true));
@@ -340,6 +361,7 @@ TEST(BinaryPropertyListReaderTest, TableAtTheVeryHeaderLeavesNoRoomForObjects) {
 }
 
 TEST(BinaryPropertyListReaderTest, TableMustHoldAsManyEntriesAsTheTrailerSays) {
+  proves("LIST-13");
   const BinaryList list;
 
   EXPECT_EQ(readBinary(framed("\x09", "\x08\x08", list.trailer(2, 9))), Value(true));
@@ -359,6 +381,7 @@ TEST(BinaryPropertyListReaderTest, BytesBehindTheTableDoNotMatter) {
 }
 
 TEST(BinaryPropertyListReaderTest, ObjectsMustLieBetweenHeaderAndTable) {
+  proves("LIST-14");
   for (const char offset : {'\x00', '\x07', '\x09', '\x0A', '\xFF'})
     EXPECT_EQ(readBinary(framed("\x09", std::string(1, offset), BinaryList().trailer(1, 9))),
               std::nullopt)
@@ -366,6 +389,7 @@ TEST(BinaryPropertyListReaderTest, ObjectsMustLieBetweenHeaderAndTable) {
 }
 
 TEST(BinaryPropertyListReaderTest, ContentMustNotReachIntoTheTable) {
+  proves("LIST-14");
   EXPECT_EQ(readBinary(framed("\x52z", "\x08", BinaryList().trailer(1, 10))), std::nullopt);
   EXPECT_EQ(readBinary(framed("\x51z", "\x08", BinaryList().trailer(1, 10))), Value("z"));
 }
@@ -373,6 +397,7 @@ TEST(BinaryPropertyListReaderTest, ContentMustNotReachIntoTheTable) {
 // --- Bounds --------------------------------------------------------------------------------------
 
 TEST(BinaryPropertyListReaderTest, ObjectThatHoldsItselfIsUnreadable) {
+  proves("LIST-15");
   EXPECT_EQ(readBinary(BinaryList{{object(0xA1, "\x00"sv)}}.bytes()), std::nullopt);
   EXPECT_EQ(readBinary(BinaryList{{object(0xD1, "\x01\x00"sv), asciiObject("k")}}.bytes()),
             std::nullopt);
@@ -390,6 +415,7 @@ BinaryList nestedArrays(std::size_t arrays) {
 }
 
 TEST(BinaryPropertyListReaderTest, ContainersNestUpToTheMaximumDepth) {
+  proves("LIST-15");
   const std::optional<Value> deepest = readBinary(nestedArrays(kMaximumDepth).bytes());
 
   ASSERT_TRUE(deepest);
@@ -411,6 +437,7 @@ TEST(BinaryPropertyListReaderTest, DepthCountsOpenContainersOnly) {
 }
 
 TEST(BinaryPropertyListReaderTest, SharedObjectsThatMultiplyAreUnreadable) {
+  proves("LIST-15");
   BinaryList list;
   for (char level = 1; level <= 60; ++level)
     list.objects.push_back(object(0xA2, std::string(2, level)));
@@ -428,6 +455,7 @@ std::string arrayOf(std::size_t items) {
 }
 
 TEST(BinaryPropertyListReaderTest, AMillionObjectsAreReadAndNotOneMore) {
+  proves("LIST-15");
   const std::optional<Value> most = readBinary(arrayOf(999'999));
 
   ASSERT_TRUE(most && most->as<Array>());

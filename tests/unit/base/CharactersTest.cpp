@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/Proves.h"
 #include "support/RandomText.h"
 #include "support/models/CharactersModel.h"
 
@@ -21,6 +22,7 @@ struct CharacterRow {
 class CharacterTable : public ::testing::TestWithParam<CharacterRow> {};
 
 TEST_P(CharacterTable, TextIsTakenApartAndPutTogetherAgain) {
+  proves("TEXT-3");
   EXPECT_EQ(toUnits(GetParam().bytes), GetParam().units);
   EXPECT_EQ(fromUnits(GetParam().units), GetParam().bytes);
 }
@@ -53,6 +55,7 @@ INSTANTIATE_TEST_SUITE_P(
 class BrokenTextTable : public ::testing::TestWithParam<CharacterRow> {};
 
 TEST_P(BrokenTextTable, EachByteThatBeginsNoCharacterIsTheLatin1Character) {
+  proves("TEXT-3");
   EXPECT_EQ(toUnits(GetParam().bytes), GetParam().units);
 }
 
@@ -87,6 +90,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& tested) { return tested.param.name; });
 
 TEST(CharactersTest, HalvesSideBySideBecomeOneCharacter) {
+  proves("TEXT-3");
   EXPECT_EQ(fromUnits(std::u16string{0xD83D, 0xDE00}), "\xF0\x9F\x98\x80");
   EXPECT_EQ(fromUnits(std::u16string{0xD83D, 0xD83D, 0xDE00}), "\xED\xA0\xBD\xF0\x9F\x98\x80");
 }
@@ -100,6 +104,7 @@ struct XmlRow {
 class XmlCharactersTest : public ::testing::TestWithParam<XmlRow> {};
 
 TEST_P(XmlCharactersTest, HoldWhatXmlMayHold) {
+  proves("TEXT-4");
   EXPECT_EQ(asXmlCharacters(GetParam().text), GetParam().held);
 }
 
@@ -129,6 +134,7 @@ TEST(CharactersTest, DecodedCharacterTellsItsLength) {
 }
 
 TEST(CharactersTest, RandomBytesAgreeWithTheModel) {
+  proves("TEXT-3");
   const std::vector<std::string> pieces = {
       "a",        "\x7F",         "\x80",         "\x8F",         "\x90",
       "\x9F",     "\xA0",         "\xBF",         "\xC0",         "\xC1",

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "support/Proves.h"
 #include "support/RandomText.h"
 
 namespace installer {
@@ -39,6 +40,7 @@ TEST(OrderedDictionaryTest, NewDictionaryIsEmpty) {
 }
 
 TEST(OrderedDictionaryTest, KeepsTheOrderOfFirstStores) {
+  proves("LIST-20");
   const Dictionary dictionary = {{"z", 1}, {"a", 2}, {"z", 3}, {"", 4}};
 
   EXPECT_THAT(keysOf(dictionary), ElementsAre("z", "a", ""));
@@ -49,6 +51,7 @@ TEST(OrderedDictionaryTest, KeepsTheOrderOfFirstStores) {
 }
 
 TEST(OrderedDictionaryTest, KeyStoredAgainAfterRemovalComesLast) {
+  proves("LIST-20");
   Dictionary dictionary = {{"a", 1}, {"b", 2}};
 
   dictionary.remove("a");
@@ -59,6 +62,7 @@ TEST(OrderedDictionaryTest, KeyStoredAgainAfterRemovalComesLast) {
 }
 
 TEST(OrderedDictionaryTest, RemovingAnUnknownKeyChangesNothing) {
+  proves("LIST-20");
   Dictionary dictionary = {{"a", 1}};
 
   dictionary.remove("b");
@@ -78,6 +82,7 @@ TEST(OrderedDictionaryTest, ClearedDictionaryStartsAnew) {
 }
 
 TEST(OrderedDictionaryTest, EveryKeyOfManyIsFoundWhateverTheirNumber) {
+  proves("LIST-20");
   for (int count = 0; count <= 300; ++count) {
     const Dictionary dictionary = manyEntries(count);
 
@@ -89,6 +94,7 @@ TEST(OrderedDictionaryTest, EveryKeyOfManyIsFoundWhateverTheirNumber) {
 }
 
 TEST(OrderedDictionaryTest, EqualityLooksAtKeysAndValuesOnly) {
+  proves("LIST-20");
   const Dictionary dictionary = {{"a", 1}, {"b", 2}};
 
   EXPECT_EQ(dictionary, (Dictionary{{"b", 2}, {"a", 1}}));
@@ -119,6 +125,7 @@ class ListOfPairs {
 };
 
 TEST(OrderedDictionaryTest, RandomChangesAgreeWithAListOfPairs) {
+  proves("LIST-20");
   test::RandomSource random(7);
   for (int run = 0; run < 200; ++run) {
     Dictionary dictionary;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "hotfix/base/Path.h"
+#include "support/Proves.h"
 #include "support/RandomText.h"
 #include "support/models/PathModel.h"
 
@@ -11,6 +12,7 @@ namespace installer {
 namespace {
 
 TEST(PathModelTest, RandomPathsAreHandledAsTheModelSays) {
+  proves("PATH-1");
   const std::vector<std::string> pieces = {"/", "/",  "//",    "a", "b c",
                                            ".", "..", "x.app", "~", "\u00e9"};
   test::forRandomCases([&](test::RandomSource& random) {

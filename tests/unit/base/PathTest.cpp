@@ -5,6 +5,8 @@
 #include <random>
 #include <string>
 
+#include "support/Proves.h"
+
 namespace installer::test {
 namespace {
 
@@ -15,6 +17,7 @@ struct Appending {
 class AppendingComponentTest : public ::testing::TestWithParam<Appending> {};
 
 TEST_P(AppendingComponentTest, GivesTheJoinedPath) {
+  proves("PATH-1");
   EXPECT_EQ(path::appendingComponent(GetParam().path, GetParam().component), GetParam().result);
 }
 
@@ -47,6 +50,7 @@ struct Cutting {
 class DeletingLastComponentTest : public ::testing::TestWithParam<Cutting> {};
 
 TEST_P(DeletingLastComponentTest, GivesThePathAbove) {
+  proves("PATH-1");
   EXPECT_EQ(path::deletingLastComponent(GetParam().path), GetParam().result);
 }
 
@@ -64,6 +68,7 @@ INSTANTIATE_TEST_SUITE_P(
 class LastComponentTest : public ::testing::TestWithParam<Cutting> {};
 
 TEST_P(LastComponentTest, GivesTheName) {
+  proves("PATH-1");
   EXPECT_EQ(path::lastComponent(GetParam().path), GetParam().result);
 }
 
@@ -77,6 +82,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOf<Cutting>);
 
 TEST(PathTest, APathIsItsFolderAndItsName) {
+  proves("PATH-1");
   std::mt19937 random(7);
   const std::string letters = "/a.~";
   for (int round = 0; round < 20000; ++round) {

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+#include "support/Proves.h"
+
 namespace installer::PropertyList {
 namespace {
 
@@ -33,20 +35,24 @@ constexpr Pair kPairs[] = {
 };
 
 TEST(PropertyListDateTest, SecondsAreToldAsDayAndTime) {
+  proves("LIST-9");
   for (const Pair& pair : kPairs) EXPECT_EQ(textFromDate(Date{pair.seconds}), pair.text);
 }
 
 TEST(PropertyListDateTest, DayAndTimeAreReadAsSeconds) {
+  proves("LIST-9");
   for (const Pair& pair : kPairs) EXPECT_EQ(dateFromText(pair.text), Date{pair.seconds});
 }
 
 TEST(PropertyListDateTest, PartsOfASecondBelongToTheSecondInWhichTheyLie) {
+  proves("LIST-9");
   EXPECT_EQ(textFromDate(Date{0.999}), "2001-01-01T00:00:00Z");
   EXPECT_EQ(textFromDate(Date{-0.001}), "2000-12-31T23:59:59Z");
   EXPECT_EQ(textFromDate(Date{252423993599.9}), "9999-12-31T23:59:59Z");
 }
 
 TEST(PropertyListDateTest, DatesWithoutAFourDigitYearHaveNoText) {
+  proves("LIST-9");
   const double infinity = std::numeric_limits<double>::infinity();
   for (const double seconds : {252423993600.0, -63113904001.0, -63113904000.5, 1e300, -1e300,
                                infinity, -infinity, std::nan("")})
@@ -54,6 +60,7 @@ TEST(PropertyListDateTest, DatesWithoutAFourDigitYearHaveNoText) {
 }
 
 TEST(PropertyListDateTest, OtherFormsAndDatesThatDoNotExistAreRefused) {
+  proves("LIST-9");
   for (const char* text : {"",
                            "2001",
                            "2001-01-01",

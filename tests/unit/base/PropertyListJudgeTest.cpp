@@ -7,6 +7,7 @@
 #include "hotfix/base/PropertyList.h"
 #include "support/BinaryListWriter.h"
 #include "support/Judge.h"
+#include "support/Proves.h"
 #include "support/RandomValue.h"
 #include "support/TemporaryFolder.h"
 #include "support/XmlList.h"
@@ -164,6 +165,7 @@ class PropertyListJudgeTest : public ::testing::Test {
 };
 
 TEST_F(PropertyListJudgeTest, PythonReadsWhatIsWrittenAndIsReadInTurn) {
+  proves("LIST-19");
   writeLists(1, 200);
   _folder.makeFile("judge.py", kPython);
 
@@ -176,6 +178,7 @@ TEST_F(PropertyListJudgeTest, PythonReadsWhatIsWrittenAndIsReadInTurn) {
 }
 
 TEST_F(PropertyListJudgeTest, PlistutilReadsWhatIsWrittenAndIsReadInTurn) {
+  proves("LIST-19");
   writeLists(2, 200);
 
   const JudgeVerdict verdict =
@@ -190,6 +193,7 @@ TEST_F(PropertyListJudgeTest, PlistutilReadsWhatIsWrittenAndIsReadInTurn) {
 }
 
 TEST_F(PropertyListJudgeTest, XmllintFindsWhatIsWrittenValid) {
+  proves("LIST-19");
   writeLists(3, 200);
   _folder.makeFile("schema", kSchema);
 
@@ -205,6 +209,7 @@ TEST_F(PropertyListJudgeTest, XmllintFindsWhatIsWrittenValid) {
 }
 
 TEST_F(PropertyListJudgeTest, WhatXmllintWritesInAnyEncodingIsRead) {
+  proves("LIST-6");
   writeLists(8, 5);
   for (const std::string encoding : test::kXmllintEncodings) {
     const JudgeVerdict verdict =
@@ -218,6 +223,7 @@ TEST_F(PropertyListJudgeTest, WhatXmllintWritesInAnyEncodingIsRead) {
 }
 
 TEST_F(PropertyListJudgeTest, PythonReadsTheEdgesOfEveryType) {
+  proves("LIST-19");
   const double infinity = HUGE_VAL;
   const Value value(
       Array{std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max(),
@@ -251,6 +257,7 @@ TEST_F(PropertyListJudgeTest, DatesOfPythonKeepThePartOfASecondInMemoryOnly) {
 // --- Models and faults ---------------------------------------------------------------------------
 
 TEST(PropertyListModelTest, BinaryListsOfEverySizeAreReadAsTheyWereMeant) {
+  proves("LIST-16");
   test::RandomValues random(4);
   for (std::size_t round = 0; round < 2000; ++round) {
     const Value value(random.dictionary(8, 4));
@@ -263,6 +270,7 @@ TEST(PropertyListModelTest, BinaryListsOfEverySizeAreReadAsTheyWereMeant) {
 }
 
 TEST(PropertyListModelTest, WhatIsWrittenIsReadBackUnchanged) {
+  proves("LIST-16");
   test::RandomValues random(5);
   for (std::size_t round = 0; round < 2000; ++round) {
     const Value value(random.dictionary(8, 4));
@@ -306,6 +314,7 @@ void expectConsistent(const std::string& bytes) {
 }
 
 TEST(PropertyListFaultTest, DamagedBinaryListsAreReadOrRefusedInBoundedTime) {
+  proves("LIST-10");
   test::RandomValues values(6);
   test::RandomSource random(6);
   for (std::size_t round = 0; round < 200; ++round) {
@@ -316,6 +325,7 @@ TEST(PropertyListFaultTest, DamagedBinaryListsAreReadOrRefusedInBoundedTime) {
 }
 
 TEST(PropertyListFaultTest, DamagedXmlListsAreReadOrRefusedSilently) {
+  proves("LIST-10");
   test::RandomValues values(7);
   test::RandomSource random(7);
   ::testing::internal::CaptureStderr();

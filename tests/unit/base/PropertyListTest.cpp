@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "support/BinaryList.h"
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 #include "support/XmlList.h"
 
@@ -21,6 +22,7 @@ using test::xmlList;
 // --- Values --------------------------------------------------------------------------------------
 
 TEST(PropertyListValueTest, IntegersThatFitAreSigned) {
+  proves("LIST-2");
   const Value value(std::uint64_t{9223372036854775807U});
 
   ASSERT_TRUE(value.as<std::int64_t>());
@@ -28,6 +30,7 @@ TEST(PropertyListValueTest, IntegersThatFitAreSigned) {
 }
 
 TEST(PropertyListValueTest, IntegersBeyondTheSignedRangeAreUnsigned) {
+  proves("LIST-2");
   const Value value(std::uint64_t{9223372036854775808U});
 
   ASSERT_TRUE(value.as<std::uint64_t>());
@@ -35,6 +38,7 @@ TEST(PropertyListValueTest, IntegersBeyondTheSignedRangeAreUnsigned) {
 }
 
 TEST(PropertyListValueTest, TypesTellValuesApart) {
+  proves("LIST-2");
   EXPECT_EQ(Value(), Value(""));
   EXPECT_NE(Value(1), Value(true));
   EXPECT_NE(Value(1), Value(1.0));
@@ -46,6 +50,7 @@ TEST(PropertyListValueTest, TypesTellValuesApart) {
 // --- Looking up ----------------------------------------------------------------------------------
 
 TEST(PropertyListLookupTest, OnlyTextsAreTexts) {
+  proves("LIST-8");
   const Dictionary dictionary{{"text", "a"}, {"empty", ""}, {"number", 1}, {"flag", true}};
 
   EXPECT_EQ(textForKey(dictionary, "text"), "a");
@@ -56,6 +61,7 @@ TEST(PropertyListLookupTest, OnlyTextsAreTexts) {
 }
 
 TEST(PropertyListLookupTest, TruthsAreReadAsThePlatformDoes) {
+  proves("LIST-8");
   for (const Value& value : {Value(true),    Value(1),
                              Value(-1),      Value(std::numeric_limits<std::uint64_t>::max()),
                              Value(0.5),     Value("YES"),
@@ -75,6 +81,7 @@ TEST(PropertyListLookupTest, TruthsAreReadAsThePlatformDoes) {
 }
 
 TEST(PropertyListLookupTest, EverythingElseIsFalse) {
+  proves("LIST-8");
   for (const Value& value : {Value(false),
                              Value(0),
                              Value(0.0),
@@ -105,17 +112,20 @@ TEST(PropertyListLookupTest, EverythingElseIsFalse) {
 }
 
 TEST(PropertyListLookupTest, MissingTruthIsFalse) {
+  proves("LIST-8");
   EXPECT_FALSE(booleanForKey({{"k", true}}, "other"));
 }
 
 // --- Reading and writing memory ------------------------------------------------------------------
 
 TEST(PropertyListParseTest, BothFormsAreRead) {
+  proves("LIST-1");
   EXPECT_EQ(parse(xmlList("<true/>")), Value(true));
   EXPECT_EQ(parse(BinaryList{{object(0x09)}}.bytes()), Value(true));
 }
 
 TEST(PropertyListParseTest, OtherFormsAreUnreadable) {
+  proves("LIST-1");
   EXPECT_EQ(parse("{ a = b; }"), std::nullopt);
   EXPECT_EQ(parse(""), std::nullopt);
   EXPECT_EQ(parse("bplist00"), std::nullopt);
@@ -129,6 +139,7 @@ TEST(PropertyListParseTest, OnlyDictionariesCountAsDictionaries) {
 }
 
 TEST(PropertyListSerializeTest, EveryKindOfValueIsReadBackInOrder) {
+  proves("LIST-16");
   const Value value(Dictionary{{"z", "<text>\r\n"},
                                {"flag", true},
                                {"other", false},
@@ -151,6 +162,7 @@ TEST(PropertyListSerializeTest, EveryKindOfValueIsReadBackInOrder) {
 }
 
 TEST(PropertyListSerializeTest, WhatXmlCannotTellIsRefused) {
+  proves("LIST-17");
   for (const Value& value :
        {Value("\x01"), Value("\x1F"), Value(std::string("a\0b", 3)), Value("\uFFFE"), Value("\xE9"),
         Value("\xED\xA0\x80"), Value("\xC0\x80"), Value("\xF4\x90\x80\x80"), Value(Date{1e300}),
@@ -163,6 +175,7 @@ TEST(PropertyListSerializeTest, WhatXmlCannotTellIsRefused) {
 }
 
 TEST(PropertyListSerializeTest, RefusalsAreSilent) {
+  proves("LIST-17");
   ::testing::internal::CaptureStderr();
 
   EXPECT_EQ(serialize("\x01"), std::nullopt);
@@ -171,6 +184,7 @@ TEST(PropertyListSerializeTest, RefusalsAreSilent) {
 }
 
 TEST(PropertyListSerializeTest, MoreThanAMillionObjectsAreRefused) {
+  proves("LIST-17");
   EXPECT_EQ(serialize(Array(1'000'000, Value(true))), std::nullopt);
 }
 
@@ -181,6 +195,7 @@ TEST(PropertyListSerializeTest, NotANumberIsToldAnywhere) {
 }
 
 TEST(PropertyListSerializeTest, PartOfASecondIsCutOff) {
+  proves("LIST-9");
   const std::optional<std::string> bytes = serialize(Array{Date{-0.25}, Date{10.75}});
 
   ASSERT_TRUE(bytes);
@@ -188,6 +203,7 @@ TEST(PropertyListSerializeTest, PartOfASecondIsCutOff) {
 }
 
 TEST(PropertyListSerializeTest, DictionaryThatLooksLikeAReferenceBecomesOne) {
+  proves("LIST-18");
   const std::optional<std::string> bytes =
       serialize(Array{Dictionary{{"CF$UID", 5}},
                       Dictionary{{"CF$UID", std::numeric_limits<std::uint64_t>::max()}}});
@@ -197,6 +213,7 @@ TEST(PropertyListSerializeTest, DictionaryThatLooksLikeAReferenceBecomesOne) {
 }
 
 TEST(PropertyListSerializeTest, ReferencesOfBinaryListsSurviveTheRewrite) {
+  proves("LIST-18");
   const BinaryList list{{object(0xD1, "\x01\x02"), asciiObject("k"), object(0x80, "\x09")}};
 
   const std::optional<std::string> bytes = serialize(*parse(list.bytes()));
@@ -213,6 +230,7 @@ class PropertyListFileTest : public ::testing::Test {
 };
 
 TEST_F(PropertyListFileTest, DictionaryIsReadFromEitherForm) {
+  proves("LIST-1");
   _sandbox.write("a.plist", xmlList("<dict><key>a</key><true/></dict>"));
   _sandbox.write("b.plist",
                  BinaryList{{object(0xD1, "\x01\x02"), asciiObject("b"), object(0x08)}}.bytes());
@@ -222,6 +240,7 @@ TEST_F(PropertyListFileTest, DictionaryIsReadFromEitherForm) {
 }
 
 TEST_F(PropertyListFileTest, AnythingElseIsAbsent) {
+  proves("LIST-1");
   _sandbox.write("array.plist", xmlList("<array/>"));
   _sandbox.write("broken.plist", "<plist><dict>");
   _sandbox.makeFolder("folder.plist");
@@ -231,6 +250,7 @@ TEST_F(PropertyListFileTest, AnythingElseIsAbsent) {
 }
 
 TEST_F(PropertyListFileTest, DictionaryIsWrittenAsXml) {
+  proves("LIST-16");
   EXPECT_TRUE(writeDictionary({{"a", "b"}}, _sandbox.path("new.plist")));
 
   EXPECT_EQ(_sandbox.read("new.plist"),
@@ -238,6 +258,7 @@ TEST_F(PropertyListFileTest, DictionaryIsWrittenAsXml) {
 }
 
 TEST_F(PropertyListFileTest, WhatXmlCannotTellLeavesTheFile) {
+  proves("LIST-17");
   _sandbox.write("old.plist", "old");
 
   EXPECT_FALSE(writeDictionary({{"a", "\x01"}}, _sandbox.path("old.plist")));
@@ -246,6 +267,7 @@ TEST_F(PropertyListFileTest, WhatXmlCannotTellLeavesTheFile) {
 }
 
 TEST_F(PropertyListFileTest, RefusingDiskFailsTheWrite) {
+  proves("LIST-17");
   _sandbox.write("old.plist", "old");
   _sandbox.files().failAt(1, ENOSPC);
 

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include "support/Proves.h"
+
 namespace installer {
 namespace {
 
@@ -14,6 +16,7 @@ struct EscapeCase {
 class EscapedMessageTest : public ::testing::TestWithParam<EscapeCase> {};
 
 TEST_P(EscapedMessageTest, IsOneReadableLine) {
+  proves("LOG-3");
   EXPECT_EQ(escapedMessage(GetParam().message), GetParam().expected);
 }
 
@@ -88,11 +91,13 @@ TraceLine exampleLine() {
 }
 
 TEST(TraceLineTest, TellsTimeHostProcessLevelAndMessage) {
+  proves("LOG-1");
   EXPECT_EQ(formatted(exampleLine()),
             "Nov 28 23:59:58 quill.example HotfixInstaller[4711] <Info>: Hello {} %s\n");
 }
 
 TEST(TraceLineTest, PadsTheDayWithABlankAndTheTimeWithZeros) {
+  proves("LOG-1");
   TraceLine line = exampleLine();
   line.time.tm_mday = 9;
   line.time.tm_hour = 1;
@@ -103,6 +108,7 @@ TEST(TraceLineTest, PadsTheDayWithABlankAndTheTimeWithZeros) {
 }
 
 TEST(TraceLineTest, NamesTheMonthsInEnglish) {
+  proves("LOG-1");
   const std::string names = "JanFebMarAprMayJunJulAugSepOctNovDec";
   for (int month = 0; month < 12; ++month) {
     TraceLine line = exampleLine();
@@ -115,6 +121,7 @@ TEST(TraceLineTest, NamesTheMonthsInEnglish) {
 }
 
 TEST(TraceLineTest, NamesTheLevels) {
+  proves("LOG-1");
   const std::vector<std::pair<LogLevel, std::string>> levels = {{LogLevel::error, "<Error>: "},
                                                                 {LogLevel::warning, "<Warning>: "},
                                                                 {LogLevel::notice, "<Notice>: "},

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/Memory.h"
+#include "support/Proves.h"
 #include "support/XmlList.h"
 
 namespace installer::PropertyList {
@@ -35,6 +36,7 @@ void PrintTo(const ReadableElement& row, std::ostream* stream) {
 class ReadableElements : public ::testing::TestWithParam<ReadableElement> {};
 
 TEST_P(ReadableElements, ReadsAsItsValue) {
+  proves("LIST-3");
   EXPECT_EQ(readXml(xmlList(GetParam().element)), GetParam().value);
 }
 
@@ -124,10 +126,12 @@ void PrintTo(const UnreadableElement& row, std::ostream* stream) {
 class UnreadableElements : public ::testing::TestWithParam<UnreadableElement> {};
 
 TEST_P(UnreadableElements, MakeTheListUnreadable) {
+  proves("LIST-3");
   EXPECT_EQ(readXml(xmlList(GetParam().element)), std::nullopt);
 }
 
 TEST_P(UnreadableElements, MakeAnEnclosingArrayUnreadable) {
+  proves("LIST-3");
   EXPECT_EQ(readXml(xmlList("<array>" + GetParam().element + "</array>")), std::nullopt);
 }
 
@@ -194,6 +198,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, UnreadableElements,
                          [](const auto& test) { return test.param.name; });
 
 TEST(XmlPropertyListReaderTest, NotANumberIsRead) {
+  proves("LIST-3");
   const std::optional<Value> value = readXml(xmlList("<real>nan</real>"));
 
   ASSERT_TRUE(value && value->as<double>());
@@ -201,6 +206,7 @@ TEST(XmlPropertyListReaderTest, NotANumberIsRead) {
 }
 
 TEST(XmlPropertyListReaderTest, EntriesKeepTheirOrder) {
+  proves("LIST-7");
   const std::optional<Value> value =
       readXml(xmlList("<dict><key>b</key><true/><key>a</key><false/></dict>"));
 
@@ -209,6 +215,7 @@ TEST(XmlPropertyListReaderTest, EntriesKeepTheirOrder) {
 }
 
 TEST(XmlPropertyListReaderTest, LaterOfTwoEqualKeysWinsAtTheFirstPlace) {
+  proves("LIST-7");
   const std::optional<Value> value = readXml(xmlList(
       "<dict><key>a</key><string>old</string><key>b</key><true/><key>a</key><string>new</string>"
       "</dict>"));
@@ -231,6 +238,7 @@ void PrintTo(const Document& row, std::ostream* stream) {
 class ReadableDocuments : public ::testing::TestWithParam<Document> {};
 
 TEST_P(ReadableDocuments, HoldTheValue) {
+  proves("LIST-5");
   EXPECT_EQ(readXml(GetParam().bytes), Value("x"));
 }
 
@@ -255,6 +263,7 @@ INSTANTIATE_TEST_SUITE_P(
 class UnreadableDocuments : public ::testing::TestWithParam<Document> {};
 
 TEST_P(UnreadableDocuments, HoldNoValue) {
+  proves("LIST-5");
   ::testing::internal::CaptureStderr();
 
   EXPECT_EQ(readXml(GetParam().bytes), std::nullopt);
@@ -335,6 +344,7 @@ void PrintTo(const Encoding& row, std::ostream* stream) {
 class Encodings : public ::testing::TestWithParam<Encoding> {};
 
 TEST_P(Encodings, TextsKeepTheirCharacters) {
+  proves("LIST-6");
   const Encoding& row = GetParam();
   const std::string declaration =
       row.name.empty() ? "" : "<?xml version=\"1.0\" encoding=\"" + row.name + "\"?>\n";
@@ -367,6 +377,7 @@ INSTANTIATE_TEST_SUITE_P(All, Encodings,
                          }));
 
 TEST(XmlPropertyListReaderTest, ZeroCharacterBehindAnUtf16ListMakesItUnreadable) {
+  proves("LIST-6");
   const std::string list = "\xFF\xFE" + encoded("<plist><true/></plist>", "UTF-16LE");
 
   EXPECT_EQ(readXml(list), Value(true));
@@ -374,6 +385,7 @@ TEST(XmlPropertyListReaderTest, ZeroCharacterBehindAnUtf16ListMakesItUnreadable)
 }
 
 TEST(XmlPropertyListReaderTest, CharactersThatAnEncodingLacksMakeTheListUnreadable) {
+  proves("LIST-6");
   ::testing::internal::CaptureStderr();
 
   EXPECT_EQ(readXml("<?xml version='1.0' encoding='Shift_JIS'?><string>a\xFF\xFF</string>"),
@@ -396,6 +408,7 @@ std::string nested(const char* open, const char* close, std::size_t depth) {
 }
 
 TEST(XmlPropertyListReaderTest, ContainersNestUpToTheMaximumDepth) {
+  proves("LIST-15");
   const std::optional<Value> deepest = readXml(nested("<array>", "</array>", 128));
 
   ASSERT_TRUE(deepest);
@@ -409,6 +422,7 @@ TEST(XmlPropertyListReaderTest, ContainersNestUpToTheMaximumDepth) {
 }
 
 TEST(XmlPropertyListReaderTest, DeepNestingThatNeverEndsIsUnreadable) {
+  proves("LIST-15");
   EXPECT_EQ(readXml("<plist>" + repeated("<array>", 1'000'000)), std::nullopt);
 }
 
@@ -421,6 +435,7 @@ TEST(XmlPropertyListReaderTest, DepthCountsOpenContainersOnly) {
 }
 
 TEST(XmlPropertyListReaderTest, AMillionObjectsAreReadAndNotOneMore) {
+  proves("LIST-15");
   const std::optional<Value> most =
       readXml(xmlList("<array>" + repeated("<true/>", 999'999) + "</array>"));
 

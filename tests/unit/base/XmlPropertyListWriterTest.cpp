@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "support/Proves.h"
 #include "support/XmlList.h"
 
 namespace installer::PropertyList {
@@ -24,6 +25,7 @@ void PrintTo(const WrittenElement& row, std::ostream* stream) {
 class WrittenElements : public ::testing::TestWithParam<WrittenElement> {};
 
 TEST_P(WrittenElements, ReadsLikeThis) {
+  proves("LIST-16");
   EXPECT_EQ(writeXml(GetParam().value), xmlList(GetParam().element));
 }
 
@@ -83,6 +85,7 @@ Value nested(int depth, Value innermost) {
 }
 
 TEST(XmlPropertyListWriterTest, ContainersNestUpToTheMaximumDepth) {
+  proves("LIST-17");
   EXPECT_TRUE(writeXml(nested(128, true)));
   EXPECT_EQ(writeXml(nested(129, true)), std::nullopt);
   EXPECT_TRUE(writeXml(nested(127, Array{})));

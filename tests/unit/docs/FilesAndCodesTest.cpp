@@ -20,6 +20,7 @@
 #include "instance/ProvisioningCommand.h"
 #include "platform/FixedPaths.h"
 #include "platform/SystemLog.h"
+#include "support/Proves.h"
 #include "workflow/HotfixPackage.h"
 
 namespace fs = std::filesystem;
@@ -168,6 +169,7 @@ TEST(FilesAndCodesTest, PackageKeepsItsDescriptionInTheDocumentedFile) {
 }
 
 TEST(FilesAndCodesTest, DefaultPlacesOfThePackageAreThoseOfTheWorkflow) {
+  proves("PACKAGE-5");
   const std::string workflow = sources().at("workflow/Hotfix.cpp");
   const std::set<std::string> beside = namesUnder("The package");
   std::set<std::string> defaults;
@@ -201,6 +203,7 @@ TEST(FilesAndCodesTest, DocumentedKeysAreSpelledInTheCode) {
 }
 
 TEST(FilesAndCodesTest, HotfixStartHasTheDocumentedArguments) {
+  proves("LAUNCH-1");
   const Table table = tableUnder("The launcher");
 
   EXPECT_THAT(firstColumnOf(table), ElementsAreArray(ProvisioningCommand::hotfixArguments(
@@ -230,6 +233,7 @@ TEST(FilesAndCodesTest, UpdateAndCleanUpStartsHaveTheDocumentedArguments) {
 }
 
 TEST(FilesAndCodesTest, ToolsAreStartedWithTheDocumentedOptions) {
+  proves("COLLECT-2");
   const std::string collection = sources().at("instance/LogCollection.cpp");
   std::size_t place = 0;
   for (const std::string& option : firstColumnOf(tableUnder("Log collection"))) {
@@ -269,6 +273,7 @@ TEST(FilesAndCodesTest, ReadmeAndTablesAgreeOnTheErrorCodes) {
 }
 
 TEST(FilesAndCodesTest, DocumentedCharactersAndNoOthersAreRefused) {
+  proves("CHECK-2");
   const std::set<std::string> refused = namesUnder("Characters that no path may hold");
   for (char one = ' '; one <= '~'; ++one) {
     const std::string character(1, one);
@@ -280,6 +285,7 @@ TEST(FilesAndCodesTest, DocumentedCharactersAndNoOthersAreRefused) {
 }
 
 TEST(FilesAndCodesTest, LogLevelsHaveTheDocumentedNumbersAndNames) {
+  proves("LOG-2");
   const Table table = tableUnder("Log levels");
   EXPECT_EQ(namesUnder("Log levels"), (std::set<std::string>{"3", "4", "5", "6"}));
   for (const Row& row : table) {

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 #include "support/XmlList.h"
 
@@ -55,6 +56,7 @@ class ConfigurationTest : public ::testing::Test {
 };
 
 TEST_F(ConfigurationTest, MissingFileGivesAnEmptyStoreThatTakesValues) {
+  proves("CONFIG-1");
   Configuration configuration;
 
   EXPECT_EQ(configuration.getPropertyValueForKey("a"), std::nullopt);
@@ -67,6 +69,7 @@ TEST_F(ConfigurationTest, MissingFileGivesAnEmptyStoreThatTakesValues) {
 }
 
 TEST_F(ConfigurationTest, SavedValuesAreFoundByTheNextOne) {
+  proves("CONFIG-1");
   Configuration first;
   first.setProperty("/data", "P_RCPDATA");
 
@@ -78,12 +81,14 @@ TEST_F(ConfigurationTest, SavedValuesAreFoundByTheNextOne) {
 }
 
 TEST_F(ConfigurationTest, UnsavedValuesStayInMemory) {
+  proves("CONFIG-1");
   Configuration().setProperty("1", "a");
 
   EXPECT_FALSE(_sandbox.exists(kFile));
 }
 
 TEST_F(ConfigurationTest, ValuesOfOtherProgramsSurvive) {
+  proves("CONFIG-1");
   _sandbox.writePlist(kFile, {{"theirs", 5}, {"productName", "Q"}});
   Configuration configuration;
 
@@ -96,6 +101,7 @@ TEST_F(ConfigurationTest, ValuesOfOtherProgramsSurvive) {
 }
 
 TEST_F(ConfigurationTest, SavedFileIsReadableForAllWhateverItWas) {
+  proves("CONFIG-3");
   _sandbox.writePlist(kFile, {{"a", "1"}});
   ASSERT_EQ(chmod(_sandbox.path(kFile).c_str(), 0600), 0);
   const mode_t mask = umask(077);
@@ -107,6 +113,7 @@ TEST_F(ConfigurationTest, SavedFileIsReadableForAllWhateverItWas) {
 }
 
 TEST_F(ConfigurationTest, SavedFileBelongsToTheProcess) {
+  proves("CONFIG-3");
   if (geteuid() != 0) GTEST_SKIP() << "needs root to give a file away";
   _sandbox.writePlist(kFile, {{"a", "1"}});
   ASSERT_EQ(chown(_sandbox.path(kFile).c_str(), kStranger, kStranger), 0);
@@ -119,6 +126,7 @@ TEST_F(ConfigurationTest, SavedFileBelongsToTheProcess) {
 }
 
 TEST_F(ConfigurationTest, RefusingDiskIsNotReported) {
+  proves("CONFIG-4");
   Configuration configuration;
   _sandbox.files().failAt(1, ENOSPC);
 
@@ -128,6 +136,7 @@ TEST_F(ConfigurationTest, RefusingDiskIsNotReported) {
 }
 
 TEST_F(ConfigurationTest, WhatCannotBeToldIsNotWritten) {
+  proves("CONFIG-4");
   _sandbox.writePlist(kFile, {{"a", "1"}});
   Configuration configuration;
   configuration.setProperty("2", "\x01");
@@ -138,6 +147,7 @@ TEST_F(ConfigurationTest, WhatCannotBeToldIsNotWritten) {
 }
 
 TEST_F(ConfigurationTest, PathOfOtherBytesIsStoredAsTheTextThatCanBeTold) {
+  proves("TEXT-4");
   Configuration configuration;
 
   EXPECT_TRUE(configuration.setProperty("/\xFF\x01", "a"));
@@ -147,6 +157,7 @@ TEST_F(ConfigurationTest, PathOfOtherBytesIsStoredAsTheTextThatCanBeTold) {
 }
 
 TEST_F(ConfigurationTest, UnreadableFileTakesNothingAndStaysAsItIs) {
+  proves("CONFIG-4");
   _sandbox.write(kFile, "<plist>");
   Configuration configuration;
 
@@ -160,6 +171,7 @@ TEST_F(ConfigurationTest, UnreadableFileTakesNothingAndStaysAsItIs) {
 // --- Cleaning up ---------------------------------------------------------------------------------
 
 TEST_F(ConfigurationTest, CleanupRemovesFileAndValues) {
+  proves("CONFIG-2");
   _sandbox.writePlist(kFile, {{"a", "1"}});
   Configuration configuration;
 
@@ -171,6 +183,7 @@ TEST_F(ConfigurationTest, CleanupRemovesFileAndValues) {
 }
 
 TEST_F(ConfigurationTest, CleanupWithoutFileEmptiesTheStore) {
+  proves("CONFIG-2");
   Configuration configuration;
   configuration.setProperty("1", "a");
 
@@ -181,6 +194,7 @@ TEST_F(ConfigurationTest, CleanupWithoutFileEmptiesTheStore) {
 }
 
 TEST_F(ConfigurationTest, StoreCanBeFilledAgainAfterCleanup) {
+  proves("CONFIG-2");
   Configuration configuration;
   configuration.cleanupConfiguration();
 
@@ -191,6 +205,7 @@ TEST_F(ConfigurationTest, StoreCanBeFilledAgainAfterCleanup) {
 }
 
 TEST_F(ConfigurationTest, CleanupRemovesAnUnreadableFileToo) {
+  proves("CONFIG-2");
   _sandbox.write(kFile, "<plist>");
   Configuration configuration;
 
@@ -201,6 +216,7 @@ TEST_F(ConfigurationTest, CleanupRemovesAnUnreadableFileToo) {
 }
 
 TEST_F(ConfigurationTest, CleanupRemovesALinkAndNotItsTarget) {
+  proves("TMP-5");
   _sandbox.writePlist("tmp/target", {{"a", "1"}});
   _sandbox.makeLink(kFile, "target");
 
@@ -213,6 +229,7 @@ TEST_F(ConfigurationTest, CleanupRemovesALinkAndNotItsTarget) {
 // --- Whose file counts ---------------------------------------------------------------------------
 
 TEST_F(ConfigurationTest, FilesOfRootEffectiveAndConsoleUserCount) {
+  proves("TMP-4");
   _sandbox.writePlist(kFile, {{"a", "1"}});
   _sandbox.users().effectiveUser = 501;
   _sandbox.users().userList.push_back({"console", 502, 20, "/Users/console"});
@@ -225,6 +242,7 @@ TEST_F(ConfigurationTest, FilesOfRootEffectiveAndConsoleUserCount) {
 }
 
 TEST_F(ConfigurationTest, FileOfAnotherUserReadsAsAbsent) {
+  proves("TMP-4");
   _sandbox.writePlist(kFile, {{"a", "1"}});
   _sandbox.users().effectiveUser = 501;
 
@@ -234,6 +252,7 @@ TEST_F(ConfigurationTest, FileOfAnotherUserReadsAsAbsent) {
 }
 
 TEST_F(ConfigurationTest, UnknownConsoleUserOwnsNothing) {
+  proves("TMP-4");
   _sandbox.writePlist(kFile, {{"a", "1"}});
   _sandbox.users().variables["USER"] = "nobody there";
   EXPECT_EQ(valueFrom(kStranger), std::nullopt);
@@ -244,6 +263,7 @@ TEST_F(ConfigurationTest, UnknownConsoleUserOwnsNothing) {
 }
 
 TEST_F(ConfigurationTest, LinkReadsAsAbsent) {
+  proves("TMP-4");
   _sandbox.writePlist("tmp/target", {{"a", "1"}});
   _sandbox.makeLink(kFile, "target");
   Configuration configuration;
@@ -254,6 +274,7 @@ TEST_F(ConfigurationTest, LinkReadsAsAbsent) {
 }
 
 TEST_F(ConfigurationTest, SaveReplacesALinkAndNotItsTarget) {
+  proves("TMP-5");
   _sandbox.writePlist("tmp/target", {{"a", "1"}});
   _sandbox.makeLink(kFile, "target");
   Configuration configuration;
@@ -267,6 +288,7 @@ TEST_F(ConfigurationTest, SaveReplacesALinkAndNotItsTarget) {
 }
 
 TEST_F(ConfigurationTest, DanglingLinkFolderAndPipeReadAsAbsent) {
+  proves("TMP-4");
   _sandbox.makeLink(kFile, "nowhere");
   EXPECT_TRUE(Configuration().setProperty("1", "a"));
   _sandbox.remove(kFile);
@@ -280,6 +302,7 @@ TEST_F(ConfigurationTest, DanglingLinkFolderAndPipeReadAsAbsent) {
 }
 
 TEST_F(ConfigurationTest, RefusalIsToldOncePerRun) {
+  proves("TMP-4");
   _sandbox.makeLink(kFile, "nowhere");
 
   Configuration();

@@ -5,6 +5,7 @@
 
 #include "hotfix/formats/InstallManifest.h"
 #include "support/Judge.h"
+#include "support/Proves.h"
 #include "support/RandomText.h"
 #include "support/Sandbox.h"
 
@@ -172,6 +173,7 @@ std::string replaced(std::string text, const std::string& what, const std::strin
 }
 
 TEST(InstallManifestJudgeTest, OnlyTheLocationsOnThePathChange) {
+  proves("DOCUMENT-1");
   constexpr std::size_t kManifests = 120;
   const test::Sandbox sandbox;
   for (std::size_t number = 0; number < kManifests; ++number) {
@@ -214,6 +216,7 @@ std::string canonical(const test::Sandbox& sandbox, const std::string& name) {
 }
 
 TEST(InstallManifestJudgeTest, WhatXmllintWritesInAnyEncodingIsRewrittenInIt) {
+  proves("DOCUMENT-11");
   constexpr std::size_t kDeclaration = 36;  // bytes that tell every encoding from the others
   const test::Sandbox sandbox;
   std::uint64_t seed = 1000;
@@ -237,6 +240,7 @@ TEST(InstallManifestJudgeTest, WhatXmllintWritesInAnyEncodingIsRewrittenInIt) {
 }
 
 TEST(InstallManifestJudgeTest, RewritingARewrittenManifestChangesNothing) {
+  proves("DOCUMENT-12");
   const test::Sandbox sandbox;
   for (std::uint64_t seed = 1; seed <= 100; ++seed) {
     const std::string file = sandbox.write("tmp/m.xml", RandomManifest(seed).document());

@@ -8,6 +8,7 @@
 #include "base/XmlDocument.h"
 #include "formats/ManifestFeatures.h"
 #include "support/Memory.h"
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 
 namespace installer {
@@ -58,6 +59,7 @@ class InstallManifestTest : public ::testing::Test {
 // --- Which features ------------------------------------------------------------------------------
 
 TEST_F(InstallManifestTest, RootIsReplacedInEveryFeatureOnThePath) {
+  proves("DOCUMENT-1");
   EXPECT_EQ(rewritten(R"(<?xml version="1.0" encoding="UTF-8"?>
 <provision>
     <domain-object><other/><object-data>
@@ -97,6 +99,7 @@ TEST_F(InstallManifestTest, RootIsReplacedInEveryFeatureOnThePath) {
 }
 
 TEST_F(InstallManifestTest, OnlyTheFirstOfEachUpperLevelCounts) {
+  proves("DOCUMENT-2");
   const std::string features =
       "<installfeature><requirements><feature url='${installer.root}'/></requirements>"
       "</installfeature>";
@@ -111,6 +114,7 @@ TEST_F(InstallManifestTest, OnlyTheFirstOfEachUpperLevelCounts) {
 }
 
 TEST_F(InstallManifestTest, OnlyTheFirstRequirementsCount) {
+  proves("DOCUMENT-2");
   const std::string text = rewritten(
       "<m><domain-object><object-data><install><installfeature>"
       "<requirements><feature url='${installer.root}/1'/></requirements>"
@@ -122,6 +126,7 @@ TEST_F(InstallManifestTest, OnlyTheFirstRequirementsCount) {
 }
 
 TEST_F(InstallManifestTest, InstallFeaturesWithoutRequirementsArePassedOver) {
+  proves("DOCUMENT-3");
   const std::string text = rewritten(
       "<m><domain-object><object-data><install><installfeature/><installfeature>"
       "<requirements><feature url='${installer.root}'/></requirements>"
@@ -131,6 +136,7 @@ TEST_F(InstallManifestTest, InstallFeaturesWithoutRequirementsArePassedOver) {
 }
 
 TEST_F(InstallManifestTest, WithoutAnyFeatureNothingChangesAndItSaysYes) {
+  proves("DOCUMENT-3");
   EXPECT_THAT(rewritten("<m><domain-object><object-data><install><installfeature/></install>"
                         "</object-data></domain-object></m>"),
               HasSubstr("<installfeature/>"));
@@ -138,6 +144,7 @@ TEST_F(InstallManifestTest, WithoutAnyFeatureNothingChangesAndItSaysYes) {
 }
 
 TEST_F(InstallManifestTest, OnlyDirectChildrenCount) {
+  proves("DOCUMENT-2");
   const std::string text = rewritten(manifestWith(
       "<x><feature url='${installer.root}/deep'/></x><feature url='${installer.root}/direct'/>"));
 
@@ -146,6 +153,7 @@ TEST_F(InstallManifestTest, OnlyDirectChildrenCount) {
 }
 
 TEST_F(InstallManifestTest, RootElementMayHaveAnyName) {
+  proves("DOCUMENT-2");
   InstallManifest document(_sandbox.write(
       kManifest,
       "<domain-object><object-data><install><installfeature/></install></object-data>"
@@ -172,6 +180,7 @@ class MissingLevels : public InstallManifestTest,
                       public ::testing::WithParamInterface<MissingLevel> {};
 
 TEST_P(MissingLevels, AreNamedInOneErrorLineAndTheDocumentIsStillSaved) {
+  proves("DOCUMENT-6");
   InstallManifest document(_sandbox.write(kManifest, GetParam().manifest));
 
   EXPECT_FALSE(document.replaceInstallerRootWith("file:/pkg"));
@@ -222,6 +231,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& test) { return test.param.name; });
 
 TEST_F(InstallManifestTest, DocumentWithoutRootElementIsNamed) {
+  proves("DOCUMENT-6");
   const xml::Document document(xmlNewDoc(BAD_CAST "1.0"));
 
   EXPECT_EQ(manifestFeatures(*document), std::nullopt);
@@ -232,6 +242,7 @@ TEST_F(InstallManifestTest, DocumentWithoutRootElementIsNamed) {
 // --- The value of "url" --------------------------------------------------------------------------
 
 TEST_F(InstallManifestTest, PlaceholderIsReplacedWhereverItStands) {
+  proves("DOCUMENT-4");
   EXPECT_EQ(rewrittenFeature("<feature url='${installer.root}'/>"),
             R"(<feature url="file:/pkg"/>)");
   EXPECT_EQ(rewrittenFeature("<feature url='a${installer.root}b${installer.root}'/>"),
@@ -241,6 +252,7 @@ TEST_F(InstallManifestTest, PlaceholderIsReplacedWhereverItStands) {
 }
 
 TEST_F(InstallManifestTest, OtherValuesStay) {
+  proves("DOCUMENT-4");
   for (const char* feature :
        {R"(<feature url="${INSTALLER.ROOT}/x"/>)", R"(<feature url="${installer.root/x"/>)",
         R"(<feature url="$ {installer.root}"/>)", R"(<feature url="http://x/?a=1&amp;b=2"/>)",
@@ -250,6 +262,7 @@ TEST_F(InstallManifestTest, OtherValuesStay) {
 }
 
 TEST_F(InstallManifestTest, OnlyTheUrlWithoutPrefixIsReplaced) {
+  proves("DOCUMENT-4");
   EXPECT_EQ(rewrittenFeature("<feature xmlns:x='urn:x' x:url='${installer.root}'/>"),
             R"(<feature xmlns:x="urn:x" x:url="${installer.root}"/>)");
   EXPECT_EQ(rewrittenFeature(
@@ -258,11 +271,13 @@ TEST_F(InstallManifestTest, OnlyTheUrlWithoutPrefixIsReplaced) {
 }
 
 TEST_F(InstallManifestTest, AttributesKeepTheirOrder) {
+  proves("DOCUMENT-4");
   EXPECT_EQ(rewrittenFeature("<feature z='1' url='${installer.root}' a='2' m=''/>"),
             R"(<feature z="1" url="file:/pkg" a="2" m=""/>)");
 }
 
 TEST_F(InstallManifestTest, RootIsEscaped) {
+  proves("DOCUMENT-5");
   EXPECT_EQ(rewrittenFeature("<feature url='${installer.root}/x'/>", "file:/a & b/<c>\"d\"'e'"),
             R"(<feature url="file:/a &amp; b/&lt;c&gt;&quot;d&quot;'e'/x"/>)");
   EXPECT_EQ(rewrittenFeature("<feature url='${installer.root}'/>", "file:/&amp;&who;"),
@@ -272,16 +287,19 @@ TEST_F(InstallManifestTest, RootIsEscaped) {
 }
 
 TEST_F(InstallManifestTest, RootMayHoldThePlaceholderItself) {
+  proves("DOCUMENT-5");
   EXPECT_EQ(rewrittenFeature("<feature url='${installer.root}/x'/>", "file:/${installer.root}/y"),
             R"(<feature url="file:/${installer.root}/y/x"/>)");
 }
 
 TEST_F(InstallManifestTest, RootThatIsNoUtf8CountsAsLatin1) {
+  proves("DOCUMENT-5");
   EXPECT_EQ(rewrittenFeature("<feature url='${installer.root}/\u00DF'/>", "file:/\xE9\u65E5"),
             "<feature url=\"file:/\u00E9\u65E5/\u00DF\"/>");
 }
 
 TEST_F(InstallManifestTest, RootThatXmlCannotTellIsNotSaved) {
+  proves("DOCUMENT-5");
   const std::string manifest = manifestWith("<feature url='${installer.root}'/>");
   InstallManifest document(_sandbox.write(kManifest, manifest));
   ::testing::internal::CaptureStderr();
@@ -310,6 +328,7 @@ class UrlEntities : public InstallManifestTest {
 };
 
 TEST_F(UrlEntities, StayBesideThePlaceholder) {
+  proves("DOCUMENT-9");
   EXPECT_EQ(rewrittenUrl("<!ENTITY site 'site &amp; more'>", "${installer.root}/&site;/x"),
             "file:/pkg/&site;/x");
   EXPECT_EQ(rewrittenUrl("<!ENTITY site 'site'>", "&site;${installer.root}&site;"),
@@ -317,10 +336,12 @@ TEST_F(UrlEntities, StayBesideThePlaceholder) {
 }
 
 TEST_F(UrlEntities, StayWithoutThePlaceholder) {
+  proves("DOCUMENT-9");
   EXPECT_EQ(rewrittenUrl("<!ENTITY site 'site'>", "a/&site;&amp;b"), "a/&site;&amp;b");
 }
 
 TEST_F(UrlEntities, StayWhenTheirMeaningIsOutside) {
+  proves("DOCUMENT-9");
   const std::string text = rewritten(
       "<!DOCTYPE m SYSTEM 'nowhere.dtd'>" +
       manifestWith("<feature url='&site;${installer.root}/&site;&other;'>&site;</feature>"));
@@ -330,6 +351,7 @@ TEST_F(UrlEntities, StayWhenTheirMeaningIsOutside) {
 }
 
 TEST_F(UrlEntities, DeclaredByAParameterEntityStay) {
+  proves("DOCUMENT-9");
   EXPECT_EQ(
       rewrittenUrl("<!ENTITY % inner '<!ENTITY one \"1\">'> %inner;", "${installer.root}/&one;"),
       "file:/pkg/&one;");
@@ -338,6 +360,7 @@ TEST_F(UrlEntities, DeclaredByAParameterEntityStay) {
 // The use of a parameter entity is lost when the document is written, and with it the licence to
 // refer to entities that are declared nowhere.
 TEST_F(UrlEntities, ThatOnlyAParameterEntityExcusesAreNotSavedWithoutIt) {
+  proves("DOCUMENT-10");
   const std::string manifest = withEntities(
       "<!ENTITY % inner ''> %inner;", manifestWith("<feature url='${installer.root}/&two;'/>"));
   InstallManifest document(_sandbox.write(kManifest, manifest));
@@ -349,6 +372,7 @@ TEST_F(UrlEntities, ThatOnlyAParameterEntityExcusesAreNotSavedWithoutIt) {
 }
 
 TEST_F(UrlEntities, ThatHoldThePlaceholderAreWrittenOut) {
+  proves("DOCUMENT-9");
   EXPECT_EQ(rewrittenUrl("<!ENTITY root '${installer.root}'>", "&root;/x"), "file:/pkg/x");
   EXPECT_EQ(rewrittenUrl("<!ENTITY root '${installer.root}'>", "${installer.root}/&root;/&amp;"),
             "file:/pkg/file:/pkg/&amp;");
@@ -357,10 +381,12 @@ TEST_F(UrlEntities, ThatHoldThePlaceholderAreWrittenOut) {
 }
 
 TEST_F(UrlEntities, ThatCompleteThePlaceholderAreWrittenOut) {
+  proves("DOCUMENT-9");
   EXPECT_EQ(rewrittenUrl("<!ENTITY open '${'>", "&open;installer.root}/&open;"), "file:/pkg/${");
 }
 
 TEST_F(UrlEntities, AreWrittenOutUpToAMebibyteAndStayBeyondIt) {
+  proves("DOCUMENT-14");
   constexpr std::size_t kMebibyte = 1 << 20;
   const std::string most(kMebibyte - std::string_view("${installer.root}").size(), 'x');
   const auto declared = [](const std::string& rest) {
@@ -375,6 +401,7 @@ TEST_F(UrlEntities, AreWrittenOutUpToAMebibyteAndStayBeyondIt) {
 // --- What survives -------------------------------------------------------------------------------
 
 TEST_F(InstallManifestTest, EverythingElseSurvives) {
+  proves("DOCUMENT-8");
   const std::string document = R"(<?xml version="1.0" encoding="UTF-8" standalone="no"?>
 <?style type="x"?>
 <!-- before -->
@@ -402,10 +429,12 @@ TEST_F(InstallManifestTest, EverythingElseSurvives) {
 }
 
 TEST_F(InstallManifestTest, DocumentWithoutDeclarationGetsNone) {
+  proves("DOCUMENT-8");
   EXPECT_EQ(reformatted("<m>\u00E9</m>"), "<m>\u00E9</m>\n");
 }
 
 TEST_F(InstallManifestTest, StandaloneIsKept) {
+  proves("DOCUMENT-8");
   EXPECT_THAT(reformatted("<?xml version='1.0' standalone='yes'?><m/>"),
               HasSubstr("standalone=\"yes\""));
   EXPECT_EQ(reformatted("<?xml version='1.0' encoding='UTF-8'?><m/>"),
@@ -415,22 +444,26 @@ TEST_F(InstallManifestTest, StandaloneIsKept) {
 // --- Layout --------------------------------------------------------------------------------------
 
 TEST_F(InstallManifestTest, OneLineIsIndented) {
+  proves("DOCUMENT-12");
   EXPECT_EQ(reformatted("<m><a><b/></a><!--c--><?d e?></m>"),
             "<m>\n  <a>\n    <b/>\n  </a>\n  <!--c-->\n  <?d e?>\n</m>\n");
 }
 
 TEST_F(InstallManifestTest, OldIndentationIsDropped) {
+  proves("DOCUMENT-12");
   EXPECT_EQ(reformatted("<m>\r\n\t\t<a>\n\n<b/>   </a>\n\n\n</m>"),
             "<m>\n  <a>\n    <b/>\n  </a>\n</m>\n");
 }
 
 TEST_F(InstallManifestTest, LayoutIsStable) {
+  proves("DOCUMENT-12");
   const std::string once = reformatted("<m><a><b/><c>t</c></a></m>");
 
   EXPECT_EQ(reformatted(once), once);
 }
 
 TEST_F(InstallManifestTest, ElementsWithTextAreLeftAlone) {
+  proves("DOCUMENT-12");
   for (const char* element :
        {"<a>t<b/></a>", "<a><b/> t </a>", "<a> <![CDATA[]]><b/></a>", "<a>t <b> <c/> </b></a>",
         "<a> </a>", "<a> <!--c--> </a>", "<a> <?p i?> </a>", "<a>\u00A0<b/></a>"})
@@ -439,6 +472,7 @@ TEST_F(InstallManifestTest, ElementsWithTextAreLeftAlone) {
 }
 
 TEST_F(InstallManifestTest, PreservedSpaceIsLeftAlone) {
+  proves("DOCUMENT-12");
   for (const char* element :
        {"<a xml:space=\"preserve\"><b/> <c/></a>", "<a xml:space=\"preserve\"> <b> <c/></b></a>"})
     EXPECT_EQ(reformatted(std::string("<m>") + element + "</m>"),
@@ -454,6 +488,7 @@ TEST_F(InstallManifestTest, PreservedSpaceIsLeftAloneWhereThereIsNone) {
 }
 
 TEST_F(InstallManifestTest, PreservingEndsWhereDefaultBegins) {
+  proves("DOCUMENT-12");
   EXPECT_EQ(reformatted("<a xml:space='preserve'> <b xml:space='default'> <c/></b> </a>"),
             "<a xml:space=\"preserve\"> <b xml:space=\"default\">\n    <c/>\n  </b> </a>\n");
   EXPECT_EQ(reformatted("<a xml:space='preserve'> <b xml:space='other'> <c/></b> </a>"),
@@ -465,6 +500,7 @@ TEST_F(InstallManifestTest, PreservingEndsWhereDefaultBegins) {
 // --- Encodings -----------------------------------------------------------------------------------
 
 TEST_F(InstallManifestTest, DeclaredEncodingIsKept) {
+  proves("DOCUMENT-11");
   EXPECT_EQ(reformatted("<?xml version='1.0' encoding='ISO-8859-1'?><m a='\xE9'>\xDF</m>"),
             "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<m a=\"\xE9\">\xDF</m>\n");
   EXPECT_EQ(reformatted("<?xml version='1.0' encoding='Shift_JIS'?><m>\x93\xFA</m>"),
@@ -472,6 +508,7 @@ TEST_F(InstallManifestTest, DeclaredEncodingIsKept) {
 }
 
 TEST_F(InstallManifestTest, CharactersThatTheEncodingLacksBecomeReferences) {
+  proves("DOCUMENT-11");
   const std::string manifest = "<?xml version='1.0' encoding='ISO-8859-1'?>" +
                                manifestWith("<feature url='${installer.root}/&#x65E5;\xE9'/>");
 
@@ -493,6 +530,7 @@ std::string utf16(std::string_view text) {
 }
 
 TEST_F(InstallManifestTest, Utf16IsKeptWithAndWithoutDeclaration) {
+  proves("DOCUMENT-11");
   constexpr std::string_view expected = "\xFF\xFE<\0m\0>\0\xE5\x65<\0/\0m\0>\0\n\0"sv;
 
   EXPECT_EQ(reformatted("\xFF\xFE<\0m\0>\0\xE5\x65<\0/\0m\0>\0"sv), expected);
@@ -507,6 +545,7 @@ TEST_F(InstallManifestTest, Utf16IsKeptWithAndWithoutDeclaration) {
 // --- Loading and saving --------------------------------------------------------------------------
 
 TEST_F(InstallManifestTest, SaveWritesElsewhereAndLeavesTheLoadedFile) {
+  proves("DOCUMENT-13");
   const std::string manifest = manifestWith("<feature url='${installer.root}'/>");
   InstallManifest document(_sandbox.write(kManifest, manifest));
   document.replaceInstallerRootWith("file:/pkg");
@@ -518,6 +557,7 @@ TEST_F(InstallManifestTest, SaveWritesElsewhereAndLeavesTheLoadedFile) {
 }
 
 TEST_F(InstallManifestTest, ReplacingTwiceReplacesTheNewPlaceholders) {
+  proves("DOCUMENT-13");
   InstallManifest document(
       _sandbox.write(kManifest, manifestWith("<feature url='${installer.root}'/>")));
 
@@ -529,6 +569,7 @@ TEST_F(InstallManifestTest, ReplacingTwiceReplacesTheNewPlaceholders) {
 }
 
 TEST_F(InstallManifestTest, RefusingDiskFailsTheSave) {
+  proves("DOCUMENT-13");
   const std::string manifest = manifestWith("");
   InstallManifest document(_sandbox.write(kManifest, manifest));
   _sandbox.files().failAt(1, ENOSPC);
@@ -551,6 +592,7 @@ class MalformedManifests : public InstallManifestTest,
                            public ::testing::WithParamInterface<Malformed> {};
 
 TEST_P(MalformedManifests, AreNoDocumentAndStayAsTheyAre) {
+  proves("DOCUMENT-7");
   ::testing::internal::CaptureStderr();
   InstallManifest document(_sandbox.write(kManifest, GetParam().bytes));
 
@@ -595,6 +637,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& test) { return test.param.name; });
 
 TEST_F(InstallManifestTest, MissingFileAndFolderAreNoDocument) {
+  proves("DOCUMENT-7");
   for (const std::string& path : {_sandbox.path("tmp/missing.xml"), _sandbox.makeFolder("tmp/f"),
                                   _sandbox.makePipe("tmp/pipe")}) {
     InstallManifest document(path);
@@ -607,6 +650,7 @@ TEST_F(InstallManifestTest, MissingFileAndFolderAreNoDocument) {
 }
 
 TEST_F(InstallManifestTest, NothingOutsideIsLoaded) {
+  proves("DOCUMENT-14");
   const std::string outside = _sandbox.write("tmp/outside.dtd", "<!ENTITY who 'outside'>");
   const std::string document =
       "<!DOCTYPE m SYSTEM \"" + outside + "\">\n<m a=\"&who;\">&who;</m>\n";

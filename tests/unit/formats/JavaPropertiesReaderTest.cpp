@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "formats/JavaPropertiesWriter.h"
+#include "support/Proves.h"
 #include "support/RandomText.h"
 #include "support/models/PropertiesReaderModel.h"
 #include "support/models/PropertiesWriterModel.h"
@@ -37,6 +38,8 @@ struct ReadRow {
 class JavaPropertiesReadTable : public ::testing::TestWithParam<ReadRow> {};
 
 TEST_P(JavaPropertiesReadTable, TextGivesTheseEntries) {
+  proves("PROPERTIES-1", "PROPERTIES-2", "PROPERTIES-3", "PROPERTIES-4", "PROPERTIES-5",
+         "PROPERTIES-6", "PROPERTIES-7", "PROPERTIES-8", "PROPERTIES-9", "PROPERTIES-10");
   EXPECT_EQ(read(GetParam().text), GetParam().entries);
 }
 
@@ -187,6 +190,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOf);
 
 TEST(JavaPropertiesReaderTest, EntriesJoinTheOnesThatAreThere) {
+  proves("PROPERTIES-20");
   OrderedDictionary<std::string> dictionary = {{"k", "1"}, {"j", "3"}};
 
   readJavaProperties("x=4\nk=2\n", dictionary);
@@ -195,6 +199,7 @@ TEST(JavaPropertiesReaderTest, EntriesJoinTheOnesThatAreThere) {
 }
 
 TEST(JavaPropertiesReaderTest, ManyLinesAreAllThere) {
+  proves("PROPERTIES-3");
   constexpr int kLines = 100'000;
   std::string text;
   for (int line = 0; line < kLines; ++line) text += std::to_string(line) + "=x\n";
@@ -209,18 +214,22 @@ TEST(JavaPropertiesReaderTest, ManyLinesAreAllThere) {
 // --- Writing -------------------------------------------------------------------------------------
 
 TEST(JavaPropertiesWriterTest, EveryEntryIsALineInOrder) {
+  proves("PROPERTIES-11");
   EXPECT_EQ(writeJavaProperties({{"b", "2"}, {"a", "1"}}), "b=2\na=1\n");
 }
 
 TEST(JavaPropertiesWriterTest, NoEntriesAreNoText) {
+  proves("PROPERTIES-11");
   EXPECT_EQ(writeJavaProperties({}), "");
 }
 
 TEST(JavaPropertiesWriterTest, EmptyKeyHasNoLine) {
+  proves("PROPERTIES-11");
   EXPECT_EQ(writeJavaProperties({{"a", "1"}, {"", "x"}, {"b", ""}}), "a=1\nb=\n");
 }
 
 TEST(JavaPropertiesWriterTest, KeyAndValueAreEscapedEachInItsWay) {
+  proves("PROPERTIES-11");
   EXPECT_EQ(
       writeJavaProperties(
           {{"a b", "x y"}, {"d", "c:\\dir"}, {"u", "\\u00e9"}, {"\\u00e9", "\u00e9\t\U0001F600"}}),
@@ -268,6 +277,7 @@ const std::vector<std::string> kPieces = {"=",
                                           std::string(1, '\0')};
 
 TEST(JavaPropertiesModelTest, RandomTextsAreReadAsTheModelSays) {
+  proves("PROPERTIES-13");
   forRandomCases([](RandomSource& random) {
     const std::string text = random.textOf(kPieces, 24);
 
@@ -285,6 +295,7 @@ OrderedDictionary<std::string> randomEntries(RandomSource& random) {
 }
 
 TEST(JavaPropertiesModelTest, RandomEntriesAreWrittenAsTheModelSays) {
+  proves("PROPERTIES-13");
   forRandomCases([](RandomSource& random) {
     const OrderedDictionary<std::string> entries = randomEntries(random);
 
@@ -293,6 +304,7 @@ TEST(JavaPropertiesModelTest, RandomEntriesAreWrittenAsTheModelSays) {
 }
 
 TEST(JavaPropertiesModelTest, WhatIsWrittenIsReadBackAsTheModelSays) {
+  proves("PROPERTIES-13");
   forRandomCases([](RandomSource& random) {
     const std::string text = writeJavaProperties(randomEntries(random));
 
@@ -301,6 +313,7 @@ TEST(JavaPropertiesModelTest, WhatIsWrittenIsReadBackAsTheModelSays) {
 }
 
 TEST(JavaPropertiesModelTest, WhatIsWrittenIsPrintableAsciiInLines) {
+  proves("PROPERTIES-11", "PROPERTIES-12");
   forRandomCases([](RandomSource& random) {
     for (const char character : writeJavaProperties(randomEntries(random)))
       EXPECT_TRUE(character == '\n' || (character >= 0x20 && character <= 0x7E));
@@ -310,6 +323,7 @@ TEST(JavaPropertiesModelTest, WhatIsWrittenIsPrintableAsciiInLines) {
 // Keys without anything to escape and values that neither begin with a separator nor end in a
 // blank nor hold backslashes or control characters come back whole.
 TEST(JavaPropertiesModelTest, PlainEntriesSurviveARoundTrip) {
+  proves("PROPERTIES-13");
   const std::vector<std::string> plain = {"a", "b", "0", ".", "-", "_", "/", "~"};
   const std::vector<std::string> inside = {"a", "=", ":", "#", "!", " ", "0", ".", "\"", "x"};
   forRandomCases([&](RandomSource& random) {

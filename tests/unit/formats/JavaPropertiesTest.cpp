@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 
 namespace installer {
@@ -26,6 +27,7 @@ class JavaPropertiesTest : public ::testing::Test {
 // --- Opening -------------------------------------------------------------------------------------
 
 TEST_F(JavaPropertiesTest, NewObjectHasNeitherEntriesNorFile) {
+  proves("PROPERTIES-18");
   const JavaProperties properties;
 
   EXPECT_THAT(properties.allProperties(), IsEmpty());
@@ -34,6 +36,7 @@ TEST_F(JavaPropertiesTest, NewObjectHasNeitherEntriesNorFile) {
 }
 
 TEST_F(JavaPropertiesTest, AbsentFileIsLikeNone) {
+  proves("PROPERTIES-18");
   const JavaProperties properties(std::nullopt);
 
   EXPECT_THAT(properties.allProperties(), IsEmpty());
@@ -42,6 +45,7 @@ TEST_F(JavaPropertiesTest, AbsentFileIsLikeNone) {
 }
 
 TEST_F(JavaPropertiesTest, EntriesAreReadInTheirOrder) {
+  proves("PROPERTIES-3");
   const std::string file = _sandbox.write("tmp/x.properties", "# c\nb = 2\na=\xE9\nb=3\n");
 
   const JavaProperties properties(file);
@@ -63,6 +67,7 @@ TEST_F(JavaPropertiesTest, LinkToAFileIsRead) {
 }
 
 TEST_F(JavaPropertiesTest, MissingFileIsCreatedByTheSave) {
+  proves("PROPERTIES-15");
   JavaProperties properties(_sandbox.path("tmp/new.properties"));
   ASSERT_TRUE(properties.setProperty("1", "a"));
 
@@ -73,6 +78,7 @@ TEST_F(JavaPropertiesTest, MissingFileIsCreatedByTheSave) {
 }
 
 TEST_F(JavaPropertiesTest, TildeOfTheFileIsExpanded) {
+  proves("PROPERTIES-19");
   _sandbox.write("Users/tester/x.properties", "a=1\n");
 
   JavaProperties properties("~/x.properties");
@@ -84,6 +90,7 @@ TEST_F(JavaPropertiesTest, TildeOfTheFileIsExpanded) {
 }
 
 TEST_F(JavaPropertiesTest, UnreadableFileGivesNoEntriesAndNoLine) {
+  proves("PROPERTIES-16");
   const std::string file = folderInPlaceOfFile();
 
   const JavaProperties properties(file);
@@ -93,6 +100,7 @@ TEST_F(JavaPropertiesTest, UnreadableFileGivesNoEntriesAndNoLine) {
 }
 
 TEST_F(JavaPropertiesTest, UnreadableFileIsNotSavedOver) {
+  proves("PROPERTIES-16");
   const std::string file = _sandbox.makeLink("tmp/x.properties", "/dev/null");
   JavaProperties properties(file);
   properties.setProperty("1", "a");
@@ -104,6 +112,7 @@ TEST_F(JavaPropertiesTest, UnreadableFileIsNotSavedOver) {
 }
 
 TEST_F(JavaPropertiesTest, EntriesOfAnUnreadableFileAreSavedElsewhere) {
+  proves("PROPERTIES-16");
   JavaProperties properties(folderInPlaceOfFile());
   properties.setProperty("1", "a");
 
@@ -113,6 +122,7 @@ TEST_F(JavaPropertiesTest, EntriesOfAnUnreadableFileAreSavedElsewhere) {
 }
 
 TEST_F(JavaPropertiesTest, FileThatBecameReadableCanBeSavedOver) {
+  proves("PROPERTIES-16");
   const std::string file = folderInPlaceOfFile();
   JavaProperties properties(file);
   _sandbox.remove(file);
@@ -125,6 +135,7 @@ TEST_F(JavaPropertiesTest, FileThatBecameReadableCanBeSavedOver) {
 }
 
 TEST_F(JavaPropertiesTest, ReadingAgainTakesTheFilesEntriesOver) {
+  proves("PROPERTIES-20");
   const std::string file = _sandbox.write("tmp/x.properties", "a=1\n");
   JavaProperties properties(file);
   properties.setProperty("changed", "a");
@@ -139,6 +150,7 @@ TEST_F(JavaPropertiesTest, ReadingAgainTakesTheFilesEntriesOver) {
 // --- Changing ------------------------------------------------------------------------------------
 
 TEST_F(JavaPropertiesTest, StoredValueReplacesTheOldOne) {
+  proves("PROPERTIES-20");
   JavaProperties properties;
 
   EXPECT_TRUE(properties.setProperty("1", "a"));
@@ -149,6 +161,7 @@ TEST_F(JavaPropertiesTest, StoredValueReplacesTheOldOne) {
 }
 
 TEST_F(JavaPropertiesTest, EmptyTextsAreStored) {
+  proves("PROPERTIES-20");
   JavaProperties properties;
 
   EXPECT_TRUE(properties.setProperty("", "a"));
@@ -159,6 +172,7 @@ TEST_F(JavaPropertiesTest, EmptyTextsAreStored) {
 }
 
 TEST_F(JavaPropertiesTest, AbsentValueIsRefusedWithTheReason) {
+  proves("PROPERTIES-21");
   JavaProperties properties;
   properties.setProperty("old", "rcp.install.id");
 
@@ -171,6 +185,7 @@ TEST_F(JavaPropertiesTest, AbsentValueIsRefusedWithTheReason) {
 }
 
 TEST_F(JavaPropertiesTest, AbsentKeyIsRefusedWithTheReason) {
+  proves("PROPERTIES-21");
   JavaProperties properties;
 
   EXPECT_FALSE(properties.setProperty("x", std::nullopt));
@@ -182,6 +197,7 @@ TEST_F(JavaPropertiesTest, AbsentKeyIsRefusedWithTheReason) {
 }
 
 TEST_F(JavaPropertiesTest, RemovedKeyIsGone) {
+  proves("PROPERTIES-20");
   JavaProperties properties;
   properties.setProperty("1", "a");
   properties.setProperty("2", "b");
@@ -194,6 +210,7 @@ TEST_F(JavaPropertiesTest, RemovedKeyIsGone) {
 }
 
 TEST_F(JavaPropertiesTest, RemovingFromNoEntriesDoesNothing) {
+  proves("PROPERTIES-20");
   JavaProperties properties;
 
   properties.removePropertyForKey("a");
@@ -204,6 +221,7 @@ TEST_F(JavaPropertiesTest, RemovingFromNoEntriesDoesNothing) {
 // --- Saving --------------------------------------------------------------------------------------
 
 TEST_F(JavaPropertiesTest, SaveWritesBackToTheBoundFile) {
+  proves("PROPERTIES-17");
   const std::string file = _sandbox.write("tmp/x.properties", "# comment\n\nb: 2\na b\n", 0640);
   JavaProperties properties(file);
   properties.setProperty("x y", "new key");
@@ -215,6 +233,7 @@ TEST_F(JavaPropertiesTest, SaveWritesBackToTheBoundFile) {
 }
 
 TEST_F(JavaPropertiesTest, SaveToAnotherPathKeepsTheBinding) {
+  proves("PROPERTIES-17");
   const std::string file = _sandbox.write("tmp/x.properties", "a=1\n");
   JavaProperties properties(file);
 
@@ -227,6 +246,7 @@ TEST_F(JavaPropertiesTest, SaveToAnotherPathKeepsTheBinding) {
 }
 
 TEST_F(JavaPropertiesTest, SaveToAPathNeedsNoBoundFile) {
+  proves("PROPERTIES-18");
   JavaProperties properties;
   properties.setProperty("1", "a");
 
@@ -237,6 +257,7 @@ TEST_F(JavaPropertiesTest, SaveToAPathNeedsNoBoundFile) {
 }
 
 TEST_F(JavaPropertiesTest, TildeOfTheTargetIsExpanded) {
+  proves("PROPERTIES-19");
   JavaProperties properties;
   properties.setProperty("1", "a");
 
@@ -246,6 +267,7 @@ TEST_F(JavaPropertiesTest, TildeOfTheTargetIsExpanded) {
 }
 
 TEST_F(JavaPropertiesTest, NoEntriesAreSavedAsAnEmptyFile) {
+  proves("PROPERTIES-18");
   const std::string file = _sandbox.write("tmp/x.properties", "a=1\n");
   JavaProperties properties(file);
   properties.removePropertyForKey("a");
@@ -256,6 +278,7 @@ TEST_F(JavaPropertiesTest, NoEntriesAreSavedAsAnEmptyFile) {
 }
 
 TEST_F(JavaPropertiesTest, FailedSaveAnswersFalseWithoutALine) {
+  proves("PROPERTIES-17");
   JavaProperties properties;
   properties.setProperty("1", "a");
 
@@ -266,6 +289,7 @@ TEST_F(JavaPropertiesTest, FailedSaveAnswersFalseWithoutALine) {
 }
 
 TEST_F(JavaPropertiesTest, RefusedRenameKeepsTheOldFile) {
+  proves("PROPERTIES-17");
   const std::string file = _sandbox.write("tmp/x.properties", "a: 1\n");
   JavaProperties properties(file);
   properties.setProperty("2", "a");
@@ -280,6 +304,7 @@ TEST_F(JavaPropertiesTest, RefusedRenameKeepsTheOldFile) {
 // --- Merging -------------------------------------------------------------------------------------
 
 TEST_F(JavaPropertiesTest, MergedFileWinsAndTheResultIsSaved) {
+  proves("PROPERTIES-22");
   const std::string file = _sandbox.write("tmp/x.properties", "k=1\nj=3\n");
   const std::string other = _sandbox.write("tmp/other.properties", "n=4\nk=2\n\n");
   JavaProperties properties(file);
@@ -293,6 +318,7 @@ TEST_F(JavaPropertiesTest, MergedFileWinsAndTheResultIsSaved) {
 }
 
 TEST_F(JavaPropertiesTest, MergeWithNothingSavesNothing) {
+  proves("PROPERTIES-22");
   const std::string file = _sandbox.write("tmp/x.properties", "k : 1\n");
   JavaProperties properties(file);
 
@@ -304,6 +330,7 @@ TEST_F(JavaPropertiesTest, MergeWithNothingSavesNothing) {
 }
 
 TEST_F(JavaPropertiesTest, TildeOfTheMergedFileIsExpanded) {
+  proves("PROPERTIES-19");
   _sandbox.write("Users/tester/other.properties", "k=2\n");
   const std::string file = _sandbox.write("tmp/x.properties", "k=1\n");
   JavaProperties properties(file);
@@ -314,6 +341,7 @@ TEST_F(JavaPropertiesTest, TildeOfTheMergedFileIsExpanded) {
 }
 
 TEST_F(JavaPropertiesTest, MergeCreatesAMissingFile) {
+  proves("PROPERTIES-22");
   const std::string other = _sandbox.write("tmp/other.properties", "k=2\n");
   JavaProperties properties(_sandbox.path("tmp/new.properties"));
 
@@ -323,6 +351,7 @@ TEST_F(JavaPropertiesTest, MergeCreatesAMissingFile) {
 }
 
 TEST_F(JavaPropertiesTest, MergeAnswersAFailedSave) {
+  proves("PROPERTIES-22");
   const std::string other = _sandbox.write("tmp/other.properties", "k=2\n");
   JavaProperties unbound;
   JavaProperties unsavable(_sandbox.path("tmp/missing/x.properties"));
@@ -334,6 +363,7 @@ TEST_F(JavaPropertiesTest, MergeAnswersAFailedSave) {
 }
 
 TEST_F(JavaPropertiesTest, MergeWithAnUnreadableFileSavesWhatIsThere) {
+  proves("PROPERTIES-22");
   const std::string file = _sandbox.write("tmp/x.properties", "a: 1\n");
   const std::string other = _sandbox.makeFolder("tmp/other.properties");
   JavaProperties properties(file);

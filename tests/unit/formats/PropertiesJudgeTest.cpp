@@ -8,6 +8,7 @@
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 #include "support/Judge.h"
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 
 // Files that other programs made, rewritten without a change, before the program that made them: it
@@ -102,6 +103,7 @@ print("compared", count)
 )";
 
 TEST(PropertiesJudgeTest, RewritingAForeignFileKeepsEveryValueInOrder) {
+  proves("STORE-4");
   const test::Sandbox sandbox;
   sandbox.write("tmp/make.py", kMaker);
   sandbox.write("tmp/judge.py", kJudge);

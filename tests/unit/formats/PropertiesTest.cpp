@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 #include "support/XmlList.h"
 
@@ -26,6 +27,7 @@ class PropertiesTest : public ::testing::Test {
 // --- Without a file ------------------------------------------------------------------------------
 
 TEST_F(PropertiesTest, NewStoreIsEmptyAndTakesValues) {
+  proves("STORE-1");
   Properties properties;
 
   EXPECT_EQ(properties.getPropertyForKey("a"), std::nullopt);
@@ -34,6 +36,7 @@ TEST_F(PropertiesTest, NewStoreIsEmptyAndTakesValues) {
 }
 
 TEST_F(PropertiesTest, NewStoreHasNowhereToSaveAndSaysYes) {
+  proves("STORE-1");
   Properties properties;
   properties.setProperty("1", "a");
 
@@ -43,6 +46,7 @@ TEST_F(PropertiesTest, NewStoreHasNowhereToSaveAndSaysYes) {
 }
 
 TEST_F(PropertiesTest, NewStoreSavesToANamedFile) {
+  proves("STORE-1");
   Properties properties;
   properties.setProperty("1", "a");
 
@@ -53,6 +57,7 @@ TEST_F(PropertiesTest, NewStoreSavesToANamedFile) {
 }
 
 TEST_F(PropertiesTest, NamedFileIsNotRemembered) {
+  proves("STORE-1");
   Properties properties;
   properties.savePropertiesToFile(_sandbox.path("tmp/a.plist"));
   properties.setProperty("1", "a");
@@ -65,6 +70,7 @@ TEST_F(PropertiesTest, NamedFileIsNotRemembered) {
 // --- A missing file ------------------------------------------------------------------------------
 
 TEST_F(PropertiesTest, MissingFileGivesAStoreThatHoldsNothing) {
+  proves("STORE-2");
   Properties properties(_sandbox.path("tmp/missing.plist"));
 
   EXPECT_EQ(properties.getPropertyForKey("a"), std::nullopt);
@@ -74,6 +80,7 @@ TEST_F(PropertiesTest, MissingFileGivesAStoreThatHoldsNothing) {
 }
 
 TEST_F(PropertiesTest, MissingFileIsNotCreatedByASave) {
+  proves("STORE-2");
   Properties properties(_sandbox.path("tmp/missing.plist"));
   properties.removePropertyForKey("a");
   properties.removeAllProperties();
@@ -86,6 +93,7 @@ TEST_F(PropertiesTest, MissingFileIsNotCreatedByASave) {
 }
 
 TEST_F(PropertiesTest, MissingFileAndDanglingLinkAreNoNews) {
+  proves("STORE-2");
   Properties missing(_sandbox.path("tmp/missing.plist"));
   Properties dangling(_sandbox.makeLink("tmp/link.plist", "nowhere"));
 
@@ -96,6 +104,7 @@ TEST_F(PropertiesTest, MissingFileAndDanglingLinkAreNoNews) {
 // --- A file that is there ------------------------------------------------------------------------
 
 TEST_F(PropertiesTest, ValuesOfTheFileAreRead) {
+  proves("STORE-3");
   Properties properties(_sandbox.writePlist("tmp/a.plist", {{"a", "1"}, {"b", ""}}));
 
   EXPECT_EQ(properties.getPropertyForKey("a"), "1");
@@ -106,6 +115,7 @@ TEST_F(PropertiesTest, ValuesOfTheFileAreRead) {
 }
 
 TEST_F(PropertiesTest, FileIsReadThroughALink) {
+  proves("STORE-7");
   _sandbox.writePlist("tmp/a.plist", {{"a", "1"}});
   Properties properties(_sandbox.makeLink("tmp/link.plist", "a.plist"));
 
@@ -113,6 +123,7 @@ TEST_F(PropertiesTest, FileIsReadThroughALink) {
 }
 
 TEST_F(PropertiesTest, ValuesThatAreNoTextsReadAsAbsentAndSurviveARewrite) {
+  proves("STORE-4");
   const Dictionary before{{"z", 1}, {"flag", true}, {"list", Array{"x"}}, {"a", "1"}};
   Properties properties(_sandbox.writePlist("tmp/a.plist", before));
 
@@ -126,6 +137,7 @@ TEST_F(PropertiesTest, ValuesThatAreNoTextsReadAsAbsentAndSurviveARewrite) {
 }
 
 TEST_F(PropertiesTest, ValuesAreReplacedAddedAndRemoved) {
+  proves("STORE-3");
   Properties properties(_sandbox.writePlist("tmp/a.plist", {{"a", "1"}, {"b", "2"}, {"c", "3"}}));
 
   EXPECT_TRUE(properties.setProperty("9", "a"));
@@ -138,12 +150,14 @@ TEST_F(PropertiesTest, ValuesAreReplacedAddedAndRemoved) {
 }
 
 TEST_F(PropertiesTest, RemovingAMissingKeySaysYes) {
+  proves("STORE-3");
   Properties properties;
 
   EXPECT_TRUE(properties.setProperty(std::nullopt, "a"));
 }
 
 TEST_F(PropertiesTest, AbsentKeyIsRefusedAndChangesNothing) {
+  proves("STORE-3");
   Properties properties(_sandbox.writePlist("tmp/a.plist", {{"a", "1"}}));
 
   EXPECT_FALSE(properties.setProperty("2", std::nullopt));
@@ -153,6 +167,7 @@ TEST_F(PropertiesTest, AbsentKeyIsRefusedAndChangesNothing) {
 }
 
 TEST_F(PropertiesTest, RemovingAllLeavesAnEmptyStore) {
+  proves("STORE-3");
   Properties properties(_sandbox.writePlist("tmp/a.plist", {{"a", "1"}}));
 
   properties.removeAllProperties();
@@ -163,6 +178,7 @@ TEST_F(PropertiesTest, RemovingAllLeavesAnEmptyStore) {
 }
 
 TEST_F(PropertiesTest, TwoStoresMeetThroughTheDiskOnly) {
+  proves("STORE-5");
   const std::string file = _sandbox.writePlist("tmp/a.plist", {{"a", "1"}});
   Properties first(file);
   Properties second(file);
@@ -175,6 +191,7 @@ TEST_F(PropertiesTest, TwoStoresMeetThroughTheDiskOnly) {
 }
 
 TEST_F(PropertiesTest, SaveKeepsTheModeOfTheFile) {
+  proves("STORE-7");
   Properties properties(_sandbox.writePlist("tmp/a.plist", {{"a", "1"}}));
   ASSERT_EQ(chmod(_sandbox.path("tmp/a.plist").c_str(), 0640), 0);
 
@@ -184,6 +201,7 @@ TEST_F(PropertiesTest, SaveKeepsTheModeOfTheFile) {
 }
 
 TEST_F(PropertiesTest, RefusingDiskIsNotReportedAndKeepsTheFile) {
+  proves("STORE-6");
   Properties properties(_sandbox.writePlist("tmp/a.plist", {{"a", "1"}}));
   properties.setProperty("2", "a");
   _sandbox.files().failAt(1, ENOSPC);
@@ -197,6 +215,7 @@ TEST_F(PropertiesTest, RefusingDiskIsNotReportedAndKeepsTheFile) {
 // --- "~" -----------------------------------------------------------------------------------------
 
 TEST_F(PropertiesTest, TildeIsTheHomeFolderWhenReadAndWhenSaved) {
+  proves("STORE-7");
   _sandbox.users().userList.front().home = _sandbox.path("tmp");
   _sandbox.writePlist("tmp/a.plist", {{"a", "1"}});
 
@@ -226,6 +245,7 @@ class UnreadableProperties : public PropertiesTest {
 };
 
 TEST_F(UnreadableProperties, KeepTheFileSilently) {
+  proves("STORE-6");
   expectKept("array", _sandbox.write("tmp/array.plist", xmlList("<array/>")));
   expectKept("broken", _sandbox.write("tmp/broken.plist", "<plist><dict>"));
   expectKept("empty", _sandbox.write("tmp/empty.plist", ""));

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 
 namespace installer {
@@ -22,6 +23,7 @@ class RegisterFileTest : public ::testing::Test {
 };
 
 TEST_F(RegisterFileTest, EveryProductHasItsOwnFolder) {
+  proves("REGISTER-1");
   EXPECT_EQ(RegisterFile("Quillmere").getRegisterDirectory(),
             _sandbox.path("Library/Application Support/Velna/Quillmere"));
   EXPECT_EQ(RegisterFile("Two Words.app").getRegisterDirectory(),
@@ -29,6 +31,7 @@ TEST_F(RegisterFileTest, EveryProductHasItsOwnFolder) {
 }
 
 TEST_F(RegisterFileTest, RecordedValuesAreAnswered) {
+  proves("REGISTER-1");
   _sandbox.writePlist(kFile, {{"oldInstallLocation", "/Applications/Quillmere.app/Contents/MacOS"},
                               {"hotfixVersion", "1.2"},
                               {"pathToProduct", "/Applications/Quillmere.app"}});
@@ -42,12 +45,14 @@ TEST_F(RegisterFileTest, RecordedValuesAreAnswered) {
 }
 
 TEST_F(RegisterFileTest, RcpHomeFollowsThePathRules) {
+  proves("REGISTER-1");
   _sandbox.writePlist(kFile, {{"oldInstallLocation", "/Applications//Q.app/"}});
 
   EXPECT_EQ(RegisterFile("Quillmere").getPathToRcpHome(), "/Applications/Q.app/rcp");
 }
 
 TEST_F(RegisterFileTest, UnrecordedValuesAreAbsent) {
+  proves("REGISTER-1");
   _sandbox.writePlist(kFile, {{"other", "x"}, {"hotfixVersion", 1}});
 
   const RegisterFile file("Quillmere");
@@ -59,6 +64,7 @@ TEST_F(RegisterFileTest, UnrecordedValuesAreAbsent) {
 }
 
 TEST_F(RegisterFileTest, MissingFileAnswersNothing) {
+  proves("REGISTER-1");
   const RegisterFile file("Quillmere");
 
   EXPECT_EQ(file.getOldInstallLocation(), std::nullopt);
@@ -69,6 +75,7 @@ TEST_F(RegisterFileTest, MissingFileAnswersNothing) {
 }
 
 TEST_F(RegisterFileTest, UpdateRecordsTheVersionAndKeepsTheRest) {
+  proves("REGISTER-2");
   _sandbox.writePlist(kFile, {{"pathToProduct", "/A"}, {"hotfixVersion", "1.0"}, {"n", 5}});
   RegisterFile file("Quillmere");
 
@@ -82,6 +89,7 @@ TEST_F(RegisterFileTest, UpdateRecordsTheVersionAndKeepsTheRest) {
 }
 
 TEST_F(RegisterFileTest, UpdateToNoVersionRemovesIt) {
+  proves("REGISTER-2");
   _sandbox.writePlist(kFile, {{"hotfixVersion", "1.0"}});
 
   RegisterFile("Quillmere").updateHotfixVersion(std::nullopt);
@@ -92,6 +100,7 @@ TEST_F(RegisterFileTest, UpdateToNoVersionRemovesIt) {
 }
 
 TEST_F(RegisterFileTest, UpdateOfAMissingFileWarnsTwiceAndCreatesNothing) {
+  proves("REGISTER-3");
   RegisterFile("Quillmere").updateHotfixVersion("2.0");
 
   EXPECT_THAT(_sandbox.log(),
@@ -101,6 +110,7 @@ TEST_F(RegisterFileTest, UpdateOfAMissingFileWarnsTwiceAndCreatesNothing) {
 }
 
 TEST_F(RegisterFileTest, UpdateOfADamagedFileWarnsTwiceAndKeepsIt) {
+  proves("REGISTER-3");
   _sandbox.write(kFile, "<plist><dict>");
 
   RegisterFile("Quillmere").updateHotfixVersion("2.0");
@@ -112,6 +122,7 @@ TEST_F(RegisterFileTest, UpdateOfADamagedFileWarnsTwiceAndKeepsIt) {
 }
 
 TEST_F(RegisterFileTest, RefusingDiskIsNotReported) {
+  proves("REGISTER-2");
   _sandbox.writePlist(kFile, {{"hotfixVersion", "1.0"}});
   RegisterFile file("Quillmere");
   _sandbox.files().failAt(1, EROFS);

@@ -3,6 +3,7 @@
 #include "hotfix/instance/InstanceService.h"
 #include "support/BinaryListWriter.h"
 #include "support/InstanceFixture.h"
+#include "support/Proves.h"
 #include "support/TreeSnapshot.h"
 
 namespace installer::test {
@@ -35,6 +36,7 @@ class AddonRegistryTest : public InstanceFixture {
 };
 
 TEST_F(AddonRegistryTest, EntriesAreListedInOrder) {
+  proves("ADDON-1");
   writeEntries();
 
   const auto entries = service().getAllAddonRegistryInfo();
@@ -44,6 +46,7 @@ TEST_F(AddonRegistryTest, EntriesAreListedInOrder) {
 }
 
 TEST_F(AddonRegistryTest, BinaryRegistryIsRead) {
+  proves("ADDON-1");
   const Dictionary root{{"addons", Array{_nameless, _spelling}}};
   _sandbox.write(inHome("addonInfo.plist"), BinaryListWriter(1, 1).bytes(root));
 
@@ -51,6 +54,7 @@ TEST_F(AddonRegistryTest, BinaryRegistryIsRead) {
 }
 
 TEST_F(AddonRegistryTest, WithoutFileEverythingIsAbsent) {
+  proves("ADDON-1");
   EXPECT_EQ(service().getAllAddonRegistryInfo(), std::nullopt);
   EXPECT_EQ(service().getRegistryInfoForAddon("com.example"), std::nullopt);
   EXPECT_EQ(service().getAddonInstalledVersion("com.example"), std::nullopt);
@@ -58,6 +62,7 @@ TEST_F(AddonRegistryTest, WithoutFileEverythingIsAbsent) {
 }
 
 TEST_F(AddonRegistryTest, WithoutHomeEverythingIsAbsent) {
+  proves("ADDON-1");
   writeEntries();
 
   EXPECT_EQ(InstanceService(std::nullopt).getAllAddonRegistryInfo(), std::nullopt);
@@ -65,6 +70,7 @@ TEST_F(AddonRegistryTest, WithoutHomeEverythingIsAbsent) {
 }
 
 TEST_F(AddonRegistryTest, UnreadableRegistryOrOneWithoutAddonsIsEmpty) {
+  proves("ADDON-1");
   _sandbox.write(inHome("addonInfo.plist"), "no list");
   ASSERT_TRUE(service().getAllAddonRegistryInfo());
   EXPECT_THAT(*service().getAllAddonRegistryInfo(), IsEmpty());
@@ -79,12 +85,14 @@ TEST_F(AddonRegistryTest, UnreadableRegistryOrOneWithoutAddonsIsEmpty) {
 }
 
 TEST_F(AddonRegistryTest, EntriesThatAreNoDictionariesAreSkipped) {
+  proves("ADDON-2");
   writeRegistry({{"addons", Array{"x", _later, 1}}});
 
   EXPECT_THAT(*service().getAllAddonRegistryInfo(), ElementsAre(_later));
 }
 
 TEST_F(AddonRegistryTest, FirstEntryWithTheIdWins) {
+  proves("ADDON-2");
   writeEntries();
 
   EXPECT_EQ(service().getRegistryInfoForAddon("com.example"), _spelling);
@@ -93,6 +101,7 @@ TEST_F(AddonRegistryTest, FirstEntryWithTheIdWins) {
 }
 
 TEST_F(AddonRegistryTest, IdsAreComparedToTheLetter) {
+  proves("ADDON-2");
   writeEntries();
 
   EXPECT_EQ(service().getRegistryInfoForAddon("Com.Example"), std::nullopt);
@@ -101,6 +110,7 @@ TEST_F(AddonRegistryTest, IdsAreComparedToTheLetter) {
 }
 
 TEST_F(AddonRegistryTest, MissingKeysOfAnEntryAreAbsent) {
+  proves("ADDON-2");
   writeRegistry({{"addons", Array{Dictionary{{"ID", "x"}}}}});
 
   EXPECT_EQ(service().getAddonInstalledVersion("x"), std::nullopt);
@@ -108,6 +118,7 @@ TEST_F(AddonRegistryTest, MissingKeysOfAnEntryAreAbsent) {
 }
 
 TEST_F(AddonRegistryTest, ValuesThatAreNoTextAreAbsent) {
+  proves("ADDON-2");
   const Dictionary entry{{"ID", "x"}, {"version", 1}, {"CFBundleIdentifier", Array{"b"}}};
   writeRegistry({{"addons", Array{Dictionary{{"ID", 5}}, entry}}});
 
@@ -118,6 +129,7 @@ TEST_F(AddonRegistryTest, ValuesThatAreNoTextAreAbsent) {
 }
 
 TEST_F(AddonRegistryTest, EmptyIdIsAnIdAndNotAnAbsentOne) {
+  proves("ADDON-2");
   const Dictionary unnamed{{"ID", ""}, {"version", ""}};
   writeRegistry({{"addons", Array{_nameless, unnamed}}});
 
@@ -126,6 +138,7 @@ TEST_F(AddonRegistryTest, EmptyIdIsAnIdAndNotAnAbsentOne) {
 }
 
 TEST_F(AddonRegistryTest, RemovalLeavesTheRegistryAsItIs) {
+  proves("ADDON-3");
   writeEntries();
   InstanceService service(home());
   const auto before = snapshotOf(home());

@@ -6,6 +6,7 @@
 
 #include "hotfix/instance/InstanceService.h"
 #include "support/InstanceFixture.h"
+#include "support/Proves.h"
 
 namespace installer::test {
 namespace {
@@ -41,6 +42,7 @@ class CustomizationTest : public InstanceFixture {
 };
 
 TEST_F(CustomizationTest, MissingInstanceFileBecomesAByteCopy) {
+  proves("SETTINGS-1");
   EXPECT_TRUE(quietService().mergePluginCustomizationWithRcphome(given()));
 
   EXPECT_EQ(instanceFile(), "# new\nk=2\nn=4\n");
@@ -56,6 +58,7 @@ TEST_F(CustomizationTest, GivenValuesWinAndOldCommentsGo) {
 }
 
 TEST_F(CustomizationTest, InstanceFileIsWrittenTwice) {
+  proves("SETTINGS-4");
   _sandbox.write(inHome(kIni), "k=1\n");
   InstanceService service = quietService();
   const auto before = writes();
@@ -66,6 +69,7 @@ TEST_F(CustomizationTest, InstanceFileIsWrittenTwice) {
 }
 
 TEST_F(CustomizationTest, MissingGivenFileRewritesTheInstanceFileOnce) {
+  proves("SETTINGS-4");
   _sandbox.write(inHome(kIni), "# old\nk=1\n");
   InstanceService service = quietService();
   const auto before = writes();
@@ -77,6 +81,7 @@ TEST_F(CustomizationTest, MissingGivenFileRewritesTheInstanceFileOnce) {
 }
 
 TEST_F(CustomizationTest, MissingGivenAndInstanceFileIsASuccessThatMakesNothing) {
+  proves("SETTINGS-5");
   EXPECT_TRUE(quietService().mergePluginCustomizationWithRcphome(_sandbox.path("none")));
 
   EXPECT_FALSE(_sandbox.exists(inHome(kIni)));
@@ -84,6 +89,7 @@ TEST_F(CustomizationTest, MissingGivenAndInstanceFileIsASuccessThatMakesNothing)
 }
 
 TEST_F(CustomizationTest, FailedSavesOfMergesAreNotLookedAt) {
+  proves("SETTINGS-5");
   _sandbox.write(inHome(kIni), "# old\nk=1\n");
   _sandbox.write(inHome(kBaseIni), "# base\nk=1\n");
   InstanceService service = quietService();
@@ -98,6 +104,7 @@ TEST_F(CustomizationTest, FailedSavesOfMergesAreNotLookedAt) {
 }
 
 TEST_F(CustomizationTest, MergeIntoTheInstanceNeedsPathAndHomeFolder) {
+  proves("SETTINGS-7");
   EXPECT_FALSE(quietService().mergePluginCustomizationWithRcphome(std::nullopt));
   EXPECT_FALSE(InstanceService(std::nullopt).mergePluginCustomizationWithRcphome(given()));
   InstanceService service = quietService();
@@ -108,6 +115,7 @@ TEST_F(CustomizationTest, MergeIntoTheInstanceNeedsPathAndHomeFolder) {
 }
 
 TEST_F(CustomizationTest, MergeWithBaseRewritesBaseAndInstanceAlike) {
+  proves("SETTINGS-8");
   _sandbox.write(inHome(kBaseIni), "# base\nk=1\nj=3\n");
   _sandbox.write(inHome(kIni), "gone=1\n");
 
@@ -118,6 +126,7 @@ TEST_F(CustomizationTest, MergeWithBaseRewritesBaseAndInstanceAlike) {
 }
 
 TEST_F(CustomizationTest, MergeWithBaseThatHasNoFileSucceedsAndWritesNothing) {
+  proves("SETTINGS-8");
   _sandbox.makeFolder(inHome("eclipse/plugins/com.kiv.rcp.base_6.2"));
 
   EXPECT_TRUE(quietService().mergePluginCustomizationWithBase(given()));
@@ -127,6 +136,7 @@ TEST_F(CustomizationTest, MergeWithBaseThatHasNoFileSucceedsAndWritesNothing) {
 }
 
 TEST_F(CustomizationTest, MergeWithBaseNeedsHomePathFileAndBase) {
+  proves("SETTINGS-8");
   EXPECT_FALSE(InstanceService(std::nullopt).mergePluginCustomizationWithBase(given()));
   EXPECT_FALSE(quietService().mergePluginCustomizationWithBase(given()));
   _sandbox.makeFolder(inHome("eclipse/plugins/com.kiv.rcp.base_6.2"));
@@ -168,6 +178,7 @@ TEST_F(CustomizationTest, KeyStoresAreReplacedWithALineEach) {
 }
 
 TEST_F(CustomizationTest, KeyStoresThatFailAreToldAsTheOthersAndDoNotKeepThemBack) {
+  proves("KEYSTORE-3");
   _sandbox.write(inHome("deploy/.keystore1"), "stays");
   _sandbox.write(inHome("deploy/.keystore2"), "old");
   _sandbox.makePipe("pkg/ks/.keystore0");
@@ -192,6 +203,7 @@ TEST_F(CustomizationTest, KeyStoresThatFailAreToldAsTheOthersAndDoNotKeepThemBac
 }
 
 TEST_F(CustomizationTest, SourceWithoutKeyStoresLeavesNone) {
+  proves("KEYSTORE-2");
   _sandbox.write(inHome("deploy/.keystore"), "old");
 
   quietService().copyKeyStores(_sandbox.path("missing"));
@@ -201,6 +213,7 @@ TEST_F(CustomizationTest, SourceWithoutKeyStoresLeavesNone) {
 }
 
 TEST_F(CustomizationTest, WithoutHomeKeyStoresAreNotEvenTold) {
+  proves("KEYSTORE-3");
   InstanceService service(std::nullopt);
   _sandbox.clearLog();
 
@@ -255,6 +268,7 @@ TEST_F(CustomizationTest, NoExtrasAreNotTold) {
 }
 
 TEST_F(CustomizationTest, ExtrasNeedAHome) {
+  proves("EXTRAS-2");
   InstanceService service(std::nullopt);
   _sandbox.clearLog();
 
@@ -281,6 +295,7 @@ class PermissionsTest : public CustomizationTest {
 };
 
 TEST_F(PermissionsTest, FlagTreatsHomeAndSharedFolder) {
+  proves("RIGHTS-3");
   quietService().updatePermissions(true, std::optional<std::string>());
 
   EXPECT_THAT(changed(), ElementsAre(true, true, false));
@@ -288,12 +303,14 @@ TEST_F(PermissionsTest, FlagTreatsHomeAndSharedFolder) {
 }
 
 TEST_F(PermissionsTest, WorkspaceIsTreatedWhateverTheFlag) {
+  proves("RIGHTS-3");
   quietService().updatePermissions(false, _sandbox.path("data"));
 
   EXPECT_THAT(changed(), ElementsAre(false, false, true));
 }
 
 TEST_F(PermissionsTest, NothingIsTreatedWithoutFlagAndWorkspace) {
+  proves("RIGHTS-3");
   quietService().updatePermissions(false, std::optional<std::string>());
   quietService(_sandbox.path("data")).updatePermissions(false, false);
 
@@ -301,18 +318,21 @@ TEST_F(PermissionsTest, NothingIsTreatedWithoutFlagAndWorkspace) {
 }
 
 TEST_F(PermissionsTest, WorkspaceIsLookedUpOnDemand) {
+  proves("RIGHTS-3");
   quietService(_sandbox.path("data")).updatePermissions(false, true);
 
   EXPECT_THAT(changed(), ElementsAre(false, false, true));
 }
 
 TEST_F(PermissionsTest, UnknownWorkspaceIsNone) {
+  proves("RIGHTS-3");
   quietService().updatePermissions(true, true);
 
   EXPECT_THAT(changed(), ElementsAre(true, true, false));
 }
 
 TEST_F(PermissionsTest, FailureInOneFolderDoesNotKeepTheOthersBack) {
+  proves("RIGHTS-6");
   InstanceService service = quietService();
   _sandbox.users().variables["USER"] = "nobody-knows";
 
@@ -323,6 +343,7 @@ TEST_F(PermissionsTest, FailureInOneFolderDoesNotKeepTheOthersBack) {
 }
 
 TEST_F(PermissionsTest, WithoutHomeNothingIsTreated) {
+  proves("RIGHTS-3");
   InstanceService(std::nullopt).updatePermissions(true, _sandbox.path("data"));
 
   EXPECT_THAT(changed(), ElementsAre(false, false, false));

@@ -4,6 +4,7 @@
 
 #include "hotfix/instance/InstanceService.h"
 #include "support/InstanceFixture.h"
+#include "support/Proves.h"
 
 namespace installer::test {
 namespace {
@@ -23,6 +24,7 @@ class InstallInfoTest : public InstanceFixture {
 };
 
 TEST_F(InstallInfoTest, InstanceIsInstalledWithItsManifest) {
+  proves("CHECK-4");
   EXPECT_TRUE(service().hasInstanceInstalled());
 
   _sandbox.remove(inHome("deploy/install.xml"));
@@ -31,6 +33,7 @@ TEST_F(InstallInfoTest, InstanceIsInstalledWithItsManifest) {
 }
 
 TEST_F(InstallInfoTest, UnusableServiceAnswersNothing) {
+  proves("INSTANCE-2");
   InstanceService service = unusable();
 
   EXPECT_FALSE(service.hasInstanceInstalled());
@@ -44,6 +47,7 @@ TEST_F(InstallInfoTest, UnusableServiceAnswersNothing) {
 }
 
 TEST_F(InstallInfoTest, UnusableServiceStoresNothing) {
+  proves("INSTANCE-2");
   InstanceService service = unusable();
 
   service.setInstalledVersion("1");
@@ -57,25 +61,30 @@ TEST_F(InstallInfoTest, UnusableServiceStoresNothing) {
 }
 
 TEST_F(InstallInfoTest, BaseVersionIsTheGreatestByText) {
+  proves("INSTANCE-10");
   EXPECT_EQ(baseVersionOf({"com.kiv.rcp.base_6.2.3.20121115-1200",
                            "com.kiv.rcp.base_6.10.0.20130101-0000", "com.kiv.rcp.basement_9"}),
             "6.2.3.20121115-1200");
 }
 
 TEST_F(InstallInfoTest, BaseVersionEndsAtTheSecondUnderscore) {
+  proves("INSTANCE-10");
   EXPECT_EQ(baseVersionOf({"com.kiv.rcp.base_6.2.3_x_y"}), "6.2.3");
 }
 
 TEST_F(InstallInfoTest, BaseVersionOfABareNameIsEmpty) {
+  proves("INSTANCE-10");
   EXPECT_EQ(baseVersionOf({"com.kiv.rcp.base_"}), "");
 }
 
 TEST_F(InstallInfoTest, OtherPluginsHaveNoBaseVersion) {
+  proves("INSTANCE-10");
   EXPECT_EQ(baseVersionOf({"Com.kiv.rcp.base_7", "x.com.kiv.rcp.base_7", "com.kiv.rcp.base"}),
             std::nullopt);
 }
 
 TEST_F(InstallInfoTest, BaseVersionIsAbsentWithoutPluginsFolder) {
+  proves("INSTANCE-10");
   _sandbox.remove(inHome("eclipse/plugins"));
   EXPECT_EQ(service().getBaseVersion(), std::nullopt);
 
@@ -87,6 +96,7 @@ TEST_F(InstallInfoTest, BaseVersionIsAbsentWithoutPluginsFolder) {
 }
 
 TEST_F(InstallInfoTest, TargetVersionIsTheApplicationsMarketingVersion) {
+  proves("INSTANCE-11");
   _sandbox.writePlist(std::string(kBundle) + "/Contents/Info.plist",
                       {{"CFBundleShortVersionString", "6.2.3"}, {"CFBundleVersion", "9"}});
 
@@ -94,18 +104,21 @@ TEST_F(InstallInfoTest, TargetVersionIsTheApplicationsMarketingVersion) {
 }
 
 TEST_F(InstallInfoTest, TargetVersionIsAbsentWithoutInfoOrApplication) {
+  proves("INSTANCE-11");
   EXPECT_EQ(service().getInstalledTargetVersion(), std::nullopt);
   _sandbox.makeFolder("opt/rcp");
   EXPECT_EQ(InstanceService(_sandbox.path("opt/rcp")).getInstalledTargetVersion(), std::nullopt);
 }
 
 TEST_F(InstallInfoTest, TargetVersionIsAbsentWhereTheInfoDoesNotTellIt) {
+  proves("INSTANCE-11");
   _sandbox.writePlist(std::string(kBundle) + "/Contents/Info.plist", {{"CFBundleVersion", "9"}});
 
   EXPECT_EQ(service().getInstalledTargetVersion(), std::nullopt);
 }
 
 TEST_F(InstallInfoTest, InstalledVersionIsReadWithALine) {
+  proves("INFO-1");
   writeInfo({{"version", "6.2.3"}});
   InstanceService service(home());
   _sandbox.clearLog();
@@ -118,6 +131,7 @@ TEST_F(InstallInfoTest, InstalledVersionIsReadWithALine) {
 }
 
 TEST_F(InstallInfoTest, ReadersAnswerNothingWithoutFileOrKey) {
+  proves("INFO-1");
   EXPECT_EQ(service().getInstalledVersion(), std::nullopt);
   EXPECT_EQ(service().getCurrentHotfixVersion(), std::nullopt);
   EXPECT_FALSE(service().isHotfixApplied());
@@ -132,6 +146,7 @@ TEST_F(InstallInfoTest, ReadersAnswerNothingWithoutFileOrKey) {
 }
 
 TEST_F(InstallInfoTest, WritersCreateTheFile) {
+  proves("INFO-2");
   service().setInstalledVersion("6.2.3");
   EXPECT_EQ(info(), (Dictionary{{"version", "6.2.3"}}));
 
@@ -145,6 +160,7 @@ TEST_F(InstallInfoTest, WritersCreateTheFile) {
 }
 
 TEST_F(InstallInfoTest, WritersKeepEverythingElse) {
+  proves("INFO-2");
   writeInfo({{"number", 5}, {"hotfixVersion", "1"}, {"list", PropertyList::Array{"a"}}});
 
   service().updateHotfixVersion("2");
@@ -161,6 +177,7 @@ TEST_F(InstallInfoTest, WritersKeepEverythingElse) {
 }
 
 TEST_F(InstallInfoTest, AbsentInstalledVersionChangesNothing) {
+  proves("INFO-3");
   service().setInstalledVersion(std::nullopt);
   EXPECT_FALSE(hasFile());
 
@@ -171,6 +188,7 @@ TEST_F(InstallInfoTest, AbsentInstalledVersionChangesNothing) {
 }
 
 TEST_F(InstallInfoTest, AbsentHotfixVersionRemovesTheKey) {
+  proves("INFO-3");
   writeInfo({{"version", "6"}, {"hotfixVersion", "1"}});
 
   service().updateHotfixVersion(std::nullopt);
@@ -179,12 +197,14 @@ TEST_F(InstallInfoTest, AbsentHotfixVersionRemovesTheKey) {
 }
 
 TEST_F(InstallInfoTest, AbsentHotfixVersionWithoutFileWritesAnEmptyOne) {
+  proves("INFO-3");
   service().updateHotfixVersion(std::nullopt);
 
   EXPECT_EQ(info(), Dictionary());
 }
 
 TEST_F(InstallInfoTest, SkipFlagIsTrueForTheTextTrueOnly) {
+  proves("INFO-4");
   for (const char* text : {"TRUE", "True", "yes", "1", "false", "true ", ""}) {
     writeInfo({{"SKIPRUNNINGCHECK", text}});
     EXPECT_FALSE(service().isHotfixInstallWithSkipRunningCheck()) << text;
@@ -194,12 +214,14 @@ TEST_F(InstallInfoTest, SkipFlagIsTrueForTheTextTrueOnly) {
 }
 
 TEST_F(InstallInfoTest, FileWithoutSkipFlagCountsAsSkipping) {
+  proves("INFO-4");
   writeInfo({{"version", "6"}});
   EXPECT_TRUE(service().isHotfixInstallWithSkipRunningCheck());
   EXPECT_FALSE(service().isHotfixApplied());
 }
 
 TEST_F(InstallInfoTest, FileThatDoesNotTellTheSkipFlagAsTextCountsAsSkipping) {
+  proves("INFO-4");
   writeInfo({{"SKIPRUNNINGCHECK", false}});
   EXPECT_TRUE(service().isHotfixInstallWithSkipRunningCheck());
 
@@ -208,10 +230,12 @@ TEST_F(InstallInfoTest, FileThatDoesNotTellTheSkipFlagAsTextCountsAsSkipping) {
 }
 
 TEST_F(InstallInfoTest, MissingFileDoesNotCountAsSkipping) {
+  proves("INFO-4");
   EXPECT_FALSE(service().isHotfixInstallWithSkipRunningCheck());
 }
 
 TEST_F(InstallInfoTest, SkipFlagIsRemovedAlone) {
+  proves("INFO-4");
   writeInfo({{"version", "6"}, {"SKIPRUNNINGCHECK", "true"}});
 
   service().removeHotfixSkipRunningCheckProperty();
@@ -220,6 +244,7 @@ TEST_F(InstallInfoTest, SkipFlagIsRemovedAlone) {
 }
 
 TEST_F(InstallInfoTest, RemovalsAndBundleIdNeverCreateTheFile) {
+  proves("INFO-5");
   service().removeHotfixSkipRunningCheckProperty();
   service().saveHotfixBundleID("com.example");
   service().deleteInstalledHotfixBundleID();
@@ -228,6 +253,7 @@ TEST_F(InstallInfoTest, RemovalsAndBundleIdNeverCreateTheFile) {
 }
 
 TEST_F(InstallInfoTest, BundleIdIsStoredReadAndDeleted) {
+  proves("INFO-5");
   writeInfo({{"version", "6"}});
 
   service().saveHotfixBundleID("com.example.hotfix");
@@ -240,6 +266,7 @@ TEST_F(InstallInfoTest, BundleIdIsStoredReadAndDeleted) {
 }
 
 TEST_F(InstallInfoTest, UnreadableFileIsLeftUntouched) {
+  proves("INFO-6");
   _sandbox.write(inHome("installInfo.plist"), "half an edit <dict>");
 
   service().updateHotfixVersion("1");
@@ -257,6 +284,7 @@ TEST_F(InstallInfoTest, UnreadableFileIsLeftUntouched) {
 }
 
 TEST_F(InstallInfoTest, RefusingDiskIsNotReportedAndKeepsTheFile) {
+  proves("INFO-6");
   writeInfo({{"version", "6"}});
   InstanceService service(home());
   _sandbox.clearLog();

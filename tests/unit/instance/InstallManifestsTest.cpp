@@ -4,6 +4,7 @@
 
 #include "hotfix/instance/InstanceService.h"
 #include "support/InstanceFixture.h"
+#include "support/Proves.h"
 
 namespace installer::test {
 namespace {
@@ -38,6 +39,7 @@ class InstallManifestsTest : public InstanceFixture {
 };
 
 TEST_F(InstallManifestsTest, ManifestVersionAndInstallIdAreSetAlone) {
+  proves("STAMP-3");
   _sandbox.write(inHome("rcplauncher.properties"), "# comment\nb=1\na=2\n");
 
   quietService().updateProvisionManifestVersion("0503130907");
@@ -48,6 +50,7 @@ TEST_F(InstallManifestsTest, ManifestVersionAndInstallIdAreSetAlone) {
 }
 
 TEST_F(InstallManifestsTest, WithoutLauncherPropertiesNothingIsSet) {
+  proves("STAMP-3");
   _sandbox.remove(inHome("rcplauncher.properties"));
 
   quietService().updateProvisionManifestVersion("1");
@@ -57,6 +60,7 @@ TEST_F(InstallManifestsTest, WithoutLauncherPropertiesNothingIsSet) {
 }
 
 TEST_F(InstallManifestsTest, ManifestVersionIsCarriedIntoBothInstallIds) {
+  proves("STAMP-4");
   _sandbox.write(inHome("rcplauncher.properties"), "provisioning.manifest.version=V\nx=1\n");
   _sandbox.write("data/.config/rcpinstall.properties", "rcp.install.id=old\ny=2\n");
 
@@ -67,6 +71,7 @@ TEST_F(InstallManifestsTest, ManifestVersionIsCarriedIntoBothInstallIds) {
 }
 
 TEST_F(InstallManifestsTest, WithoutDataSettingsTheLauncherKeepsItsIdToo) {
+  proves("STAMP-4");
   _sandbox.makeFolder("data/.config");
   const std::string before = launcherFile();
 
@@ -77,6 +82,7 @@ TEST_F(InstallManifestsTest, WithoutDataSettingsTheLauncherKeepsItsIdToo) {
 }
 
 TEST_F(InstallManifestsTest, WithoutLauncherPropertiesTheDataKeepsItsId) {
+  proves("STAMP-4");
   _sandbox.remove(inHome("rcplauncher.properties"));
   _sandbox.write("data/.config/rcpinstall.properties", "rcp.install.id=old\n");
 
@@ -87,6 +93,7 @@ TEST_F(InstallManifestsTest, WithoutLauncherPropertiesTheDataKeepsItsId) {
 }
 
 TEST_F(InstallManifestsTest, AbsentManifestVersionIsRefusedForBothFiles) {
+  proves("STAMP-5");
   _sandbox.write(inHome("rcplauncher.properties"), "rcp.install.id=a\n");
   _sandbox.write("data/.config/rcpinstall.properties", "# c\nrcp.install.id=b\n");
 
@@ -99,6 +106,7 @@ TEST_F(InstallManifestsTest, AbsentManifestVersionIsRefusedForBothFiles) {
 }
 
 TEST_F(InstallManifestsTest, BackupCarriesTheManifestVersion) {
+  proves("MANIFEST-1");
   _sandbox.write(inHome("deploy/install.xml"), "now");
 
   quietService().backupInstallManifest();
@@ -109,6 +117,7 @@ TEST_F(InstallManifestsTest, BackupCarriesTheManifestVersion) {
 }
 
 TEST_F(InstallManifestsTest, BackupWithoutVersionIsCalledOld) {
+  proves("MANIFEST-1");
   _sandbox.write(inHome("rcplauncher.properties"), "x=1\n");
 
   quietService().backupInstallManifest();
@@ -117,6 +126,7 @@ TEST_F(InstallManifestsTest, BackupWithoutVersionIsCalledOld) {
 }
 
 TEST_F(InstallManifestsTest, ExistingBackupStays) {
+  proves("MANIFEST-1");
   _sandbox.write(inHome("deploy/install.0101130000.xml"), "first");
 
   quietService().backupInstallManifest();
@@ -125,6 +135,7 @@ TEST_F(InstallManifestsTest, ExistingBackupStays) {
 }
 
 TEST_F(InstallManifestsTest, VersionThatLeadsElsewhereIsNotBackedUp) {
+  proves("MANIFEST-2");
   _sandbox.makeFolder(inHome("deploy/install.x"));
   _sandbox.write(inHome("rcplauncher.properties"),
                  "provisioning.manifest.version=x/../../../planted\n");
@@ -138,6 +149,7 @@ TEST_F(InstallManifestsTest, VersionThatLeadsElsewhereIsNotBackedUp) {
 }
 
 TEST_F(InstallManifestsTest, NothingIsBackedUpWithoutManifestOrLauncherProperties) {
+  proves("MANIFEST-2");
   _sandbox.remove(inHome("deploy/install.xml"));
   quietService().backupInstallManifest();
   EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.0101130000.xml")));
@@ -149,6 +161,7 @@ TEST_F(InstallManifestsTest, NothingIsBackedUpWithoutManifestOrLauncherPropertie
 }
 
 TEST_F(InstallManifestsTest, LinkToNothingInTheInstallManifestsPlaceIsNotBackedUp) {
+  proves("MANIFEST-2");
   _sandbox.remove(inHome("deploy/install.xml"));
   _sandbox.makeLink(inHome("deploy/install.xml"), "nothing");
 
@@ -158,6 +171,7 @@ TEST_F(InstallManifestsTest, LinkToNothingInTheInstallManifestsPlaceIsNotBackedU
 }
 
 TEST_F(InstallManifestsTest, BackupThatFailsIsPassedOverSilently) {
+  proves("MANIFEST-3");
   InstanceService service = quietService();
   _sandbox.files().failNext(FileOperation::kWrite, ENOSPC);
 
@@ -169,6 +183,7 @@ TEST_F(InstallManifestsTest, BackupThatFailsIsPassedOverSilently) {
 }
 
 TEST_F(InstallManifestsTest, UpdateManifestIsReplacedAndResolved) {
+  proves("MANIFEST-5");
   _sandbox.write(inHome("deploy/install.update.xml"), "of an earlier run");
 
   EXPECT_TRUE(quietService().copyUpdateManifest(manifest(), root()));
@@ -182,6 +197,7 @@ TEST_F(InstallManifestsTest, UpdateManifestIsReplacedAndResolved) {
 }
 
 TEST_F(InstallManifestsTest, WithoutRootTheManifestIsCopiedByteForByte) {
+  proves("MANIFEST-6");
   EXPECT_TRUE(quietService().copyUpdateManifest(manifest(), std::nullopt));
 
   EXPECT_EQ(deployed("install.update.xml"), kManifest);
@@ -190,6 +206,7 @@ TEST_F(InstallManifestsTest, WithoutRootTheManifestIsCopiedByteForByte) {
 }
 
 TEST_F(InstallManifestsTest, RootThatIsNotOnDiskLeavesThePlaceholder) {
+  proves("MANIFEST-6");
   EXPECT_TRUE(quietService().copyUpdateManifest(manifest(), _sandbox.path("missing")));
 
   EXPECT_EQ(deployed("install.update.xml"), kManifest);
@@ -197,6 +214,7 @@ TEST_F(InstallManifestsTest, RootThatIsNotOnDiskLeavesThePlaceholder) {
 }
 
 TEST_F(InstallManifestsTest, RootMayBeAFile) {
+  proves("MANIFEST-5");
   _sandbox.write("root.pkg", "");
 
   EXPECT_TRUE(quietService().copyUpdateManifest(manifest(), _sandbox.path("root.pkg")));
@@ -206,6 +224,7 @@ TEST_F(InstallManifestsTest, RootMayBeAFile) {
 }
 
 TEST_F(InstallManifestsTest, ResolvedManifestThatCannotBeSavedStaysAsCopiedAndFails) {
+  proves("MANIFEST-9");
   FailingFileManager& files = _sandbox.files();
   InstanceService service = quietService();
   // The copy is whole once it gets its name; the next bytes are the resolved ones.
@@ -218,6 +237,7 @@ TEST_F(InstallManifestsTest, ResolvedManifestThatCannotBeSavedStaysAsCopiedAndFa
 }
 
 TEST_F(InstallManifestsTest, InstallManifestHasItsOwnName) {
+  proves("MANIFEST-10");
   EXPECT_TRUE(quietService().copyInstallManifest(manifest(), std::nullopt));
 
   EXPECT_EQ(deployed("install.xml"), kManifest);
@@ -225,6 +245,7 @@ TEST_F(InstallManifestsTest, InstallManifestHasItsOwnName) {
 }
 
 TEST_F(InstallManifestsTest, MissingManifestFailsAndTheOldOneIsGone) {
+  proves("MANIFEST-8");
   _sandbox.write(inHome("deploy/install.update.xml"), "old");
 
   EXPECT_FALSE(quietService().copyUpdateManifest(_sandbox.path("missing.xml"), root()));
@@ -234,6 +255,7 @@ TEST_F(InstallManifestsTest, MissingManifestFailsAndTheOldOneIsGone) {
 }
 
 TEST_F(InstallManifestsTest, MissingDeployFolderFails) {
+  proves("MANIFEST-8");
   _sandbox.remove(inHome("deploy"));
 
   EXPECT_FALSE(quietService().copyUpdateManifest(manifest(), root()));
@@ -244,12 +266,14 @@ TEST_F(InstallManifestsTest, MissingDeployFolderFails) {
 }
 
 TEST_F(InstallManifestsTest, CopyOntoItselfRemovesTheManifestAndFails) {
+  proves("MANIFEST-8");
   EXPECT_FALSE(quietService().copyInstallManifest(homePath("deploy/install.xml"), std::nullopt));
 
   EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.xml")));
 }
 
 TEST_F(InstallManifestsTest, MalformedManifestStaysAsCopiedAndFails) {
+  proves("MANIFEST-9");
   _sandbox.write("pkg/m.xml", "<m><unclosed>");
 
   EXPECT_FALSE(quietService().copyUpdateManifest(manifest(), root()));
@@ -258,6 +282,7 @@ TEST_F(InstallManifestsTest, MalformedManifestStaysAsCopiedAndFails) {
 }
 
 TEST_F(InstallManifestsTest, ManifestWithoutTheExpectedElementsSucceeds) {
+  proves("MANIFEST-9");
   _sandbox.write("pkg/m.xml", "<m><other/></m>");
 
   EXPECT_TRUE(quietService().copyUpdateManifest(manifest(), root()));
@@ -267,6 +292,7 @@ TEST_F(InstallManifestsTest, ManifestWithoutTheExpectedElementsSucceeds) {
 }
 
 TEST_F(InstallManifestsTest, LinkInThePlaceOfAManifestIsReplacedAndNotWrittenThrough) {
+  proves("MANIFEST-7");
   _sandbox.write("victim", "untouched");
   _sandbox.makeLink(inHome("deploy/install.update.xml"), _sandbox.path("victim"));
   _sandbox.makeLink(inHome("deploy/install.dangling.xml"), _sandbox.path("nothing"));
@@ -280,6 +306,7 @@ TEST_F(InstallManifestsTest, LinkInThePlaceOfAManifestIsReplacedAndNotWrittenThr
 }
 
 TEST_F(InstallManifestsTest, WithoutHomeOnlyTheGeneralCopyFallsBack) {
+  proves("MANIFEST-11");
   InstanceService service(std::nullopt);
   _sandbox.clearLog();
 
@@ -297,6 +324,7 @@ TEST_F(InstallManifestsTest, WithoutHomeOnlyTheGeneralCopyFallsBack) {
 }
 
 TEST_F(InstallManifestsTest, GeneralCopyWithoutHomeTakesTheFixedOneFromThenOn) {
+  proves("MANIFEST-11");
   InstanceService service(std::nullopt);
   _sandbox.clearLog();
 
@@ -311,6 +339,7 @@ TEST_F(InstallManifestsTest, GeneralCopyWithoutHomeTakesTheFixedOneFromThenOn) {
 }
 
 TEST_F(InstallManifestsTest, ProductNameIsToldButDoesNotEnterThePath) {
+  proves("MANIFEST-11");
   _sandbox.writePlist(_sandbox.paths().internalConfiguration, {{"productName", "Other"}});
   InstanceService service(std::nullopt);
   _sandbox.clearLog();
@@ -323,12 +352,14 @@ TEST_F(InstallManifestsTest, ProductNameIsToldButDoesNotEnterThePath) {
 }
 
 TEST_F(InstallManifestsTest, OwnNameCopyKeepsNameAndPlaceholder) {
+  proves("MANIFEST-10");
   EXPECT_TRUE(quietService().copyManifest(manifest()));
 
   EXPECT_EQ(deployed("m.xml"), kManifest);
 }
 
 TEST_F(InstallManifestsTest, OwnNameCopyReplacesWhatStandsThere) {
+  proves("MANIFEST-10");
   _sandbox.write(inHome("deploy/m.xml"), "old");
 
   EXPECT_TRUE(quietService().copyManifest(manifest()));
@@ -339,6 +370,7 @@ TEST_F(InstallManifestsTest, OwnNameCopyReplacesWhatStandsThere) {
 }
 
 TEST_F(InstallManifestsTest, OwnNameCopyNeedsManifestAndHome) {
+  proves("MANIFEST-10");
   InstanceService service = quietService();
 
   EXPECT_FALSE(service.copyManifest(std::nullopt));
@@ -349,6 +381,7 @@ TEST_F(InstallManifestsTest, OwnNameCopyNeedsManifestAndHome) {
 }
 
 TEST_F(InstallManifestsTest, UninstallManifestIsReplacedSilentlyAndUnresolved) {
+  proves("MANIFEST-12");
   _sandbox.write(inHome("deploy/uninstall.hotfix.xml"), "old");
 
   EXPECT_TRUE(quietService().copyHotfixUninstallManifest(manifest()));
@@ -358,6 +391,7 @@ TEST_F(InstallManifestsTest, UninstallManifestIsReplacedSilentlyAndUnresolved) {
 }
 
 TEST_F(InstallManifestsTest, LinkInTheUninstallManifestsPlaceIsReplacedAndNotWrittenThrough) {
+  proves("MANIFEST-7");
   _sandbox.makeLink(inHome("deploy/uninstall.hotfix.xml"), _sandbox.path("nothing"));
 
   EXPECT_TRUE(quietService().copyHotfixUninstallManifest(manifest()));
@@ -367,6 +401,7 @@ TEST_F(InstallManifestsTest, LinkInTheUninstallManifestsPlaceIsReplacedAndNotWri
 }
 
 TEST_F(InstallManifestsTest, UninstallManifestNeedsManifestAndHome) {
+  proves("MANIFEST-12");
   InstanceService service = quietService();
   _sandbox.write(inHome("deploy/uninstall.hotfix.xml"), "old");
 
@@ -378,6 +413,7 @@ TEST_F(InstallManifestsTest, UninstallManifestNeedsManifestAndHome) {
 }
 
 TEST_F(InstallManifestsTest, UninstallManifestCopyFailsWithoutDeployFolder) {
+  proves("MANIFEST-12");
   _sandbox.remove(inHome("deploy"));
 
   EXPECT_FALSE(quietService().copyHotfixUninstallManifest(manifest()));

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "hotfix/instance/InstanceService.h"
+#include "support/Proves.h"
 #include "support/RandomText.h"
 #include "support/Sandbox.h"
 #include "support/StubFileManager.h"
@@ -33,6 +34,7 @@ std::optional<std::string> returnCodeIn(const std::string& text) {
 }
 
 TEST_F(InstanceServiceModelTest, RandomResultFilesAreJudgedAsTheModelSays) {
+  proves("RESULT-2");
   const std::vector<std::string> pieces = {"0", "1", "2",   "2", "3",  "00", "+",  "-",
                                            " ", "x", "abc", ".", "\\", "=",  "\t", "99999999999"};
   const std::vector<std::string> begins = {"rc=", "rc=", "rc = ",         "rc:",      "rc",
@@ -48,6 +50,7 @@ TEST_F(InstanceServiceModelTest, RandomResultFilesAreJudgedAsTheModelSays) {
 }
 
 TEST_F(InstanceServiceModelTest, RandomPlugInsGiveTheModelsVersion) {
+  proves("INSTANCE-10");
   const std::vector<std::string> begins = {"com.kiv.rcp.base_",
                                            "com.kiv.rcp.base_",
                                            "com.kiv.rcp.base",

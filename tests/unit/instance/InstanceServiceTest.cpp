@@ -5,6 +5,7 @@
 
 #include "platform/FileManager.h"
 #include "support/InstanceFixture.h"
+#include "support/Proves.h"
 
 namespace installer::test {
 namespace {
@@ -20,6 +21,7 @@ class InstanceServiceTest : public InstanceFixture {
 };
 
 TEST_F(InstanceServiceTest, BindsToAnExistingHome) {
+  proves("INSTANCE-1");
   const InstanceService service(home(), "/data");
 
   EXPECT_EQ(service.pathToRcphome(), home());
@@ -31,10 +33,12 @@ TEST_F(InstanceServiceTest, BindsToAnExistingHome) {
 }
 
 TEST_F(InstanceServiceTest, WithoutDataFolderNoneIsKnown) {
+  proves("INSTANCE-3");
   EXPECT_EQ(InstanceService(home()).getWorkspace(), std::nullopt);
 }
 
 TEST_F(InstanceServiceTest, MissingHomeIsMadeWithAllFoldersAbove) {
+  proves("INSTANCE-1");
   const InstanceService service(_sandbox.path("new/a/rcp"));
 
   EXPECT_EQ(service.pathToRcphome(), _sandbox.path("new/a/rcp"));
@@ -42,6 +46,7 @@ TEST_F(InstanceServiceTest, MissingHomeIsMadeWithAllFoldersAbove) {
 }
 
 TEST_F(InstanceServiceTest, HomeThatCannotBeMadeLeavesAServiceWithoutFolders) {
+  proves("INSTANCE-2");
   _sandbox.write("file", "");
   const std::string impossible = _sandbox.path("file/rcp");
 
@@ -53,6 +58,7 @@ TEST_F(InstanceServiceTest, HomeThatCannotBeMadeLeavesAServiceWithoutFolders) {
 }
 
 TEST_F(InstanceServiceTest, AbsentHomeIsToldAsNull) {
+  proves("INSTANCE-3");
   const InstanceService service(std::nullopt, "/data");
 
   EXPECT_EQ(service.pathToRcphome(), std::nullopt);
@@ -63,12 +69,14 @@ TEST_F(InstanceServiceTest, AbsentHomeIsToldAsNull) {
 }
 
 TEST_F(InstanceServiceTest, HomeThatIsAFileIsTakenAsItIs) {
+  proves("INSTANCE-1");
   _sandbox.write("file", "");
 
   EXPECT_EQ(InstanceService(_sandbox.path("file")).pathToRcphome(), _sandbox.path("file"));
 }
 
 TEST_F(InstanceServiceTest, StagingFolderIsCopiedToTheNewLocation) {
+  proves("INSTANCE-4");
   _sandbox.write("tmp/qlmcore2/sub/file", "staged");
   nameInstallLocation(_sandbox.path("new"));
 
@@ -80,6 +88,7 @@ TEST_F(InstanceServiceTest, StagingFolderIsCopiedToTheNewLocation) {
 }
 
 TEST_F(InstanceServiceTest, EveryServiceCopiesTheStagingFolder) {
+  proves("INSTANCE-4");
   _sandbox.write("tmp/qlmcore2/file", "staged");
   nameInstallLocation(_sandbox.path("new"));
   const InstanceService first(home());
@@ -91,6 +100,7 @@ TEST_F(InstanceServiceTest, EveryServiceCopiesTheStagingFolder) {
 }
 
 TEST_F(InstanceServiceTest, MissingHomeIsMadeBeforeTheStagingFolderIsCopied) {
+  proves("INSTANCE-5");
   _sandbox.write("tmp/qlmcore2/file", "staged");
   nameInstallLocation(_sandbox.path("new/rcp/staged"));
 
@@ -101,6 +111,7 @@ TEST_F(InstanceServiceTest, MissingHomeIsMadeBeforeTheStagingFolderIsCopied) {
 }
 
 TEST_F(InstanceServiceTest, HomeThatComesWithTheStagingFolderIsTaken) {
+  proves("INSTANCE-5");
   _sandbox.makeFolder("tmp/qlmcore2/rcp");
   _sandbox.makeLink("link", _sandbox.path("new"));  // leads nowhere, so that no folder can be made
   nameInstallLocation(_sandbox.path("new"));
@@ -111,6 +122,7 @@ TEST_F(InstanceServiceTest, HomeThatComesWithTheStagingFolderIsTaken) {
 }
 
 TEST_F(InstanceServiceTest, LocationThatExistsIsLeftAsItIs) {
+  proves("INSTANCE-6");
   _sandbox.write("tmp/qlmcore2/file", "staged");
   _sandbox.write("new/other", "mine");
   nameInstallLocation(_sandbox.path("new"));
@@ -122,6 +134,7 @@ TEST_F(InstanceServiceTest, LocationThatExistsIsLeftAsItIs) {
 }
 
 TEST_F(InstanceServiceTest, StagingFolderOfAnotherUserIsNotCopied) {
+  proves("INSTANCE-8");
   if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
   _sandbox.write("tmp/qlmcore2/file", "planted");
   ASSERT_EQ(chown(_sandbox.path("tmp/qlmcore2").c_str(), 4711, 4711), 0);
@@ -136,6 +149,7 @@ TEST_F(InstanceServiceTest, StagingFolderOfAnotherUserIsNotCopied) {
 }
 
 TEST_F(InstanceServiceTest, FailedStagingCopyIsLoggedAndPassedOver) {
+  proves("INSTANCE-7");
   nameInstallLocation(_sandbox.path("new"));
 
   const InstanceService service(home());
@@ -159,6 +173,7 @@ TEST_F(InstanceServiceTest, EmptyLocationIsOneWhereNothingCanBeCopied) {
 }
 
 TEST_F(InstanceServiceTest, CopiesGoOnOnlyWhereTheDestinationExists) {
+  proves("INSTANCE-9");
   const InstanceService service(home());
   const auto proceeds = [&](int code) {
     return service.shouldProceedAfterError({.code = code, .description = ""}, "a", "b");

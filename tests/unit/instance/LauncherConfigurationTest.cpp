@@ -6,6 +6,7 @@
 #include "hotfix/instance/InstanceService.h"
 #include "platform/Clock.h"
 #include "support/InstanceFixture.h"
+#include "support/Proves.h"
 #include "support/TreeSnapshot.h"
 
 namespace installer::test {
@@ -66,6 +67,7 @@ class LauncherConfigurationTest : public InstanceFixture {
 };
 
 TEST_F(LauncherConfigurationTest, LinksPointToHomeAndSharedFolder) {
+  proves("SETUP-1");
   EXPECT_TRUE(quietService().generateLinks());
 
   const std::string parent = _sandbox.path("Applications/Quillmere.app/Contents/MacOS");
@@ -76,6 +78,7 @@ TEST_F(LauncherConfigurationTest, LinksPointToHomeAndSharedFolder) {
 }
 
 TEST_F(LauncherConfigurationTest, LinkPathsAreEscapedAsValues) {
+  proves("SETUP-1");
   const std::string parent = "Applications/Gr\xC3\xBCn #1!=a:b\\c.app";
   _sandbox.makeFolder(parent + "/rcp/eclipse");
 
@@ -88,6 +91,7 @@ TEST_F(LauncherConfigurationTest, LinkPathsAreEscapedAsValues) {
 }
 
 TEST_F(LauncherConfigurationTest, LinkHoldsTheHomeAsItWasGiven) {
+  proves("SETUP-1");
   EXPECT_TRUE(InstanceService(home() + "/").generateLinks());
 
   EXPECT_EQ(_sandbox.read(inHome("eclipse/links/rcp.link")), "path=" + home() + "/\n");
@@ -96,6 +100,7 @@ TEST_F(LauncherConfigurationTest, LinkHoldsTheHomeAsItWasGiven) {
 }
 
 TEST_F(LauncherConfigurationTest, ExistingLinksKeepOtherKeysAndTheFolderItsMode) {
+  proves("SETUP-1");
   _sandbox.makeFolder(inHome("eclipse/links"), 0700);
   _sandbox.write(inHome("eclipse/links/rcp.link"), "other=1\npath=old\n");
 
@@ -106,6 +111,7 @@ TEST_F(LauncherConfigurationTest, ExistingLinksKeepOtherKeysAndTheFolderItsMode)
 }
 
 TEST_F(LauncherConfigurationTest, LinksNeedHomeAndEclipseFolder) {
+  proves("SETUP-2");
   EXPECT_FALSE(InstanceService(std::nullopt).generateLinks());
 
   _sandbox.remove(inHome("eclipse"));
@@ -118,6 +124,7 @@ TEST_F(LauncherConfigurationTest, LinksNeedHomeAndEclipseFolder) {
 }
 
 TEST_F(LauncherConfigurationTest, LinksFolderThatCannotBeMadeIsAWarning) {
+  proves("SETUP-3");
   InstanceService service = quietService();
   _sandbox.users().variables["USER"] = "nobody-knows";
 
@@ -129,6 +136,7 @@ TEST_F(LauncherConfigurationTest, LinksFolderThatCannotBeMadeIsAWarning) {
 }
 
 TEST_F(LauncherConfigurationTest, LinksFolderFallsToRootWithoutAnyUserName) {
+  proves("SETUP-3");
   InstanceService service = quietService();
   const User self = _sandbox.users().userList[0];
   _sandbox.users().variables.erase("USER");
@@ -139,6 +147,7 @@ TEST_F(LauncherConfigurationTest, LinksFolderFallsToRootWithoutAnyUserName) {
 }
 
 TEST_F(LauncherConfigurationTest, LinksFolderBelongsToTheCurrentUserWithoutUserVariable) {
+  proves("SETUP-3");
   InstanceService service = quietService();
   _sandbox.users().variables.erase("USER");
 
@@ -213,6 +222,7 @@ TEST_F(GivenFilesTest, VirtualMachinePropertiesOfATemplateAreTheProcesss) {
 }
 
 TEST_F(LauncherConfigurationTest, FileInThePlaceOfTheLinksFolderStaysAndIsNotTold) {
+  proves("SETUP-4");
   _sandbox.write(inHome("eclipse/links"), "a file");
 
   EXPECT_TRUE(quietService().generateLinks());
@@ -222,6 +232,7 @@ TEST_F(LauncherConfigurationTest, FileInThePlaceOfTheLinksFolderStaysAndIsNotTol
 }
 
 TEST_F(LauncherConfigurationTest, OneFailedLinkDoesNotKeepTheOtherAway) {
+  proves("SETUP-4");
   InstanceService service = quietService();
   _sandbox.files().failNext(FileOperation::kRename, ENOSPC);
 
@@ -232,6 +243,7 @@ TEST_F(LauncherConfigurationTest, OneFailedLinkDoesNotKeepTheOtherAway) {
 }
 
 TEST_F(LauncherConfigurationTest, FailedLinkSavesAreNotLookedAt) {
+  proves("SETUP-4");
   _sandbox.makeFolder(inHome("eclipse/links"));
   InstanceService service = quietService();
   _sandbox.files().failAlways(FileOperation::kRename, ENOSPC);
@@ -240,6 +252,7 @@ TEST_F(LauncherConfigurationTest, FailedLinkSavesAreNotLookedAt) {
 }
 
 TEST_F(LauncherConfigurationTest, LauncherPropertiesAreMadeFromTheTemplate) {
+  proves("SETUP-5");
   _sandbox.makeFolder(inHome("eclipse/plugins/com.kiv.rcp.base_6.2.3"));
 
   EXPECT_TRUE(freshService().generateRcplauncherPropertiesWithTemplate(templateFile(), "/ws"));
@@ -254,6 +267,7 @@ TEST_F(LauncherConfigurationTest, LauncherPropertiesAreMadeFromTheTemplate) {
 }
 
 TEST_F(LauncherConfigurationTest, WithoutWorkspaceAndBaseTheTemplatesValuesStay) {
+  proves("SETUP-6");
   _sandbox.write("template", "rcp.data=from template\nrcp.base.location=old\n");
 
   EXPECT_TRUE(
@@ -263,6 +277,7 @@ TEST_F(LauncherConfigurationTest, WithoutWorkspaceAndBaseTheTemplatesValuesStay)
 }
 
 TEST_F(LauncherConfigurationTest, MissingTemplateIsAnError) {
+  proves("SETUP-7");
   EXPECT_FALSE(freshService().generateRcplauncherPropertiesWithTemplate(_sandbox.path("none"),
                                                                         std::nullopt));
 
@@ -272,6 +287,7 @@ TEST_F(LauncherConfigurationTest, MissingTemplateIsAnError) {
 }
 
 TEST_F(LauncherConfigurationTest, MissingTemplateMakesNoHome) {
+  proves("SETUP-7");
   InstanceService service = quietService();
   _sandbox.remove(kHome);
 
@@ -282,6 +298,7 @@ TEST_F(LauncherConfigurationTest, MissingTemplateMakesNoHome) {
 }
 
 TEST_F(LauncherConfigurationTest, OneStampServesBothIdsAndTheNextUpdateHasAnother) {
+  proves("SETUP-5");
   RunningClock clock;
   InstanceService service = freshService();
   _sandbox.platform().clock = &clock;
@@ -296,6 +313,7 @@ TEST_F(LauncherConfigurationTest, OneStampServesBothIdsAndTheNextUpdateHasAnothe
 }
 
 TEST_F(LauncherConfigurationTest, ExistingLauncherPropertiesMakeBothCopiesFail) {
+  proves("SETUP-8");
   const std::string before = properties();
 
   EXPECT_FALSE(quietService().generateRcplauncherPropertiesWithTemplate(templateFile(), "/ws"));
@@ -308,6 +326,7 @@ TEST_F(LauncherConfigurationTest, ExistingLauncherPropertiesMakeBothCopiesFail) 
 }
 
 TEST_F(LauncherConfigurationTest, SecondCopyCanSucceed) {
+  proves("SETUP-8");
   InstanceService service = freshService();
   _sandbox.files().failNext(FileOperation::kRename, EIO);
 
@@ -320,6 +339,7 @@ TEST_F(LauncherConfigurationTest, SecondCopyCanSucceed) {
 }
 
 TEST_F(LauncherConfigurationTest, HomeThatCannotBeMadeEndsItThoughTheSecondCopySucceeds) {
+  proves("SETUP-9");
   InstanceService service = freshService();
   refuseHomeThatSomebodyElseMakes();
   _sandbox.files().failAt(2, EIO);  // the first copy
@@ -335,6 +355,7 @@ TEST_F(LauncherConfigurationTest, HomeThatCannotBeMadeEndsItThoughTheSecondCopyS
 }
 
 TEST_F(LauncherConfigurationTest, HomeThatCannotBeMadeDoesNotMatterWhenTheFirstCopySucceeds) {
+  proves("SETUP-9");
   InstanceService service = freshService();
   refuseHomeThatSomebodyElseMakes();
 
@@ -346,6 +367,7 @@ TEST_F(LauncherConfigurationTest, HomeThatCannotBeMadeDoesNotMatterWhenTheFirstC
 }
 
 TEST_F(LauncherConfigurationTest, HomeThatIsAFileIsToldWithBothFailedCopies) {
+  proves("SETUP-9");
   InstanceService service = freshService();
   _sandbox.remove(kHome);
   _sandbox.write(kHome, "a file now");
@@ -360,6 +382,7 @@ TEST_F(LauncherConfigurationTest, HomeThatIsAFileIsToldWithBothFailedCopies) {
 }
 
 TEST_F(LauncherConfigurationTest, HomeRemovedMeanwhileIsMadeAgain) {
+  proves("SETUP-9");
   InstanceService service = freshService();
   _sandbox.remove(kHome);
 
@@ -369,6 +392,7 @@ TEST_F(LauncherConfigurationTest, HomeRemovedMeanwhileIsMadeAgain) {
 }
 
 TEST_F(LauncherConfigurationTest, WithoutHomeTheFixedOneIsTaken) {
+  proves("SETUP-10");
   _sandbox.remove(inHome(kProperties));
   InstanceService service = serviceWithoutHome();
 
@@ -383,6 +407,7 @@ TEST_F(LauncherConfigurationTest, WithoutHomeTheFixedOneIsTaken) {
 }
 
 TEST_F(LauncherConfigurationTest, ProductNameIsToldButDoesNotEnterTheHome) {
+  proves("SETUP-10");
   _sandbox.remove(inHome(kProperties));
   _sandbox.writePlist(_sandbox.paths().internalConfiguration, {{"productName", "Other"}});
   InstanceService service = serviceWithoutHome();
@@ -397,6 +422,7 @@ TEST_F(LauncherConfigurationTest, ProductNameIsToldButDoesNotEnterTheHome) {
 }
 
 TEST_F(LauncherConfigurationTest, FixedHomeIsTakenThoughTheTemplateIsMissing) {
+  proves("SETUP-10");
   InstanceService service = serviceWithoutHome();
 
   EXPECT_FALSE(
@@ -410,6 +436,7 @@ TEST_F(LauncherConfigurationTest, FixedHomeIsTakenThoughTheTemplateIsMissing) {
 }
 
 TEST_F(LauncherConfigurationTest, FailedSaveOfLauncherPropertiesStillSucceeds) {
+  proves("SETUP-11");
   bool saveFailed = false;
   for (std::size_t operation = 1; operation <= 14; ++operation) {
     InstanceService service = freshService();
@@ -427,6 +454,7 @@ TEST_F(LauncherConfigurationTest, FailedSaveOfLauncherPropertiesStillSucceeds) {
 }
 
 TEST_F(LauncherConfigurationTest, UpdateGivesNewIdsAndBaseLocation) {
+  proves("SETUP-12");
   _sandbox.makeFolder(inHome("eclipse/plugins/com.kiv.rcp.base_7"));
   _sandbox.write(inHome(kProperties), "a=1\nrcp.install.id=x\n");
 
@@ -439,6 +467,7 @@ TEST_F(LauncherConfigurationTest, UpdateGivesNewIdsAndBaseLocation) {
 }
 
 TEST_F(LauncherConfigurationTest, UpdateWithoutBaseKeepsTheLocation) {
+  proves("SETUP-12");
   _sandbox.write(inHome(kProperties), "rcp.base.location=old\n");
 
   EXPECT_TRUE(quietService().updateRcpLauncherProperties());
@@ -447,6 +476,7 @@ TEST_F(LauncherConfigurationTest, UpdateWithoutBaseKeepsTheLocation) {
 }
 
 TEST_F(LauncherConfigurationTest, UpdateNeedsHomeAndFileAndASaveThatSucceeds) {
+  proves("SETUP-11");
   EXPECT_FALSE(InstanceService(std::nullopt).updateRcpLauncherProperties());
   InstanceService service = quietService();
   _sandbox.files().failNext(FileOperation::kRename, ENOSPC);
@@ -460,12 +490,14 @@ TEST_F(LauncherConfigurationTest, UpdateNeedsHomeAndFileAndASaveThatSucceeds) {
 }
 
 TEST_F(LauncherConfigurationTest, AgentPropertiesAreCopiedByteForByte) {
+  proves("SETUP-13");
   EXPECT_TRUE(quietService().copyOgsiAgentProperties(templateFile()));
 
   EXPECT_EQ(_sandbox.read(inHome("osgiagent.properties")), _sandbox.read("template"));
 }
 
 TEST_F(LauncherConfigurationTest, ExistingAgentPropertiesStayAndFail) {
+  proves("SETUP-13");
   _sandbox.write(inHome("osgiagent.properties"), "mine");
 
   EXPECT_FALSE(quietService().copyOgsiAgentProperties(templateFile()));
@@ -475,6 +507,7 @@ TEST_F(LauncherConfigurationTest, ExistingAgentPropertiesStayAndFail) {
 }
 
 TEST_F(LauncherConfigurationTest, MissingAgentTemplateIsAnErrorOnlyWithAHome) {
+  proves("SETUP-14");
   EXPECT_FALSE(quietService().copyOgsiAgentProperties(_sandbox.path("none")));
   EXPECT_THAT(numberedLines(),
               ElementsAre("3 Not able to find template for osgiagent.properties."));
@@ -486,6 +519,7 @@ TEST_F(LauncherConfigurationTest, MissingAgentTemplateIsAnErrorOnlyWithAHome) {
 }
 
 TEST_F(LauncherConfigurationTest, AgentPropertiesNeedAHomeFolder) {
+  proves("SETUP-14");
   InstanceService service = quietService();
   _sandbox.remove(kHome);
 
@@ -495,6 +529,7 @@ TEST_F(LauncherConfigurationTest, AgentPropertiesNeedAHomeFolder) {
 }
 
 TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesAreReplacedByTheTemplate) {
+  proves("SETUP-15");
   _sandbox.write(inHome("deploy/jvm.properties"), "old");
 
   EXPECT_TRUE(quietService().generateJVMPropertiesWithTemplate(templateFile()));
@@ -503,6 +538,7 @@ TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesAreReplacedByTheTempla
 }
 
 TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesThatStayCountAsCopied) {
+  proves("SETUP-16");
   _sandbox.write(inHome("deploy/jvm.properties"), "old");
   InstanceService service = quietService();
   _sandbox.files().failNext(FileOperation::kUnlink, EPERM);
@@ -513,6 +549,7 @@ TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesThatStayCountAsCopied)
 }
 
 TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesThatCannotBeCopiedAreGone) {
+  proves("SETUP-16");
   _sandbox.write(inHome("deploy/jvm.properties"), "old");
   InstanceService service = quietService();
   _sandbox.files().failNext(FileOperation::kCreateTemporary, ENOSPC);
@@ -524,6 +561,7 @@ TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesThatCannotBeCopiedAreG
 }
 
 TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesThatCannotBeEmptiedStay) {
+  proves("SETUP-16");
   _sandbox.write(inHome("deploy/jvm.properties/x"), "a folder's");
 
   EXPECT_FALSE(quietService().generateJVMPropertiesWithTemplate(std::nullopt));
@@ -532,6 +570,7 @@ TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesThatCannotBeEmptiedSta
 }
 
 TEST_F(LauncherConfigurationTest, WithoutTemplateVirtualMachinePropertiesAreEmptied) {
+  proves("SETUP-15");
   for (const std::optional<std::string>& path :
        {std::optional<std::string>(), std::optional<std::string>(_sandbox.path("none"))}) {
     _sandbox.write(inHome("deploy/jvm.properties"), "old", 0600);
@@ -544,6 +583,7 @@ TEST_F(LauncherConfigurationTest, WithoutTemplateVirtualMachinePropertiesAreEmpt
 }
 
 TEST_F(LauncherConfigurationTest, MissingDeployFolderIsMadeForTheCurrentUser) {
+  proves("SETUP-17");
   _sandbox.remove(inHome("deploy"));
   _sandbox.users().variables["USER"] = "nobody-knows";
 
@@ -553,6 +593,7 @@ TEST_F(LauncherConfigurationTest, MissingDeployFolderIsMadeForTheCurrentUser) {
 }
 
 TEST_F(LauncherConfigurationTest, DeployFolderIsNotMadeForRootInPlaceOfAnUnknownUser) {
+  proves("SETUP-17");
   _sandbox.remove(inHome("deploy"));
   InstanceService service = quietService();
   _sandbox.users().userList[0].name = "root";
@@ -566,6 +607,7 @@ TEST_F(LauncherConfigurationTest, DeployFolderIsNotMadeForRootInPlaceOfAnUnknown
 }
 
 TEST_F(LauncherConfigurationTest, DeployFolderThatCannotBeMadeIsAnError) {
+  proves("SETUP-17");
   _sandbox.remove(inHome("deploy"));
   InstanceService service = quietService();
   _sandbox.files().failNext(FileOperation::kMakeDirectory, ENOSPC);
@@ -577,6 +619,7 @@ TEST_F(LauncherConfigurationTest, DeployFolderThatCannotBeMadeIsAnError) {
 }
 
 TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesNeedAHomeFolder) {
+  proves("SETUP-15");
   EXPECT_FALSE(InstanceService(std::nullopt).generateJVMPropertiesWithTemplate(std::nullopt));
   InstanceService service = quietService();
   _sandbox.remove(kHome);
@@ -589,12 +632,14 @@ TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesNeedAHomeFolder) {
 }
 
 TEST_F(LauncherConfigurationTest, WorkspaceGivenAtCreationWins) {
+  proves("INSTANCE-12");
   _sandbox.write(inHome(kProperties), "rcp.data=/other\n");
 
   EXPECT_EQ(InstanceService(home(), "~/${env.HOME}/").getWorkspace(), "~/${env.HOME}/");
 }
 
 TEST_F(LauncherConfigurationTest, WorkspaceComesFromTheLauncherPropertiesWithHomeReplaced) {
+  proves("INSTANCE-12");
   _sandbox.users().variables["HOME"] = "/Users/a";
   _sandbox.write(inHome(kProperties), "rcp.data=${env.HOME}/Library/ws,${env.HOME},${rcp.home}\n");
 
@@ -602,6 +647,7 @@ TEST_F(LauncherConfigurationTest, WorkspaceComesFromTheLauncherPropertiesWithHom
 }
 
 TEST_F(LauncherConfigurationTest, WorkspaceKeepsThePlaceholderWithoutHomeVariable) {
+  proves("INSTANCE-12");
   _sandbox.users().variables.erase("HOME");
   _sandbox.write(inHome(kProperties), "rcp.data=${env.HOME}/ws\n");
 
@@ -609,6 +655,7 @@ TEST_F(LauncherConfigurationTest, WorkspaceKeepsThePlaceholderWithoutHomeVariabl
 }
 
 TEST_F(LauncherConfigurationTest, EmptyHomeVariableReplacesThePlaceholderToo) {
+  proves("INSTANCE-12");
   _sandbox.users().variables["HOME"] = "";
   _sandbox.write(inHome(kProperties), "rcp.data=${env.HOME}/ws\n");
 
@@ -616,6 +663,7 @@ TEST_F(LauncherConfigurationTest, EmptyHomeVariableReplacesThePlaceholderToo) {
 }
 
 TEST_F(LauncherConfigurationTest, WorkspaceIsUnknownWithoutFileOrKey) {
+  proves("INSTANCE-12");
   EXPECT_EQ(InstanceService(home()).getWorkspace(), std::nullopt);
   _sandbox.remove(inHome(kProperties));
   EXPECT_EQ(InstanceService(home()).getWorkspace(), std::nullopt);

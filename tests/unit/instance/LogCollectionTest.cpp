@@ -2,6 +2,7 @@
 
 #include "hotfix/instance/InstanceService.h"
 #include "support/InstanceFixture.h"
+#include "support/Proves.h"
 
 namespace installer::test {
 namespace {
@@ -89,6 +90,7 @@ TEST_F(LogCollectionTest, WithoutTargetVersionAFreshStampIsPassed) {
 }
 
 TEST_F(LogCollectionTest, WorkspaceGivenWinsOverTheInstances) {
+  proves("COLLECT-5");
   InstanceService(home(), "/data")
       .collectLogFiles("Quillmere", "HOTFIX_INSTALL", "/tmp/trace.log", "/ws");
 
@@ -97,6 +99,7 @@ TEST_F(LogCollectionTest, WorkspaceGivenWinsOverTheInstances) {
 }
 
 TEST_F(LogCollectionTest, WorkspaceOfTheLauncherPropertiesIsTheLastResort) {
+  proves("COLLECT-5");
   _sandbox.write(inHome("rcplauncher.properties"), "rcp.data=/from/file\n");
 
   collect(std::nullopt);
@@ -107,6 +110,7 @@ TEST_F(LogCollectionTest, WorkspaceOfTheLauncherPropertiesIsTheLastResort) {
 }
 
 TEST_F(LogCollectionTest, UnknownWorkspaceSkipsTheRunWithALine) {
+  proves("COLLECT-6");
   collect(std::nullopt);
 
   EXPECT_THAT(_sandbox.children().started(), IsEmpty());
@@ -117,6 +121,7 @@ TEST_F(LogCollectionTest, UnknownWorkspaceSkipsTheRunWithALine) {
 }
 
 TEST_F(LogCollectionTest, UnknownProductSkipsTheRunWithALine) {
+  proves("COLLECT-6");
   InstanceService(home(), "/data").collectLogFiles(std::nullopt, "A", "/l");
 
   EXPECT_THAT(_sandbox.children().started(), IsEmpty());
@@ -195,6 +200,7 @@ TEST_F(LogCollectionTest, WithoutToolTheCollectionIsSkipped) {
 }
 
 TEST_F(LogCollectionTest, WithoutHomeTheSkipIsStillTold) {
+  proves("COLLECT-8");
   InstanceService service(std::nullopt, "/data");
   _sandbox.clearLog();
 
@@ -216,6 +222,7 @@ TEST_F(LogCollectionTest, ToolThatCannotBeStartedIsAnErrorAndNoSuccess) {
 }
 
 TEST_F(LogCollectionTest, AddonLogFileIsNamedAfterAddonAndAction) {
+  proves("COLLECT-9");
   InstanceService service(home());
   _sandbox.clearLog();
   const std::string folder = _sandbox.paths().addonLogFolder;

@@ -2,12 +2,15 @@
 
 #include <gmock/gmock.h>
 
+#include "support/Proves.h"
+
 namespace installer::test {
 namespace {
 
 using ::testing::ElementsAre;
 
 TEST(ProvisioningCommandTest, UpdateWithoutDataHasElevenArguments) {
+  proves("LAUNCH-2");
   EXPECT_THAT(ProvisioningCommand::arguments(ProvisioningCommand::kUpdate, "de_DE", std::nullopt),
               ElementsAre("-rcpLauncherWait", "-provManifest", "-noSplash",
                           "-provisioningOperation", "update", "-nl", "de_DE", "-vmargs",
@@ -15,6 +18,7 @@ TEST(ProvisioningCommandTest, UpdateWithoutDataHasElevenArguments) {
 }
 
 TEST(ProvisioningCommandTest, CleanUpWithDataHasThirteenArguments) {
+  proves("LAUNCH-2");
   EXPECT_THAT(ProvisioningCommand::arguments(ProvisioningCommand::kCleanUp, "en_US", "/a b/data"),
               ElementsAre("-rcpLauncherWait", "-provManifest", "-noSplash",
                           "-provisioningOperation", "cleanup", "-nl", "en_US", "-vmargs",
@@ -22,6 +26,7 @@ TEST(ProvisioningCommandTest, CleanUpWithDataHasThirteenArguments) {
 }
 
 TEST(ProvisioningCommandTest, HotfixRunHasFifteenArguments) {
+  proves("LAUNCH-1");
   EXPECT_THAT(
       ProvisioningCommand::hotfixArguments("en_US", "/Volumes/HF/updates/platform", "/data"),
       ElementsAre("-rcpLauncherWait", "-provManifest", "-noSplash", "-provisioningOperation",
@@ -32,6 +37,7 @@ TEST(ProvisioningCommandTest, HotfixRunHasFifteenArguments) {
 }
 
 TEST(ProvisioningCommandTest, UpdateSitesArePassedOnAsTheyAre) {
+  proves("LAUNCH-4");
   EXPECT_EQ(ProvisioningCommand::hotfixArguments("l", "/a b,/c'd\"", "/data")[10],
             "-DprovUpdateSiteListOverride=file:/a b,/c'd\"");
   EXPECT_EQ(ProvisioningCommand::hotfixArguments("l", "", "/data")[10],

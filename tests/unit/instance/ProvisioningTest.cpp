@@ -6,6 +6,7 @@
 #include "instance/ProvisioningCommand.h"
 #include "instance/ProvisioningRun.h"
 #include "support/InstanceFixture.h"
+#include "support/Proves.h"
 #include "support/StubFileManager.h"
 
 namespace installer::test {
@@ -34,6 +35,7 @@ TEST_F(ProvisioningTest, UpdateStartsTheGivenLauncherAndWaits) {
 }
 
 TEST_F(ProvisioningTest, CleanUpStartsTheGivenLauncherAndWaits) {
+  proves("LAUNCH-3");
   InstanceService(home(), "/data").startProvisioningWithCleanUp("/any/launcher");
 
   EXPECT_THAT(_sandbox.children().started(),
@@ -42,6 +44,7 @@ TEST_F(ProvisioningTest, CleanUpStartsTheGivenLauncherAndWaits) {
 }
 
 TEST_F(ProvisioningTest, WithoutDataFolderThereIsNoDataPair) {
+  proves("LAUNCH-2");
   InstanceService(home()).startProvisioningWithUpdate(launcher());
   InstanceService(home()).startProvisioningWithCleanUp(launcher());
 
@@ -61,6 +64,7 @@ TEST_F(ProvisioningTest, LocaleIsTheUsers) {
 }
 
 TEST_F(ProvisioningTest, RunsStartWithoutHomeToo) {
+  proves("LAUNCH-8");
   InstanceService(std::nullopt).startProvisioningWithUpdate("/any/launcher");
 
   EXPECT_THAT(_sandbox.children().started(),
@@ -68,6 +72,7 @@ TEST_F(ProvisioningTest, RunsStartWithoutHomeToo) {
 }
 
 TEST_F(ProvisioningTest, DataFolderIsDroppedWithoutHome) {
+  proves("LAUNCH-8");
   _sandbox.write("file", "");
 
   InstanceService(_sandbox.path("file/rcp"), "/data").startProvisioningWithCleanUp("/any/launcher");
@@ -77,6 +82,7 @@ TEST_F(ProvisioningTest, DataFolderIsDroppedWithoutHome) {
 }
 
 TEST_F(ProvisioningTest, StartsSayNothingAndLeaveAnOldResult) {
+  proves("LAUNCH-9");
   launcherAnswers("");
   writeResult("rc=7\n");
   InstanceService service(home());
@@ -109,6 +115,7 @@ TEST_F(ProvisioningTest, LauncherThatCannotBeStartedIsAnErrorLine) {
 }
 
 TEST_F(ProvisioningTest, ResultNeedsHomeAndFile) {
+  proves("RESULT-1");
   EXPECT_EQ(InstanceService(std::nullopt).getProvisioningResult(), -1);
   EXPECT_EQ(InstanceService(home()).getProvisioningResult(), -1);
 
@@ -128,6 +135,7 @@ class ProvisioningResultTest : public InstanceFixture,
                                public ::testing::WithParamInterface<ResultCase> {};
 
 TEST_P(ProvisioningResultTest, IsReadFromTheLeadingInteger) {
+  proves("RESULT-2");
   _sandbox.write(inHome("../.provisioning_rc"), GetParam().text);
 
   EXPECT_EQ(InstanceService(home()).getProvisioningResult(), GetParam().result) << GetParam().text;
@@ -150,6 +158,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ResultCase{"rc=0000000000000000000002", 0}));
 
 TEST_F(ProvisioningTest, BlanksBeforeTheCodeAreSkipped) {
+  proves("RESULT-2");
   // Text without digits counts as 0, a success; only the skipped blanks let the failure be seen.
   writeResult("rc=\t \\ 1\n");
 
@@ -182,6 +191,7 @@ class TildeHomeTest : public ProvisioningTest {
 };
 
 TEST_F(TildeHomeTest, ResultCountsWhereTheHomeExistsForTheUser) {
+  proves("RESULT-3");
   const InstanceService service(kTildeHome);
 
   EXPECT_EQ(service.getProvisioningResult(), 0);
@@ -192,6 +202,7 @@ TEST_F(TildeHomeTest, ResultCountsWhereTheHomeExistsForTheUser) {
 }
 
 TEST_F(TildeHomeTest, ResultIsLookedForBesideTheHomeAsItIsWritten) {
+  proves("RESULT-3");
   _files.present.erase(kTildeResult);
   _files.present.insert(_sandbox.path("Users/tester/.provisioning_rc"));
 
@@ -199,6 +210,7 @@ TEST_F(TildeHomeTest, ResultIsLookedForBesideTheHomeAsItIsWritten) {
 }
 
 TEST_F(ProvisioningTest, OldResultIsRemoved) {
+  proves("RESULT-6");
   writeResult("rc=0\n");
 
   InstanceService(home()).removeProvisionRCFile();
@@ -207,6 +219,7 @@ TEST_F(ProvisioningTest, OldResultIsRemoved) {
 }
 
 TEST_F(ProvisioningTest, OldResultStaysWithoutHome) {
+  proves("RESULT-6");
   writeResult("rc=0\n");
 
   InstanceService(std::nullopt).removeProvisionRCFile();
@@ -215,6 +228,7 @@ TEST_F(ProvisioningTest, OldResultStaysWithoutHome) {
 }
 
 TEST_F(ProvisioningTest, OldResultStaysWhenTheHomeIsGone) {
+  proves("RESULT-6");
   writeResult("rc=0\n");
   InstanceService service(home());
   _sandbox.remove(kHome);
@@ -225,6 +239,7 @@ TEST_F(ProvisioningTest, OldResultStaysWhenTheHomeIsGone) {
 }
 
 TEST_F(ProvisioningTest, LinkToNothingIsNoOldResult) {
+  proves("RESULT-6");
   _sandbox.makeLink(inHome("../.provisioning_rc"), "nothing");
 
   InstanceService(home()).removeProvisionRCFile();
@@ -233,6 +248,7 @@ TEST_F(ProvisioningTest, LinkToNothingIsNoOldResult) {
 }
 
 TEST_F(ProvisioningTest, NoOldResultIsNoChange) {
+  proves("RESULT-6");
   InstanceService service(home());
   const std::size_t before = _sandbox.files().operations().size();
 

@@ -5,6 +5,7 @@
 
 #include "platform/posix/PosixChildProcesses.h"
 #include "support/ChildRecords.h"
+#include "support/Proves.h"
 #include "support/RecordedChildren.h"
 #include "support/ScopedVariable.h"
 #include "support/TemporaryFolder.h"
@@ -93,6 +94,7 @@ TEST_P(ChildProcessesContractTest, SuccessLeavesTheReasonAlone) {
 }
 
 TEST_P(ChildProcessesContractTest, AMissingExecutableIsNotStartedAndTheReasonIsTold) {
+  proves("CHILD-6");
   std::string reason;
 
   EXPECT_EQ(_subject->children().start({"/nowhere/tool", {}}, &reason), std::nullopt);

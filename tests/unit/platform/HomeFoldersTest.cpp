@@ -10,6 +10,7 @@
 #include "platform/Platform.h"
 #include "platform/UserContext.h"
 #include "support/FakeUserContext.h"
+#include "support/Proves.h"
 #include "support/RandomText.h"
 #include "support/models/PathModel.h"
 
@@ -45,12 +46,14 @@ class ExpandingTildeTest : public ::testing::Test {
 };
 
 TEST_F(ExpandingTildeTest, ATildeIsTheFolderThatTheDatabaseKnows) {
+  proves("PATH-2");
   EXPECT_EQ(path::expandingTilde("~"), "/database/ada");
   EXPECT_EQ(path::expandingTilde("~/"), "/database/ada");
   EXPECT_EQ(path::expandingTilde("~/a//b/"), "/database/ada/a/b");
 }
 
 TEST_F(ExpandingTildeTest, HomeStandsInForWhomTheDatabaseDoesNotKnow) {
+  proves("PATH-2");
   _homes.name.reset();
   EXPECT_EQ(path::expandingTilde("~/a"), "/Users/me/a");
 
@@ -62,6 +65,7 @@ TEST_F(ExpandingTildeTest, HomeStandsInForWhomTheDatabaseDoesNotKnow) {
 }
 
 TEST_F(ExpandingTildeTest, WithoutAnyHomeThePathStays) {
+  proves("PATH-2");
   _homes.home.reset();
   _homes.name = "stranger";
   EXPECT_EQ(path::expandingTilde("~/a/"), "~/a/");
@@ -77,16 +81,19 @@ TEST_F(ExpandingTildeTest, WithoutAnyHomeThePathStays) {
 }
 
 TEST_F(ExpandingTildeTest, ANamedUsersHomeComesFromTheDatabase) {
+  proves("PATH-2");
   EXPECT_EQ(path::expandingTilde("~ada"), "/database/ada");
   EXPECT_EQ(path::expandingTilde("~ada/x"), "/database/ada/x");
 }
 
 TEST_F(ExpandingTildeTest, AnUnknownUserStays) {
+  proves("PATH-2");
   EXPECT_EQ(path::expandingTilde("~stranger/x"), "~stranger/x");
   EXPECT_EQ(path::expandingTilde("~homeless/x"), "~homeless/x");
 }
 
 TEST_F(ExpandingTildeTest, OnlyALeadingTildeCounts) {
+  proves("PATH-2");
   EXPECT_EQ(path::expandingTilde(""), "");
   EXPECT_EQ(path::expandingTilde("/a//~/b/"), "/a//~/b/");
   EXPECT_EQ(path::expandingTilde("a~"), "a~");

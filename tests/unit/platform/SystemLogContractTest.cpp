@@ -8,6 +8,7 @@
 #include "platform/linux/SyslogSystemLog.h"
 #include "support/CapturedLog.h"
 #include "support/FakeClock.h"
+#include "support/Proves.h"
 #include "support/TemporaryFolder.h"
 
 namespace installer::test {
@@ -32,6 +33,7 @@ class SystemLogContractTest : public ::testing::TestWithParam<Kind> {
 };
 
 TEST_P(SystemLogContractTest, MirrorsLinesIntoAnAddedFile) {
+  proves("LOG-9");
   _log->write(LogLevel::info, "before");
   EXPECT_EQ(_log->addFile(_file), 0);
 
@@ -42,6 +44,7 @@ TEST_P(SystemLogContractTest, MirrorsLinesIntoAnAddedFile) {
 }
 
 TEST_P(SystemLogContractTest, MirrorsMessagesEscaped) {
+  proves("LOG-9");
   _log->addFile(_file);
 
   _log->write(LogLevel::info, "a\nb\x1b%s\xFF\n");
@@ -50,6 +53,7 @@ TEST_P(SystemLogContractTest, MirrorsMessagesEscaped) {
 }
 
 TEST_P(SystemLogContractTest, EndsTheMirroringWithoutClosing) {
+  proves("LOG-9");
   _log->addFile(_file);
 
   _log->removeFile(_file);
@@ -60,6 +64,7 @@ TEST_P(SystemLogContractTest, EndsTheMirroringWithoutClosing) {
 }
 
 TEST_P(SystemLogContractTest, RefusesADescriptorThatIsNotOpen) {
+  proves("LOG-9");
   EXPECT_NE(_log->addFile(12345), 0);
 }
 

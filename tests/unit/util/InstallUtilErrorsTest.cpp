@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "hotfix/util/InstallUtil.h"
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 
 namespace installer::test {
@@ -15,6 +16,7 @@ class InstallUtilErrorsTest : public ::testing::Test {
 };
 
 TEST_F(InstallUtilErrorsTest, InitializedPasteboardHoldsCodeZeroWithoutDetails) {
+  proves("RECORD-6");
   InstallUtil::sendErrorMessage(8, {"x"});
 
   InstallUtil::initInternalPasteboard(true);
@@ -24,6 +26,7 @@ TEST_F(InstallUtilErrorsTest, InitializedPasteboardHoldsCodeZeroWithoutDetails) 
 }
 
 TEST_F(InstallUtilErrorsTest, UninitializedPasteboardIsEmpty) {
+  proves("RECORD-6");
   InstallUtil::sendErrorMessage(8, {"x"});
 
   InstallUtil::initInternalPasteboard(false);
@@ -32,6 +35,7 @@ TEST_F(InstallUtilErrorsTest, UninitializedPasteboardIsEmpty) {
 }
 
 TEST_F(InstallUtilErrorsTest, RecordKeepsCodeAndDetailsInOrder) {
+  proves("RECORD-6");
   InstallUtil::sendErrorMessage(8, {"/dest", "Quillmere.app"});
 
   const Dictionary expected{{"ERROR_CODE", 8}, {"ERROR_DETAILS", Array{"/dest", "Quillmere.app"}}};
@@ -39,6 +43,7 @@ TEST_F(InstallUtilErrorsTest, RecordKeepsCodeAndDetailsInOrder) {
 }
 
 TEST_F(InstallUtilErrorsTest, DetailsThatXmlCannotHoldStillMakeARecord) {
+  proves("ODD-5");
   InstallUtil::sendErrorMessage(8, {"/\xFF", "\x01"});
 
   const Dictionary expected{{"ERROR_CODE", 8},
@@ -47,6 +52,7 @@ TEST_F(InstallUtilErrorsTest, DetailsThatXmlCannotHoldStillMakeARecord) {
 }
 
 TEST_F(InstallUtilErrorsTest, LastRecordSentWins) {
+  proves("RECORD-3");
   InstallUtil::sendErrorMessage(3, {});
   InstallUtil::sendErrorMessage(6, {"Quillmere"});
 
@@ -55,6 +61,7 @@ TEST_F(InstallUtilErrorsTest, LastRecordSentWins) {
 }
 
 TEST_F(InstallUtilErrorsTest, AbsentRecordIsIgnored) {
+  proves("RECORD-6");
   InstallUtil::sendErrorMessage(6, {"Quillmere"});
   const auto before = InstallUtil::getErrorMessage();
 
@@ -64,6 +71,7 @@ TEST_F(InstallUtilErrorsTest, AbsentRecordIsIgnored) {
 }
 
 TEST_F(InstallUtilErrorsTest, NothingIsReadBeforeAnythingWasSent) {
+  proves("RECORD-6");
   EXPECT_EQ(InstallUtil::getErrorMessage(), std::nullopt);
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/LetterCase.h"
 #include "hotfix/util/InstallUtil.h"
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 
 namespace installer::test {
@@ -16,6 +17,7 @@ class InstallUtilFilesTest : public ::testing::Test {
 };
 
 TEST_F(InstallUtilFilesTest, AbsentOrMissingFoldersAreNotCopied) {
+  proves("FILES-9");
   _sandbox.makeFolder("from");
 
   EXPECT_FALSE(InstallUtil::copyFolderFrom(std::nullopt, _sandbox.path("to")));
@@ -25,6 +27,7 @@ TEST_F(InstallUtilFilesTest, AbsentOrMissingFoldersAreNotCopied) {
 }
 
 TEST_F(InstallUtilFilesTest, MissingDestinationBecomesACopyAndAnswersTrue) {
+  proves("FILES-9");
   _sandbox.write("from/a/x", "1");
   _sandbox.makeLink("from/link", "a/x");
 
@@ -52,12 +55,14 @@ TEST_F(InstallUtilFilesTest, LinkToNothingAtTheDestinationStaysAndCountsAsDone) 
 }
 
 TEST_F(InstallUtilFilesTest, FailedWholeCopyAnswersFalse) {
+  proves("FILES-9");
   _sandbox.write("from/a", "1");
 
   EXPECT_FALSE(InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path("no/folder/to")));
 }
 
 TEST_F(InstallUtilFilesTest, MergeReplacesAddsKeepsAndAnswersFalse) {
+  proves("FILES-10");
   _sandbox.write("from/a/x", "new x");
   _sandbox.write("from/b", "new b");
   _sandbox.write("to/a/y", "old y");
@@ -71,6 +76,7 @@ TEST_F(InstallUtilFilesTest, MergeReplacesAddsKeepsAndAnswersFalse) {
 }
 
 TEST_F(InstallUtilFilesTest, MergeReplacesALinkThatLeadsOutOfTheApplication) {
+  proves("FILES-12");
   _sandbox.write("from/sub/x", "new");
   _sandbox.makeFolder("outside");
   const std::string to = "Q.app/Contents/MacOS/rcp/extras";
@@ -84,6 +90,7 @@ TEST_F(InstallUtilFilesTest, MergeReplacesALinkThatLeadsOutOfTheApplication) {
 }
 
 TEST_F(InstallUtilFilesTest, MergeFollowsALinkInsideTheApplication) {
+  proves("FILES-12");
   _sandbox.write("from/sub/x", "new");
   _sandbox.makeFolder("Q.app/Contents/MacOS/inside");
   const std::string to = "Q.app/Contents/MacOS/rcp/extras";
@@ -107,6 +114,7 @@ TEST_F(InstallUtilFilesTest, MergeOutsideOfApplicationsStaysInsideTheDestination
 }
 
 TEST_F(InstallUtilFilesTest, DestinationOutsideOfApplicationsThatIsItselfALinkIsReplaced) {
+  proves("FILES-12");
   _sandbox.write("from/x", "new");
   _sandbox.makeFolder("outside");
   _sandbox.makeFolder("rcp/deploy");
@@ -139,6 +147,7 @@ TEST_F(InstallUtilFilesTest, AttributesOfAnAbsentOrMissingFolderAreNotChanged) {
 }
 
 TEST_F(InstallUtilFilesTest, UnknownUserFailsButModesAreSet) {
+  proves("RIGHTS-4");
   _sandbox.users().variables["USER"] = "nobody-knows";
   _sandbox.write("w/file", "x", 0600);
 
@@ -148,6 +157,7 @@ TEST_F(InstallUtilFilesTest, UnknownUserFailsButModesAreSet) {
 }
 
 TEST_F(InstallUtilFilesTest, ReceiptIsForgottenByTheSystemsTool) {
+  proves("RECEIPT-2");
   const std::string tool = Platform::current().paths.receiptTool;
   _sandbox.write(tool, "");
 
@@ -160,6 +170,7 @@ TEST_F(InstallUtilFilesTest, ReceiptIsForgottenByTheSystemsTool) {
 }
 
 TEST_F(InstallUtilFilesTest, AbsentReceiptStartsNothing) {
+  proves("RECEIPT-2");
   _sandbox.write(Platform::current().paths.receiptTool, "");
 
   InstallUtil::removeReceipt(std::nullopt);
@@ -168,6 +179,7 @@ TEST_F(InstallUtilFilesTest, AbsentReceiptStartsNothing) {
 }
 
 TEST_F(InstallUtilFilesTest, WithoutReceiptToolThereIsNothingToForget) {
+  proves("RECEIPT-2");
   InstallUtil::removeReceipt("com.example.hotfix");
 
   EXPECT_THAT(_sandbox.children().started(), IsEmpty());
@@ -175,6 +187,7 @@ TEST_F(InstallUtilFilesTest, WithoutReceiptToolThereIsNothingToForget) {
 }
 
 TEST_F(InstallUtilFilesTest, ReceiptToolThatCannotBeStartedIsLogged) {
+  proves("RECEIPT-2");
   const std::string tool = Platform::current().paths.receiptTool;
   _sandbox.write(tool, "");
   _sandbox.children().failToStart(tool);
@@ -204,6 +217,7 @@ TEST(PackageVariableTest, IsReplacedInEveryTextAndNothingElseIsExpanded) {
 }
 
 TEST(PackageVariableTest, PathIsPutInAsItStands) {
+  proves("PACKAGE-8");
   PropertyList::Dictionary properties{{"a", "<${package}>"}};
   PropertyList::Dictionary nothing{{"a", "<${package}>"}};
 
@@ -215,6 +229,7 @@ TEST(PackageVariableTest, PathIsPutInAsItStands) {
 }
 
 TEST(PackageVariableTest, AbsentPathChangesNothing) {
+  proves("PACKAGE-8");
   PropertyList::Dictionary properties{{"a", "${package}"}};
 
   InstallUtil::replacePackageVariableWith(std::nullopt, properties);
@@ -223,6 +238,7 @@ TEST(PackageVariableTest, AbsentPathChangesNothing) {
 }
 
 TEST(PackageRootTest, ThreeComponentsAboveIsTheMetapackageAndOneMoreTheRoot) {
+  proves("PATH-4");
   EXPECT_EQ(InstallUtil::getPathToMPKGThrough("X/Suite.mpkg/Contents/Packages/Part.pkg"),
             "X/Suite.mpkg");
   EXPECT_EQ(InstallUtil::getInstallerRootThrough("X/Suite.mpkg/Contents/Packages/Part.pkg"), "X");
@@ -231,6 +247,7 @@ TEST(PackageRootTest, ThreeComponentsAboveIsTheMetapackageAndOneMoreTheRoot) {
 }
 
 TEST(LetterCaseTest, LowersLettersAndKeepsForeignBytes) {
+  proves("PATH-5");
   EXPECT_EQ(letterCase::lowered("AbÄ\xff\xc3Z"), "abä\xff\xc3z");
   EXPECT_EQ(letterCase::lowered(""), "");
   EXPECT_TRUE(letterCase::equalIgnoringCase("COM.Oracle", "com.oracle"));

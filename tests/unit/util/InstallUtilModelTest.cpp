@@ -7,6 +7,7 @@
 #include "hotfix/util/InstallUtil.h"
 #include "platform/Platform.h"
 #include "support/FakeClock.h"
+#include "support/Proves.h"
 #include "support/RandomText.h"
 #include "support/Sandbox.h"
 #include "support/models/BundleModel.h"
@@ -38,6 +39,7 @@ TEST(InstallUtilModelTest, RandomPathsAreRefusedAsTheModelSays) {
 }
 
 TEST(InstallUtilModelTest, RandomMomentsGiveTheModelsStamp) {
+  proves("STAMP-1");
   test::FakeClock clock;
   Platform platform;
   platform.clock = &clock;
@@ -59,6 +61,7 @@ TEST(InstallUtilModelTest, RandomMomentsGiveTheModelsStamp) {
 }
 
 TEST(InstallUtilModelTest, RandomNumbersArePaddedAsTheModelSays) {
+  proves("STAMP-2");
   const std::vector<std::string> pieces = {"0", "1", "9", "12", "a", " "};
   forRandomCases([&](RandomSource& random) {
     const std::string text = random.textOf(pieces, 3);
@@ -68,6 +71,7 @@ TEST(InstallUtilModelTest, RandomNumbersArePaddedAsTheModelSays) {
 }
 
 TEST(InstallUtilModelTest, RandomPathsLoseThreeOrFourComponents) {
+  proves("PATH-4");
   const std::vector<std::string> pieces = {"/", "/", "//", "a", "Suite.mpkg", "..", "\u00e9"};
   forRandomCases([&](RandomSource& random) {
     const std::string path = random.textOf(pieces, 12);
@@ -81,6 +85,7 @@ TEST(InstallUtilModelTest, RandomPathsLoseThreeOrFourComponents) {
 }
 
 TEST(InstallUtilModelTest, RandomPathsTellTheirBundleAndTargetAsTheModelSays) {
+  proves("PROCESS-5");
   const std::vector<std::string> pieces = {
       "/", "/",    "/Contents/MacOS", ".app",  ".app", "A", "app", "ap",
       ".", ".APP", "MacOS",           "\u00e9"};

@@ -2,6 +2,7 @@
 
 #include "hotfix/util/InstallUtil.h"
 #include "platform/ProcessTable.h"
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 
 namespace installer::test {
@@ -16,6 +17,7 @@ class InstallUtilProcessesTest : public ::testing::Test {
 };
 
 TEST_F(InstallUtilProcessesTest, CommandLineGoesToTheShellAndItsStatusIsAnsweredUnchanged) {
+  proves("CHILD-8");
   _sandbox.children().setShellStatus(0x0300);
 
   EXPECT_EQ(InstallUtil::startProvisionWithArgs("rcplauncher -x 'a b' >/dev/null"), 0x0300);
@@ -25,6 +27,7 @@ TEST_F(InstallUtilProcessesTest, CommandLineGoesToTheShellAndItsStatusIsAnswered
 }
 
 TEST_F(InstallUtilProcessesTest, AllProcessesAreToldInOrder) {
+  proves("PROCESS-1");
   _sandbox.processes().add("/usr/bin/b");
   _sandbox.processes().add("/usr/bin/a");
 
@@ -47,34 +50,40 @@ TEST_F(InstallUtilProcessesTest, LettersCaseDoesNotMatterOnEitherSide) {
 }
 
 TEST_F(InstallUtilProcessesTest, CaseIsIgnoredBeyondAscii) {
+  proves("CHECK-6");
   _sandbox.processes().add("/Applications/Äpfel.app/x");
 
   EXPECT_TRUE(InstallUtil::checkBundleIsRunning("/Applications/äPFEL.app"));
 }
 
 TEST_F(InstallUtilProcessesTest, NoSeparatorIsLookedForBehindThePrefix) {
+  proves("CHECK-6");
   _sandbox.processes().add("/Applications/Quillmere.app2/Contents/MacOS/x");
 
   EXPECT_TRUE(InstallUtil::checkBundleIsRunning("/Applications/Quillmere.app"));
 }
 
 TEST_F(InstallUtilProcessesTest, PathInsideAnExecutablesPathIsNoPrefix) {
+  proves("CHECK-6");
   _sandbox.processes().add("/Volumes/Applications/Quillmere.app/x");
 
   EXPECT_FALSE(InstallUtil::checkBundleIsRunning("/Applications/Quillmere.app"));
 }
 
 TEST_F(InstallUtilProcessesTest, EmptyPathMatchesAnyProcess) {
+  proves("PROCESS-3");
   _sandbox.processes().add("/usr/bin/a");
 
   EXPECT_TRUE(InstallUtil::checkBundleIsRunning(""));
 }
 
 TEST_F(InstallUtilProcessesTest, EmptyPathMatchesNothingAmongNoProcesses) {
+  proves("PROCESS-3");
   EXPECT_FALSE(InstallUtil::checkBundleIsRunning(""));
 }
 
 TEST_F(InstallUtilProcessesTest, EveryProcessIsLoggedWhenNoneMatches) {
+  proves("CHECK-8");
   _sandbox.processes().add("/usr/bin/a");
   _sandbox.processes().add("/usr/bin/b");
 
@@ -85,6 +94,7 @@ TEST_F(InstallUtilProcessesTest, EveryProcessIsLoggedWhenNoneMatches) {
 }
 
 TEST_F(InstallUtilProcessesTest, LoggingEndsWithTheFirstMatch) {
+  proves("CHECK-8");
   _sandbox.processes().add("/usr/bin/a");
   _sandbox.processes().add("/Q.app/x");
   _sandbox.processes().add("/usr/bin/b");
@@ -96,6 +106,7 @@ TEST_F(InstallUtilProcessesTest, LoggingEndsWithTheFirstMatch) {
 }
 
 TEST_F(InstallUtilProcessesTest, BundleIsFoundUnderItsResolvedPathToo) {
+  proves("PROCESS-2");
   _sandbox.processes().report("/link/Q.app", "/Real/Q.app");
   _sandbox.processes().add("/real/q.app/Contents/MacOS/Q");
 
@@ -103,6 +114,7 @@ TEST_F(InstallUtilProcessesTest, BundleIsFoundUnderItsResolvedPathToo) {
 }
 
 TEST_F(InstallUtilProcessesTest, NamesAreNotResolved) {
+  proves("PROCESS-2");
   _sandbox.processes().report("quill", "real");
   _sandbox.processes().add("/usr/bin/realmere");
 
@@ -111,16 +123,19 @@ TEST_F(InstallUtilProcessesTest, NamesAreNotResolved) {
 }
 
 TEST(BundlePathTest, EndsBehindTheApplicationsExtension) {
+  proves("PROCESS-5");
   EXPECT_EQ(InstallUtil::getBundlePath("/Applications/Quillmere.app/Contents/MacOS/rcp"),
             "/Applications/Quillmere.app");
 }
 
 TEST(BundlePathTest, LastApplicationWins) {
+  proves("PROCESS-5");
   EXPECT_EQ(InstallUtil::getBundlePath("/A.app/Contents/MacOS/B.app/Contents/MacOS/x"),
             "/A.app/Contents/MacOS/B.app");
 }
 
 TEST(BundlePathTest, IsAbsentOutsideOfApplications) {
+  proves("PROCESS-5");
   EXPECT_EQ(InstallUtil::getBundlePath("/usr/bin"), std::nullopt);
   EXPECT_EQ(InstallUtil::getBundlePath("/A.APP/Contents/MacOS"), std::nullopt);
   EXPECT_EQ(InstallUtil::getBundlePath("/A.app/Contents/Resources"), std::nullopt);
@@ -128,6 +143,7 @@ TEST(BundlePathTest, IsAbsentOutsideOfApplications) {
 }
 
 TEST_F(InstallUtilProcessesTest, BundleIdComesFromTheBundlesInfo) {
+  proves("PROCESS-6");
   _sandbox.writePlist("B.app/Contents/Info.plist",
                       {{"CFBundleIdentifier", "com.example.b"}, {"Other", 1}});
 
@@ -135,6 +151,7 @@ TEST_F(InstallUtilProcessesTest, BundleIdComesFromTheBundlesInfo) {
 }
 
 TEST_F(InstallUtilProcessesTest, BundleIdIsFoundBelowTheHomeFolder) {
+  proves("PROCESS-6");
   _sandbox.writePlist("Users/tester/B.app/Contents/Info.plist",
                       {{"CFBundleIdentifier", "com.example.b"}});
 
@@ -142,6 +159,7 @@ TEST_F(InstallUtilProcessesTest, BundleIdIsFoundBelowTheHomeFolder) {
 }
 
 TEST_F(InstallUtilProcessesTest, BundleIdIsAbsentWithoutFileOrText) {
+  proves("PROCESS-6");
   _sandbox.writePlist("B.app/Contents/Info.plist", {{"CFBundleIdentifier", 7}});
 
   EXPECT_EQ(InstallUtil::getBundleID(_sandbox.path("B.app")), std::nullopt);
@@ -159,6 +177,7 @@ class TargetNameTest : public ::testing::TestWithParam<TargetName> {
 };
 
 TEST_P(TargetNameTest, IsTheApplicationsTextBeforeTheFirstDot) {
+  proves("PROCESS-7");
   EXPECT_EQ(InstallUtil::getTargetNameBy(GetParam().path), GetParam().name);
 
   EXPECT_THAT(
@@ -176,11 +195,13 @@ INSTANTIATE_TEST_SUITE_P(
                       TargetName{"/A.app/B.APP/rcp//", "A"}));
 
 TEST_F(InstallUtilProcessesTest, TargetNameOfTheRootItselfIsTheRoot) {
+  proves("PROCESS-7");
   EXPECT_EQ(InstallUtil::getTargetNameBy("/"), "/");
   EXPECT_EQ(InstallUtil::getTargetNameBy("//"), "/");
 }
 
 TEST_F(InstallUtilProcessesTest, TargetNameOfAPathWithoutApplicationIsTheRootAndAnError) {
+  proves("PROCESS-7");
   EXPECT_EQ(InstallUtil::getTargetNameBy("/opt/rcp"), "/");
 
   EXPECT_THAT(
@@ -191,6 +212,7 @@ TEST_F(InstallUtilProcessesTest, TargetNameOfAPathWithoutApplicationIsTheRootAnd
 }
 
 TEST_F(InstallUtilProcessesTest, TargetNameOfARelativePathEndsAtTheEmptyPath) {
+  proves("PROCESS-7");
   EXPECT_EQ(InstallUtil::getTargetNameBy("opt/rcp"), "");
 
   EXPECT_THAT(_sandbox.log(), ElementsAre(AtLevel(LogLevel::info), AtLevel(LogLevel::error)));

@@ -3,6 +3,7 @@
 
 #include "hotfix/util/InstallUtil.h"
 #include "platform/Log.h"
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 
 namespace installer::test {
@@ -59,6 +60,7 @@ TEST_F(InstallUtilTracingTest, PreferencesAreAskedForOnceEach) {
 }
 
 TEST_F(InstallUtilTracingTest, PreferenceIsReadAsTheConsoleUserAndTheUserIsRestored) {
+  proves("LOG-5", "USER-5");
   _sandbox.users().effectiveUser = 0;
 
   (void)InstallUtil::shouldWriteTraces();
@@ -67,6 +69,7 @@ TEST_F(InstallUtilTracingTest, PreferenceIsReadAsTheConsoleUserAndTheUserIsResto
 }
 
 TEST_F(InstallUtilTracingTest, TraceFileMirrorsTheLogUntilItIsClosed) {
+  proves("LOG-7");
   _sandbox.write(Platform::current().paths.traceFile, "of an earlier run\n");
 
   const int descriptor = InstallUtil::openTraceFile();
@@ -80,6 +83,7 @@ TEST_F(InstallUtilTracingTest, TraceFileMirrorsTheLogUntilItIsClosed) {
 }
 
 TEST_F(InstallUtilTracingTest, TraceFileThatCannotBeHadIsMinusOneWithoutALine) {
+  proves("LOG-8");
   _sandbox.makeFolder(Platform::current().paths.traceFile);
 
   EXPECT_EQ(InstallUtil::openTraceFile(), -1);
@@ -112,12 +116,14 @@ TEST_F(InstallUtilTracingTest, TraceFileThatTheLogRefusesIsClosedAgain) {
 }
 
 TEST_F(InstallUtilTracingTest, ClosingNoTraceFileDoesNothing) {
+  proves("LOG-7");
   InstallUtil::closeTraceFile(-1);
 
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
 TEST_F(InstallUtilTracingTest, SetUpTraceStaysAttached) {
+  proves("LOG-7");
   EXPECT_EQ(InstallUtil::setupTraceOutput(), 0);
   log(LogLevel::notice, "later");
 
@@ -126,6 +132,7 @@ TEST_F(InstallUtilTracingTest, SetUpTraceStaysAttached) {
 }
 
 TEST_F(InstallUtilTracingTest, LocaleComesFromTheUsersGlobalPreferences) {
+  proves("USER-3");
   writePreference(".GlobalPreferences", {{"AppleLocale", "de_DE"}});
 
   EXPECT_EQ(InstallUtil::getCurrentLocale(), "de_DE");
@@ -133,6 +140,7 @@ TEST_F(InstallUtilTracingTest, LocaleComesFromTheUsersGlobalPreferences) {
 }
 
 TEST_F(InstallUtilTracingTest, LocaleDefaultsToEnglish) {
+  proves("USER-3");
   EXPECT_EQ(InstallUtil::getCurrentLocale(), "en_US");
 
   writePreference(".GlobalPreferences", {{"Other", "de_DE"}});
@@ -141,6 +149,7 @@ TEST_F(InstallUtilTracingTest, LocaleDefaultsToEnglish) {
 }
 
 TEST_F(InstallUtilTracingTest, LocaleOfAnotherTypeReadsAsNone) {
+  proves("USER-3");
   writePreference(".GlobalPreferences", {{"AppleLocale", 3}});
 
   EXPECT_EQ(InstallUtil::getCurrentLocale(), "en_US");
@@ -149,6 +158,7 @@ TEST_F(InstallUtilTracingTest, LocaleOfAnotherTypeReadsAsNone) {
 class UnsupportedCharacterTest : public ::testing::TestWithParam<char> {};
 
 TEST_P(UnsupportedCharacterTest, RefusesThePathWhereverItStands) {
+  proves("CHECK-2");
   const std::string character(1, GetParam());
 
   EXPECT_TRUE(InstallUtil::containUnSupportedCharacters(character));
@@ -162,6 +172,7 @@ INSTANTIATE_TEST_SUITE_P(All, UnsupportedCharacterTest,
                                            ':'));
 
 TEST(SupportedCharactersTest, AcceptsEverythingElse) {
+  proves("CHECK-2");
   EXPECT_FALSE(InstallUtil::containUnSupportedCharacters(std::nullopt));
   EXPECT_FALSE(InstallUtil::containUnSupportedCharacters(""));
   for (int number = 1; number < 256; ++number) {
@@ -173,6 +184,7 @@ TEST(SupportedCharactersTest, AcceptsEverythingElse) {
 }
 
 TEST(CaseInsensitivePrefixTest, IsFoundAtTheBeginningOnly) {
+  proves("PATH-5");
   EXPECT_TRUE(InstallUtil::hasPrefixCaseInsensitive("/Applications/X", "/applications"));
   EXPECT_TRUE(InstallUtil::hasPrefixCaseInsensitive(".KEYSTORE.bak", ".keystore"));
   EXPECT_TRUE(InstallUtil::hasPrefixCaseInsensitive("ÄX", "äx"));
@@ -210,11 +222,13 @@ TEST(CaseInsensitivePrefixTest, BytesThatAreNoTextAreThemselves) {
 }
 
 TEST(CaseInsensitivePrefixTest, EmptyPrefixIsNone) {
+  proves("PATH-5");
   EXPECT_FALSE(InstallUtil::hasPrefixCaseInsensitive("x", ""));
   EXPECT_FALSE(InstallUtil::hasPrefixCaseInsensitive("", ""));
 }
 
 TEST_F(InstallUtilTracingTest, ManifestVersionIsDayMonthYearHourMinute) {
+  proves("STAMP-1");
   _sandbox.clock().set(2013, 3, 5, 9, 7);
   EXPECT_EQ(InstallUtil::generateNewManifestVersion(), "0503130907");
 
@@ -226,6 +240,7 @@ TEST_F(InstallUtilTracingTest, ManifestVersionIsDayMonthYearHourMinute) {
 }
 
 TEST(ProcessDateTest, PadsOneCharacterOnly) {
+  proves("STAMP-2");
   EXPECT_EQ(InstallUtil::processDate("7"), "07");
   EXPECT_EQ(InstallUtil::processDate("12"), "12");
   EXPECT_EQ(InstallUtil::processDate(""), "");

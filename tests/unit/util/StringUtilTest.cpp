@@ -8,6 +8,7 @@
 
 #include "platform/Platform.h"
 #include "support/FakeUserContext.h"
+#include "support/Proves.h"
 #include "support/RandomText.h"
 #include "support/models/PropertiesWriterModel.h"
 #include "support/models/StringModels.h"
@@ -32,10 +33,12 @@ struct EscapeRow {
 class EscapeTable : public ::testing::TestWithParam<EscapeRow> {};
 
 TEST_P(EscapeTable, KeyIsEscaped) {
+  proves("PROPERTIES-12");
   EXPECT_EQ(StringUtil::convertNSStringTo8859_1Key(GetParam().text), GetParam().key);
 }
 
 TEST_P(EscapeTable, ValueIsEscaped) {
+  proves("PROPERTIES-12");
   EXPECT_EQ(StringUtil::convertNSStringTo8859_1Value(GetParam().text), GetParam().value);
 }
 
@@ -69,6 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& tested) { return tested.param.name; });
 
 TEST(StringUtilTest, HexDigitsAreFourAndLowerCase) {
+  proves("TEXT-5");
   std::string text = "x";
 
   for (const char16_t unit : u"\u0001\u0009\u00af\u0f10\uabcd\uffff"s)
@@ -86,6 +90,7 @@ const std::vector<std::string> kEscapePieces = {
     "\u00e9", "\u20ac", "\U0001F600", "\xED\xA0\xBD", "\xED\xB8\x80"};
 
 TEST(StringUtilTest, RandomKeysAndValuesAreEscapedAsTheModelSays) {
+  proves("PROPERTIES-12");
   forRandomCases([](RandomSource& random) {
     const std::string text = random.textOf(kEscapePieces, 12);
 
@@ -105,6 +110,7 @@ struct TextRow {
 class DecodeTable : public ::testing::TestWithParam<TextRow> {};
 
 TEST_P(DecodeTable, EscapesBecomeCharacters) {
+  proves("TEXT-7");
   EXPECT_EQ(StringUtil::convertUnicode2Characters(GetParam().text), GetParam().result);
 }
 
@@ -140,6 +146,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& tested) { return tested.param.name; });
 
 TEST(StringUtilTest, RandomEscapesAreDecodedAsTheModelSays) {
+  proves("TEXT-7");
   const std::vector<std::string> pieces = {"\\",
                                            "u",
                                            "\\u",
@@ -178,12 +185,14 @@ TEST(StringUtilTest, RandomEscapesAreDecodedAsTheModelSays) {
 // --- Single characters ---------------------------------------------------------------------------
 
 TEST(StringUtilTest, CharacterAtAPlaceInsideIsATextOfItsOwn) {
+  proves("TEXT-6");
   EXPECT_EQ(StringUtil::charAtIndex(0, "abc"), "a");
   EXPECT_EQ(StringUtil::charAtIndex(2, "abc"), "c");
   EXPECT_EQ(StringUtil::charAtIndex(1, "\u00e9\u20ac"), "\u20ac");
 }
 
 TEST(StringUtilTest, CharacterOutsideTheTextIsAbsent) {
+  proves("TEXT-6");
   EXPECT_EQ(StringUtil::charAtIndex(3, "abc"), std::nullopt);
   EXPECT_EQ(StringUtil::charAtIndex(-1, "abc"), std::nullopt);
   EXPECT_EQ(StringUtil::charAtIndex(0, ""), std::nullopt);
@@ -192,6 +201,7 @@ TEST(StringUtilTest, CharacterOutsideTheTextIsAbsent) {
 }
 
 TEST(StringUtilTest, CharacterBeyondSixteenBitsCountsAsTwoPlaces) {
+  proves("TEXT-6");
   EXPECT_EQ(StringUtil::charAtIndex(0, "\U0001F600z"), "\xED\xA0\xBD");
   EXPECT_EQ(StringUtil::charAtIndex(1, "\U0001F600z"), "\xED\xB8\x80");
   EXPECT_EQ(StringUtil::charAtIndex(2, "\U0001F600z"), "z");
@@ -210,6 +220,7 @@ struct ReplaceRow {
 class ReplaceTable : public ::testing::TestWithParam<ReplaceRow> {};
 
 TEST_P(ReplaceTable, OccurrencesAreReplacedFromTheEnd) {
+  proves("TEXT-8");
   EXPECT_EQ(StringUtil::stringByReplacingOccurrencesOfString(GetParam().source, GetParam().target,
                                                              GetParam().replacement),
             GetParam().result);
@@ -234,6 +245,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& tested) { return tested.param.name; });
 
 TEST(StringUtilTest, RandomReplacementsAgreeWithTheModel) {
+  proves("TEXT-8");
   const std::vector<std::string> pieces = {"a", "b", "ab", "aa", "${x}", "$", "\u00e9"};
   forRandomCases([&](RandomSource& random) {
     const std::string source = random.textOf(pieces, 12);
@@ -248,11 +260,13 @@ TEST(StringUtilTest, RandomReplacementsAgreeWithTheModel) {
 // --- Small ones ----------------------------------------------------------------------------------
 
 TEST(StringUtilTest, BooleansAreTextsInLowerCase) {
+  proves("TEXT-2");
   EXPECT_EQ(StringUtil::boolToString(true), "true");
   EXPECT_EQ(StringUtil::boolToString(false), "false");
 }
 
 TEST(StringUtilTest, TranslationSignChangesNothing) {
+  proves("TEXT-5");
   const std::string text = "text";
 
   StringUtil::addTranslationSignToString(text);
@@ -261,6 +275,7 @@ TEST(StringUtilTest, TranslationSignChangesNothing) {
 }
 
 TEST(StringUtilTest, QuotesGoAroundTheTextAsItIs) {
+  proves("TEXT-1");
   EXPECT_EQ(StringUtil::addQuotesToString("a b"), "\"a b\"");
   EXPECT_EQ(StringUtil::addQuotesToString(""), "\"\"");
   EXPECT_EQ(StringUtil::addQuotesToString("say \"x\"\\"), "\"say \"x\"\\\"");
@@ -278,6 +293,7 @@ struct BindRow {
 class BindTable : public ::testing::TestWithParam<BindRow> {};
 
 TEST_P(BindTable, PlaceholdersTakeTheTextsInOrder) {
+  proves("TEXT-9");
   EXPECT_EQ(StringUtil::bindString(GetParam().pattern, GetParam().with), GetParam().result);
 }
 
@@ -299,6 +315,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& tested) { return tested.param.name; });
 
 TEST(StringUtilTest, RandomPatternsAreBoundAsTheModelSays) {
+  proves("TEXT-9");
   const std::vector<std::string> pieces = {"%", "@", "%@", "a", " ", "%s", ""};
   forRandomCases([&](RandomSource& random) {
     std::optional<std::string> pattern;
@@ -320,31 +337,37 @@ class VolumeTest : public ::testing::Test {
 };
 
 TEST_F(VolumeTest, PathBelowAVolumeBelongsToIt) {
+  proves("PATH-3");
   EXPECT_EQ(StringUtil::getVolume("/Volumes/Data/x/y"), "/Volumes/Data");
   EXPECT_EQ(StringUtil::getVolume("/Volumes/My Data/x"), "/Volumes/My Data");
 }
 
 TEST_F(VolumeTest, VolumeBelongsToItself) {
+  proves("PATH-3");
   EXPECT_EQ(StringUtil::getVolume("/Volumes/Data"), "/Volumes/Data");
   EXPECT_EQ(StringUtil::getVolume("/Volumes/Data/"), "/Volumes/Data");
 }
 
 TEST_F(VolumeTest, EverythingElseIsOnTheStartVolume) {
+  proves("PATH-3");
   for (const char* path : {"/", "/Users/me/file", "/Volumes", "/Volumes/", "/x", "/a/Volumes/b",
                            "/volumes/Data/x", "/VolumesX/Data"})
     EXPECT_EQ(StringUtil::getVolume(path), "/") << path;
 }
 
 TEST_F(VolumeTest, RelativePathIsOnTheStartVolume) {
+  proves("PATH-3");
   for (const char* path : {"", "x", "a/b/c", "Volumes/Data/x", "Volumes"})
     EXPECT_EQ(StringUtil::getVolume(path), "/") << path;
 }
 
 TEST_F(VolumeTest, AbsentPathHasNoVolume) {
+  proves("PATH-3");
   EXPECT_EQ(StringUtil::getVolume(std::nullopt), std::nullopt);
 }
 
 TEST_F(VolumeTest, TildeIsTheHomeFoldersVolume) {
+  proves("PATH-3");
   test::FakeUserContext users;
   users.variables["HOME"] = "/Volumes/Homes/me";
   _platform.users = &users;

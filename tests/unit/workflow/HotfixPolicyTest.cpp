@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 #include "workflow/HotfixPackage.h"
 
@@ -23,6 +24,7 @@ class HotfixPolicyTest : public ::testing::Test {
 };
 
 TEST_F(HotfixPolicyTest, OnlyTheTextTrueSkipsTheRunningCheck) {
+  proves("CHECK-9");
   EXPECT_TRUE(skipsWith({{"SKIPRUNNINGCHECK", "true"}}));
   for (const char* text : {"TRUE", "True", "yes", "1", "true ", " true", "false", ""})
     EXPECT_FALSE(skipsWith({{"SKIPRUNNINGCHECK", text}})) << text;
@@ -35,6 +37,7 @@ TEST_F(HotfixPolicyTest, OtherTypesAndMissingKeysDoNotSkip) {
 }
 
 TEST_F(HotfixPolicyTest, MissingPackageOrPlistDoesNotSkip) {
+  proves("CHECK-9");
   _sandbox.makeFolder("empty");
 
   EXPECT_FALSE(HotfixPolicy(std::nullopt).isSkipRunningCheck());
@@ -54,6 +57,7 @@ TEST_F(HotfixPolicyTest, EmptyPathIsNoPackageEvenInsideOne) {
 }
 
 TEST(HotfixPackageTest, RcpHomeNeedsTheFrameworkPath) {
+  proves("BUNDLE-2");
   EXPECT_EQ(HotfixPackage::rcpHomeIn("/A/Q.app", {{"frameworkPath", "/Contents/MacOS/"}}),
             "/A/Q.app/Contents/MacOS/rcp");
   EXPECT_EQ(HotfixPackage::rcpHomeIn("/A/Q.app", {{"frameworkPath", ""}}), "/A/Q.app/rcp");
@@ -62,6 +66,7 @@ TEST(HotfixPackageTest, RcpHomeNeedsTheFrameworkPath) {
 }
 
 TEST(HotfixPackageTest, ApplicationNameNeedsTheBundleName) {
+  proves("BUNDLE-1");
   EXPECT_EQ(HotfixPackage::applicationName({{"bundleName", "Quillmere"}}), "Quillmere.app");
   EXPECT_EQ(HotfixPackage::applicationName({}), std::nullopt);
   EXPECT_EQ(HotfixPackage::applicationName({{"bundleName", 1}}), std::nullopt);

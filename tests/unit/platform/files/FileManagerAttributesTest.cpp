@@ -5,6 +5,7 @@
 #include <string>
 
 #include "support/ChildRun.h"
+#include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
 namespace installer::test {
@@ -32,6 +33,7 @@ class FileManagerAttributesTest : public FileManagerFixture {
 };
 
 TEST_F(FileManagerAttributesTest, EverythingBelowAtAllDepthsGetsTheMode) {
+  proves("RIGHTS-1");
   _folder.makeFile("tree/file", "", 0);
   _folder.makeFile("tree/a/b/file", "", 0600);
   _folder.makePipe("tree/a/pipe");
@@ -60,6 +62,7 @@ TEST_F(FileManagerAttributesTest, ModeBitsAreExact) {
 }
 
 TEST_F(FileManagerAttributesTest, EverythingBelowGetsOwnerAndGroup) {
+  proves("RIGHTS-1");
   if (!isRoot()) GTEST_SKIP() << "only root can give files away";
   _folder.makeFile("tree/a/file", "");
   _folder.makeLink("tree/a/link", "file");
@@ -85,6 +88,7 @@ TEST_F(FileManagerAttributesTest, AWrongGroupAloneIsPutRight) {
 }
 
 TEST_F(FileManagerAttributesTest, TheModeIsSetAfterTheOwner) {
+  proves("FILES-15");
   if (!isRoot()) GTEST_SKIP() << "only root can give files away";
   _folder.makeFile("tree/file", "");
 
@@ -94,6 +98,7 @@ TEST_F(FileManagerAttributesTest, TheModeIsSetAfterTheOwner) {
 }
 
 TEST_F(FileManagerAttributesTest, BitsThatTheNewOwnerCostAreSetAgain) {
+  proves("FILES-15");
   if (!isRoot()) GTEST_SKIP() << "only root can give files away";
   _folder.makeFile("tree/file", "");
   ASSERT_EQ(::chmod(path("tree/file").c_str(), 06755), 0);
@@ -104,6 +109,7 @@ TEST_F(FileManagerAttributesTest, BitsThatTheNewOwnerCostAreSetAgain) {
 }
 
 TEST_F(FileManagerAttributesTest, ALinksTargetNeverChanges) {
+  proves("FILES-13");
   _folder.makeFile("target/file", "", 0600);
   _folder.makeFile("single", "", 0600);
   _folder.makeLink("tree/folder", "../target");
@@ -119,6 +125,7 @@ TEST_F(FileManagerAttributesTest, ALinksTargetNeverChanges) {
 }
 
 TEST_F(FileManagerAttributesTest, AFolderNamedThroughALinkIsNotEntered) {
+  proves("FILES-13");
   _folder.makeFile("target/file", "", 0600);
   _folder.makeLink("link", "target");
 
@@ -157,6 +164,7 @@ TEST_F(FileManagerAttributesTest, NothingIsBelowAFileOrAnEmptyFolder) {
 }
 
 TEST_F(FileManagerAttributesTest, ASecondWalkChangesNothing) {
+  proves("FILES-15");
   _folder.makeFile("tree/a/file", "", 0600);
   _folder.makeLink("tree/a/link", "file");
   const FileAttributes attributes{isRoot() ? "ada" : "self", isRoot() ? "crew" : "own", 0775};
@@ -169,6 +177,7 @@ TEST_F(FileManagerAttributesTest, ASecondWalkChangesNothing) {
 }
 
 TEST_F(FileManagerAttributesTest, OnlyWhatDiffersIsChanged) {
+  proves("FILES-15");
   _folder.makeFile("tree/file", "", 0600);
   EXPECT_TRUE(changeMode("tree", 0775));
 
@@ -186,6 +195,7 @@ TEST_F(FileManagerAttributesTest, OnlyTheOwnerIsChangedWhereTheModeIsRight) {
 }
 
 TEST_F(FileManagerAttributesTest, AFileWithSeveralLinksOfSomebodyElseIsLeftAlone) {
+  proves("FILES-14");
   if (!isRoot()) GTEST_SKIP() << "only root can give files away";
   _folder.makeFile("secret", "", 0600);
   _folder.makeFolder("tree");
@@ -201,6 +211,7 @@ TEST_F(FileManagerAttributesTest, AFileWithSeveralLinksOfSomebodyElseIsLeftAlone
 }
 
 TEST_F(FileManagerAttributesTest, AFileWithSeveralLinksOfTheNewOwnerIsChanged) {
+  proves("FILES-14");
   _folder.makeFile("tree/file", "", 0600);
   _folder.makeHardLink("tree/other", "tree/file");
 
@@ -210,6 +221,7 @@ TEST_F(FileManagerAttributesTest, AFileWithSeveralLinksOfTheNewOwnerIsChanged) {
 }
 
 TEST_F(FileManagerAttributesTest, ASecondLinkMadeAtTheLastMomentCountsToo) {
+  proves("FILES-14");
   if (!isRoot()) GTEST_SKIP() << "only root can give files away";
   _folder.makeFile("secret", "", 0600);
   _folder.makeFile("tree/a", "", 0600);
@@ -230,6 +242,7 @@ TEST_F(FileManagerAttributesTest, ASecondLinkMadeAtTheLastMomentCountsToo) {
 }
 
 TEST_F(FileManagerAttributesTest, AnEntryExchangedForALinkLeavesTheTargetAlone) {
+  proves("FILES-13");
   _folder.makeFile("secret", "", 0600);
   _folder.makeFile("tree/file", "", 0640);
   _files.beforeNext(isRoot() ? FileOperation::kChangeOwner : FileOperation::kChangeMode, [this] {
@@ -245,6 +258,7 @@ TEST_F(FileManagerAttributesTest, AnEntryExchangedForALinkLeavesTheTargetAlone) 
 }
 
 TEST_F(FileManagerAttributesTest, AFolderExchangedForALinkIsNotEntered) {
+  proves("FILES-13");
   _folder.makeFile("secret/file", "", 0600);
   _folder.makeFile("tree/folder/file", "", 0640);
   _folder.makeFolder("tree/folder", 0700);
@@ -272,6 +286,7 @@ TEST_F(FileManagerAttributesTest, AnUnknownOwnerIsAFailureThatStillSetsModes) {
 }
 
 TEST_F(FileManagerAttributesTest, AnUnknownOwnerIsAFailureAlsoWhereModesAreRight) {
+  proves("RIGHTS-4");
   _folder.makeFile("tree/right", "", 0775);
 
   EXPECT_FALSE(change("tree", {"stranger", "own", 0775}));
@@ -279,6 +294,7 @@ TEST_F(FileManagerAttributesTest, AnUnknownOwnerIsAFailureAlsoWhereModesAreRight
 }
 
 TEST_F(FileManagerAttributesTest, AnUnknownOwnersHardLinksAreLeftAlone) {
+  proves("FILES-14");
   _folder.makeFile("secret", "", 0600);
   _folder.makeFolder("tree");
   _folder.makeHardLink("tree/file", "secret");
@@ -289,6 +305,7 @@ TEST_F(FileManagerAttributesTest, AnUnknownOwnersHardLinksAreLeftAlone) {
 }
 
 TEST_F(FileManagerAttributesTest, WithoutAGroupAdminTheOwnersOwnGroupIsGiven) {
+  proves("RIGHTS-5");
   if (!isRoot()) GTEST_SKIP() << "only root can give files away";
   _folder.makeFile("tree/file", "");
 
@@ -298,6 +315,7 @@ TEST_F(FileManagerAttributesTest, WithoutAGroupAdminTheOwnersOwnGroupIsGiven) {
 }
 
 TEST_F(FileManagerAttributesTest, AFailureDoesNotStopTheWalk) {
+  proves("RIGHTS-6");
   for (int number = 0; number < 10; ++number) {
     _folder.makeFile("tree/" + std::to_string(number), "", 0600);
   }
@@ -311,6 +329,7 @@ TEST_F(FileManagerAttributesTest, AFailureDoesNotStopTheWalk) {
 }
 
 TEST_F(FileManagerAttributesTest, ARefusedOwnerStillGetsTheModeSet) {
+  proves("RIGHTS-6");
   if (!isRoot()) GTEST_SKIP() << "only root can give files away";
   _folder.makeFile("tree/file", "", 0600);
   _files.failNext(FileOperation::kChangeOwner, EPERM);
@@ -352,6 +371,7 @@ TEST_F(FileManagerAttributesTest, AnOrdinaryUserFailsAtForeignEntriesAndGoesOn) 
 }
 
 TEST_F(FileManagerAttributesTest, AFolderThatCannotBeListedIsAFailure) {
+  proves("RIGHTS-6");
   if (!isRoot()) GTEST_SKIP() << "needs a folder of somebody else";
   _folder.makeFolder("tree", 0711);
 

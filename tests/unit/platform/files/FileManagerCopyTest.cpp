@@ -6,6 +6,7 @@
 #include <string>
 
 #include "support/ChildRun.h"
+#include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
 namespace installer::test {
@@ -33,6 +34,7 @@ class FileManagerCopyTest : public FileManagerFixture {
 };
 
 TEST_F(FileManagerCopyTest, AFileIsCopiedWithItsBytesModeAndTime) {
+  proves("FILES-6");
   const std::string bytes = std::string("a\0b\xff", 4) + std::string(300000, 'x');
   _folder.makeFile("from", bytes, 0640);
   setModificationTime("from", 1000000000);
@@ -55,6 +57,7 @@ TEST_F(FileManagerCopyTest, AnEmptyFileIsCopied) {
 }
 
 TEST_F(FileManagerCopyTest, SetIdBitsAreDroppedFromFilesAndFolders) {
+  proves("FILES-6");
   _folder.makeFile("tree/tool", "", 0755);
   ASSERT_EQ(::chmod(path("tree/tool").c_str(), 07755), 0);
   ASSERT_EQ(::chmod(path("tree").c_str(), 07775), 0);
@@ -79,6 +82,7 @@ TEST_F(FileManagerCopyTest, TheCreationMaskDoesNotApply) {
 }
 
 TEST_F(FileManagerCopyTest, ATreeIsCopiedWithEverythingInIt) {
+  proves("FILES-6");
   _folder.makeFile("tree/a/b/file", "deep", 0600);
   _folder.makeFile("tree/none", "", isRoot() ? 0 : 0400);
   _folder.makeFolder("tree/empty", 0711);
@@ -94,6 +98,7 @@ TEST_F(FileManagerCopyTest, ATreeIsCopiedWithEverythingInIt) {
 }
 
 TEST_F(FileManagerCopyTest, FoldersAndLinksKeepTheirTimes) {
+  proves("FILES-6");
   _folder.makeFile("tree/folder/file", "");
   _folder.makeLink("tree/link", "folder");
   setModificationTime("tree/link", 1100000000);
@@ -110,6 +115,7 @@ TEST_F(FileManagerCopyTest, FoldersAndLinksKeepTheirTimes) {
 }
 
 TEST_F(FileManagerCopyTest, ALinkIsCopiedAsALink) {
+  proves("FILES-6");
   _folder.makeFile("file", "bytes");
   _folder.makeLink("link", "file");
   setModificationTime("link", 1100000000);
@@ -165,6 +171,7 @@ TEST_F(FileManagerCopyTest, AMissingSourceFailsAlsoWhenExistingItemsAreKept) {
 }
 
 TEST_F(FileManagerCopyTest, AnExistingItemFailsAndStays) {
+  proves("FILES-6");
   _folder.makeFile("from", "new");
   _folder.makeFile("to", "old");
 
@@ -176,6 +183,7 @@ TEST_F(FileManagerCopyTest, AnExistingItemFailsAndStays) {
 }
 
 TEST_F(FileManagerCopyTest, AnExistingItemCountsAsDoneAndStays) {
+  proves("FILES-6");
   _folder.makeFile("from/new", "new");
   _folder.makeFile("to/old", "old");
   const auto before = snapshot("to");
@@ -212,6 +220,7 @@ TEST_F(FileManagerCopyTest, AFailureNeedsNoErrorSlot) {
 }
 
 TEST_F(FileManagerCopyTest, PipesSocketsAndDevicesAreRefused) {
+  proves("FILES-7");
   _folder.makePipe("pipe");
   _folder.makeSocket("socket");
 
@@ -227,6 +236,7 @@ TEST_F(FileManagerCopyTest, PipesSocketsAndDevicesAreRefused) {
 }
 
 TEST_F(FileManagerCopyTest, ATreeWithAPipeGetsItsNameWithWhatWasCopied) {
+  proves("FILES-7");
   _folder.makePipe("tree/folder/pipe");
   _folder.makeFolder("tree/folder", 0750);
   setModificationTime("tree", 1400000000);
@@ -242,6 +252,7 @@ TEST_F(FileManagerCopyTest, ATreeWithAPipeGetsItsNameWithWhatWasCopied) {
 }
 
 TEST_F(FileManagerCopyTest, NothingIsCopiedAfterTheFirstFailure) {
+  proves("FILES-7");
   for (int number = 0; number < 20; ++number) _folder.makeFile("tree/" + std::to_string(number));
   _files.failAt(6, EIO);  // the folder, then three changes for a file
 
@@ -271,6 +282,7 @@ TEST_F(FileManagerCopyTest, TheErrorNamesTheItemBehindLongerNames) {
 }
 
 TEST_F(FileManagerCopyTest, AFolderIsNotCopiedIntoItself) {
+  proves("FILES-7");
   _folder.makeFile("tree/folder/file", "");
   _folder.makeLink("alias", "tree/folder");
   const auto before = snapshot();
@@ -399,6 +411,7 @@ TEST_F(FileManagerCopyTest, SomebodyQuickerMakesAnExistingFolder) {
 }
 
 TEST_F(FileManagerCopyTest, AFileIsFlushedBeforeItGetsItsNameAndItsFolderAfterwards) {
+  proves("FILES-2");
   _folder.makeFile("from", "x");
 
   EXPECT_TRUE(copy("from", "to"));
@@ -420,6 +433,7 @@ TEST_F(FileManagerCopyTest, ATreeIsFlushedOnce) {
 }
 
 TEST_F(FileManagerCopyTest, WhateverFailsAFileIsThereWholeOrNotAtAll) {
+  proves("FILES-1");
   _folder.makeFile("from", "bytes", 0640);
 
   std::size_t number = 1;
@@ -443,6 +457,7 @@ TEST_F(FileManagerCopyTest, WhateverFailsAFileIsThereWholeOrNotAtAll) {
 }
 
 TEST_F(FileManagerCopyTest, WhateverFailsATreeHoldsWholeFilesOnlyAndNoTemporaryNames) {
+  proves("FILES-1");
   _folder.makeFile("from/a/file", "bytes", 0640);
   _folder.makeFile("from/b/file", "bytes", 0600);
   _folder.makeLink("from/link", "a");

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "support/ChildRun.h"
+#include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
 namespace installer::test {
@@ -117,6 +118,7 @@ TEST_F(FileManagerFolderTest, AFileMadeMeanwhileDoesNot) {
 }
 
 TEST_F(FileManagerFolderTest, AttributesAreExactWhateverTheMask) {
+  proves("FILES-16");
   _users.users["ada"] = {"ada", 1234, 2345, ""};
   _users.groups["crew"] = 3456;
   const CreationMask mask(077);
@@ -140,6 +142,7 @@ TEST_F(FileManagerFolderTest, WithoutAGroupAdminTheOwnersOwnGroupIsGiven) {
 }
 
 TEST_F(FileManagerFolderTest, AnUnknownOwnerOrGroupLeavesNoFolder) {
+  proves("FILES-16");
   EXPECT_FALSE(create("folder", Intermediates::refuse, FileAttributes{"stranger", "own", 0775}));
   EXPECT_EQ(_error.code, FileError::kOther);
   EXPECT_FALSE(create("folder", Intermediates::refuse, FileAttributes{"self", "strange", 0775}));
@@ -149,6 +152,7 @@ TEST_F(FileManagerFolderTest, AnUnknownOwnerOrGroupLeavesNoFolder) {
 }
 
 TEST_F(FileManagerFolderTest, AttributesThatCannotBeGivenLeaveNoFolder) {
+  proves("FILES-16");
   using enum FileOperation;
   for (const FileOperation operation : {kMakeDirectory, kChangeOwner, kChangeMode}) {
     _files.failNext(operation, EROFS);
@@ -160,6 +164,7 @@ TEST_F(FileManagerFolderTest, AttributesThatCannotBeGivenLeaveNoFolder) {
 }
 
 TEST_F(FileManagerFolderTest, ANewFolderIsPrivateUntilItHasItsAttributes) {
+  proves("FILES-16");
   const CreationMask mask(0);
   mode_t mode = 0777;
   _files.beforeNext(FileOperation::kChangeOwner, [&] { mode = modeOf("folder"); });
@@ -170,6 +175,7 @@ TEST_F(FileManagerFolderTest, ANewFolderIsPrivateUntilItHasItsAttributes) {
 }
 
 TEST_F(FileManagerFolderTest, AFolderThatTurnsOutToBeSomebodyElsesIsNotGivenAway) {
+  proves("FILES-16");
   if (!isRoot()) GTEST_SKIP() << "only root can make other users' entries";
   giveToOrdinaryUser(_folder.makeFolder("work"));
   const uid_t other = statusOf("work").st_uid;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "support/ChildRun.h"
+#include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
 namespace installer::test {
@@ -48,6 +49,7 @@ class FileManagerLimitsTest : public FileManagerFixture {
 };
 
 TEST_F(FileManagerLimitsTest, TheDeepestTreeIsRemovedAndADeeperOneIsAFailure) {
+  proves("FILES-17");
   if (!systemAllowsMany()) GTEST_SKIP() << "the system allows too few descriptors";
   makeChain("fits", kDeepest);
   makeChain("deeper", kDeepest + 1);
@@ -62,6 +64,7 @@ TEST_F(FileManagerLimitsTest, TheDeepestTreeIsRemovedAndADeeperOneIsAFailure) {
 }
 
 TEST_F(FileManagerLimitsTest, TheDeepestTreeIsCopiedAndADeeperOneInPart) {
+  proves("FILES-17");
   if (!systemAllowsMany()) GTEST_SKIP() << "the system allows too few descriptors";
   makeChain("fits", kDeepest);
   makeChain("deeper", kDeepest + 1);
@@ -80,6 +83,7 @@ TEST_F(FileManagerLimitsTest, TheDeepestTreeIsCopiedAndADeeperOneInPart) {
 }
 
 TEST_F(FileManagerLimitsTest, TheDeepestTreeIsMergedAndADeeperOneInPart) {
+  proves("FILES-17");
   if (!systemAllowsMany()) GTEST_SKIP() << "the system allows too few descriptors";
   makeChain("fits", kDeepest);
   makeChain("deeper", kDeepest + 1);
@@ -98,6 +102,7 @@ TEST_F(FileManagerLimitsTest, TheDeepestTreeIsMergedAndADeeperOneInPart) {
 }
 
 TEST_F(FileManagerLimitsTest, TheDeepestTreeIsChangedAndADeeperOneInPart) {
+  proves("FILES-17");
   if (!systemAllowsMany()) GTEST_SKIP() << "the system allows too few descriptors";
   makeChain("fits", kDeepest);
   makeChain("deeper", kDeepest + 1);
@@ -115,6 +120,7 @@ TEST_F(FileManagerLimitsTest, TheDeepestTreeIsChangedAndADeeperOneInPart) {
 }
 
 TEST_F(FileManagerLimitsTest, WithoutDescriptorsLeftAWalkFailsAndLeavesNoTrace) {
+  proves("FILES-17");
   makeChain("tree", 100);
   _folder.makeFolder(chain("to", 100));
   const FileAttributes attributes{"self", "own", 0775};
@@ -135,6 +141,7 @@ TEST_F(FileManagerLimitsTest, WithoutDescriptorsLeftAWalkFailsAndLeavesNoTrace) 
 }
 
 TEST_F(FileManagerLimitsTest, EveryNumberOfDescriptorsLeavesFilesWhole) {
+  proves("FILES-17");
   const auto makeTrees = [&] {
     removeTree(path("from"));
     removeTree(path("app"));

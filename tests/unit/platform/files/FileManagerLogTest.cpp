@@ -10,6 +10,7 @@
 #include <string>
 
 #include "support/ChildRun.h"
+#include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
 namespace installer::test {
@@ -39,6 +40,7 @@ TEST_F(FileManagerLogTest, ANewLogIsReadableForAllWhateverTheMask) {
 }
 
 TEST_F(FileManagerLogTest, OurOwnLogIsEmptiedAndKept) {
+  proves("TMP-2");
   _folder.makeFile("log", "a longer text of an earlier run", 0600);
   const auto before = statusOf("log");
 
@@ -50,6 +52,7 @@ TEST_F(FileManagerLogTest, OurOwnLogIsEmptiedAndKept) {
 }
 
 TEST_F(FileManagerLogTest, LogThatAnotherRunEmptiesIsWrittenOnAtItsNewEnd) {
+  proves("LOG-4");
   for (const char* name : {"new", "old"}) {
     if (name == std::string("old")) _folder.makeFile("old", "of an earlier run");
     const int first = _files.openLog(path(name));
@@ -66,6 +69,7 @@ TEST_F(FileManagerLogTest, LogThatAnotherRunEmptiesIsWrittenOnAtItsNewEnd) {
 }
 
 TEST_F(FileManagerLogTest, ALinkIsRemovedAndItsTargetStays) {
+  proves("TMP-2");
   _folder.makeFile("target", "old");
   _folder.makeLink("log", "target");
   _folder.makeLink("dangling", "nowhere");
@@ -79,6 +83,7 @@ TEST_F(FileManagerLogTest, ALinkIsRemovedAndItsTargetStays) {
 }
 
 TEST_F(FileManagerLogTest, AFileWithASecondNameIsNotEmptied) {
+  proves("TMP-2");
   _folder.makeFile("precious", "old");
   _folder.makeHardLink("log", "precious");
 
@@ -89,6 +94,7 @@ TEST_F(FileManagerLogTest, AFileWithASecondNameIsNotEmptied) {
 }
 
 TEST_F(FileManagerLogTest, PipesAndSocketsAreRemovedUnopened) {
+  proves("TMP-2");
   _folder.makePipe("pipe");
   _folder.makeSocket("socket");
 
@@ -100,6 +106,7 @@ TEST_F(FileManagerLogTest, PipesAndSocketsAreRemovedUnopened) {
 }
 
 TEST_F(FileManagerLogTest, AForeignFileIsReplaced) {
+  proves("TMP-2");
   if (!isRoot()) GTEST_SKIP() << "needs a file of somebody else";
   giveToOrdinaryUser(_folder.makeFile("log", "old", 0666));
   const auto before = statusOf("log");
@@ -122,6 +129,7 @@ TEST_F(FileManagerLogTest, AFileThatCannotBeOpenedIsReplaced) {
 }
 
 TEST_F(FileManagerLogTest, AFolderInTheWayStays) {
+  proves("LOG-8");
   _folder.makeFile("log/file", "x");
   _folder.makeFolder("empty");
 
@@ -187,6 +195,7 @@ TEST_F(FileManagerLogTest, ALogWhoseModeCannotBeSetIsStillALog) {
 }
 
 TEST_F(FileManagerLogTest, ALinkPutThereAtTheLastMomentIsNotFollowed) {
+  proves("TMP-2");
   _folder.makeFile("target", "old");
   _files.beforeNext(FileOperation::kCreateTemporary, [this] { _folder.makeLink("log", "target"); });
 
@@ -258,6 +267,7 @@ class FileManagerLockTest : public FileManagerFixture {
 };
 
 TEST_F(FileManagerLockTest, AFreeFolderIsLockedAtOnce) {
+  proves("LOCK-2");
   const std::string folder = _folder.makeFolder("folder");
 
   EXPECT_TRUE(
@@ -267,6 +277,7 @@ TEST_F(FileManagerLockTest, AFreeFolderIsLockedAtOnce) {
 }
 
 TEST_F(FileManagerLockTest, AHeldFolderIsWaitedFor) {
+  proves("LOCK-2");
   const std::string folder = _folder.makeFolder("folder");
 
   EXPECT_TRUE(inChild([&] {
@@ -277,6 +288,7 @@ TEST_F(FileManagerLockTest, AHeldFolderIsWaitedFor) {
 }
 
 TEST_F(FileManagerLockTest, ASignalDoesNotEndTheWait) {
+  proves("LOCK-2");
   const std::string folder = _folder.makeFolder("folder");
 
   EXPECT_TRUE(inChild([&] {
@@ -320,6 +332,7 @@ TEST_F(FileManagerLockTest, AFolderThatThisProcessHoldsIsHeld) {
 }
 
 TEST_F(FileManagerLockTest, TwoFoldersAreTwoLocks) {
+  proves("LOCK-2");
   const std::string one = _folder.makeFolder("one");
   const std::string two = _folder.makeFolder("two");
 
@@ -330,6 +343,7 @@ TEST_F(FileManagerLockTest, TwoFoldersAreTwoLocks) {
 }
 
 TEST_F(FileManagerLockTest, WhatIsNoFolderCannotBeLocked) {
+  proves("LOCK-2");
   const std::string file = _folder.makeFile("file");
   const std::string pipe = _folder.makePipe("pipe");
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "support/ChildRun.h"
+#include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
 namespace installer::test {
@@ -26,6 +27,7 @@ class FileManagerMergeTest : public FileManagerFixture {
 };
 
 TEST_F(FileManagerMergeTest, FilesAreReplacedFoldersAreMergedAndTheRestStays) {
+  proves("FILES-10");
   _folder.makeFile("from/a/x", "new x", 0640);
   _folder.makeFile("from/b", "new b", 0751);
   _folder.makeFile("app/to/a/y", "old y");
@@ -70,6 +72,7 @@ TEST_F(FileManagerMergeTest, ALinkReplacesAFileAndAFileReplacesALink) {
 }
 
 TEST_F(FileManagerMergeTest, AFileReplacesAFolderWithAllBelowIt) {
+  proves("FILES-10");
   _folder.makeFile("from/name", "file");
   _folder.makeLink("from/link", "somewhere");
   _folder.makeFile("app/to/name/deep/file", "old");
@@ -82,6 +85,7 @@ TEST_F(FileManagerMergeTest, AFileReplacesAFolderWithAllBelowIt) {
 }
 
 TEST_F(FileManagerMergeTest, AFileInTheWayOfAFolderStays) {
+  proves("FILES-10");
   _folder.makeFile("from/name/file", "new");
   _folder.makeFile("from/link/file", "new");
   _folder.makeFile("from/pipe/file", "new");
@@ -106,6 +110,7 @@ TEST_F(FileManagerMergeTest, ADanglingLinkInTheWayOfAFolderStays) {
 }
 
 TEST_F(FileManagerMergeTest, ASourceLinkToAFolderIsMergedIntoAnExistingFolder) {
+  proves("FILES-11");
   _folder.makeFile("elsewhere/file", "new");
   _folder.makeLink("from/name", "../elsewhere");
   _folder.makeFile("app/to/name/old", "old");
@@ -117,6 +122,7 @@ TEST_F(FileManagerMergeTest, ASourceLinkToAFolderIsMergedIntoAnExistingFolder) {
 }
 
 TEST_F(FileManagerMergeTest, ASourceLinkToAFolderIsCopiedAsALinkWhereThereIsNone) {
+  proves("FILES-11");
   _folder.makeFile("elsewhere/file", "new");
   _folder.makeLink("from/name", "../elsewhere");
   _folder.makeFolder("app/to");
@@ -141,6 +147,7 @@ TEST_F(FileManagerMergeTest, ASourceLinkToAFileOrToNothingReplacesAsALink) {
 }
 
 TEST_F(FileManagerMergeTest, WhatCannotBeCopiedStillLosesItsOldEntry) {
+  proves("FILES-10");
   _folder.makePipe("from/pipe");
   _folder.makeSocket("from/socket");
   _folder.makePipe("from/none");
@@ -167,6 +174,7 @@ TEST_F(FileManagerMergeTest, AFolderThatCanBeCopiedInPartOnlyGetsItsName) {
 }
 
 TEST_F(FileManagerMergeTest, ALinkInsideTheBoundaryIsEntered) {
+  proves("FILES-12");
   _folder.makeFile("from/name/file", "new");
   _folder.makeFolder("app/to");
   _folder.makeFile("app/real/old", "old");
@@ -201,6 +209,7 @@ TEST_F(FileManagerMergeTest, TheBoundaryMayBeNamedThroughALink) {
 }
 
 TEST_F(FileManagerMergeTest, ALinkOutOfTheBoundaryIsReplacedByTheWholeFolder) {
+  proves("FILES-12");
   _folder.makeFile("from/name/file", "new");
   _folder.makeFolder("from/name", 0750);
   _folder.makeFolder("app/to");
@@ -232,6 +241,7 @@ TEST_F(FileManagerMergeTest, WithoutABoundaryEveryLinkIsReplaced) {
 }
 
 TEST_F(FileManagerMergeTest, ALinkDeepInAnEnteredFolderIsJudgedToo) {
+  proves("FILES-12");
   _folder.makeFile("from/a/b/file", "new");
   _folder.makeFolder("app/to/a");
   _folder.makeFolder("outside");
@@ -292,6 +302,7 @@ TEST_F(FileManagerMergeTest, ALinkToTheVeryFolderThatASourceLinkNamesIsReplacedB
 }
 
 TEST_F(FileManagerMergeTest, AFolderIsNotMergedIntoItselfOrBelowItself) {
+  proves("FILES-11");
   _folder.makeFile("from/file", "x");
   _folder.makeFile("from/folder/file", "y");
   _folder.makeFile("from/folder/folder/file", "z");
@@ -315,6 +326,7 @@ TEST_F(FileManagerMergeTest, ASourceLinkToTheDestinationIsNotMergedIntoItself) {
 }
 
 TEST_F(FileManagerMergeTest, ASourceInsideTheDestinationIsLeftAlone) {
+  proves("FILES-11");
   _folder.makeFile("app/to/from/from/file", "x");
   _folder.makeFile("app/to/from/new", "new");
   const auto before = snapshot("app/to/from");
@@ -326,6 +338,7 @@ TEST_F(FileManagerMergeTest, ASourceInsideTheDestinationIsLeftAlone) {
 }
 
 TEST_F(FileManagerMergeTest, ALoopOfSourceLinksEnds) {
+  proves("FILES-11");
   _folder.makeFile("from/a/file", "x");
   _folder.makeLink("from/a/again", "..");
   _folder.makeFolder("app/to/a/again/a/again");
@@ -463,6 +476,7 @@ TEST_F(FileManagerMergeBatchTest, ManyDescriptorsMakeNoBatchOverFourHundredFolde
 }
 
 TEST_F(FileManagerMergeTest, WhateverFailsEveryFileIsOldOrNewOrGone) {
+  proves("FILES-1");
   const auto prepare = [this] {
     removeTree(path("from"));
     removeTree(path("app"));
@@ -522,6 +536,7 @@ TEST_F(FileManagerMergeTest, AFailedFlushIsPassedOver) {
 }
 
 TEST_F(FileManagerMergeTest, AReplacedFileIsNeverMissing) {
+  proves("FILES-1");
   _folder.makeFile("from/name", "new");
   _folder.makeFile("app/to/name", "old");
   bool there = false;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "support/ChildRun.h"
+#include "support/Proves.h"
 #include "support/RefusedCall.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
@@ -158,6 +159,7 @@ class FileManagerRefusalTest : public FileManagerOtherKernelTest,
                                public ::testing::WithParamInterface<Refusal> {};
 
 TEST_P(FileManagerRefusalTest, IsAFailureThatLeavesNothing) {
+  proves("FILES-2");
   _folder.makeFile("file", "old");
   _folder.makeFile("tree/file", "old", 0600);
   _folder.makeLink("link", "nowhere");

@@ -6,6 +6,7 @@
 #include "platform/files/FileReading.h"
 #include "platform/files/Opening.h"
 #include "support/ChildRun.h"
+#include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
 namespace installer::test {
@@ -136,6 +137,7 @@ TEST_F(FileManagerReadTest, AFileThatHidesItsSizeIsRead) {
 }
 
 TEST_F(FileManagerReadTest, AFileOverTheLimitReadsAsAbsent) {
+  proves("FILES-5");
   _folder.makeFile("file", "");
   ASSERT_EQ(::truncate(path("file").c_str(), off_t{256} * 1024 * 1024 + 1), 0);
 
@@ -145,6 +147,7 @@ TEST_F(FileManagerReadTest, AFileOverTheLimitReadsAsAbsent) {
 }
 
 TEST_F(FileManagerReadTest, TheLimitIsExact) {
+  proves("FILES-5");
   const std::string name = _folder.makeFile("file", "12345");
 
   EXPECT_EQ(readWhole(openRegularFile(AT_FDCWD, name), 4), std::nullopt);
@@ -153,6 +156,7 @@ TEST_F(FileManagerReadTest, TheLimitIsExact) {
 }
 
 TEST_F(FileManagerReadTest, TheLimitHoldsForFilesThatHideTheirSize) {
+  proves("FILES-5");
   const auto open = [] { return openRegularFile(AT_FDCWD, "/proc/self/cmdline"); };
   const std::size_t length = readWhole(open(), 1 << 20).value_or("").size();
   ASSERT_GT(length, 1u);
@@ -169,6 +173,7 @@ TEST_F(FileManagerReadTest, AClosedOrWriteOnlyFileIsUnreadable) {
 }
 
 TEST_F(FileManagerReadTest, OnlyRegularFilesAreReadAndNothingElseIsOpened) {
+  proves("FILES-5");
   _folder.makeFolder("folder");
   _folder.makePipe("pipe");
   _folder.makeSocket("socket");

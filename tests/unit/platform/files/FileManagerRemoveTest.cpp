@@ -4,6 +4,7 @@
 #include <string>
 
 #include "support/ChildRun.h"
+#include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
 namespace installer::test {
@@ -32,6 +33,7 @@ TEST_F(FileManagerRemoveTest, AnEntryOfEveryKindIsRemoved) {
 }
 
 TEST_F(FileManagerRemoveTest, AFolderGoesWithAllBelowIt) {
+  proves("FILES-8");
   _folder.makeFile("tree/a/b/file");
   _folder.makeFile("tree/a/.hidden");
   _folder.makeFile("tree/odd \xff\n name");
@@ -48,6 +50,7 @@ TEST_F(FileManagerRemoveTest, AFolderGoesWithAllBelowIt) {
 }
 
 TEST_F(FileManagerRemoveTest, LinksAreRemovedAndTheirTargetsStay) {
+  proves("FILES-8");
   _folder.makeFile("target/file");
   _folder.makeLink("link", "target");
   _folder.makeLink("tree/link", "../target");
@@ -61,6 +64,7 @@ TEST_F(FileManagerRemoveTest, LinksAreRemovedAndTheirTargetsStay) {
 }
 
 TEST_F(FileManagerRemoveTest, AFolderThatBecomesALinkIsNotEntered) {
+  proves("FILES-8");
   _folder.makeFile("target/file");
   _folder.makeFile("tree/a/file");
   _folder.makeFile("tree/z/file");
@@ -91,6 +95,7 @@ TEST_F(FileManagerRemoveTest, WhatIsNotThereCannotBeRemoved) {
 }
 
 TEST_F(FileManagerRemoveTest, FoldersWithoutANameOfTheirOwnStay) {
+  proves("FILES-8");
   _folder.makeFile("tree/folder/file");
   const auto before = snapshot();
 
@@ -121,6 +126,7 @@ TEST_F(FileManagerRemoveTest, NothingIsTriedTwiceWithoutNeed) {
 }
 
 TEST_F(FileManagerRemoveTest, AFolderThatCannotBeEmptiedEnds) {
+  proves("FILES-8");
   _folder.makeFile("tree/file");
   _files.failAlways(FileOperation::kUnlink, EBUSY);
 

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "support/ChildRun.h"
+#include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
 namespace installer::test {
@@ -58,6 +59,7 @@ TEST_F(FileManagerWriteTest, ANewFileCanHaveAnExactMode) {
 }
 
 TEST_F(FileManagerWriteTest, TheReplacedFilesOwnerAndModeAreTakenOver) {
+  proves("FILES-3");
   giveToOrdinaryUser(_folder.makeFile("file", "old", 0604));
   const auto old = statusOf("file");
   const CreationMask mask(077);
@@ -72,6 +74,7 @@ TEST_F(FileManagerWriteTest, TheReplacedFilesOwnerAndModeAreTakenOver) {
 }
 
 TEST_F(FileManagerWriteTest, SetIdBitsAreNotTakenOver) {
+  proves("FILES-3");
   _folder.makeFile("file", "old");
   ASSERT_EQ(::chmod(path("file").c_str(), 07755), 0);
 
@@ -81,6 +84,7 @@ TEST_F(FileManagerWriteTest, SetIdBitsAreNotTakenOver) {
 }
 
 TEST_F(FileManagerWriteTest, AReplacedFileCanBeForgotten) {
+  proves("FILES-3");
   giveToOrdinaryUser(_folder.makeFile("file", "old", 0600));
   const CreationMask mask(022);
 
@@ -93,6 +97,7 @@ TEST_F(FileManagerWriteTest, AReplacedFileCanBeForgotten) {
 }
 
 TEST_F(FileManagerWriteTest, ALinkIsReplacedAndItsTargetStays) {
+  proves("FILES-4");
   _folder.makeFile("target", "old", 0600);
   _folder.makeLink("link", "target");
   const CreationMask mask(022);
@@ -106,6 +111,7 @@ TEST_F(FileManagerWriteTest, ALinkIsReplacedAndItsTargetStays) {
 }
 
 TEST_F(FileManagerWriteTest, ADanglingLinkIsReplaced) {
+  proves("FILES-4");
   _folder.makeLink("link", "nowhere");
 
   EXPECT_TRUE(write("link", "new"));
@@ -115,6 +121,7 @@ TEST_F(FileManagerWriteTest, ADanglingLinkIsReplaced) {
 }
 
 TEST_F(FileManagerWriteTest, OtherNamesOfTheReplacedFileKeepTheOldBytes) {
+  proves("FILES-4");
   _folder.makeFile("file", "old");
   _folder.makeHardLink("other", "file");
 
@@ -125,6 +132,7 @@ TEST_F(FileManagerWriteTest, OtherNamesOfTheReplacedFileKeepTheOldBytes) {
 }
 
 TEST_F(FileManagerWriteTest, APipeIsReplacedWithoutBeingOpened) {
+  proves("FILES-4");
   _folder.makePipe("pipe");
   const CreationMask mask(022);
 
@@ -135,6 +143,7 @@ TEST_F(FileManagerWriteTest, APipeIsReplacedWithoutBeingOpened) {
 }
 
 TEST_F(FileManagerWriteTest, AFolderIsNotReplaced) {
+  proves("FILES-4");
   _folder.makeFolder("folder");
 
   EXPECT_FALSE(write("folder", "new"));
@@ -164,6 +173,7 @@ TEST_F(FileManagerWriteTest, TheFolderMayBeALink) {
 }
 
 TEST_F(FileManagerWriteTest, TheBytesAreOnTheDiskBeforeTheNameIsGiven) {
+  proves("FILES-2");
   EXPECT_TRUE(write("file", "new"));
 
   using enum FileOperation;
@@ -171,6 +181,7 @@ TEST_F(FileManagerWriteTest, TheBytesAreOnTheDiskBeforeTheNameIsGiven) {
 }
 
 TEST_F(FileManagerWriteTest, OwnerAndModeAreGivenBeforeTheName) {
+  proves("FILES-2");
   giveToOrdinaryUser(_folder.makeFile("file", "old", 0600));
 
   EXPECT_TRUE(write("file", "new"));
@@ -186,6 +197,7 @@ TEST_F(FileManagerWriteTest, OwnerAndModeAreGivenBeforeTheName) {
 }
 
 TEST_F(FileManagerWriteTest, TheTemporaryFileIsPrivateUntilItHasItsMode) {
+  proves("FILES-2");
   _folder.makeFile("file", "old", 0600);
   const CreationMask mask(0);
   mode_t mode = 0777;
@@ -201,6 +213,7 @@ TEST_F(FileManagerWriteTest, TheTemporaryFileIsPrivateUntilItHasItsMode) {
 }
 
 TEST_F(FileManagerWriteTest, WhateverFailsTheFileIsTheOldOrTheNewOne) {
+  proves("FILES-1");
   const auto prepare = [this] {
     removeTree(path("file"));
     giveToOrdinaryUser(_folder.makeFile("file", "old", 0640));
@@ -230,6 +243,7 @@ TEST_F(FileManagerWriteTest, WhateverFailsTheFileIsTheOldOrTheNewOne) {
 }
 
 TEST_F(FileManagerWriteTest, AFullDiskLeavesTheOldFile) {
+  proves("FILES-1");
   _folder.makeFile("file", "old");
 
   EXPECT_TRUE(inChild([&] {
@@ -354,6 +368,7 @@ TEST_F(FileManagerWriteTest, AGroupAloneOrAnOwnerAloneIsGiven) {
 }
 
 TEST_F(FileManagerWriteTest, ACreatedFileReplacesAFileOrALinkAndTakesNothingOver) {
+  proves("FILES-3");
   giveToOrdinaryUser(_folder.makeFile("file", "old", 0600));
   _folder.makeFile("target", "old", 0600);
   _folder.makeLink("link", "target");
@@ -416,6 +431,7 @@ class InheritanceWatch : public PosixFileManager {
 };
 
 TEST_F(FileManagerWriteTest, ChildrenInheritNoDescriptor) {
+  proves("CHILD-2");
   _folder.makeFile("tree/a/file", "x");
   _folder.makeFile("other/a/file", "x");
   const int before = InheritanceWatch::countInherited();

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 
 namespace installer::test {
@@ -61,6 +62,7 @@ TEST_F(FilePasteboardTest, IsReadableByEverybodyWhateverTheMask) {
 }
 
 TEST_F(FilePasteboardTest, ForgetsTheModeOfAnOlderFile) {
+  proves("TMP-3");
   _sandbox.write(kFile, "older", 0600);
 
   _pasteboard.setRecord(recordOf(7));
@@ -69,6 +71,7 @@ TEST_F(FilePasteboardTest, ForgetsTheModeOfAnOlderFile) {
 }
 
 TEST_F(FilePasteboardTest, ForgetsTheOwnerOfAnOlderFile) {
+  proves("TMP-3");
   if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
   const std::string file = _sandbox.write(kFile, "older");
   ASSERT_EQ(chown(file.c_str(), 54321, 54321), 0);
@@ -97,6 +100,7 @@ TEST_F(FilePasteboardTest, MayBeClearedTwice) {
 }
 
 TEST_F(FilePasteboardTest, ClearingMakesRoomWhereAFolderStands) {
+  proves("TMP-3");
   _sandbox.write(std::string(kFile) + "/inside", "text");
 
   _pasteboard.clear();
@@ -124,6 +128,7 @@ TEST_F(FilePasteboardTest, HasNoRecordInAListOfAnotherKind) {
 }
 
 TEST_F(FilePasteboardTest, NeitherReadsNorWritesThroughALink) {
+  proves("TMP-3");
   _sandbox.writePlist("elsewhere", {{"x", Value("y")}});
   const std::string before = _sandbox.read("elsewhere");
   _sandbox.makeLink(kFile, _sandbox.path("elsewhere"));
@@ -136,6 +141,7 @@ TEST_F(FilePasteboardTest, NeitherReadsNorWritesThroughALink) {
 }
 
 TEST_F(FilePasteboardTest, ClearingALinkLeavesItsTarget) {
+  proves("TMP-3");
   _sandbox.write("elsewhere", "text");
   _sandbox.makeLink(kFile, _sandbox.path("elsewhere"));
 
@@ -146,6 +152,7 @@ TEST_F(FilePasteboardTest, ClearingALinkLeavesItsTarget) {
 }
 
 TEST_F(FilePasteboardTest, DoesNotWaitAtAPipe) {
+  proves("TMP-3");
   _sandbox.makePipe(kFile);
 
   EXPECT_EQ(_pasteboard.record(), std::nullopt);
@@ -155,6 +162,7 @@ TEST_F(FilePasteboardTest, DoesNotWaitAtAPipe) {
 }
 
 TEST_F(FilePasteboardTest, KeepsTheOldRecordSilentlyWhenTheDiskRefuses) {
+  proves("RECORD-5");
   _pasteboard.setRecord(recordOf(7));
   _sandbox.files().failNext(FileOperation::kRename, ENOSPC);
 

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 
 namespace installer::test {
@@ -23,6 +24,7 @@ class JavaRuntimeTest : public ::testing::Test {
 };
 
 TEST_F(JavaRuntimeTest, VariableComesBeforeTheSearchPathAndIsTakenAsItIs) {
+  proves("JAVA-3");
   installJava("jdk/bin/java");
   searchIn(folder("jdk/bin"));
   _sandbox.users().variables["JAVA_HOME"] = "no such/home/";
@@ -31,6 +33,7 @@ TEST_F(JavaRuntimeTest, VariableComesBeforeTheSearchPathAndIsTakenAsItIs) {
 }
 
 TEST_F(JavaRuntimeTest, EmptyVariableIsNone) {
+  proves("JAVA-3");
   installJava("jdk/bin/java");
   searchIn(folder("jdk/bin"));
   _sandbox.users().variables["JAVA_HOME"] = "";
@@ -43,6 +46,7 @@ TEST_F(JavaRuntimeTest, NothingIsKnownWithoutVariables) {
 }
 
 TEST_F(JavaRuntimeTest, FirstJavaOfTheSearchPathCounts) {
+  proves("JAVA-4");
   installJava("b/bin/java");
   installJava("c/bin/java");
   searchIn(folder("a/bin") + "::" + folder("b/bin") + ":" + folder("c/bin"));
@@ -51,6 +55,7 @@ TEST_F(JavaRuntimeTest, FirstJavaOfTheSearchPathCounts) {
 }
 
 TEST_F(JavaRuntimeTest, LastEntryOfTheSearchPathCountsToo) {
+  proves("JAVA-4");
   installJava("b/bin/java");
   searchIn(folder("a/bin") + ":" + folder("b/bin"));
 
@@ -58,6 +63,7 @@ TEST_F(JavaRuntimeTest, LastEntryOfTheSearchPathCountsToo) {
 }
 
 TEST_F(JavaRuntimeTest, RelativeEntriesArePassedOver) {
+  proves("JAVA-4");
   installJava("jdk/bin/java");
   searchIn(fs::relative(folder("jdk/bin")).string());
 
@@ -74,6 +80,7 @@ TEST_F(JavaRuntimeTest, LinksAreResolved) {
 }
 
 TEST_F(JavaRuntimeTest, JavaOutsideOfABinFolderTellsNoHome) {
+  proves("JAVA-4");
   installJava("tools/java");
   installJava("jdk/bin/java");
   searchIn(folder("tools") + ":" + folder("jdk/bin"));
@@ -82,6 +89,7 @@ TEST_F(JavaRuntimeTest, JavaOutsideOfABinFolderTellsNoHome) {
 }
 
 TEST_F(JavaRuntimeTest, FoldersPlainFilesAndDanglingLinksArePassedOver) {
+  proves("JAVA-4");
   _sandbox.makeFolder("a/bin/java");
   _sandbox.write("b/bin/java", "no program", 0644);
   _sandbox.makeLink("c/bin/java", "nowhere");

@@ -9,6 +9,7 @@
 #include "platform/posix/PosixChildProcesses.h"
 #include "support/ChildRecords.h"
 #include "support/FakeProcessTable.h"
+#include "support/Proves.h"
 #include "support/ScopedVariable.h"
 #include "support/TemporaryFolder.h"
 
@@ -59,12 +60,14 @@ TEST_P(ProcessTableContractTest, TellsThisProcessByItsFileName) {
 }
 
 TEST_P(ProcessTableContractTest, KnowsNoOtherKey) {
+  proves("PROCESS-1");
   EXPECT_THAT(_table->valuesForKey("CFBundleIdentifier"), IsEmpty());
   EXPECT_THAT(_table->valuesForKey(""), IsEmpty());
   EXPECT_THAT(_table->valuesForKey("cfbundleexecutable"), IsEmpty());
 }
 
 TEST_P(ProcessTableContractTest, ReportsAPathWhereNothingIsAsItIs) {
+  proves("PROCESS-2");
   EXPECT_EQ(_table->asReported("/nowhere/at/../all"), "/nowhere/at/../all");
   EXPECT_EQ(_table->asReported(""), "");
 }
@@ -113,6 +116,7 @@ class RunningProgramTest : public ::testing::Test {
 };
 
 TEST_F(RunningProgramTest, IsListedByPathAndName) {
+  proves("PROCESS-1");
   const std::string copy = runCopy("Quill mere");
 
   EXPECT_THAT(_table.valuesForKey(kExecutable), Contains(copy));
@@ -120,6 +124,7 @@ TEST_F(RunningProgramTest, IsListedByPathAndName) {
 }
 
 TEST_F(RunningProgramTest, KeepsItsPathWhenItsFileIsRemoved) {
+  proves("PROCESS-4");
   const std::string copy = runCopy("Quillmere");
 
   fs::remove(copy);
@@ -148,12 +153,14 @@ TEST_F(RunningProgramTest, KeepsItsPathWhenAnotherFileHasTheMarkedName) {
 }
 
 TEST_F(RunningProgramTest, KeepsANameThatLooksRemoved) {
+  proves("PROCESS-4");
   const std::string copy = runCopy("Quillmere (deleted)");
 
   EXPECT_THAT(_table.valuesForKey(kExecutable), Contains(copy));
 }
 
 TEST_F(RunningProgramTest, LosesOneMarkOnlyWhenItLooksRemovedAndIs) {
+  proves("PROCESS-4");
   const std::string copy = runCopy("Quillmere (deleted)");
 
   fs::remove(copy);
@@ -162,6 +169,7 @@ TEST_F(RunningProgramTest, LosesOneMarkOnlyWhenItLooksRemovedAndIs) {
 }
 
 TEST_F(RunningProgramTest, IsReportedWithLinksResolved) {
+  proves("PROCESS-2");
   const std::string copy = runCopy("program");
   _folder.makeLink("folder", _folder.path());
 
@@ -189,6 +197,7 @@ class MadeTableTest : public ::testing::Test {
 };
 
 TEST_F(MadeTableTest, OnlyNumbersAreProcesses) {
+  proves("PROCESS-1");
   _folder.makeLink("1/exe", "/sbin/init");
   _folder.makeLink("4711/exe", "/bin/sh");
   _folder.makeLink("self/exe", "/bin/self");
@@ -208,6 +217,7 @@ TEST_F(MadeTableTest, EveryDigitMakesANumber) {
 }
 
 TEST_F(MadeTableTest, NamesAndPathsComeInTheSameOrder) {
+  proves("PROCESS-1");
   for (const char* number : {"3", "20", "100"})
     _folder.makeLink(std::string(number) + "/exe", std::string("/bin/") + number);
 
@@ -217,6 +227,7 @@ TEST_F(MadeTableTest, NamesAndPathsComeInTheSameOrder) {
 }
 
 TEST_F(MadeTableTest, ProcessesWithoutExecutableAreLeftOut) {
+  proves("PROCESS-1");
   _folder.makeFolder("2");
   _folder.makeFile("3/exe", "no link");
   _folder.makeLink("4/exe", "/bin/sh");
@@ -225,6 +236,7 @@ TEST_F(MadeTableTest, ProcessesWithoutExecutableAreLeftOut) {
 }
 
 TEST_F(MadeTableTest, AMarkStaysWhileTheFileHasALink) {
+  proves("PROCESS-4");
   const std::string file = _folder.makeFile("program (deleted)", "");
   _folder.makeLink("5/exe", file);
 
@@ -232,6 +244,7 @@ TEST_F(MadeTableTest, AMarkStaysWhileTheFileHasALink) {
 }
 
 TEST_F(MadeTableTest, AMarkStaysWhenTheFileCannotBeAsked) {
+  proves("PROCESS-4");
   _folder.makeLink("5/exe", "/nowhere (deleted)");
 
   EXPECT_THAT(_table.valuesForKey(kExecutable), ElementsAre("/nowhere (deleted)"));

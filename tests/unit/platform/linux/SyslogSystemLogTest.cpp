@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/FakeClock.h"
+#include "support/Proves.h"
 
 // These definitions come before the C library's, so that the tests see what it would be given.
 namespace {
@@ -56,6 +57,7 @@ class SyslogSystemLogTest : public ::testing::Test {
 };
 
 TEST_F(SyslogSystemLogTest, WritesUnderItsNameWithTheProcessNumber) {
+  proves("LOG-2");
   { const SyslogSystemLog log(_clock); }
 
   EXPECT_THAT(calls,
@@ -63,6 +65,7 @@ TEST_F(SyslogSystemLogTest, WritesUnderItsNameWithTheProcessNumber) {
 }
 
 TEST_F(SyslogSystemLogTest, KeepsTheLevels) {
+  proves("LOG-2");
   SyslogSystemLog log(_clock);
   calls.clear();
 
@@ -75,6 +78,7 @@ TEST_F(SyslogSystemLogTest, KeepsTheLevels) {
 }
 
 TEST_F(SyslogSystemLogTest, WritesMessagesEscapedAndNeverAsFormats) {
+  proves("LOG-3");
   SyslogSystemLog log(_clock);
   calls.clear();
 

@@ -6,6 +6,7 @@
 #include "platform/files/PosixFileManager.h"
 #include "platform/posix/PosixUserContext.h"
 #include "support/FakeUserContext.h"
+#include "support/Proves.h"
 #include "support/Sandbox.h"
 #include "support/TemporaryFolder.h"
 
@@ -65,6 +66,7 @@ class UserPreferencesTest : public ::testing::Test {
 };
 
 TEST_F(UserPreferencesTest, ComeFromTheHomeThatTheUserDatabaseTells) {
+  proves("USER-4");
   EXPECT_EQ(homeRead(), "Users/ada");
   EXPECT_THAT(_files.reads, ElementsAre(_sandbox.path(file("Users/ada"))));
 }
@@ -78,6 +80,7 @@ TEST_F(UserPreferencesTest, OfTheGlobalDomainHaveTheirOwnFile) {
 }
 
 TEST_F(UserPreferencesTest, AreReadAsTheConsoleUser) {
+  proves("USER-5");
   EXPECT_EQ(homeRead(), "Users/ada");
 
   EXPECT_THAT(_files.readers, ElementsAre(501));
@@ -85,6 +88,7 @@ TEST_F(UserPreferencesTest, AreReadAsTheConsoleUser) {
 }
 
 TEST_F(UserPreferencesTest, AreReadAsTheCurrentUserWhenTheSwitchIsRefused) {
+  proves("USER-6");
   _users.refusedUsers = {501};
 
   EXPECT_EQ(homeRead(), "Users/ada");
@@ -113,6 +117,7 @@ TEST_F(UserPreferencesTest, OfRootAreRoots) {
 }
 
 TEST_F(UserPreferencesTest, OfAnUnknownUserAreInHomeAndReadWithoutASwitch) {
+  proves("USER-4");
   _users.variables["USER"] = "nobody-knows";
 
   EXPECT_EQ(homeRead(), "home");
@@ -147,6 +152,7 @@ TEST_F(UserPreferencesTest, NeedNoHomeVariableForAKnownUser) {
 }
 
 TEST_F(UserPreferencesTest, AreAbsentWithoutAnyHome) {
+  proves("USER-4");
   _users.variables = {{"USER", "nobody-knows"}};
 
   EXPECT_EQ(_preferences.domain(kDomain), std::nullopt);
@@ -154,6 +160,7 @@ TEST_F(UserPreferencesTest, AreAbsentWithoutAnyHome) {
 }
 
 TEST_F(UserPreferencesTest, AreAbsentWhenTheHomeIsEmpty) {
+  proves("USER-4");
   _users.variables = {{"USER", "nobody-knows"}, {"HOME", ""}};
   EXPECT_EQ(_preferences.domain(kDomain), std::nullopt);
 
@@ -165,16 +172,19 @@ TEST_F(UserPreferencesTest, AreAbsentWhenTheHomeIsEmpty) {
 }
 
 TEST_F(UserPreferencesTest, AreAbsentWithoutAFile) {
+  proves("USER-8");
   EXPECT_EQ(_preferences.domain("com.example.other"), std::nullopt);
 }
 
 TEST_F(UserPreferencesTest, AreAbsentWhenTheFileIsDamaged) {
+  proves("USER-8");
   _sandbox.write(file("Users/ada"), "<plist><dict>");
 
   EXPECT_EQ(_preferences.domain(kDomain), std::nullopt);
 }
 
 TEST_F(UserPreferencesTest, AreAbsentWhenTheFileHoldsNoDictionary) {
+  proves("USER-8");
   _sandbox.write(file("Users/ada"),
                  "<plist version=\"1.0\"><array><string>x</string></array></plist>");
 
@@ -182,6 +192,7 @@ TEST_F(UserPreferencesTest, AreAbsentWhenTheFileHoldsNoDictionary) {
 }
 
 TEST_F(UserPreferencesTest, ArePassedOverWhenAPipeOrAFolderStandsThere) {
+  proves("USER-8");
   _sandbox.remove(file("Users/ada"));
   _sandbox.makePipe(file("Users/ada"));
   EXPECT_EQ(_preferences.domain(kDomain), std::nullopt);
@@ -192,6 +203,7 @@ TEST_F(UserPreferencesTest, ArePassedOverWhenAPipeOrAFolderStandsThere) {
 }
 
 TEST_F(UserPreferencesTest, FollowLinks) {
+  proves("USER-8");
   _sandbox.remove(file("Users/ada"));
   _sandbox.makeLink(file("Users/ada"), _sandbox.path(file("home")));
 
@@ -229,6 +241,7 @@ class RealRightsTest : public ::testing::Test {
 };
 
 TEST_F(RealRightsTest, TheUsersOwnFileIsRead) {
+  proves("USER-5");
   ASSERT_EQ(chown(_file.c_str(), 54321, 54321), 0);
 
   EXPECT_THAT(_preferences.domain(kDomain), Optional(Dictionary{{"a", "b"}}));
@@ -237,6 +250,7 @@ TEST_F(RealRightsTest, TheUsersOwnFileIsRead) {
 }
 
 TEST_F(RealRightsTest, AFileThatTheUserMayNotReadIsNotRead) {
+  proves("USER-5");
   EXPECT_EQ(_preferences.domain(kDomain), std::nullopt);
 
   EXPECT_EQ(geteuid(), 0U);

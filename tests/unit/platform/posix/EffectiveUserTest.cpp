@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "support/FakeUserContext.h"
+#include "support/Proves.h"
 
 namespace installer::test {
 namespace {
@@ -35,6 +36,7 @@ TEST_F(EffectiveUserTest, StaysWithoutAnotherUser) {
 }
 
 TEST_F(EffectiveUserTest, StaysWhenTheSystemRefuses) {
+  proves("USER-6");
   _users.refusedUsers = {20};
   {
     const EffectiveUser scope(_users, 20);
@@ -46,6 +48,7 @@ TEST_F(EffectiveUserTest, StaysWhenTheSystemRefuses) {
 }
 
 TEST_F(EffectiveUserTest, EndsTheProcessWhenThereIsNoWayBack) {
+  proves("USER-6");
   _users.refusedUsers = {10};
 
   EXPECT_EXIT({ const EffectiveUser scope(_users, 20); }, ::testing::ExitedWithCode(1), "");

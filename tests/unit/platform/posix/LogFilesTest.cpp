@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "support/FakeClock.h"
+#include "support/Proves.h"
 #include "support/TemporaryFolder.h"
 
 namespace {
@@ -56,6 +57,7 @@ class LogFilesTest : public ::testing::Test {
 };
 
 TEST_F(LogFilesTest, EachLineTellsTheTimeOfItsWriting) {
+  proves("LOG-4");
   ASSERT_EQ(_files.add(open("log")), 0);
 
   _clock.set(2024, 3, 9, 14, 5, 7);
@@ -79,6 +81,7 @@ TEST_F(LogFilesTest, EveryFileGetsEveryLine) {
 }
 
 TEST_F(LogFilesTest, ARemovedFileGetsNothingMoreAndStaysOpen) {
+  proves("LOG-9");
   const int one = open("one");
   const int two = open("two");
   _files.add(one);
@@ -102,6 +105,7 @@ TEST_F(LogFilesTest, RemovingWhatWasNeverAddedChangesNothing) {
 }
 
 TEST_F(LogFilesTest, AFileAddedTwiceGetsEachLineOnce) {
+  proves("LOG-4");
   const int file = open("log");
 
   EXPECT_EQ(_files.add(file), 0);
@@ -117,6 +121,7 @@ TEST_F(LogFilesTest, AClosedDescriptorIsRefused) {
 }
 
 TEST_F(LogFilesTest, AFileThatCannotBeWrittenLosesItsLinesOnly) {
+  proves("LOG-4");
   open("readable");
   _files.add(open("readable", O_RDONLY));
   _files.add(open("full", O_WRONLY | O_CREAT));
@@ -130,6 +135,7 @@ TEST_F(LogFilesTest, AFileThatCannotBeWrittenLosesItsLinesOnly) {
 
 // A packet pipe keeps writes apart, so a second write of a line would show as a second packet.
 TEST_F(LogFilesTest, ALineIsOneWrite) {
+  proves("LOG-4");
   int ends[2] = {-1, -1};
   ASSERT_EQ(pipe2(ends, O_DIRECT), 0);
   _files.add(ends[1]);
@@ -172,6 +178,7 @@ void fill(int pipe) {
 }
 
 TEST_F(LogFilesTest, ASignalLosesNoLine) {
+  proves("LOG-4");
   struct sigaction action {};
   struct sigaction previous {};
   action.sa_handler = passOver;  // without SA_RESTART: a blocked write is cut short
@@ -209,6 +216,7 @@ class HostNameTest : public LogFilesTest {
 };
 
 TEST_F(HostNameTest, IsTheSystemsOwn) {
+  proves("LOG-1");
   EXPECT_EQ(hostToldFor("q"), "q");
   EXPECT_EQ(hostToldFor(std::string(255, 'q')), std::string(255, 'q'));
   EXPECT_EQ(spaceForName, 255U) << "a zero must follow";

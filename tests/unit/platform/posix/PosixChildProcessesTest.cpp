@@ -10,6 +10,7 @@
 #include <filesystem>
 
 #include "support/ChildRecords.h"
+#include "support/Proves.h"
 #include "support/ScopedDescriptor.h"
 #include "support/ScopedVariable.h"
 #include "support/TemporaryFolder.h"
@@ -111,6 +112,7 @@ class PosixChildProcessesTest : public ::testing::Test {
 // --- start and wait ------------------------------------------------------------------------------
 
 TEST_F(PosixChildProcessesTest, ArgumentsReachTheChildAsTheyAre) {
+  proves("CHILD-1");
   const std::vector<std::string> arguments = {
       "",          "a b",  "$HOME *", "\"quoted\" 'too'", "back\\slash", "two\nlines",
       "M\xC3\xBC", "\xFF", "-x=1"};
@@ -122,6 +124,7 @@ TEST_F(PosixChildProcessesTest, ArgumentsReachTheChildAsTheyAre) {
 }
 
 TEST_F(PosixChildProcessesTest, AChildHoldsStandardInputAndTheNullDeviceOnly) {
+  proves("CHILD-2");
   const std::string input = _folder.makeFile("input", "");
   const ScopedDescriptor standardInput(STDIN_FILENO, input, O_RDONLY);
   const ScopedDescriptor standardOutput(STDOUT_FILENO, _folder.path("output"), O_RDWR | O_CREAT);
@@ -144,6 +147,7 @@ TEST_F(PosixChildProcessesTest, AChildMayWriteToItsNullDevice) {
 }
 
 TEST_F(PosixChildProcessesTest, AChildHasDefaultSignalHandling) {
+  proves("CHILD-4");
   const ScopedAction pipe(SIGPIPE, SIG_IGN);
   const ScopedAction size(SIGXFSZ, SIG_IGN);
   const ScopedAction interrupt(SIGINT, SIG_IGN);
@@ -163,6 +167,7 @@ TEST_F(PosixChildProcessesTest, AChildHasDefaultSignalHandling) {
 }
 
 TEST_F(PosixChildProcessesTest, AChildInheritsEnvironmentFolderMaskAndUser) {
+  proves("CHILD-3");
   const ScopedVariable variable("HOTFIX_TEST_VARIABLE", "a value");
   const mode_t mask = umask(027);
 
@@ -176,6 +181,7 @@ TEST_F(PosixChildProcessesTest, AChildInheritsEnvironmentFolderMaskAndUser) {
 }
 
 TEST_F(PosixChildProcessesTest, StartReturnsWhileTheChildRuns) {
+  proves("CHILD-5");
   script("await\t" + _folder.path("go") + "\nwrite\t" + _folder.path("done") + "\tdone\n");
 
   const auto child = _children.start(helper(), nullptr);
@@ -189,12 +195,14 @@ TEST_F(PosixChildProcessesTest, StartReturnsWhileTheChildRuns) {
 }
 
 TEST_F(PosixChildProcessesTest, WaitLeavesNoChildBehind) {
+  proves("CHILD-5");
   run(helper());
 
   expectNoChildren();
 }
 
 TEST_F(PosixChildProcessesTest, WaitReturnsHoweverTheChildEnds) {
+  proves("CHILD-5");
   for (const char* ending : {"exit\t3\n", "kill\t15\n", "kill\t9\n"}) {
     script(ending);
 
@@ -205,6 +213,7 @@ TEST_F(PosixChildProcessesTest, WaitReturnsHoweverTheChildEnds) {
 }
 
 TEST_F(PosixChildProcessesTest, SignalsDoNotCutTheWaitShort) {
+  proves("CHILD-5");
   const ScopedAction action(SIGUSR1, passOver);
   script("signal-parent\t10\t50\nwrite\t" + _folder.path("done") + "\n");
 
@@ -221,10 +230,12 @@ TEST_F(PosixChildProcessesTest, WaitingForNobodyReturns) {
 }
 
 TEST_F(PosixChildProcessesTest, ExecutablesAreNotLookedUp) {
+  proves("CHILD-1");
   EXPECT_EQ(reasonFor({"sh", {}}), "No such file or directory");
 }
 
 TEST_F(PosixChildProcessesTest, ARelativeExecutableCountsFromTheWorkingFolder) {
+  proves("CHILD-1");
   const std::string relative = std::filesystem::relative(childHelper()).string();
 
   run({relative, {}});
@@ -233,6 +244,7 @@ TEST_F(PosixChildProcessesTest, ARelativeExecutableCountsFromTheWorkingFolder) {
 }
 
 TEST_F(PosixChildProcessesTest, WhatCannotBeExecutedIsTold) {
+  proves("CHILD-6");
   EXPECT_EQ(reasonFor({_folder.makeFile("plain", "", 0644), {}}), "Permission denied");
   EXPECT_EQ(reasonFor({_folder.path(), {}}), "Permission denied");
   EXPECT_EQ(reasonFor({_folder.makeFile("text", "echo x\n", 0755), {}}), "Exec format error");
@@ -241,6 +253,7 @@ TEST_F(PosixChildProcessesTest, WhatCannotBeExecutedIsTold) {
 }
 
 TEST_F(PosixChildProcessesTest, AFailedStartLeavesNothingBehind) {
+  proves("CHILD-6");
   const std::size_t descriptors = countOpenDescriptors();
 
   (void)reasonFor({"/nowhere/tool", {}});
@@ -261,6 +274,7 @@ class FirstLineTest : public PosixChildProcessesTest,
                       public ::testing::WithParamInterface<LineCase> {};
 
 TEST_P(FirstLineTest, IsCutAtTheLineFeed) {
+  proves("CHILD-7");
   script(GetParam().script);
 
   EXPECT_EQ(_children.firstLine(helper()), GetParam().expected);
@@ -292,6 +306,7 @@ INSTANTIATE_TEST_SUITE_P(Lines, FirstLineTest, ::testing::ValuesIn(kLineCases),
                          [](const auto& test) { return test.param.name; });
 
 TEST_F(PosixChildProcessesTest, FirstLineGivesTheChildAPipeAndTheNullDevice) {
+  proves("CHILD-7");
   const ScopedDescriptor standardInput(STDIN_FILENO, "/dev/zero", O_RDONLY);
   script("print\ta\\n\n");
 
@@ -303,6 +318,7 @@ TEST_F(PosixChildProcessesTest, FirstLineGivesTheChildAPipeAndTheNullDevice) {
 }
 
 TEST_F(PosixChildProcessesTest, FirstLineWaitsForTheChildsEnd) {
+  proves("CHILD-7");
   script("print\ta\\n\nwrite\t" + _folder.path("done") + "\n");
 
   EXPECT_EQ(_children.firstLine(helper()), "a");
@@ -311,6 +327,7 @@ TEST_F(PosixChildProcessesTest, FirstLineWaitsForTheChildsEnd) {
 }
 
 TEST_F(PosixChildProcessesTest, AChildThatGoesOnPrintingIsStopped) {
+  proves("CHILD-7");
   const ScopedAction action(SIGPIPE, SIG_IGN);
   script("print\ta\\n\nfill\t1000000\nwrite\t" + _folder.path("done") + "\n");
 
@@ -328,6 +345,7 @@ TEST_F(PosixChildProcessesTest, SignalsDoNotCutTheLineShort) {
 }
 
 TEST_F(PosixChildProcessesTest, FirstLineLeavesNoDescriptorOpen) {
+  proves("CHILD-7");
   const std::size_t descriptors = countOpenDescriptors();
   script("print\ta\\n\n");
 
@@ -354,6 +372,7 @@ TEST_F(PosixChildProcessesTest, WithoutAPipeThereIsNoFirstLineAndNoStart) {
 // --- shell ---------------------------------------------------------------------------------------
 
 TEST_F(PosixChildProcessesTest, ShellAnswersTheWaitStatus) {
+  proves("CHILD-8");
   const int exited = _children.shell("exit 3");
   const int killed = _children.shell("kill -9 $$");
 
@@ -365,6 +384,7 @@ TEST_F(PosixChildProcessesTest, ShellAnswersTheWaitStatus) {
 }
 
 TEST_F(PosixChildProcessesTest, ShellUnderstandsTheWholeText) {
+  proves("CHILD-8");
   EXPECT_EQ(
       _children.shell("cd '" + _folder.path() + "' && echo 'a  b' | cat > out; echo c >> out"), 0);
 
@@ -372,6 +392,7 @@ TEST_F(PosixChildProcessesTest, ShellUnderstandsTheWholeText) {
 }
 
 TEST_F(PosixChildProcessesTest, ShellTakesAHyphenForACommand) {
+  proves("CHILD-8");
   const int status = _children.shell("-v 2>/dev/null; exit 5");
 
   EXPECT_EQ(WEXITSTATUS(status), 5);
@@ -398,6 +419,7 @@ TEST_F(PosixChildProcessesTest, ShellHoldsNoOtherDescriptor) {
 }
 
 TEST_F(PosixChildProcessesTest, AShellThatCannotBeStartedAnswersMinusOne) {
+  proves("CHILD-8");
   EXPECT_EQ(_children.shell(std::string(1 << 20, ' ')), -1);
 }
 

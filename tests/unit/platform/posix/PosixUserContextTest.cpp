@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "support/FakeUserContext.h"
+#include "support/Proves.h"
 #include "support/ScopedVariable.h"
 
 namespace installer::test {
@@ -79,18 +80,21 @@ class UserContextContractTest : public ::testing::TestWithParam<Kind> {
 };
 
 TEST_P(UserContextContractTest, TellsVariables) {
+  proves("USER-2");
   _subject->setVariable("a value");
 
   EXPECT_EQ(_users.environment(kVariable), "a value");
 }
 
 TEST_P(UserContextContractTest, AnEmptyVariableIsNotUnset) {
+  proves("USER-2");
   _subject->setVariable("");
 
   EXPECT_EQ(_users.environment(kVariable), "");
 }
 
 TEST_P(UserContextContractTest, AnUnsetVariableIsAbsent) {
+  proves("USER-2");
   _subject->setVariable(std::nullopt);
 
   EXPECT_EQ(_users.environment(kVariable), std::nullopt);
@@ -108,6 +112,7 @@ TEST_P(UserContextContractTest, FindsRoot) {
 }
 
 TEST_P(UserContextContractTest, UnknownNamesAreAbsent) {
+  proves("USER-2");
   EXPECT_EQ(_users.findGroup("no-such-group"), std::nullopt);
   EXPECT_FALSE(_users.findUser("no-such-user").has_value());
   EXPECT_FALSE(_users.findUser("").has_value());
@@ -115,6 +120,7 @@ TEST_P(UserContextContractTest, UnknownNamesAreAbsent) {
 }
 
 TEST_P(UserContextContractTest, NamesTheEffectiveUser) {
+  proves("USER-2");
   const std::optional<std::string> name = _users.currentUserName();
 
   ASSERT_TRUE(name.has_value());
@@ -142,6 +148,7 @@ class PosixUserContextTest : public ::testing::Test {
 };
 
 TEST_F(PosixUserContextTest, FindsUserWithIdsAndHomeOfTheirOwn) {
+  proves("USER-2");
   const std::optional<User> user = _users.findUser("games");
 
   ASSERT_TRUE(user.has_value());
@@ -152,6 +159,7 @@ TEST_F(PosixUserContextTest, FindsUserWithIdsAndHomeOfTheirOwn) {
 }
 
 TEST_F(PosixUserContextTest, FindsGroups) {
+  proves("USER-2");
   EXPECT_EQ(_users.findGroup("games"), 60U);
 }
 
@@ -160,6 +168,7 @@ TEST_F(PosixUserContextTest, TellsTheEffectiveUser) {
 }
 
 TEST_F(PosixUserContextTest, ChangesTheEffectiveUserAndNoOther) {
+  proves("USER-5");
   if (geteuid() != 0) GTEST_SKIP() << "only root may change its user";
 
   EXPECT_EQ(inOwnProcess([&] {
@@ -180,6 +189,7 @@ TEST_F(PosixUserContextTest, AnEffectiveUserOutsideTheDatabaseHasNoName) {
 }
 
 TEST_F(PosixUserContextTest, ARefusedChangeChangesNothing) {
+  proves("USER-6");
   EXPECT_EQ(inOwnProcess([&] {
               if (geteuid() == 0 && setresuid(5, 5, 5) != 0) return 1;
               const uid_t before = geteuid();
@@ -201,22 +211,26 @@ class ConsoleUserTest : public ::testing::Test {
 };
 
 TEST_F(ConsoleUserTest, IsTheValueOfUser) {
+  proves("USER-1");
   _users.variables["USER"] = "somebody";
 
   EXPECT_EQ(_users.consoleUserName(), "somebody");
 }
 
 TEST_F(ConsoleUserTest, IsEmptyWhenUserIsEmpty) {
+  proves("USER-1");
   _users.variables["USER"] = "";
 
   EXPECT_EQ(_users.consoleUserName(), "");
 }
 
 TEST_F(ConsoleUserTest, IsTheEffectiveUserWhenUserIsUnset) {
+  proves("USER-1");
   EXPECT_EQ(_users.consoleUserName(), "worker");
 }
 
 TEST_F(ConsoleUserTest, IsAbsentWhenNobodyIsKnown) {
+  proves("USER-1");
   _users.effectiveUser = 8;
 
   EXPECT_EQ(_users.consoleUserName(), std::nullopt);
@@ -231,6 +245,7 @@ TEST_F(ConsoleUserTest, IsLookedUpInTheDatabase) {
 }
 
 TEST_F(ConsoleUserTest, IsUnknownWhenTheDatabaseHasNoSuchUser) {
+  proves("USER-1");
   _users.variables["USER"] = "somebody";
   EXPECT_FALSE(_users.consoleUser().has_value());
 

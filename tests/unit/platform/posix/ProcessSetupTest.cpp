@@ -9,6 +9,8 @@
 #include <csignal>
 #include <filesystem>
 
+#include "support/Proves.h"
+
 namespace installer::test {
 namespace {
 
@@ -51,6 +53,7 @@ class ProcessSetupTest : public ::testing::Test {
 };
 
 TEST_F(ProcessSetupTest, FillsEveryClosedStandardDescriptor) {
+  proves("CHILD-9");
   for (int descriptor = 0; descriptor <= 2; ++descriptor) close(descriptor);
 
   setUpProcess();
@@ -65,6 +68,7 @@ TEST_F(ProcessSetupTest, FillsEveryClosedStandardDescriptor) {
 class ClosedDescriptorTest : public ProcessSetupTest, public ::testing::WithParamInterface<int> {};
 
 TEST_P(ClosedDescriptorTest, IsFilledAndTheOthersStay) {
+  proves("CHILD-9");
   for (int descriptor = 0; descriptor <= 2; ++descriptor) {
     const int zero = open("/dev/zero", O_RDWR);
     dup2(zero, descriptor);
@@ -82,6 +86,7 @@ INSTANTIATE_TEST_SUITE_P(Descriptors, ClosedDescriptorTest, ::testing::Values(0,
                          ::testing::PrintToStringParamName());
 
 TEST_F(ProcessSetupTest, OpensNothingWhenNothingIsClosed) {
+  proves("CHILD-9");
   for (int descriptor = 0; descriptor <= 2; ++descriptor)
     if (fcntl(descriptor, F_GETFD) < 0) GTEST_SKIP() << "started with closed descriptors";
   const int free = open("/dev/zero", O_RDONLY);
@@ -93,6 +98,7 @@ TEST_F(ProcessSetupTest, OpensNothingWhenNothingIsClosed) {
 }
 
 TEST_F(ProcessSetupTest, IgnoresTheSignalsOfFailedWritesOnly) {
+  proves("CHILD-9");
   setUpProcess();
 
   EXPECT_TRUE(isIgnored(SIGPIPE));
