@@ -10,28 +10,13 @@ hotfix_add_check(format ${PROJECT_SOURCE_DIR}/scripts/check-format)
 hotfix_add_check(shell ${PROJECT_SOURCE_DIR}/scripts/check-shell)
 hotfix_add_check(commits ${PROJECT_SOURCE_DIR}/scripts/check-commits)
 
-# Every test file has a test in one of the programs; every behaviour that the documents promise has
-# one that ran. The second comes last: ctest learns what to wait for when it learns of the tests.
-# Both concern all tests: without the sample's there is nothing to say.
+hotfix_add_check(promises ${PROJECT_SOURCE_DIR}/scripts/check-promises)
+
+# Every test file has a test in one of the programs. This concerns all tests: without the sample's
+# there is nothing to say.
 if(HOTFIX_BUILD_SAMPLE)
   list(TRANSFORM HOTFIX_TEST_PROGRAMS REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE programs)
   hotfix_add_check(test_files ${PROJECT_SOURCE_DIR}/scripts/check-test-files ${programs})
-
-  list(TRANSFORM HOTFIX_TEST_PROGRAMS REPLACE "(.+)" "\${\\1_TESTS}" OUTPUT_VARIABLE all_tests)
-  list(JOIN programs "\" \"" programs)
-  file(
-    GENERATE
-    OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/behaviours.cmake
-    CONTENT
-      "add_test(check.behaviours \"${PROJECT_SOURCE_DIR}/scripts/check-behaviours\"
-  --results \"${HOTFIX_RESULTS}\" --build \"${PROJECT_BINARY_DIR}\" \"${programs}\")
-set_tests_properties(check.behaviours PROPERTIES
-  LABELS check TIMEOUT 600 WORKING_DIRECTORY \"${PROJECT_SOURCE_DIR}\" DEPENDS \"${all_tests}\")
-")
-  if(EXISTS ${PROJECT_SOURCE_DIR}/docs/behaviours.md)
-    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES
-                                           ${CMAKE_CURRENT_BINARY_DIR}/behaviours.cmake)
-  endif()
 endif()
 
 file(GLOB script_tests CONFIGURE_DEPENDS scripts/*_test.py)
@@ -57,9 +42,34 @@ function(hotfix_add_package_step step)
   endif()
 endfunction()
 
-foreach(step install headers hardening exports cmake cmake-shared cmake-static pkg-config-shared
-             pkg-config-static guide packager demo)
-  hotfix_add_package_step(${step})
+foreach(step install cmake cmake-shared cmake-static pkg-config-shared pkg-config-static)
+  hotfix_add_package_step(${step} PROVES LIBRARY-1)
 endforeach()
+hotfix_add_package_step(headers PROVES LIBRARY-2)
+hotfix_add_package_step(exports PROVES LIBRARY-3)
+hotfix_add_package_step(hardening PROVES LIBRARY-4)
+hotfix_add_package_step(guide PROVES LIBRARY-5)
+hotfix_add_package_step(packager)
+hotfix_add_package_step(demo)
 # The story needs mounts of its own.
 set_tests_properties(package.demo PROPERTIES SKIP_RETURN_CODE 77)
+
+# What all these tests have shown: a passed test for each promise, the sample's among them. It comes
+# last; ctest learns what to wait for when it learns of the tests.
+if(HOTFIX_BUILD_SAMPLE)
+  get_property(tests GLOBAL PROPERTY HOTFIX_RECORDED_TESTS)
+  foreach(program IN LISTS HOTFIX_TEST_PROGRAMS)
+    list(APPEND tests "\${${program}_TESTS}")
+  endforeach()
+  list(JOIN programs "\" \"" programs)
+  file(
+    GENERATE
+    OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/proofs.cmake
+    CONTENT
+      "add_test(proofs \"${PROJECT_SOURCE_DIR}/scripts/check-promises\"
+  --results \"${HOTFIX_RESULTS}\" --table \"${PROJECT_BINARY_DIR}/proofs.md\" \"${programs}\")
+set_tests_properties(proofs PROPERTIES
+  LABELS proofs TIMEOUT 300 WORKING_DIRECTORY \"${PROJECT_SOURCE_DIR}\" DEPENDS \"${tests}\")
+")
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${CMAKE_CURRENT_BINARY_DIR}/proofs.cmake)
+endif()
