@@ -5,8 +5,8 @@ option(HOTFIX_COVERAGE "Count executed lines and branches" OFF)
 
 if(HOTFIX_SANITIZE)
   add_compile_options(-fsanitize=${HOTFIX_SANITIZE} -fno-sanitize-recover=all)
-  # The compiler sees uninitialised values in what it instruments itself.
-  add_compile_options(-Wno-maybe-uninitialized)
+  # GCC sees uninitialised values in what it instruments itself.
+  add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${HOTFIX_SANITIZE})
 endif()
 if(HOTFIX_COVERAGE)
