@@ -422,7 +422,7 @@ TEST_F(PlainRunTest, SystemLogReceivesTheSameLines) {
   const auto trace = _sandbox.trace();
   ASSERT_EQ(trace.size(), received.size());
   for (std::size_t i = 0; i < trace.size(); ++i) {
-    EXPECT_THAT(received[i], ::testing::HasSubstr("HotfixInstaller"));
+    EXPECT_THAT(received[i], ::testing::HasSubstr(" HotfixInstaller["));
     EXPECT_THAT(received[i], ::testing::EndsWith(trace[i].text));
   }
 }

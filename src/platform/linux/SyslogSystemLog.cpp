@@ -6,13 +6,7 @@
 
 namespace installer {
 
-SyslogSystemLog::SyslogSystemLog(Clock& clock) : _files(clock) {
-  openlog("HotfixInstaller", LOG_PID, LOG_USER);
-}
-
-SyslogSystemLog::~SyslogSystemLog() {
-  closelog();
-}
+SyslogSystemLog::SyslogSystemLog(Clock& clock) : _files(clock) {}
 
 void SyslogSystemLog::write(LogLevel level, std::string_view message) {
   const std::string line = escapedMessage(message);

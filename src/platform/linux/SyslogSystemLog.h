@@ -5,10 +5,11 @@
 
 namespace installer {
 
+// Lines go out under the name and over the connection that the process has chosen (setUpProcess()
+// chooses for our program): a host of the library keeps its own.
 class SyslogSystemLog : public SystemLog {
  public:
   explicit SyslogSystemLog(Clock& clock);
-  ~SyslogSystemLog() override;
 
   void write(LogLevel level, std::string_view message) override;
   int addFile(int descriptor) override;

@@ -1,6 +1,7 @@
 #include "platform/ProcessSetup.h"
 
 #include <fcntl.h>
+#include <syslog.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -20,6 +21,7 @@ void setUpProcess() {
   fillStandardDescriptors();
   (void)std::signal(SIGPIPE, SIG_IGN);
   (void)std::signal(SIGXFSZ, SIG_IGN);
+  openlog("HotfixInstaller", LOG_PID, LOG_USER);
 }
 
 }  // namespace installer

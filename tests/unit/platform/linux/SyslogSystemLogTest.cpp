@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/ProcessSetup.h"
 #include "support/FakeClock.h"
 #include "support/Proves.h"
 
@@ -56,12 +57,18 @@ class SyslogSystemLogTest : public ::testing::Test {
   FakeClock _clock;
 };
 
-TEST_F(SyslogSystemLogTest, WritesUnderItsNameWithTheProcessNumber) {
-  proves("LOG-2");
-  { const SyslogSystemLog log(_clock); }
+TEST_F(SyslogSystemLogTest, LeavesTheHostsNameAndConnectionAlone) {
+  proves("LIBRARY-6");
+  { SyslogSystemLog(_clock).write(LogLevel::info, "a"); }
 
-  EXPECT_THAT(calls,
-              ElementsAre(fmt::format("open HotfixInstaller {} {}", LOG_PID, LOG_USER), "close"));
+  EXPECT_THAT(calls, ElementsAre("6 a"));
+}
+
+TEST_F(SyslogSystemLogTest, TheProgramWritesUnderItsNameWithTheProcessNumber) {
+  proves("LOG-2");
+  setUpProcess();
+
+  EXPECT_THAT(calls, ElementsAre(fmt::format("open HotfixInstaller {} {}", LOG_PID, LOG_USER)));
 }
 
 TEST_F(SyslogSystemLogTest, KeepsTheLevels) {
