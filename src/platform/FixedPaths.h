@@ -29,6 +29,27 @@ struct FixedPaths {
   std::string javaHomeTool = "/usr/libexec/java_home";
   std::string receiptTool = "/usr/sbin/pkgutil";
   std::string volumes = "/Volumes";
+
+  // Calls visit(field's name, path) for every path of `paths`, const or not, in this order. The
+  // binding names every field: a new one does not compile until it is visited.
+  template <class Paths, class Visit>
+  static void each(Paths& paths, Visit visit) {
+    auto& [trace, marker, record, configuration, panel, staging, addonLogs, products, fallback,
+           applet, javaHome, receipts, disks] = paths;
+    visit("traceFile", trace);
+    visit("errorMarker", marker);
+    visit("pasteboard", record);
+    visit("internalConfiguration", configuration);
+    visit("staleResultPanel", panel);
+    visit("stagingFolder", staging);
+    visit("addonLogFolder", addonLogs);
+    visit("registrations", products);
+    visit("fallbackRcpHome", fallback);
+    visit("javaAppletPlugin", applet);
+    visit("javaHomeTool", javaHome);
+    visit("receiptTool", receipts);
+    visit("volumes", disks);
+  }
 };
 
 }  // namespace installer

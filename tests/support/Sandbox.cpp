@@ -33,12 +33,7 @@ Platform Sandbox::services() {
 
 FixedPaths Sandbox::pathsBelowRoot() const {
   FixedPaths paths;
-  for (std::string* path :
-       {&paths.traceFile, &paths.errorMarker, &paths.pasteboard, &paths.internalConfiguration,
-        &paths.staleResultPanel, &paths.stagingFolder, &paths.addonLogFolder, &paths.registrations,
-        &paths.fallbackRcpHome, &paths.javaAppletPlugin, &paths.javaHomeTool, &paths.receiptTool,
-        &paths.volumes})
-    *path = root() + *path;
+  FixedPaths::each(paths, [&](const char*, std::string& path) { path.insert(0, root()); });
   return paths;
 }
 

@@ -19,13 +19,9 @@ using ::testing::ElementsAre;
 using ::testing::StartsWith;
 
 std::vector<std::string> allPaths(const FixedPaths& paths) {
-  return {paths.traceFile,        paths.errorMarker,
-          paths.pasteboard,       paths.internalConfiguration,
-          paths.staleResultPanel, paths.stagingFolder,
-          paths.addonLogFolder,   paths.registrations,
-          paths.fallbackRcpHome,  paths.javaAppletPlugin,
-          paths.javaHomeTool,     paths.receiptTool,
-          paths.volumes};
+  std::vector<std::string> all;
+  FixedPaths::each(paths, [&](const char*, const std::string& path) { all.push_back(path); });
+  return all;
 }
 
 TEST(SandboxTest, PutsEveryFixedPathBelowItsRoot) {

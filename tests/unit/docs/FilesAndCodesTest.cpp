@@ -112,13 +112,8 @@ std::string allSources() {
 
 TEST(FilesAndCodesTest, FixedPlacesAreThoseOfTheProgram) {
   const FixedPaths paths;
-  // Names every field: a new one does not compile until it stands here.
-  const auto& [trace, marker, pasteboard, configuration, panel, staging, addonLogs, registrations,
-               fallback, applet, javaHome, receipts, volumes] = paths;
-
-  const std::set<std::string> expected{trace,    marker,    pasteboard,    configuration, panel,
-                                       staging,  addonLogs, registrations, fallback,      applet,
-                                       javaHome, receipts,  volumes};
+  std::set<std::string> expected;
+  FixedPaths::each(paths, [&](const char*, const std::string& path) { expected.insert(path); });
 
   EXPECT_EQ(namesUnder("Fixed places"), expected);
 }

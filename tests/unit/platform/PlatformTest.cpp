@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
+#include <string>
+
 #include "platform/files/PosixFileManager.h"
 #include "platform/linux/FilePasteboard.h"
 #include "platform/linux/ProcProcessTable.h"
@@ -72,6 +75,31 @@ TEST(FixedPathsTest, AreWhatOtherProgramsExpect) {
   EXPECT_EQ(paths.javaHomeTool, "/usr/libexec/java_home");
   EXPECT_EQ(paths.receiptTool, "/usr/sbin/pkgutil");
   EXPECT_EQ(paths.volumes, "/Volumes");
+}
+
+TEST(FixedPathsTest, EachOneIsVisitedOnceUnderItsName) {
+  FixedPaths paths;
+  std::map<std::string, const std::string*> visited;
+
+  FixedPaths::each(paths, [&](const std::string& name, std::string& path) {
+    EXPECT_TRUE(visited.emplace(name, &path).second) << name;
+  });
+
+  const std::map<std::string, const std::string*> expected = {
+      {"traceFile", &paths.traceFile},
+      {"errorMarker", &paths.errorMarker},
+      {"pasteboard", &paths.pasteboard},
+      {"internalConfiguration", &paths.internalConfiguration},
+      {"staleResultPanel", &paths.staleResultPanel},
+      {"stagingFolder", &paths.stagingFolder},
+      {"addonLogFolder", &paths.addonLogFolder},
+      {"registrations", &paths.registrations},
+      {"fallbackRcpHome", &paths.fallbackRcpHome},
+      {"javaAppletPlugin", &paths.javaAppletPlugin},
+      {"javaHomeTool", &paths.javaHomeTool},
+      {"receiptTool", &paths.receiptTool},
+      {"volumes", &paths.volumes}};
+  EXPECT_EQ(visited, expected);
 }
 
 }  // namespace
