@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/ChildScript.h"
+#include "support/ChildScript.h"
 
 namespace installer::cli {
 

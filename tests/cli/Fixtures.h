@@ -7,9 +7,12 @@
 #include <vector>
 
 #include "cli/CliSandbox.h"
-#include "cli/ListText.h"
+#include "support/ListText.h"
 
 namespace installer::cli {
+
+using test::ListValue;
+using test::readXmlList;
 
 // A product's application bundle with its platform runtime folder, as its installer leaves it.
 struct Instance {

@@ -3,12 +3,14 @@
 #include <random>
 
 #include "cli/Fixtures.h"
-#include "cli/XmlText.h"
 #include "support/Proves.h"
+#include "support/XmlText.h"
 
 namespace installer::cli {
 namespace {
 
+using test::XmlDocument;
+using test::XmlNode;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;

@@ -1,10 +1,10 @@
-#include "cli/XmlText.h"
+#include "support/XmlText.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 
-namespace installer::cli {
+namespace installer::test {
 namespace {
 
 bool isBlank(char c) {
@@ -268,4 +268,4 @@ std::string described(const XmlNode& node, int depth) {
   return line;
 }
 
-}  // namespace installer::cli
+}  // namespace installer::test

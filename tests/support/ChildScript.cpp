@@ -1,4 +1,4 @@
-#include "cli/ChildScript.h"
+#include "support/ChildScript.h"
 
 #include <sstream>
 

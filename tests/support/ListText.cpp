@@ -1,10 +1,10 @@
-#include "cli/ListText.h"
+#include "support/ListText.h"
 
 #include <ostream>
 
-#include "cli/XmlText.h"
+#include "support/XmlText.h"
 
-namespace installer::cli {
+namespace installer::test {
 
 ListValue ListValue::array(std::vector<ListValue> values) {
   ListValue result{"array", "", {}};
@@ -206,4 +206,4 @@ std::optional<ListValue> readXmlList(const std::string& text) {
   return valueOf(*values[0]);
 }
 
-}  // namespace installer::cli
+}  // namespace installer::test

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace installer::cli {
+namespace installer::test {
 
 // A property-list value as the tests see it, independent of the program's own codec: the kind is
 // the XML element's name, text its content, and folders of values their items in order.
@@ -46,4 +46,4 @@ std::optional<ListValue> readXmlList(const std::string& text);
 
 std::string escapedForXml(const std::string& text);
 
-}  // namespace installer::cli
+}  // namespace installer::test

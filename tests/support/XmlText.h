@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-namespace installer::cli {
+namespace installer::test {
 
 // A small XML reader of the tests' own, for documents without a DTD subset of consequence. Entity
 // references other than the five built-in and the numeric ones are kept as nodes.
@@ -44,4 +44,4 @@ void dropIndentation(XmlNode& element);
 // One node a line, indented, for messages and comparison.
 std::string described(const XmlNode& node, int depth = 0);
 
-}  // namespace installer::cli
+}  // namespace installer::test
