@@ -320,15 +320,32 @@ class CheckPromisesTest(unittest.TestCase):
         self.assertAccepted(self.checkRun())
 
     def testResultsOfOtherTestsCountWhenTheyAreNewerThanEveryProgram(self):
-        self.promise("- **LOCK-1** One.", "- **LOCK-2** Two.")
+        self.promise("- **LOCK-1** One.", "- **LOCK-2** Two.", "- **LOCK-3** Three.")
         self.write("tests/some.sh", "# proves: LOCK-1\nscenario_Waits() {\n}\n"
                    "# proves: LOCK-2\nscenario_Stops() {\n}\n")
+        self.write("tests/some.cmake", "step(headers PROVES LOCK-3)\n")
         self.result("LockTest.Number0", PASSED, "")
         self.result("real.Waits", PASSED, "LOCK-1", kind="real")
         self.result("real.Stops", PASSED, "LOCK-2", kind="real", age=20)
 
         self.assertRefused(self.checkRun(), "docs/locks.md:6: LOCK-2: no test of it passed: "
-                           "real.Stops (tests/some.sh:4) left no proof")
+                           "real.Stops (tests/some.sh:4) left no proof",
+                           "docs/locks.md:7: LOCK-3: no test of it passed: "
+                           "headers (tests/some.cmake:1) left no proof")
+
+    def testResultsOfOtherTestsThatAreOlderThanOneOfTheProgramsDoNotCount(self):
+        self.promise("- **LOCK-1** One.")
+        self.write("tests/some.cmake", "step(headers PROVES LOCK-1)\n")
+        older, newer = self.program("older-tests"), self.program("newer-tests")
+        os.utime(newer, (self._built + 5, self._built + 5))
+        self.result("LockTest.Number0", PASSED, "", kind="older-tests")
+        self.result("LockTest.Number0", PASSED, "", kind="newer-tests")
+        self.result("package.headers", PASSED, "LOCK-1", kind="package", age=7)
+
+        result = self.check("--results", self._results, older, newer)
+
+        self.assertRefused(result, "docs/locks.md:5: LOCK-1: no test of it passed: "
+                           "headers (tests/some.cmake:1) left no proof")
 
     def testNamesAreCheckedBesideProofs(self):
         self.promise("- **LOCK-1** One.")
