@@ -5,9 +5,9 @@
 
 #include "driver/Checks.h"
 #include "driver/InstallPaths.h"
-#include "driver/InstanceLock.h"
 #include "driver/PackageLoader.h"
 #include "driver/RunState.h"
+#include "hotfix/driver/InstanceLock.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
 #include "platform/Log.h"
@@ -49,7 +49,8 @@ bool installPackage(const std::vector<std::string>& arguments) {
   const std::optional<std::string> rcpData = chooseRcpData(arguments, rcpHome);
   // First of all: what another run has at work in the bundle is not the application, and what the
   // checks find must hold until the end of the run.
-  lockInstance(rcpHome);
+  std::optional<InstanceLock> lock;
+  if (rcpHome) lock.emplace(*rcpHome);
   const bool passed = passesChecks(rcpHome);
   const bool installed = passed && runSuccessPath(*rcpHome, *rcpData);
   if (!passed) runFailurePath(rcpHome, rcpData);

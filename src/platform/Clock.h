@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <ctime>
 
 namespace installer {
@@ -13,6 +14,9 @@ class Clock {
 
   // Now, in the process's local time zone.
   virtual std::tm localTime() = 0;
+
+  // Comes back when the time has gone by, whatever signals arrive meanwhile.
+  virtual void pause(std::chrono::milliseconds time) = 0;
 };
 
 }  // namespace installer

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,6 +24,14 @@ enum class Intermediates { create, refuse };
 
 // Whether a write takes over owner and mode of the file that it replaces.
 enum class ReplacedFile { takeOver, forget };
+
+// What an attempt to take a folder's lock came to.
+struct LockAttempt {
+  // Whether another process has the lock.
+  bool busy = false;
+  // Keeps the lock as long as a copy of it lives; null when it could not be had.
+  std::shared_ptr<const void> hold;
+};
 
 // Owner, group and mode of a new or changed item. Names are account names.
 struct FileAttributes {
@@ -123,9 +132,10 @@ class FileManager {
   // Closes what openLog() answered; nothing happens for -1.
   virtual void closeLog(int descriptor) = 0;
 
-  // Waits until no other process holds the folder's lock, then holds it until the process ends.
-  // `onWait` is called once when there is somebody to wait for. False when it cannot be locked.
-  virtual bool lock(const std::string& folder, void (*onWait)()) = 0;
+  // Takes the folder's lock unless another process has it; never waits. A lock that this process
+  // holds already is held once more. Children do not inherit it, and it ends with the process. What
+  // is no folder cannot be locked and is not busy.
+  [[nodiscard]] virtual LockAttempt tryLock(const std::string& folder) = 0;
 };
 
 }  // namespace installer

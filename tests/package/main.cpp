@@ -7,6 +7,7 @@
 #include <hotfix/base/Path.h>
 #include <hotfix/base/PropertyList.h>
 #include <hotfix/driver/Installer.h>
+#include <hotfix/driver/InstanceLock.h>
 #include <hotfix/formats/Configuration.h>
 #include <hotfix/formats/InstallManifest.h>
 #include <hotfix/formats/JavaProperties.h>
@@ -56,7 +57,9 @@ void usePropertyLists() {
 }
 
 void useWorkflows(const std::string& folder) {
+  show("locked before there is anything", InstanceLock(folder + "/rcp").isHeld());
   InstanceService service(folder + "/rcp");
+  show("locked", InstanceLock(folder + "/rcp").isHeld());
   show("installed", service.hasInstanceInstalled());
   const FileError error{FileError::kExists, "there already"};
   show("goes on", service.shouldProceedAfterError(error, "from", "to"));

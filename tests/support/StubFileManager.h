@@ -48,7 +48,7 @@ class StubFileManager : public FileManager {
   bool changeAttributesBelow(const std::string&, const FileAttributes&) override { return false; }
   int openLog(const std::string&) override { return -1; }
   void closeLog(int) override {}
-  bool lock(const std::string&, void (*)()) override { return false; }
+  LockAttempt tryLock(const std::string&) override { return {}; }
 };
 
 }  // namespace installer::test

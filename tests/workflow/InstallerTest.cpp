@@ -1,9 +1,7 @@
 #include "hotfix/driver/Installer.h"
 
 #include <gmock/gmock.h>
-#include <signal.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,6 +9,7 @@
 #include "driver/ErrorStatus.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/ProvisioningCommand.h"
+#include "support/FolderHolder.h"
 #include "support/PackageFixture.h"
 #include "support/Proves.h"
 
@@ -573,25 +572,9 @@ TEST_F(InstallerTest, RcpHomeOfTheDescriptionDoesNotCount) {
 
 class OtherInstallerTest : public InstallerTest {
  protected:
-  // Another installer at work on the home, until our trace tells that we wait for it.
+  // Another installer at work on the home, until we have waited for it.
   OtherInstallerTest() {
-    int ready[2] = {-1, -1};
-    EXPECT_EQ(pipe(ready), 0);
-    _other = fork();
-    if (_other == 0) {
-      (void)_sandbox.files().lock(home(), nullptr);
-      (void)!write(ready[1], "x", 1);
-      for (int turn = 0; turn < 10'000 && !isWaitedFor(); ++turn) usleep(1000);
-      _exit(0);
-    }
-    char byte = 0;
-    EXPECT_EQ(read(ready[0], &byte, 1), 1);
-    for (const int descriptor : ready) close(descriptor);
-  }
-  ~OtherInstallerTest() override {
-    if (_other <= 0) return;
-    (void)kill(_other, SIGKILL);
-    (void)waitpid(_other, nullptr, 0);
+    _sandbox.clock().onPause([this] { _other.letGo(); });
   }
 
   std::vector<std::string> waits() const {
@@ -603,13 +586,7 @@ class OtherInstallerTest : public InstallerTest {
   static constexpr const char* kWaits =
       "Another installation is at work on this instance, waiting for its end.";
 
- private:
-  bool isWaitedFor() const {
-    const std::string& trace = _sandbox.paths().traceFile;
-    return _sandbox.exists(trace) && _sandbox.read(trace).find(kWaits) != std::string::npos;
-  }
-
-  pid_t _other = -1;
+  FolderHolder _other{home()};
 };
 
 TEST_F(OtherInstallerTest, IsWaitedForBeforeTheFirstCheck) {
@@ -630,6 +607,60 @@ TEST_F(OtherInstallerTest, IsWaitedForOnceByARefusedRunToo) {
 
   EXPECT_THAT(waits(), ElementsAre(kWaits));
   EXPECT_EQ(record(), code(6, {"Quillmere"}));
+}
+
+TEST_F(OtherInstallerTest, ItsLauncherIsNoRunningApplication) {
+  proves("LOCK-1");
+  _sandbox.processes().add(launcher());
+  _sandbox.clock().onPause([this] {
+    _sandbox.processes().clear();
+    _other.letGo();
+  });
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(waits(), ElementsAre(kWaits));
+  EXPECT_EQ(record(), code(0, {}));
+}
+
+TEST_F(OtherInstallerTest, ApplicationStartedDuringTheWaitIsSeen) {
+  proves("LOCK-1");
+  _sandbox.clock().onPause([this] {
+    _sandbox.processes().add(destination() + "/Quillmere.app/Contents/MacOS/Quillmere");
+    _other.letGo();
+  });
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_EQ(record(), code(6, {"Quillmere"}));
+  EXPECT_THAT(runs(), ElementsAre("cleanup", "update"));
+}
+
+TEST_F(OtherInstallerTest, HotfixThatItLeavesIsSeen) {
+  _sandbox.clock().onPause([this] {
+    writeInfo({{"hotfixVersion", "9"}});
+    _other.letGo();
+  });
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_EQ(record(), code(7, {destination() + "/Quillmere.app"}));
+}
+
+TEST_F(InstallerTest, InstanceIsLockedForTheWholeRunAndNotBehindIt) {
+  std::vector<bool> locked;
+  _sandbox.children().onStart([&](const Command&) {
+    locked.push_back(isLocked(home()));
+    _sandbox.write(inHome("../.provisioning_rc"), "rc=0\n");
+  });
+
+  EXPECT_EQ(run(), 0);
+  EXPECT_FALSE(isLocked(home()));
+  _sandbox.processes().add(destination() + "/Quillmere.app/x");
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_FALSE(isLocked(home()));
+  EXPECT_THAT(locked, ElementsAre(true, true, true, true));
 }
 
 TEST_F(InstallerTest, NothingOfAnEarlierRunIsKept) {

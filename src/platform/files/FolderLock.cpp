@@ -15,34 +15,26 @@ namespace installer {
 
 namespace {
 
-// Kept open, and locked with that, until the process ends.
-std::map<FileIdentity, Descriptor>& heldFolders() {
-  static std::map<FileIdentity, Descriptor> folders;
+// What this process holds. A descriptor that is closed gives the lock back.
+std::map<FileIdentity, std::weak_ptr<const Descriptor>>& heldFolders() {
+  static std::map<FileIdentity, std::weak_ptr<const Descriptor>> folders;
   return folders;
-}
-
-int tryLock(int folder, int operation) {
-  return uninterrupted([&] { return ::flock(folder, operation); }) == 0 ? 0 : errno;
-}
-
-bool waitForLock(int folder, void (*onWait)()) {
-  const int error = tryLock(folder, LOCK_EX | LOCK_NB);
-  if (error != EWOULDBLOCK) return error == 0;
-  if (onWait != nullptr) onWait();
-  return tryLock(folder, LOCK_EX) == 0;
 }
 
 }  // namespace
 
-bool lockFolder(const std::string& folder, void (*onWait)()) {
-  if (!isUsablePath(folder)) return false;
+LockAttempt tryLockFolder(const std::string& folder) {
+  if (!isUsablePath(folder)) return {};
   Descriptor descriptor = openFolderFollowingLinks(AT_FDCWD, folder);
   const auto identity = identityOf(descriptor.get());
-  if (!identity) return false;
-  if (heldFolders().contains(*identity)) return true;
-  if (!waitForLock(descriptor.get(), onWait)) return false;
-  heldFolders().emplace(*identity, std::move(descriptor));
-  return true;
+  if (!identity) return {};
+  std::weak_ptr<const Descriptor>& held = heldFolders()[*identity];
+  if (const auto hold = held.lock()) return {.busy = false, .hold = hold};
+  if (uninterrupted([&] { return ::flock(descriptor.get(), LOCK_EX | LOCK_NB); }) != 0)
+    return {.busy = errno == EWOULDBLOCK, .hold = nullptr};
+  const auto hold = std::make_shared<const Descriptor>(std::move(descriptor));
+  held = hold;
+  return {.busy = false, .hold = hold};
 }
 
 }  // namespace installer

@@ -2,10 +2,11 @@
 
 #include <string>
 
+#include "platform/FileManager.h"
+
 namespace installer {
 
-// Takes the folder's advisory lock, as FileManager::lock promises. A folder that this process
-// holds already is held.
-bool lockFolder(const std::string& folder, void (*onWait)());
+// Takes the folder's advisory lock, as FileManager::tryLock promises.
+LockAttempt tryLockFolder(const std::string& folder);
 
 }  // namespace installer

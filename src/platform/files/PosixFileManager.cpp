@@ -170,8 +170,8 @@ void PosixFileManager::closeLog(int descriptor) {
   const Descriptor closed(descriptor);
 }
 
-bool PosixFileManager::lock(const std::string& folder, void (*onWait)()) {
-  return lockFolder(folder, onWait);
+LockAttempt PosixFileManager::tryLock(const std::string& folder) {
+  return tryLockFolder(folder);
 }
 
 }  // namespace installer

@@ -40,7 +40,7 @@ class PosixFileManager : public FileManager {
   bool changeAttributesBelow(const std::string& folder, const FileAttributes& attributes) override;
   int openLog(const std::string& path) override;
   void closeLog(int descriptor) override;
-  bool lock(const std::string& folder, void (*onWait)()) override;
+  LockAttempt tryLock(const std::string& folder) override;
 
  protected:
   // Asked before each change to the disk: 0 to go on, or the error number that the change is to

@@ -1,5 +1,7 @@
 #include "platform/posix/PosixClock.h"
 
+#include <thread>
+
 namespace installer {
 
 std::tm PosixClock::localTime() {
@@ -7,6 +9,10 @@ std::tm PosixClock::localTime() {
   std::tm local{};
   localtime_r(&now, &local);
   return local;
+}
+
+void PosixClock::pause(std::chrono::milliseconds time) {
+  std::this_thread::sleep_for(time);
 }
 
 }  // namespace installer

@@ -19,7 +19,7 @@ using ::testing::IsEmpty;
 constexpr const char* kProperties = "rcplauncher.properties";
 
 // A minute later at every look.
-class RunningClock : public Clock {
+class RunningClock : public FakeClock {
  public:
   std::tm localTime() override {
     std::tm now{};

@@ -1,15 +1,12 @@
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/time.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <string>
 
 #include "support/ChildRun.h"
+#include "support/FolderHolder.h"
 #include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
@@ -204,131 +201,69 @@ TEST_F(FileManagerLogTest, ALinkPutThereAtTheLastMomentIsNotFollowed) {
   EXPECT_EQ(_folder.content("target"), "old");
 }
 
-// A process that holds a folder's lock until it is let go.
-class Holder {
- public:
-  explicit Holder(const std::string& folder) {
-    int ready[2];
-    int release[2];
-    if (::pipe(ready) != 0 || ::pipe(release) != 0) std::abort();
-    std::fflush(nullptr);
-    _process = ::fork();
-    if (_process == 0) {
-      ::close(release[1]);
-      const int number = ::open(folder.c_str(), O_RDONLY);
-      char byte = ::flock(number, LOCK_EX) == 0 ? 'y' : 'n';
-      if (::write(ready[1], &byte, 1) != 1) ::_exit(1);
-      while (::read(release[0], &byte, 1) > 0) {
-      }
-      ::_exit(0);
-    }
-    char byte = 'n';
-    _holds = ::read(ready[0], &byte, 1) == 1 && byte == 'y';
-    ::close(ready[0]);
-    ::close(ready[1]);
-    ::close(release[0]);
-    _release = release[1];
-  }
-  ~Holder() {
-    letGo();
-    ::waitpid(_process, nullptr, 0);
-  }
+class FileManagerLockTest : public FileManagerFixture {};
 
-  bool holds() const { return _holds; }
-
-  void letGo() {
-    if (_release >= 0) ::close(_release);
-    _release = -1;
-  }
-
- private:
-  pid_t _process = -1;
-  bool _holds = false;
-  int _release = -1;
-};
-
-// Run in children: a lock stays until the process ends, and so does its descriptor.
-class FileManagerLockTest : public FileManagerFixture {
- protected:
-  static bool isLocked(const std::string& folder) {
-    const int number = ::open(folder.c_str(), O_RDONLY | O_CLOEXEC);
-    const bool locked = ::flock(number, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    ::close(number);
-    return locked;
-  }
-
-  static void countWait() {
-    ++waits;
-    if (holder != nullptr) holder->letGo();
-  }
-
-  static inline int waits = 0;
-  static inline Holder* holder = nullptr;
-};
-
-TEST_F(FileManagerLockTest, AFreeFolderIsLockedAtOnce) {
+TEST_F(FileManagerLockTest, AFreeFolderIsLockedAsLongAsItIsHeld) {
   proves("LOCK-2");
   const std::string folder = _folder.makeFolder("folder");
 
-  EXPECT_TRUE(
-      inChild([&] { return _files.lock(folder, countWait) && waits == 0 && isLocked(folder); }));
-
-  EXPECT_FALSE(isLocked(folder)) << "the end of the process is the end of the lock";
+  LockAttempt attempt = _files.tryLock(folder);
+  EXPECT_FALSE(attempt.busy);
+  EXPECT_TRUE(isLocked(folder));
+  const auto second = attempt.hold;
+  attempt.hold.reset();
+  EXPECT_TRUE(isLocked(folder)) << "a copy is held";
 }
 
-TEST_F(FileManagerLockTest, AHeldFolderIsWaitedFor) {
+TEST_F(FileManagerLockTest, TheEndOfTheHoldIsTheEndOfTheLock) {
+  const std::string folder = _folder.makeFolder("folder");
+
+  EXPECT_TRUE(_files.tryLock(folder).hold);
+  EXPECT_FALSE(isLocked(folder));
+
+  EXPECT_TRUE(_files.tryLock(folder).hold) << "it can be taken again";
+}
+
+TEST_F(FileManagerLockTest, TheEndOfTheProcessIsTheEndOfTheLock) {
+  proves("LOCK-3");
+  const std::string folder = _folder.makeFolder("folder");
+
+  EXPECT_TRUE(inChild([&] {
+    static const LockAttempt attempt = _files.tryLock(folder);
+    return isLocked(folder);
+  }));
+
+  EXPECT_FALSE(isLocked(folder));
+}
+
+TEST_F(FileManagerLockTest, AHeldFolderIsBusy) {
   proves("LOCK-2");
   const std::string folder = _folder.makeFolder("folder");
+  const FolderHolder other(folder);
 
-  EXPECT_TRUE(inChild([&] {
-    Holder other(folder);
-    holder = &other;
-    return other.holds() && _files.lock(folder, countWait) && waits == 1 && isLocked(folder);
-  }));
+  const LockAttempt attempt = _files.tryLock(folder);
+
+  EXPECT_TRUE(attempt.busy);
+  EXPECT_FALSE(attempt.hold);
 }
 
-TEST_F(FileManagerLockTest, ASignalDoesNotEndTheWait) {
-  proves("LOCK-2");
-  const std::string folder = _folder.makeFolder("folder");
-
-  EXPECT_TRUE(inChild([&] {
-    Holder other(folder);
-    holder = &other;
-    struct sigaction action {};
-    action.sa_handler = [](int) { holder->letGo(); };
-    if (::sigaction(SIGALRM, &action, nullptr) != 0) return false;
-    const auto startTimer = [] {
-      const itimerval soon{{0, 0}, {0, 50000}};
-      ::setitimer(ITIMER_REAL, &soon, nullptr);
-    };
-    return _files.lock(folder, startTimer) && isLocked(folder);
-  }));
-}
-
-TEST_F(FileManagerLockTest, AWaitNeedsNobodyToTell) {
-  const std::string folder = _folder.makeFolder("folder");
-
-  EXPECT_TRUE(inChild([&] {
-    Holder other(folder);
-    holder = &other;
-    struct sigaction action {};
-    action.sa_handler = [](int) { holder->letGo(); };
-    const itimerval soon{{0, 0}, {0, 50000}};
-    return ::sigaction(SIGALRM, &action, nullptr) == 0 &&
-           ::setitimer(ITIMER_REAL, &soon, nullptr) == 0 && _files.lock(folder, nullptr);
-  }));
-}
-
-TEST_F(FileManagerLockTest, AFolderThatThisProcessHoldsIsHeld) {
+TEST_F(FileManagerLockTest, AFolderThatThisProcessHoldsIsHeldOnceMore) {
+  proves("LOCK-4");
   const std::string folder = _folder.makeFolder("folder");
   _folder.makeLink("alias", "folder");
+  MadeUpUsers users;
+  PosixFileManager other(users);
 
-  EXPECT_TRUE(inChild([&] {
-    MadeUpUsers users;
-    PosixFileManager other(users);
-    return _files.lock(folder, countWait) && _files.lock(folder + "/", countWait) &&
-           other.lock(path("alias"), countWait) && waits == 0 && isLocked(folder);
-  }));
+  LockAttempt first = _files.tryLock(folder);
+  LockAttempt second = _files.tryLock(folder + "/");
+  LockAttempt third = other.tryLock(path("alias"));
+  EXPECT_TRUE(first.hold && second.hold && third.hold);
+  first.hold.reset();
+  second.hold.reset();
+  EXPECT_TRUE(isLocked(folder));
+  third.hold.reset();
+
+  EXPECT_FALSE(isLocked(folder));
 }
 
 TEST_F(FileManagerLockTest, TwoFoldersAreTwoLocks) {
@@ -336,22 +271,26 @@ TEST_F(FileManagerLockTest, TwoFoldersAreTwoLocks) {
   const std::string one = _folder.makeFolder("one");
   const std::string two = _folder.makeFolder("two");
 
-  EXPECT_TRUE(inChild([&] {
-    return _files.lock(one, nullptr) && !isLocked(two) && _files.lock(two, nullptr) &&
-           isLocked(two) && isLocked(one);
-  }));
+  const LockAttempt first = _files.tryLock(one);
+  EXPECT_FALSE(isLocked(two));
+  LockAttempt second = _files.tryLock(two);
+  EXPECT_TRUE(isLocked(two));
+  second.hold.reset();
+
+  EXPECT_TRUE(isLocked(one));
+  EXPECT_FALSE(isLocked(two));
 }
 
-TEST_F(FileManagerLockTest, WhatIsNoFolderCannotBeLocked) {
+TEST_F(FileManagerLockTest, WhatIsNoFolderCannotBeLockedAndIsNotBusy) {
   proves("LOCK-2");
-  const std::string file = _folder.makeFile("file");
-  const std::string pipe = _folder.makePipe("pipe");
-
-  EXPECT_FALSE(_files.lock(file, nullptr));
-  EXPECT_FALSE(_files.lock(pipe, nullptr));
-  EXPECT_FALSE(_files.lock(path("missing"), nullptr));
-  EXPECT_FALSE(_files.lock("", nullptr));
-  EXPECT_FALSE(_files.lock(path("") + std::string("\0x", 2), nullptr));
+  for (const std::string& item :
+       {_folder.makeFile("file"), _folder.makePipe("pipe"), path("missing"), std::string(),
+        path("") + std::string("\0x", 2)}) {
+    const LockAttempt attempt = _files.tryLock(item);
+    EXPECT_FALSE(attempt.busy) << item;
+    EXPECT_FALSE(attempt.hold) << item;
+  }
+  EXPECT_FALSE(_files.entryExists(path("missing")));
 }
 
 }  // namespace

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace installer {
+
+/// Keeps other installers from an instance as long as this object lives, or until the process ends,
+/// however it ends. Every run of runInstaller() takes the same lock before its first check: whoever
+/// holds it sees an instance that no other run is changing. It is advisory, it leaves no file, and
+/// children do not inherit it. A process that holds it may take it again, as runInstaller() does in
+/// a program that holds it already.
+class InstanceLock {
+ public:
+  /// Waits until no other process works on the rcp home [notice, and once more after ten seconds],
+  /// then holds it. A missing home is not made and not waited for.
+  explicit InstanceLock(const std::string& rcpHome);
+  /// Both homes, in any order and be they the same: while it waits for one it does not hold the
+  /// other, so that two who want the same two do not wait for each other.
+  InstanceLock(const std::string& rcpHome, const std::string& otherRcpHome);
+
+  InstanceLock(InstanceLock&&) noexcept = default;
+  InstanceLock& operator=(InstanceLock&&) noexcept = default;
+  InstanceLock(const InstanceLock&) = delete;
+  InstanceLock& operator=(const InstanceLock&) = delete;
+  ~InstanceLock() = default;
+
+  /// Whether every home is held. False when one is no folder, or when its file system has no locks:
+  /// nothing then keeps others away from it.
+  bool isHeld() const { return _isHeld; }
+
+ private:
+  bool take(const std::vector<std::string>& rcpHomes);
+
+  std::vector<std::shared_ptr<const void>> _holds;
+  bool _isHeld = false;
+};
+
+}  // namespace installer
