@@ -7,10 +7,12 @@
 #include "driver/InstallPaths.h"
 #include "driver/PackageLoader.h"
 #include "driver/RunState.h"
+#include "hotfix/base/Path.h"
 #include "hotfix/driver/InstanceLock.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
 #include "platform/Log.h"
+#include "workflow/HotfixPackage.h"
 
 namespace installer {
 
@@ -43,14 +45,27 @@ std::optional<std::string> chooseRcpData(const std::vector<std::string>& argumen
   return InstanceLayout::defaultRcpData(*rcpHome);
 }
 
+// Keeps other runs from every instance that this one may change: the workflow takes the bundle by
+// the package's name for it, whatever the registration calls it. nullopt when the package does not
+// tell.
+std::optional<InstanceLock> lockInstances() {
+  const RunState& state = runState();
+  const std::optional<std::string> rcpHome = state.property("rcpHome");
+  const std::optional<std::string> application = HotfixPackage::applicationName(state._properties);
+  if (!rcpHome || !application) return std::nullopt;
+  const std::string bundle =
+      path::appendingComponent(state._pathToInstallDestination, *application);
+  return InstanceLock(*rcpHome,
+                      HotfixPackage::rcpHomeIn(bundle, state._properties).value_or(*rcpHome));
+}
+
 bool installPackage(const std::vector<std::string>& arguments) {
   loadPackage();
   const std::optional<std::string> rcpHome = runState().property("rcpHome");
   const std::optional<std::string> rcpData = chooseRcpData(arguments, rcpHome);
   // First of all: what another run has at work in the bundle is not the application, and what the
   // checks find must hold until the end of the run.
-  std::optional<InstanceLock> lock;
-  if (rcpHome) lock.emplace(*rcpHome);
+  const std::optional<InstanceLock> lock = lockInstances();
   const bool passed = passesChecks(rcpHome);
   const bool installed = passed && runSuccessPath(*rcpHome, *rcpData);
   if (!passed) runFailurePath(rcpHome, rcpData);

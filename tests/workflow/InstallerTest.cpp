@@ -663,6 +663,35 @@ TEST_F(InstallerTest, InstanceIsLockedForTheWholeRunAndNotBehindIt) {
   EXPECT_THAT(locked, ElementsAre(true, true, true, true));
 }
 
+TEST_F(OtherInstallerTest, IsWaitedForAtTheHomeOfTheWorkflowToo) {
+  proves("LOCK-5");
+  describe("allowMultiInstance", false);
+  registerBundle(_sandbox.path("Applications/Other.app"));
+  _sandbox.write("Applications/Other.app/Contents/MacOS/rcp/deploy/install.xml", "<m/>");
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(waits(), ElementsAre(kWaits));
+}
+
+TEST_F(InstallerTest, BothHomesAreLockedWhereTheWorkflowsIsNotTheRegisteredOne) {
+  proves("LOCK-5");
+  describe("allowMultiInstance", false);
+  const std::string registered = "Applications/Other.app/Contents/MacOS/rcp";
+  registerBundle(_sandbox.path("Applications/Other.app"));
+  _sandbox.write(registered + "/deploy/install.xml", "<m/>");
+  std::vector<bool> locked;
+  _sandbox.children().onStart([&](const Command&) {
+    locked.push_back(isLocked(home()));
+    locked.push_back(isLocked(_sandbox.path(registered)));
+    _sandbox.write(inHome("../.provisioning_rc"), "rc=0\n");
+  });
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(locked, ElementsAre(true, true, true, true));
+}
+
 TEST_F(InstallerTest, NothingOfAnEarlierRunIsKept) {
   proves("RUN-6");
   EXPECT_EQ(run(), 0);

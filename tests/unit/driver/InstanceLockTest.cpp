@@ -122,6 +122,7 @@ TEST_F(InstanceLockTest, TwoHomesAreHeldTogether) {
 }
 
 TEST_F(InstanceLockTest, NeitherHomeIsHeldWhileTheOtherIsWaitedFor) {
+  proves("LOCK-5");
   const std::string second = _sandbox.makeFolder("B.app/Contents/MacOS/rcp");
   for (const std::string& busy : {_home, second}) {
     const std::string& idle = busy == _home ? second : _home;
