@@ -76,6 +76,7 @@ bool installPackage(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int runInstaller(const std::vector<std::string>& arguments) {
+  Platform::current().saidOnce.clear();
   const Trace trace;
   log(LogLevel::info, "Begin to install hotfix.");
   InstallUtil::initInternalPasteboard(true);

@@ -703,6 +703,22 @@ TEST_F(InstallerTest, NothingOfAnEarlierRunIsKept) {
   EXPECT_THAT(linesAt(LogLevel::info), Contains("Current hotfix version: (null)."));
 }
 
+TEST_F(InstallerTest, WhatIsToldOnceIsToldInEachRun) {
+  proves("RUN-6");
+  const std::string configuration = _sandbox.paths().internalConfiguration;
+  const auto countWarnings = [&] {
+    _sandbox.clearLog();
+    _sandbox.makeFolder(configuration);
+    EXPECT_EQ(run(), 0);
+    return std::ranges::count(
+        linesAt(LogLevel::warning),
+        "The file " + configuration + " is not a plain file of a trusted user, ignore it.");
+  };
+
+  EXPECT_EQ(countWarnings(), 1);
+  EXPECT_EQ(countWarnings(), 1);
+}
+
 TEST_F(InstallerTest, RunWithoutOthersSaysNothingOfWaiting) {
   proves("LOCK-1");
   EXPECT_EQ(run(), 0);
