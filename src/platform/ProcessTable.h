@@ -9,17 +9,13 @@ namespace installer {
 // The running processes, this one among them.
 class ProcessTable {
  public:
-  // Keys of a process's information.
-  static constexpr std::string_view kExecutableKey = "CFBundleExecutable";  // full path
-  static constexpr std::string_view kNameKey = "CFBundleName";              // file name
-
   ProcessTable() = default;
   ProcessTable(const ProcessTable&) = delete;
   ProcessTable& operator=(const ProcessTable&) = delete;
   virtual ~ProcessTable() = default;
 
-  // One value for each process that has one, in the order of the process list; empty for an unknown
-  // key. No consistent snapshot: processes that end meanwhile are left out.
+  // One value for each process that has one, in the order of the process list; empty for a key that
+  // is none of processKey's. No consistent snapshot: processes that end meanwhile are left out.
   virtual std::vector<std::string> valuesForKey(std::string_view key) = 0;
 
   // `path` in the form in which the table tells executable paths: with links resolved where the

@@ -18,13 +18,13 @@ std::vector<std::string> InstallUtil::getAllProcess(std::string_view key) {
 }
 
 bool InstallUtil::checkBundleIsRunning(const std::string& path) {
-  return checkBundleIsRunning(path, ProcessTable::kExecutableKey);
+  return checkBundleIsRunning(path, processKey::kExecutable);
 }
 
 bool InstallUtil::checkBundleIsRunning(const std::string& path, std::string_view kCFBundleKey) {
   const std::string asGiven = letterCase::lowered(path);
   const std::string asReported =
-      kCFBundleKey == ProcessTable::kExecutableKey
+      kCFBundleKey == processKey::kExecutable
           ? letterCase::lowered(Platform::current().processes->asReported(path))
           : asGiven;
   for (const std::string& value : getAllProcess(kCFBundleKey)) {

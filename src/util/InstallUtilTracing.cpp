@@ -20,10 +20,14 @@ int InstallUtil::setupTraceOutput() {
   return shouldWriteTraces() && openTraceFile() == -1 ? -1 : 0;
 }
 
-// The log refuses to mirror itself into -1.
 int InstallUtil::openTraceFile() {
+  return openTraceFile(Platform::current().paths.traceFile);
+}
+
+// The log refuses to mirror itself into -1.
+int InstallUtil::openTraceFile(const std::string& path) {
   Platform& platform = Platform::current();
-  const int descriptor = platform.files->openLog(platform.paths.traceFile);
+  const int descriptor = platform.files->openLog(path);
   if (platform.log->addFile(descriptor) == 0) return descriptor;
   platform.files->closeLog(descriptor);
   return -1;

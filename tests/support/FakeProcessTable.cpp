@@ -1,11 +1,13 @@
 #include "support/FakeProcessTable.h"
 
+#include "hotfix/platform/ProcessKeys.h"
+
 namespace installer::test {
 
 std::vector<std::string> FakeProcessTable::valuesForKey(std::string_view key) {
-  if (key == kExecutableKey) return _executables;
+  if (key == processKey::kExecutable) return _executables;
   std::vector<std::string> names;
-  if (key != kNameKey) return names;
+  if (key != processKey::kName) return names;
   for (const std::string& path : _executables) names.push_back(path.substr(path.rfind('/') + 1));
   return names;
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "hotfix/base/PropertyList.h"
+#include "hotfix/platform/ProcessKeys.h"
 
 namespace installer {
 
@@ -36,7 +37,8 @@ class InstallUtil {
   /// unchanged; -1 when no shell can be started. The shell writes to our standard output and error.
   static int startProvisionWithArgs(const std::string& args);
 
-  /// The values that the running processes have under a key of ProcessTable, in its order.
+  /// The values that the running processes have under a key of hotfix/platform/ProcessKeys.h,
+  /// in the order of the process list; those that have none are left out.
   static std::vector<std::string> getAllProcess(std::string_view key);
 
   /// Whether a process's executable path begins with `path`, ignoring case. No separator is looked
@@ -60,9 +62,17 @@ class InstallUtil {
 
   // --- Files and receipts ------------------------------------------------------------------------
 
-  /// Copies a folder that is not there yet, whole: true when that succeeded. Into an existing
-  /// destination it merges (see FileManager::merge) and answers false whatever came of it, by
-  /// design. False for an absent path or source.
+  /// Copies a folder that is not there yet, whole: true when that succeeded. False for an absent
+  /// path or a missing source.
+  ///
+  /// Into an existing destination it merges and answers false whatever came of it, by design:
+  /// - a folder of the source (links to folders count) is merged the same way into an entry that
+  ///   is there, and copied whole where there is none;
+  /// - anything else replaces the entry of its name, a folder with all below it too; what cannot be
+  ///   copied still loses its old entry;
+  /// - entries that only the destination has stay;
+  /// - a link in the destination that leads out of the application bundle around it, or into the
+  ///   source, is replaced and not followed.
   static bool copyFolderFrom(const std::optional<std::string>& source,
                              const std::optional<std::string>& to);
 
@@ -91,6 +101,10 @@ class InstallUtil {
   /// The opened and mirrored trace file's descriptor, the caller's to end with closeTraceFile(); -1
   /// when it cannot be had.
   static int openTraceFile();
+  /// The same with a file of the caller's own at `path`, next to the trace file or without it. What
+  /// the file held is gone; one that is a link, has several names or is another user's is replaced
+  /// by a new one (mode 0644).
+  static int openTraceFile(const std::string& path);
   static void closeTraceFile(int descriptor);
 
   /// The console user's locale identifier, "en_US" when the user has none.

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 
+#include "hotfix/platform/ProcessKeys.h"
 #include "platform/posix/ExecutablePath.h"
 
 namespace installer {
@@ -58,8 +59,8 @@ std::vector<std::string> ProcProcessTable::executables() const {
 }
 
 std::vector<std::string> ProcProcessTable::valuesForKey(std::string_view key) {
-  if (key == kExecutableKey) return executables();
-  if (key != kNameKey) return {};
+  if (key == processKey::kExecutable) return executables();
+  if (key != processKey::kName) return {};
   std::vector<std::string> names = executables();
   std::transform(names.begin(), names.end(), names.begin(), fileNameOf);
   return names;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "hotfix/platform/ProcessKeys.h"
 #include "platform/posix/ExecutablePath.h"
 
 namespace installer {
@@ -36,8 +37,8 @@ std::vector<std::string> executables() {
 }  // namespace
 
 std::vector<std::string> LibprocProcessTable::valuesForKey(std::string_view key) {
-  if (key == kExecutableKey) return executables();
-  if (key != kNameKey) return {};
+  if (key == processKey::kExecutable) return executables();
+  if (key != processKey::kName) return {};
   std::vector<std::string> names = executables();
   std::transform(names.begin(), names.end(), names.begin(), fileNameOf);
   return names;

@@ -31,9 +31,9 @@ TEST_F(InstallUtilProcessesTest, AllProcessesAreToldInOrder) {
   _sandbox.processes().add("/usr/bin/b");
   _sandbox.processes().add("/usr/bin/a");
 
-  EXPECT_THAT(InstallUtil::getAllProcess(ProcessTable::kExecutableKey),
+  EXPECT_THAT(InstallUtil::getAllProcess(processKey::kExecutable),
               ElementsAre("/usr/bin/b", "/usr/bin/a"));
-  EXPECT_THAT(InstallUtil::getAllProcess(ProcessTable::kNameKey), ElementsAre("b", "a"));
+  EXPECT_THAT(InstallUtil::getAllProcess(processKey::kName), ElementsAre("b", "a"));
   EXPECT_THAT(InstallUtil::getAllProcess("NoSuchKey"), IsEmpty());
 }
 
@@ -118,8 +118,8 @@ TEST_F(InstallUtilProcessesTest, NamesAreNotResolved) {
   _sandbox.processes().report("quill", "real");
   _sandbox.processes().add("/usr/bin/realmere");
 
-  EXPECT_FALSE(InstallUtil::checkBundleIsRunning("quill", ProcessTable::kNameKey));
-  EXPECT_TRUE(InstallUtil::checkBundleIsRunning("REAL", ProcessTable::kNameKey));
+  EXPECT_FALSE(InstallUtil::checkBundleIsRunning("quill", processKey::kName));
+  EXPECT_TRUE(InstallUtil::checkBundleIsRunning("REAL", processKey::kName));
 }
 
 TEST(BundlePathTest, EndsBehindTheApplicationsExtension) {

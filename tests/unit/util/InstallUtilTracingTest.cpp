@@ -82,6 +82,31 @@ TEST_F(InstallUtilTracingTest, TraceFileMirrorsTheLogUntilItIsClosed) {
   EXPECT_FALSE(isOpen(descriptor));
 }
 
+TEST_F(InstallUtilTracingTest, FileOfOnesOwnMirrorsTheLogBesideTheTraceFile) {
+  proves("LOG-9");
+  const std::string path = _sandbox.path("own.log");
+  _sandbox.write(path, "of an earlier run\n");
+
+  const int traceFile = InstallUtil::openTraceFile();
+  const int own = InstallUtil::openTraceFile(path);
+  log(LogLevel::info, "inside");
+  InstallUtil::closeTraceFile(own);
+  log(LogLevel::info, "behind");
+  InstallUtil::closeTraceFile(traceFile);
+
+  EXPECT_THAT(_sandbox.read(path), EndsWith("<Info>: inside\n"));
+  EXPECT_THAT(_sandbox.read(path), Not(StartsWith("of an earlier run")));
+  EXPECT_THAT(trace(), EndsWith("<Info>: behind\n"));
+  EXPECT_FALSE(isOpen(own));
+}
+
+TEST_F(InstallUtilTracingTest, FileOfOnesOwnThatCannotBeHadIsMinusOne) {
+  proves("LOG-9");
+  EXPECT_EQ(InstallUtil::openTraceFile(_sandbox.path("missing/own.log")), -1);
+  EXPECT_EQ(InstallUtil::openTraceFile(""), -1);
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
 TEST_F(InstallUtilTracingTest, TraceFileThatCannotBeHadIsMinusOneWithoutALine) {
   proves("LOG-8");
   _sandbox.makeFolder(Platform::current().paths.traceFile);

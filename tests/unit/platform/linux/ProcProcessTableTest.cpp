@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 
+#include "hotfix/platform/ProcessKeys.h"
 #include "platform/posix/PosixChildProcesses.h"
 #include "support/ChildRecords.h"
 #include "support/FakeProcessTable.h"
@@ -26,8 +27,8 @@ using ::testing::Not;
 using ::testing::StartsWith;
 using ::testing::UnorderedElementsAre;
 
-constexpr std::string_view kExecutable = ProcessTable::kExecutableKey;
-constexpr std::string_view kName = ProcessTable::kNameKey;
+constexpr std::string_view kExecutable = processKey::kExecutable;
+constexpr std::string_view kName = processKey::kName;
 
 // --- Contract ------------------------------------------------------------------------------------
 
