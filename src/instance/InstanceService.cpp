@@ -36,6 +36,21 @@ InstanceService::InstanceService(const std::optional<std::string>& pathToRcphome
   _pathToRcpData = pathToRcpData;
 }
 
+std::optional<InstanceService> InstanceService::existing(
+    const std::optional<std::string>& pathToRcphome) {
+  return existing(pathToRcphome, std::nullopt);
+}
+
+std::optional<InstanceService> InstanceService::existing(
+    const std::optional<std::string>& pathToRcphome,
+    const std::optional<std::string>& pathToRcpData) {
+  InstanceService service;
+  service._pathToRcphome = pathToRcphome;
+  service._pathToRcpData = pathToRcpData;
+  if (!service.hasRcphomeFolder()) return std::nullopt;
+  return service;
+}
+
 void InstanceService::copyStagingFolder(const std::optional<std::string>& location) const {
   if (!location) {
     log(LogLevel::warning, "Can not copy to newInstallLocation because its nil!");

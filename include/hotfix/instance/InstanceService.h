@@ -37,6 +37,12 @@ class InstanceService {
   InstanceService(const std::optional<std::string>& pathToRcphome,
                   const std::optional<std::string>& pathToRcpData);
 
+  /// Binds to the folders of an instance that is there already; nullopt for an absent path and for
+  /// one that is no folder. Makes and copies nothing and writes no line: the way to ask questions.
+  static std::optional<InstanceService> existing(const std::optional<std::string>& pathToRcphome);
+  static std::optional<InstanceService> existing(const std::optional<std::string>& pathToRcphome,
+                                                 const std::optional<std::string>& pathToRcpData);
+
   const std::optional<std::string>& pathToRcphome() const { return _pathToRcphome; }
 
   /// Whether a copy goes on after an error: only when it is that the destination exists.
@@ -196,6 +202,8 @@ class InstanceService {
                        const std::optional<std::string>& workspaceLocation);
 
  private:
+  InstanceService() = default;
+
   void copyStagingFolder(const std::optional<std::string>& location) const;
   bool copyItem(const std::string& from, const std::string& to, FileError* error = nullptr) const;
   bool hasRcphomeFolder() const;

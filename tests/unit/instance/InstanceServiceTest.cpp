@@ -32,6 +32,34 @@ TEST_F(InstanceServiceTest, BindsToAnExistingHome) {
                   "4 Can not copy to newInstallLocation because its nil!"));
 }
 
+TEST_F(InstanceServiceTest, ExistingHomeIsBoundWithoutATrace) {
+  proves("LIBRARY-8");
+  nameInstallLocation(_sandbox.path("location"));
+  _sandbox.write(_sandbox.paths().stagingFolder + "file", "staged");
+
+  const auto alone = InstanceService::existing(home());
+  const auto service = InstanceService::existing(home(), "/data");
+
+  ASSERT_TRUE(alone && service);
+  EXPECT_EQ(alone->pathToRcphome(), home());
+  EXPECT_EQ(alone->getWorkspace(), std::nullopt);
+  EXPECT_EQ(service->getWorkspace(), "/data");
+  EXPECT_FALSE(_sandbox.exists("location"));
+  EXPECT_THAT(numberedLines(), ElementsAre());
+}
+
+TEST_F(InstanceServiceTest, HomeThatIsNotThereIsNotMadeForAQuestion) {
+  proves("LIBRARY-8");
+  _sandbox.write("file", "");
+
+  EXPECT_FALSE(InstanceService::existing(_sandbox.path("new/rcp")));
+  EXPECT_FALSE(InstanceService::existing(_sandbox.path("file"), "/data"));
+  EXPECT_FALSE(InstanceService::existing(std::nullopt));
+
+  EXPECT_FALSE(_sandbox.exists("new"));
+  EXPECT_THAT(numberedLines(), ElementsAre());
+}
+
 TEST_F(InstanceServiceTest, WithoutDataFolderNoneIsKnown) {
   proves("INSTANCE-3");
   EXPECT_EQ(InstanceService(home()).getWorkspace(), std::nullopt);
