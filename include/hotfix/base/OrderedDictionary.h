@@ -35,11 +35,13 @@ class OrderedDictionary {
 
   /// The value stored under `key`, owned by the dictionary and valid until its next change;
   /// nullptr when there is none.
+  const Value* find(std::nullptr_t key) const = delete;
   const Value* find(std::string_view key) const {
     const std::optional<std::size_t> place = placeOf(key);
     return place ? &_entries[*place].second : nullptr;
   }
 
+  void set(std::nullptr_t key, Value value) = delete;
   void set(std::string key, Value value) {
     if (const std::optional<std::size_t> place = placeOf(key)) {
       _entries[*place].second = std::move(value);
@@ -53,6 +55,7 @@ class OrderedDictionary {
     }
   }
 
+  void remove(std::nullptr_t key) = delete;
   void remove(std::string_view key) {
     const std::optional<std::size_t> place = placeOf(key);
     if (!place) return;

@@ -9,6 +9,7 @@
 #include <variant>
 #include <vector>
 
+#include "hotfix/base/DeletedForNull.h"
 #include "hotfix/base/OrderedDictionary.h"
 
 /// The platform's property lists: read in their XML and binary forms, written as XML. Files come
@@ -58,6 +59,8 @@ class Value {
   Value(Uid uid) : _storage(uid) {}
   Value(Array array) : _storage(std::move(array)) {}
   Value(Dictionary dictionary) : _storage(std::move(dictionary)) {}
+  Value(std::nullptr_t) = delete;
+  Value(const void* pointer) = delete;  ///< it would count as a truth
 
   /// The held value, owned by this object, when it is of type T; nullptr otherwise.
   template <class T>
@@ -95,5 +98,13 @@ std::optional<std::string> textForKey(const Dictionary& dictionary, std::string_
 /// that begins (after blanks, one sign and zeros) with Y, y, T, t or a digit from 1 to 9. False for
 /// a missing key and for every other type.
 bool booleanForKey(const Dictionary& dictionary, std::string_view key);
+
+/// @cond
+// No text is nullptr; an absent one is std::nullopt.
+HOTFIX_DELETED_FOR_NULL(void parse);
+HOTFIX_DELETED_FOR_NULL(void parseDictionary);
+HOTFIX_DELETED_FOR_NULL(void textForKey);
+HOTFIX_DELETED_FOR_NULL(void booleanForKey);
+/// @endcond
 
 }  // namespace installer::PropertyList

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "hotfix/base/DeletedForNull.h"
 #include "hotfix/formats/Properties.h"
 
 namespace installer {
@@ -24,6 +25,12 @@ class Configuration {
   bool saveConfiguration() const;
   /// Removes the file and empties the store.
   void cleanupConfiguration();
+
+  /// @cond
+  // No text is nullptr; an absent one is std::nullopt.
+  HOTFIX_DELETED_FOR_NULL(void getPropertyValueForKey);
+  HOTFIX_DELETED_FOR_NULL(void setProperty);
+  /// @endcond
 
  private:
   Properties _internalProperties;

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "hotfix/base/DeletedForNull.h"
+
 struct _xmlDoc;
 
 namespace installer {
@@ -37,6 +39,13 @@ class InstallManifest {
   /// a document, when it has come to hold what XML cannot tell (a control character in the replaced
   /// root, say), or when the disk refuses; the old file is then untouched. Nothing is logged.
   bool saveInstallManifestAs(const std::optional<std::string>& path) const;
+
+  /// @cond
+  // No text is nullptr; an absent one is std::nullopt.
+  HOTFIX_DELETED_FOR_NULL(explicit InstallManifest);
+  HOTFIX_DELETED_FOR_NULL(void replaceInstallerRootWith);
+  HOTFIX_DELETED_FOR_NULL(void saveInstallManifestAs);
+  /// @endcond
 
  private:
   struct DocumentDeleter {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "hotfix/base/DeletedForNull.h"
 #include "hotfix/base/OrderedDictionary.h"
 
 namespace installer {
@@ -52,6 +53,16 @@ class JavaProperties {
   /// the bound file: the save's result. True at once for nullopt, false when no file is there;
   /// nothing is changed or saved then.
   bool mergeWithJavaProperties(const std::optional<std::string>& path);
+
+  /// @cond
+  // No text is nullptr; an absent one is std::nullopt.
+  HOTFIX_DELETED_FOR_NULL(explicit JavaProperties);
+  HOTFIX_DELETED_FOR_NULL(void getPropertyForKey);
+  HOTFIX_DELETED_FOR_NULL(void setProperty);
+  HOTFIX_DELETED_FOR_NULL(void removePropertyForKey);
+  HOTFIX_DELETED_FOR_NULL(void savePropertiesToFile);
+  HOTFIX_DELETED_FOR_NULL(void mergeWithJavaProperties);
+  /// @endcond
 
  private:
   OrderedDictionary<std::string> _dict;

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "hotfix/base/DeletedForNull.h"
 #include "hotfix/base/PropertyList.h"
 
 namespace installer {
@@ -33,6 +34,15 @@ class Properties {
   /// Writes an XML list to `path`, "~" expanded, or to the bound file for nullopt. False without a
   /// dictionary; true otherwise, also when there is no target or the disk refuses, by design.
   bool savePropertiesToFile(const std::optional<std::string>& path) const;
+
+  /// @cond
+  // No text is nullptr; an absent one is std::nullopt.
+  HOTFIX_DELETED_FOR_NULL(explicit Properties);
+  HOTFIX_DELETED_FOR_NULL(void getPropertyForKey);
+  HOTFIX_DELETED_FOR_NULL(void setProperty);
+  HOTFIX_DELETED_FOR_NULL(void removePropertyForKey);
+  HOTFIX_DELETED_FOR_NULL(void savePropertiesToFile);
+  /// @endcond
 
  private:
   friend class Configuration;

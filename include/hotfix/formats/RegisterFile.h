@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "hotfix/base/DeletedForNull.h"
 #include "hotfix/formats/Properties.h"
 
 namespace installer {
@@ -26,6 +27,12 @@ class RegisterFile {
   /// Records the hotfix and saves. Logged at info level, or as a warning for each of the two steps
   /// that fails; both do when the file is missing.
   void updateHotfixVersion(const std::optional<std::string>& version);
+
+  /// @cond
+  // No text is nullptr; an absent one is std::nullopt.
+  HOTFIX_DELETED_FOR_NULL(explicit RegisterFile);
+  HOTFIX_DELETED_FOR_NULL(void updateHotfixVersion);
+  /// @endcond
 
  private:
   std::string _registerDirectoryLocation;

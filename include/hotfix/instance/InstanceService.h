@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "hotfix/base/DeletedForNull.h"
 #include "hotfix/base/PropertyList.h"
 #include "hotfix/platform/FileError.h"
 
@@ -67,6 +68,7 @@ class InstanceService {
   std::optional<std::string> getCurrentHotfixVersion() const;
   bool isHotfixApplied() const;
   void saveHotfixSkipRunningCheckProperty(bool skip);  // as the text "true" or "false"
+  void saveHotfixSkipRunningCheckProperty(const void* text) = delete;  ///< "false" would be true
   /// False without the file; true for "true" and, on purpose, for a file without the key.
   bool isHotfixInstallWithSkipRunningCheck() const;
   void removeHotfixSkipRunningCheckProperty();
@@ -167,8 +169,9 @@ class InstanceService {
   void updatePermissions(bool rcphome, const std::optional<std::string>& workspace);
   /// The same with the workspace that getWorkspace() finds, or none.
   void updatePermissions(bool rcphome, bool updateWorkspace);
-  /// A literal would silently be taken for a truth.
-  void updatePermissions(bool rcphome, const char* workspace) = delete;
+  /// A text in quotes, or nullptr, would silently be taken for a truth.
+  void updatePermissions(bool rcphome, const void* workspace) = delete;
+  void updatePermissions(const void* rcphome, auto&& workspace) = delete;
 
   // --- Add-on registry (AddonRegistry.cpp) -------------------------------------------------------
 
@@ -200,6 +203,37 @@ class InstanceService {
   void collectLogFiles(const std::optional<std::string>& productName, const std::string& action,
                        const std::string& logFile,
                        const std::optional<std::string>& workspaceLocation);
+
+  /// @cond
+  // No text is nullptr; an absent one is std::nullopt.
+  HOTFIX_DELETED_FOR_NULL(explicit InstanceService);
+  HOTFIX_DELETED_FOR_NULL(static void existing);
+  HOTFIX_DELETED_FOR_NULL(void shouldProceedAfterError);
+  HOTFIX_DELETED_FOR_NULL(void setInstalledVersion);
+  HOTFIX_DELETED_FOR_NULL(void updateHotfixVersion);
+  HOTFIX_DELETED_FOR_NULL(void saveHotfixBundleID);
+  HOTFIX_DELETED_FOR_NULL(void updateProvisionManifestVersion);
+  HOTFIX_DELETED_FOR_NULL(void updateInstallID);
+  HOTFIX_DELETED_FOR_NULL(void copyUpdateManifest);
+  HOTFIX_DELETED_FOR_NULL(void copyInstallManifest);
+  HOTFIX_DELETED_FOR_NULL(void copyManifest);
+  HOTFIX_DELETED_FOR_NULL(void copyHotfixUninstallManifest);
+  HOTFIX_DELETED_FOR_NULL(void startProvisioningWithUpdate);
+  HOTFIX_DELETED_FOR_NULL(void startProvisioningWithCleanUp);
+  HOTFIX_DELETED_FOR_NULL(void generateRcplauncherPropertiesWithTemplate);
+  HOTFIX_DELETED_FOR_NULL(void copyOgsiAgentProperties);
+  HOTFIX_DELETED_FOR_NULL(void generateJVMPropertiesWithTemplate);
+  HOTFIX_DELETED_FOR_NULL(void mergePluginCustomizationWithBase);
+  HOTFIX_DELETED_FOR_NULL(void mergePluginCustomizationWithRcphome);
+  HOTFIX_DELETED_FOR_NULL(void copyKeyStores);
+  HOTFIX_DELETED_FOR_NULL(void copyExtras);
+  HOTFIX_DELETED_FOR_NULL(void getRegistryInfoForAddon);
+  HOTFIX_DELETED_FOR_NULL(void getAddonInstalledVersion);
+  HOTFIX_DELETED_FOR_NULL(void getAddonInstalledBundleID);
+  HOTFIX_DELETED_FOR_NULL(void removeRegistryInfoforAddon);
+  HOTFIX_DELETED_FOR_NULL(void getAddonLogFile);
+  HOTFIX_DELETED_FOR_NULL(void collectLogFiles);
+  /// @endcond
 
  private:
   InstanceService() = default;

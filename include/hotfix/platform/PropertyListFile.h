@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "hotfix/base/DeletedForNull.h"
 #include "hotfix/base/PropertyList.h"
 
 /// Property lists that are files.
@@ -15,5 +16,11 @@ std::optional<Dictionary> readDictionary(const std::string& path);
 /// Replaces the file at `path` by the XML form. False when it cannot be told in XML or the disk
 /// refuses; the old file is then untouched.
 bool writeDictionary(const Dictionary& dictionary, const std::string& path);
+
+/// @cond
+// No text is nullptr; an absent one is std::nullopt.
+HOTFIX_DELETED_FOR_NULL(void readDictionary);
+HOTFIX_DELETED_FOR_NULL(void writeDictionary);
+/// @endcond
 
 }  // namespace installer::PropertyList

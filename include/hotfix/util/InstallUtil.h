@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "hotfix/base/DeletedForNull.h"
 #include "hotfix/base/PropertyList.h"
 #include "hotfix/platform/ProcessKeys.h"
 
@@ -22,6 +23,8 @@ class InstallUtil {
   /// Clears the pasteboard that the graphical installer reads; with `initialize` it then holds the
   /// record of code 0 without details, otherwise nothing.
   static void initInternalPasteboard(bool initialize);
+  /// A text is no truth: "false" would count as true.
+  static void initInternalPasteboard(const void* text) = delete;
 
   /// Replaces the record on the pasteboard; an absent record is ignored.
   static void sendErrorMessage(const std::optional<PropertyList::Dictionary>& message);
@@ -131,6 +134,26 @@ class InstallUtil {
   static std::string getPathToMPKGThrough(const std::string& path);
   /// One component less still: X.
   static std::string getInstallerRootThrough(const std::string& path);
+
+  /// @cond
+  // No text is nullptr; an absent one is std::nullopt.
+  HOTFIX_DELETED_FOR_NULL(static void startProvisionWithArgs);
+  HOTFIX_DELETED_FOR_NULL(static void getAllProcess);
+  HOTFIX_DELETED_FOR_NULL(static void checkBundleIsRunning);
+  HOTFIX_DELETED_FOR_NULL(static void getBundlePath);
+  HOTFIX_DELETED_FOR_NULL(static void getBundleID);
+  HOTFIX_DELETED_FOR_NULL(static void getTargetNameBy);
+  HOTFIX_DELETED_FOR_NULL(static void copyFolderFrom);
+  HOTFIX_DELETED_FOR_NULL(static void changeAttributesForDirectory);
+  HOTFIX_DELETED_FOR_NULL(static void removeReceipt);
+  HOTFIX_DELETED_FOR_NULL(static void replacePackageVariableWith);
+  HOTFIX_DELETED_FOR_NULL(static void openTraceFile);
+  HOTFIX_DELETED_FOR_NULL(static void containUnSupportedCharacters);
+  HOTFIX_DELETED_FOR_NULL(static void hasPrefixCaseInsensitive);
+  HOTFIX_DELETED_FOR_NULL(static void processDate);
+  HOTFIX_DELETED_FOR_NULL(static void getPathToMPKGThrough);
+  HOTFIX_DELETED_FOR_NULL(static void getInstallerRootThrough);
+  /// @endcond
 };
 
 }  // namespace installer

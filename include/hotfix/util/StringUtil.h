@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "hotfix/base/DeletedForNull.h"
+
 namespace installer {
 
 /// Operations on texts without state. Text is UTF-8; where 16-bit units matter (escaping, character
@@ -43,6 +45,8 @@ class StringUtil {
 
   /// "true" or "false".
   static std::string boolToString(bool boolean);
+  /// A text is no truth: "false" would count as true.
+  static std::string boolToString(const void* text) = delete;
 
   /// Does nothing; kept because other installers call it.
   static void addTranslationSignToString(const std::string& string);
@@ -58,6 +62,19 @@ class StringUtil {
   /// ignored, nothing else is a directive. nullopt for an absent pattern.
   static std::optional<std::string> bindString(const std::optional<std::string>& pattern,
                                                const std::vector<std::string>& with);
+
+  /// @cond
+  // No text is nullptr; an absent one is std::nullopt.
+  HOTFIX_DELETED_FOR_NULL(static void convertNSStringTo8859_1Key);
+  HOTFIX_DELETED_FOR_NULL(static void convertNSStringTo8859_1Value);
+  HOTFIX_DELETED_FOR_NULL(static void convertUnicode2Characters);
+  HOTFIX_DELETED_FOR_NULL(static void charAtIndex);
+  HOTFIX_DELETED_FOR_NULL(static void stringByReplacingOccurrencesOfString);
+  HOTFIX_DELETED_FOR_NULL(static void addTranslationSignToString);
+  HOTFIX_DELETED_FOR_NULL(static void addQuotesToString);
+  HOTFIX_DELETED_FOR_NULL(static void getVolume);
+  HOTFIX_DELETED_FOR_NULL(static void bindString);
+  /// @endcond
 };
 
 }  // namespace installer

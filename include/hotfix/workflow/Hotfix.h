@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "hotfix/base/DeletedForNull.h"
 #include "hotfix/base/PropertyList.h"
 #include "hotfix/instance/InstanceService.h"
 
@@ -23,6 +24,11 @@ class Hotfix {
   /// record 4); whatever else goes wrong, all steps are made, and the answer is whether the
   /// provisioning run succeeded. Only then is the hotfix's version recorded.
   bool installNewHotfix();
+
+  /// @cond
+  // No text is nullptr; an absent one is std::nullopt.
+  HOTFIX_DELETED_FOR_NULL(explicit Hotfix);
+  /// @endcond
 
  private:
   bool loadPreference();

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "hotfix/base/DeletedForNull.h"
 #include "hotfix/base/PropertyList.h"
 
 namespace installer {
@@ -16,6 +17,11 @@ class HotfixPolicy {
   /// Whether the package may be installed into a running instance: SKIPRUNNINGCHECK is the text
   /// "true", to the letter.
   bool isSkipRunningCheck() const;
+
+  /// @cond
+  // No text is nullptr; an absent one is std::nullopt.
+  HOTFIX_DELETED_FOR_NULL(explicit HotfixPolicy);
+  /// @endcond
 
  private:
   PropertyList::Dictionary _properties;  // all entries of the plist

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "hotfix/base/DeletedForNull.h"
 #include "hotfix/instance/InstanceService.h"
 
 namespace installer {
@@ -21,6 +22,11 @@ class HotfixUninstall {
   /// whatever came of it; receipt, skip flag and bundle identifier only after success. Failures go
   /// to the log and, as texts that the graphical installer knows, to standard output.
   bool uninstallOldHotfix();
+
+  /// @cond
+  // No text is nullptr; an absent one is std::nullopt.
+  HOTFIX_DELETED_FOR_NULL(explicit HotfixUninstall);
+  /// @endcond
 
  private:
   bool copyUninstallManifest();
