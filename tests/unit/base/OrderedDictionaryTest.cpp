@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "support/Proves.h"
@@ -90,6 +91,36 @@ TEST(OrderedDictionaryTest, EveryKeyOfManyIsFoundWhateverTheirNumber) {
     for (int number = 0; number < count; ++number)
       ASSERT_THAT(dictionary.find(std::to_string(number)), Pointee(number)) << count;
     ASSERT_THAT(dictionary.find("absent"), IsNull()) << count;
+  }
+}
+
+// Counts what a dictionary does to find its keys.
+struct CountingComparison {
+  using is_transparent = void;
+  static inline std::size_t count = 0;
+  bool operator()(std::string_view left, std::string_view right) const {
+    ++count;
+    return left < right;
+  }
+};
+
+TEST(OrderedDictionaryTest, NoChoiceOfKeysMakesASearchSlow) {
+  constexpr int kKeys = 40'000;
+  constexpr std::size_t kComparisonsASearch = 40;  // kKeys has 16 bits
+  const std::string prefix(20, 'k');
+  for (const bool ascending : {true, false}) {
+    OrderedDictionary<int, CountingComparison> dictionary;
+    CountingComparison::count = 0;
+    for (int turn = 0; turn < kKeys; ++turn)
+      dictionary.set(prefix + std::to_string(ascending ? kKeys + turn : 2 * kKeys - turn), turn);
+    EXPECT_LE(CountingComparison::count, kKeys * kComparisonsASearch);
+
+    CountingComparison::count = 0;
+    for (int turn = 0; turn < kKeys; ++turn) {
+      const std::string key = prefix + std::to_string(ascending ? kKeys + turn : 2 * kKeys - turn);
+      ASSERT_THAT(dictionary.find(key), Pointee(turn));
+    }
+    EXPECT_LE(CountingComparison::count, kKeys * kComparisonsASearch);
   }
 }
 
