@@ -1,13 +1,16 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
-#include <functional>
 #include <initializer_list>
-#include <map>
+#include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "hotfix/base/KeyedHash.h"
 
 namespace installer {
 
@@ -16,10 +19,9 @@ namespace installer {
 /// Replacing a value keeps the key's place; removing a key and storing it again puts it last.
 /// Equality looks at keys and values, not at the order.
 ///
-/// Keys come from other people's files. They are found by comparing, never by hashing, so that no
-/// choice of keys makes a search slow: it compares about as many keys as their number has bits.
-/// `Comparison` is how two keys are compared.
-template <class Value, class Comparison = std::less<>>
+/// Keys come from other people's files, so that the hash is keyed: no choice of keys makes a search
+/// slow. `Hash` is for tests.
+template <class Value, class Hash = KeyedHash>
 class OrderedDictionary {
  public:
   using Entry = std::pair<std::string, Value>;
@@ -39,33 +41,35 @@ class OrderedDictionary {
   /// nullptr when there is none.
   const Value* find(std::nullptr_t key) const = delete;
   const Value* find(std::string_view key) const {
-    const auto found = _places.find(key);
-    return found == _places.end() ? nullptr : &_entries[found->second].second;
+    const std::optional<std::size_t> place = placeOf(key);
+    return place ? &_entries[*place].second : nullptr;
   }
 
   void set(std::nullptr_t key, Value value) = delete;
   void set(std::string key, Value value) {
-    const auto [found, isNew] = _places.try_emplace(key, _entries.size());
-    if (isNew)
-      _entries.emplace_back(std::move(key), std::move(value));
-    else
-      _entries[found->second].second = std::move(value);
+    if (const std::optional<std::size_t> place = placeOf(key)) {
+      _entries[*place].second = std::move(value);
+      return;
+    }
+    _entries.emplace_back(std::move(key), std::move(value));
+    if (_entries.size() * 2 > _slots.size()) {
+      rebuildSlots();
+    } else {
+      fillSlot(_entries.size() - 1);
+    }
   }
 
   void remove(std::nullptr_t key) = delete;
   void remove(std::string_view key) {
-    const auto found = _places.find(key);
-    if (found == _places.end()) return;
-    const std::size_t place = found->second;
-    _entries.erase(_entries.begin() + static_cast<std::ptrdiff_t>(place));
-    _places.erase(found);
-    for (auto& [other, otherPlace] : _places)
-      if (otherPlace > place) --otherPlace;
+    const std::optional<std::size_t> place = placeOf(key);
+    if (!place) return;
+    _entries.erase(_entries.begin() + static_cast<std::ptrdiff_t>(*place));
+    rebuildSlots();
   }
 
   void clear() {
     _entries.clear();
-    _places.clear();
+    _slots.clear();
   }
 
   friend bool operator==(const OrderedDictionary& left, const OrderedDictionary& right) {
@@ -78,8 +82,34 @@ class OrderedDictionary {
   }
 
  private:
+  static constexpr std::size_t kFree = std::numeric_limits<std::size_t>::max();
+
+  std::optional<std::size_t> placeOf(std::string_view key) const {
+    if (_slots.empty()) return std::nullopt;
+    for (std::size_t slot = firstSlot(key); _slots[slot] != kFree; slot = nextSlot(slot))
+      if (_entries[_slots[slot]].first == key) return _slots[slot];
+    return std::nullopt;
+  }
+
+  void fillSlot(std::size_t place) {
+    std::size_t slot = firstSlot(_entries[place].first);
+    while (_slots[slot] != kFree) slot = nextSlot(slot);
+    _slots[slot] = place;
+  }
+
+  /// At least half of the slots stay free, so that a search ends soon.
+  void rebuildSlots() {
+    _slots.assign(std::bit_ceil(_entries.size() * 4), kFree);
+    for (std::size_t place = 0; place < _entries.size(); ++place) fillSlot(place);
+  }
+
+  std::size_t firstSlot(std::string_view key) const { return Hash{}(key) & (_slots.size() - 1); }
+  std::size_t nextSlot(std::size_t slot) const { return (slot + 1) & (_slots.size() - 1); }
+
   std::vector<Entry> _entries;
-  std::map<std::string, std::size_t, Comparison> _places;  // of each key in _entries
+  /// Open hash table: the entries' places, kFree in a slot without one. A power of two long; empty
+  /// before the first entry.
+  std::vector<std::size_t> _slots;
 };
 
 }  // namespace installer
