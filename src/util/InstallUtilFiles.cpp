@@ -13,7 +13,9 @@ bool InstallUtil::copyFolderFrom(const std::optional<std::string>& source,
                                  const std::optional<std::string>& to) {
   FileManager& files = *Platform::current().files;
   if (!source || !to || !files.exists(*source)) return false;
-  if (!files.exists(*to)) return files.copy(*source, *to, ExistingItem::keep);
+  // "." is the folder itself where the source is a link to one.
+  const std::string item = files.isDirectory(*source) ? *source + "/." : *source;
+  if (!files.exists(*to)) return files.copy(item, *to, ExistingItem::keep);
   // A link of the destination may lead around inside the application, never out of it; outside of
   // applications none is followed.
   files.merge(*source, *to, getBundlePath(*to).value_or(""));

@@ -360,6 +360,17 @@ TEST_F(ExtrasTest, MissingFolderIsPassedOverWithoutALine) {
   EXPECT_THAT(_sandbox.texts(), Not(Contains(line())));
 }
 
+TEST_F(ExtrasTest, LinkToAFolderIsCopiedAsTheFolderWhereThereAreNone) {
+  proves("EXTRAS-3");
+  _sandbox.writeFile("/other/x", "x");
+  _sandbox.makeLink("/extras", "/other");
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_FALSE(_sandbox.isLink(_instance.deploy("extras")));
+  EXPECT_EQ("x", _sandbox.readFile(_instance.deploy("extras/x")));
+}
+
 TEST_F(ExtrasTest, LinkToAFolderCountsAsTheSource) {
   proves("EXTRAS-3");
   _sandbox.writeFile("/other/x", "x");

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 #include "base/LetterCase.h"
 #include "hotfix/util/InstallUtil.h"
 #include "support/Proves.h"
@@ -35,6 +37,16 @@ TEST_F(InstallUtilFilesTest, MissingDestinationBecomesACopyAndAnswersTrue) {
 
   EXPECT_EQ(_sandbox.read("to/a/x"), "1");
   EXPECT_EQ(_sandbox.linkTarget("to/link"), "a/x");
+}
+
+TEST_F(InstallUtilFilesTest, LinkToAFolderIsCopiedAsTheFolder) {
+  _sandbox.write("real/a", "1");
+  _sandbox.makeLink("from", "real");
+
+  EXPECT_TRUE(InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path("to")));
+
+  EXPECT_EQ(_sandbox.read("to/a"), "1");
+  EXPECT_TRUE(std::filesystem::is_directory(std::filesystem::symlink_status(_sandbox.path("to"))));
 }
 
 TEST_F(InstallUtilFilesTest, LinkToNothingIsNoSource) {
