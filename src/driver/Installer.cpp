@@ -11,6 +11,7 @@
 #include "hotfix/driver/InstanceLock.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
+#include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "workflow/HotfixPackage.h"
 
@@ -45,6 +46,15 @@ std::optional<std::string> chooseRcpData(const std::vector<std::string>& argumen
   return InstanceLayout::defaultRcpData(*rcpHome);
 }
 
+// Such a folder is worked on, but nothing in it is handed over: the link's owner could have turned
+// it anywhere.
+void warnOfForeignLink(const std::string& rcpData) {
+  FileManager& files = *Platform::current().files;
+  if (files.isDirectory(rcpData) && !files.mayEnter(rcpData))
+    log(LogLevel::warning, "The rcp data folder {} is another user's link, leave its files alone.",
+        rcpData);
+}
+
 // Keeps other runs from every instance that this one may change: the workflow takes the bundle by
 // the package's name for it, whatever the registration calls it. nullopt when the package does not
 // tell.
@@ -63,6 +73,7 @@ bool installPackage(const std::vector<std::string>& arguments) {
   loadPackage();
   const std::optional<std::string> rcpHome = runState().property("rcpHome");
   const std::optional<std::string> rcpData = chooseRcpData(arguments, rcpHome);
+  if (rcpData) warnOfForeignLink(*rcpData);
   // First of all: what another run has at work in the bundle is not the application, and what the
   // checks find must hold until the end of the run.
   const std::optional<InstanceLock> lock = lockInstances();

@@ -6,6 +6,8 @@
 #include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
+#include "platform/UserContext.h"
+#include "util/Ownership.h"
 
 namespace installer {
 
@@ -82,11 +84,13 @@ void InstanceService::copyExtras(const std::optional<std::string>& path) {
 
 void InstanceService::updatePermissions(bool rcphome, const std::optional<std::string>& workspace) {
   if (!_pathToRcphome) return;
-  if (rcphome) {
-    (void)InstallUtil::changeAttributesForDirectory(*_pathToRcphome);
-    (void)InstallUtil::changeAttributesForDirectory(InstanceLayout::shared(*_pathToRcphome));
-  }
-  if (workspace) (void)InstallUtil::changeAttributesForDirectory(workspace);
+  std::vector<std::string> folders;
+  if (rcphome) folders = {*_pathToRcphome, InstanceLayout::shared(*_pathToRcphome)};
+  if (workspace) folders.push_back(*workspace);
+  // Together, because a link in the home can lead to the workspace.
+  const Platform& platform = Platform::current();
+  (void)platform.files->changeAttributesBelowAll(
+      folders, handedTo(platform.users->consoleUserName(), kSharedMode));
 }
 
 void InstanceService::updatePermissions(bool rcphome, bool updateWorkspace) {

@@ -118,12 +118,22 @@ class FileManager {
   virtual bool createFile(const std::string& path, std::string_view bytes,
                           const FileAttributes& attributes) = 0;
 
-  // Applies the attributes to everything below `folder` at all depths, not to `folder` itself. A
-  // link's own owner changes, its target never; a folder named through a link is not entered. A
-  // file with several links whose owner is not the new owner is left alone and counts as failed.
-  // Goes on after failures; true when every change succeeded. False when `folder` does not exist.
-  virtual bool changeAttributesBelow(const std::string& folder,
-                                     const FileAttributes& attributes) = 0;
+  // Whether `path` is a folder that changeAttributesBelow() enters: a link to one must, like every
+  // other link that is then on the way, have one name and belong to root or the effective user.
+  // Whoever owns a link chooses where it leads.
+  virtual bool mayEnter(const std::string& path) = 0;
+
+  // Applies the attributes to everything below the folders at all depths, not to the folders
+  // themselves. All are opened before anything changes, and a link that names one of them keeps its
+  // owner, so that the folder is still entered the next time. Another link's own owner changes, its
+  // target never. A file with several links whose owner is not the new owner is left alone and
+  // counts as failed. Goes on after failures; true when every change succeeded. False when a folder
+  // does not exist or may not be entered.
+  virtual bool changeAttributesBelowAll(const std::vector<std::string>& folders,
+                                        const FileAttributes& attributes) = 0;
+  bool changeAttributesBelow(const std::string& folder, const FileAttributes& attributes) {
+    return changeAttributesBelowAll({folder}, attributes);
+  }
 
   // Opens a log file for writing from its start, mode 0644 when new, without following a link. A
   // file that is not a regular one with one name and owned by this process is removed and created

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "cli/Fixtures.h"
@@ -526,6 +527,71 @@ TEST_F(PermissionsTest, LinksAreNotFollowed) {
   EXPECT_EQ(0600u, _sandbox.mode("/Users/bob/precious/x"));
   EXPECT_EQ(0u, _sandbox.ownership("/Users/bob/precious/x").owner);
   EXPECT_EQ(0750u, _sandbox.mode("/Users/bob/precious"));
+}
+
+constexpr const char* kForeignLink =
+    "The rcp data folder /data is another user's link, leave its files alone.";
+
+TEST_F(PermissionsTest, DataAndSharedFolderThatAreLinksAreHandedOver) {
+  proves("RIGHTS-9");
+  _sandbox.makeLink("/data", "Users/alice/ws");
+  _sandbox.remove(_instance.shared());
+  _sandbox.writeFile("/opt/shared/deep/file", "x", 0600);
+  _sandbox.makeLink(_instance.shared(), "/opt/shared");
+
+  ASSERT_EQ(0, installWithData("/data").status);
+
+  expectGiven("/Users/alice/ws/.config/x");
+  expectGiven("/opt/shared/deep/file");
+  EXPECT_EQ(0711u, _sandbox.mode("/Users/alice/ws"));
+  EXPECT_EQ("Users/alice/ws", _sandbox.linkTarget("/data"));
+  EXPECT_THAT(_sandbox.texts("Warning"), Not(Contains(kForeignLink)));
+}
+
+TEST_F(PermissionsTest, OwnDataFolderThatIsALinkIsHandedOverAgainAndAgain) {
+  proves("RIGHTS-9");
+  _sandbox.remove(_instance.data());
+  _sandbox.makeLink(_instance.data(), "/Users/alice/ws");
+  ASSERT_EQ(0, install().status);
+  expectGiven("/Users/alice/ws/.config/x");
+  _sandbox.writeFile("/Users/alice/ws/late", "x", 0600);
+
+  ASSERT_EQ(0, install().status);
+
+  expectGiven("/Users/alice/ws/late");
+  EXPECT_THAT(_sandbox.texts("Warning"), Not(Contains(HasSubstr("another user's link"))));
+}
+
+TEST_F(PermissionsTest, AnotherUsersLinkToTheDataIsOneWarningAndKeepsItsFiles) {
+  proves("RIGHTS-10");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
+  _sandbox.makeLink("/data", "way/ws");
+  _sandbox.makeLink("/way", "/Users/alice");
+  _sandbox.giveTo("/way", CliSandbox::kAlice, CliSandbox::kAlice);
+
+  EXPECT_EQ(0, installWithData("/data").status);
+
+  EXPECT_EQ(0600u, _sandbox.mode("/Users/alice/ws/.config/x"));
+  EXPECT_EQ(0u, _sandbox.ownership("/Users/alice/ws/.config/x").owner);
+  expectGiven(_instance.home() + "/deep/er/file");
+  const auto warnings = _sandbox.texts("Warning");
+  EXPECT_EQ(1, std::count(warnings.begin(), warnings.end(), kForeignLink));
+  // The flag is asked through the link all the same.
+  EXPECT_THAT(_sandbox.texts(), Not(Contains(HasSubstr("workspace flag file is missing"))));
+}
+
+TEST_F(PermissionsTest, AnotherUsersLinkToTheSharedFolderIsPassedOverWithoutALine) {
+  proves("RIGHTS-10");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
+  _sandbox.remove(_instance.shared());
+  _sandbox.writeFile("/opt/shared/file", "x", 0600);
+  _sandbox.makeLink(_instance.shared(), "/opt/shared");
+  _sandbox.giveTo(_instance.shared(), CliSandbox::kAlice, CliSandbox::kAlice);
+
+  EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ(0600u, _sandbox.mode("/opt/shared/file"));
+  EXPECT_THAT(_sandbox.texts("Warning"), Not(Contains(HasSubstr("link"))));
 }
 
 TEST_F(PermissionsTest, FileWithAnotherNameElsewhereIsLeftAlone) {

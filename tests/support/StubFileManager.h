@@ -45,7 +45,10 @@ class StubFileManager : public FileManager {
   bool createFile(const std::string&, std::string_view, const FileAttributes&) override {
     return false;
   }
-  bool changeAttributesBelow(const std::string&, const FileAttributes&) override { return false; }
+  bool mayEnter(const std::string&) override { return true; }
+  bool changeAttributesBelowAll(const std::vector<std::string>&, const FileAttributes&) override {
+    return false;
+  }
   int openLog(const std::string&) override { return -1; }
   void closeLog(int) override {}
   LockAttempt tryLock(const std::string&) override { return {}; }

@@ -15,8 +15,9 @@ constexpr mode_t kModeBits = 07777;
 
 }  // namespace
 
-AttributeWalk::AttributeWalk(FileChanges& changes, const Ownership& ownership, mode_t mode)
-    : _changes(changes), _ownership(ownership), _mode(mode) {}
+AttributeWalk::AttributeWalk(FileChanges& changes, const Ownership& ownership, mode_t mode,
+                             const std::set<FileIdentity>& spared)
+    : _changes(changes), _ownership(ownership), _mode(mode), _spared(spared) {}
 
 bool AttributeWalk::changeBelow(Descriptor folder) {
   walk(std::move(folder), 0);
@@ -32,6 +33,7 @@ void AttributeWalk::walk(Descriptor folder, int depth) {
 void AttributeWalk::visit(int folder, const std::string& name, int depth) {
   const auto status = statusOf(folder, name);
   if (!status) return check(errno == ENOENT);  // removed meanwhile: nothing is left to change
+  if (_spared.contains(identityOf(*status))) return;
   check(_ownership.isComplete());
   if (!isRight(*status)) change(Descriptor(syscalls::openItem(folder, name.c_str())));
   if (!S_ISDIR(status->st_mode)) return;

@@ -2,8 +2,10 @@
 
 #include <sys/stat.h>
 
+#include <set>
 #include <string>
 
+#include "platform/files/Ancestry.h"
 #include "platform/files/FileChanges.h"
 #include "platform/files/Ownership.h"
 #include "platform/posix/Descriptor.h"
@@ -15,7 +17,9 @@ namespace installer {
 // link in its place between the look and the change.
 class AttributeWalk {
  public:
-  AttributeWalk(FileChanges& changes, const Ownership& ownership, mode_t mode);
+  // Links that are in `spared` keep their owner; the set must live as long as the walk.
+  AttributeWalk(FileChanges& changes, const Ownership& ownership, mode_t mode,
+                const std::set<FileIdentity>& spared);
 
   // True when everything below the folder has the attributes in the end; a part of the ownership
   // that is not known cannot be had.
@@ -38,6 +42,7 @@ class AttributeWalk {
   FileChanges& _changes;
   Ownership _ownership;
   mode_t _mode;
+  const std::set<FileIdentity>& _spared;
   bool _succeeded = true;
 };
 

@@ -26,6 +26,9 @@ ssize_t copyRange(int from, int to, std::size_t length);
 // A descriptor that only names the entry, be it a link, pipe or device: nothing is opened.
 int openItem(int folder, const char* name);
 
+// The target of the link that a descriptor of openItem() names; its length, cut at `size` bytes.
+ssize_t readLink(int item, char* target, std::size_t size);
+
 // On a descriptor of openItem(). The mode of a link cannot be changed.
 int changeOwnerOfItem(int item, uid_t owner, gid_t group);
 int changeModeOfItem(int item, mode_t mode);

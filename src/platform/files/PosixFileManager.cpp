@@ -15,6 +15,7 @@
 #include "platform/files/FolderLock.h"
 #include "platform/files/FolderReader.h"
 #include "platform/files/ItemCopy.h"
+#include "platform/files/LinkWalk.h"
 #include "platform/files/LogOpening.h"
 #include "platform/files/Opening.h"
 #include "platform/files/Ownership.h"
@@ -151,14 +152,30 @@ bool PosixFileManager::createFile(const std::string& path, std::string_view byte
   return replaceFile(_changes, place, file) == 0;
 }
 
-bool PosixFileManager::changeAttributesBelow(const std::string& folder,
-                                             const FileAttributes& attributes) {
-  if (!exists(folder)) return false;
-  const std::string path = withoutTrailingSlashes(folder);
-  const auto status = statusOf(AT_FDCWD, path);
-  if (status && !S_ISDIR(status->st_mode)) return true;  // nothing is below a file or link
-  AttributeWalk walk(_changes, resolveOwnership(_users, attributes), attributes.mode);
-  return walk.changeBelow(openFolder(AT_FDCWD, path));
+bool PosixFileManager::mayEnter(const std::string& path) {
+  std::set<FileIdentity> links;
+  return isUsablePath(path) && openNamedFolder(path, _users.effectiveUserId(), links).valid();
+}
+
+bool PosixFileManager::changeAttributesBelowAll(const std::vector<std::string>& folders,
+                                                const FileAttributes& attributes) {
+  std::set<FileIdentity> links;
+  std::vector<Descriptor> opened;
+  bool succeeded = true;
+  for (const std::string& path : folders) {
+    Descriptor folder;
+    if (isUsablePath(path)) folder = openNamedFolder(path, _users.effectiveUserId(), links);
+    if (folder.valid())
+      opened.push_back(std::move(folder));
+    else if (!exists(path) || isDirectory(path))
+      succeeded = false;  // while nothing is below a file
+  }
+  const Ownership ownership = resolveOwnership(_users, attributes);
+  for (Descriptor& folder : opened) {
+    AttributeWalk walk(_changes, ownership, attributes.mode, links);
+    if (!walk.changeBelow(std::move(folder))) succeeded = false;
+  }
+  return succeeded;
 }
 
 int PosixFileManager::openLog(const std::string& path) {

@@ -37,7 +37,9 @@ class PosixFileManager : public FileManager {
                        FileError* error = nullptr) override;
   bool createFile(const std::string& path, std::string_view bytes,
                   const FileAttributes& attributes) override;
-  bool changeAttributesBelow(const std::string& folder, const FileAttributes& attributes) override;
+  bool mayEnter(const std::string& path) override;
+  bool changeAttributesBelowAll(const std::vector<std::string>& folders,
+                                const FileAttributes& attributes) override;
   int openLog(const std::string& path) override;
   void closeLog(int descriptor) override;
   LockAttempt tryLock(const std::string& folder) override;

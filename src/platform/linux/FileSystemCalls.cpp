@@ -58,6 +58,10 @@ int openItem(int folder, const char* name) {
   return ::openat(folder, name, O_PATH | O_NOFOLLOW | O_CLOEXEC);
 }
 
+ssize_t readLink(int item, char* target, std::size_t size) {
+  return ::readlinkat(item, "", target, size);
+}
+
 int changeOwnerOfItem(int item, uid_t owner, gid_t group) {
   return ::fchownat(item, "", owner, group, AT_EMPTY_PATH);
 }

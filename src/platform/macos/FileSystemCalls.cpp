@@ -31,6 +31,10 @@ int openItem(int folder, const char* name) {
   return ::openat(folder, name, O_EVTONLY | O_SYMLINK | O_NONBLOCK | O_CLOEXEC);
 }
 
+ssize_t readLink(int item, char* target, std::size_t size) {
+  return ::freadlink(item, target, size);
+}
+
 int changeOwnerOfItem(int item, uid_t owner, gid_t group) {
   return ::fchown(item, owner, group);
 }

@@ -30,6 +30,9 @@ class FileManagerAttributesTest : public FileManagerFixture {
   bool changeMode(std::string_view relative, mode_t mode) {
     return change(relative, {"self", "own", mode});
   }
+  void giveLink(std::string_view relative, uid_t owner) const {
+    ASSERT_EQ(::lchown(path(relative).c_str(), owner, static_cast<gid_t>(-1)), 0);
+  }
 };
 
 TEST_F(FileManagerAttributesTest, EverythingBelowAtAllDepthsGetsTheMode) {
@@ -124,20 +127,176 @@ TEST_F(FileManagerAttributesTest, ALinksTargetNeverChanges) {
   EXPECT_THAT(TreeDiff(single, snapshot("single")).lines(), IsEmpty());
 }
 
-TEST_F(FileManagerAttributesTest, AFolderNamedThroughALinkIsNotEntered) {
-  proves("FILES-13");
-  _folder.makeFile("target/file", "", 0600);
-  _folder.makeLink("link", "target");
+TEST_F(FileManagerAttributesTest, AFolderNamedThroughOnesOwnLinksIsEntered) {
+  proves("RIGHTS-9");
+  _folder.makeFile("a/real/file", "", 0600);
+  _folder.makeFolder("b/c");
+  _folder.makeLink("b/c/relative", "./.././../a//real/");
+  _folder.makeLink("way", "b");
+  _folder.makeLink("link", path("way/c/relative"));
 
+  EXPECT_TRUE(_files.mayEnter(path("link")));
   EXPECT_TRUE(changeMode("link", 0775));
-  EXPECT_TRUE(changeMode("link/", 0775));
 
-  EXPECT_EQ(modeOf("target/file"), 0600u);
+  EXPECT_EQ(modeOf("a/real/file"), 0775u);
+  EXPECT_TRUE(changeMode("link//", 0700));
+  EXPECT_EQ(modeOf("a/real/file"), 0700u);
 }
 
-TEST_F(FileManagerAttributesTest, LinksAboveTheFolderAreFollowed) {
+TEST_F(FileManagerAttributesTest, ALinkThatEndsAtAFolderAboveLeadsThere) {
+  _folder.makeFile("a/file", "", 0600);
+  _folder.makeFolder("a/b");
+  _folder.makeLink("up", "a/b/..");
+  _folder.makeLink("a/here", ".");
+
+  EXPECT_TRUE(changeMode("up", 0775));
+  EXPECT_EQ(modeOf("a/file"), 0775u);
+
+  EXPECT_TRUE(changeMode("a/here", 0700));
+  EXPECT_EQ(modeOf("a/file"), 0700u);
+}
+
+TEST_F(FileManagerAttributesTest, AnybodyElsesLinkOnTheWayBarsTheFolder) {
+  proves("RIGHTS-9");
+  if (!isRoot()) GTEST_SKIP() << "only root can give links away";
+  _folder.makeFile("a/real/file", "", 0600);
+  _folder.makeLink("way", "a");
+  _folder.makeLink("second", "way/real");
+  _folder.makeLink("first", "second");
+  _folder.makeLink("above", ".");
+  for (const char* foreign : {"way", "second", "first", "above"}) {
+    giveLink(foreign, 1234);
+
+    EXPECT_FALSE(_files.mayEnter(path("above/first"))) << foreign;
+    EXPECT_FALSE(changeMode("above/first", 0775)) << foreign;
+    EXPECT_FALSE(changeMode("above/first/", 0775)) << foreign;
+
+    EXPECT_EQ(modeOf("a/real/file"), 0600u) << foreign;
+    giveLink(foreign, 0);
+  }
+  EXPECT_TRUE(changeMode("above/first", 0775));
+}
+
+TEST_F(FileManagerAttributesTest, TheEffectiveUsersLinksAndRootsAreFollowed) {
+  proves("RIGHTS-9");
+  if (!isRoot()) GTEST_SKIP() << "needs links of several users";
+  giveToOrdinaryUser(_folder.makeFolder("tree"));
+  giveToOrdinaryUser(_folder.makeFile("tree/file", "", 0600));
+  _folder.makeLink("roots", "tree");
+  _folder.makeLink("own", "roots");
+  _folder.makeLink("foreign", "own");
+  giveToOrdinaryUser(path("own"));
+  giveLink("foreign", 1234);
+
+  EXPECT_TRUE(asOrdinaryUser([&] {
+    MadeUpUsers users;
+    PosixFileManager files(users);
+    return files.mayEnter(path("own")) && !files.mayEnter(path("foreign")) &&
+           files.changeAttributesBelow(path("own"), {"self", "own", 0775});
+  }));
+
+  EXPECT_EQ(modeOf("tree/file"), 0775u);
+}
+
+TEST_F(FileManagerAttributesTest, ALinkWithASecondNameIsNotFollowed) {
+  _folder.makeFile("real/file", "", 0600);
+  _folder.makeLink("elsewhere/link", path("real"));
+  _folder.makeHardLink("link", "elsewhere/link");
+
+  EXPECT_FALSE(changeMode("link", 0775));
+
+  EXPECT_EQ(modeOf("real/file"), 0600u);
+}
+
+TEST_F(FileManagerAttributesTest, AsManyLinksAreFollowedAsTheSystemFollows) {
+  _folder.makeFile("0/file", "", 0600);
+  for (int number = 1; number <= 41; ++number)
+    _folder.makeLink(std::to_string(number), std::to_string(number - 1));
+  _folder.makeLink("circle", "circle");
+
+  EXPECT_TRUE(changeMode("40", 0775));
+  EXPECT_FALSE(changeMode("41", 0775));
+  EXPECT_FALSE(_files.mayEnter(path("41")));
+  EXPECT_FALSE(_files.mayEnter(path("circle")));
+}
+
+TEST_F(FileManagerAttributesTest, OnlyFoldersMayBeEntered) {
+  _folder.makeFile("file", "", 0600);
+  _folder.makeLink("toFile", "file");
+  _folder.makeLink("throughFile", "file/x");
+  _folder.makeLink("dangling", "nowhere");
+  _folder.makeFolder("folder");
+
+  EXPECT_TRUE(_files.mayEnter(path("folder/")));
+  for (const char* name : {"file", "toFile", "throughFile", "dangling", "missing"})
+    EXPECT_FALSE(_files.mayEnter(path(name))) << name;
+  EXPECT_FALSE(_files.mayEnter(""));
+  EXPECT_TRUE(changeMode("toFile", 0775)) << "nothing is below a file";
+  EXPECT_FALSE(changeMode("throughFile", 0775));
+  EXPECT_EQ(modeOf("file"), 0600u);
+}
+
+TEST_F(FileManagerAttributesTest, ALinkThatNamesAFolderKeepsItsOwner) {
+  proves("RIGHTS-9");
+  if (!isRoot()) GTEST_SKIP() << "only root can give files away";
+  _folder.makeFile("data/file", "", 0600);
+  _folder.makeLink("tree/named", "../data");
+  _folder.makeLink("tree/other", "../data");
+  const std::vector<std::string> folders = {path("tree"), path("tree/named")};
+
+  EXPECT_TRUE(_files.changeAttributesBelowAll(folders, {"ada", "crew", 0775}));
+
+  EXPECT_EQ(statusOf("data/file").st_uid, 1234u);
+  EXPECT_EQ(statusOf("tree/named").st_uid, 0u);
+  EXPECT_EQ(statusOf("tree/other").st_uid, 1234u);
+  EXPECT_TRUE(_files.mayEnter(path("tree/named")));
+}
+
+TEST_F(FileManagerAttributesTest, AForeignLinkThatNamesAFolderIsHandedOverLikeAnyOther) {
+  if (!isRoot()) GTEST_SKIP() << "only root can give files away";
+  _folder.makeFile("data/file", "", 0600);
+  _folder.makeLink("tree/named", "../data");
+  giveLink("tree/named", 4321);
+  const std::vector<std::string> folders = {path("tree"), path("tree/named")};
+
+  EXPECT_FALSE(_files.changeAttributesBelowAll(folders, {"ada", "crew", 0775}));
+
+  EXPECT_EQ(statusOf("tree/named").st_uid, 1234u);
+  EXPECT_EQ(modeOf("data/file"), 0600u);
+}
+
+TEST_F(FileManagerAttributesTest, AllFoldersAreOpenedBeforeTheFirstChange) {
+  _folder.makeFile("a/file", "", 0600);
+  _folder.makeFile("b/file", "", 0600);
+  _folder.makeFile("secret/file", "", 0600);
+  _folder.makeLink("link", "b");
+  _files.beforeNext(FileOperation::kChangeMode, [this] {
+    ASSERT_EQ(::unlink(path("link").c_str()), 0);
+    _folder.makeLink("link", "secret");
+  });
+
+  EXPECT_TRUE(_files.changeAttributesBelowAll({path("a"), path("link")}, {"self", "own", 0775}));
+
+  EXPECT_EQ(modeOf("a/file"), 0775u);
+  EXPECT_EQ(modeOf("b/file"), 0775u);
+  EXPECT_EQ(modeOf("secret/file"), 0600u);
+}
+
+TEST_F(FileManagerAttributesTest, AFolderThatFailsDoesNotKeepTheOthersBack) {
+  _folder.makeFile("a/file", "", 0600);
+  _folder.makeFile("b/file", "", 0600);
+
+  EXPECT_FALSE(_files.changeAttributesBelowAll({path("a"), path("missing"), "", path("b")},
+                                               {"self", "own", 0775}));
+
+  EXPECT_EQ(modeOf("a/file"), 0775u);
+  EXPECT_EQ(modeOf("b/file"), 0775u);
+}
+
+TEST_F(FileManagerAttributesTest, LinksAboveARealFolderAreFollowedWhosoeverTheyAre) {
   _folder.makeFile("real/tree/file", "", 0600);
   _folder.makeLink("link", "real");
+  if (isRoot()) giveLink("link", 1234);
 
   EXPECT_TRUE(changeMode("link/tree/", 0775));
 
