@@ -8,7 +8,6 @@
 #include "hotfix/workflow/HotfixPolicy.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
-#include "workflow/HotfixPackage.h"
 
 namespace installer {
 
@@ -39,8 +38,7 @@ bool isInstalled(const std::optional<std::string>& rcpHome) {
   if (holdsInstance(rcpHome)) return true;
   const RunState& state = runState();
   std::vector<std::string> details = {state._pathToInstallDestination};
-  if (const auto application = HotfixPackage::applicationName(state._properties))
-    details.push_back(*application);
+  if (const auto application = state._package.applicationName()) details.push_back(*application);
   InstallUtil::sendErrorMessage(kNotInstalled, details);
   return false;
 }
@@ -49,11 +47,11 @@ bool isStopped() {
   const RunState& state = runState();
   if (HotfixPolicy(state._pathToInstallPackage).isSkipRunningCheck()) return true;
   log(LogLevel::info, "Check whether platform is running.");
-  if (!InstallUtil::checkBundleIsRunning(resolveBundle())) return true;
-  // An instance was found, so the package names it.
-  const std::string bundleName = *state.property("bundleName");
-  InstallUtil::sendErrorMessage(kRunning, {bundleName});
-  log(LogLevel::info, "The target platform {} is running.", bundleName);
+  const std::optional<std::string>& bundleName = state._package.bundleName;
+  const std::optional<std::string> bundle = resolveBundle();
+  if (!bundleName || !bundle || !InstallUtil::checkBundleIsRunning(*bundle)) return true;
+  InstallUtil::sendErrorMessage(kRunning, {*bundleName});
+  log(LogLevel::info, "The target platform {} is running.", *bundleName);
   return false;
 }
 

@@ -68,7 +68,7 @@ void runFailurePath(const std::optional<std::string>& rcpHome,
 void runLogCollection(const std::optional<std::string>& rcpHome,
                       const std::optional<std::string>& rcpData) {
   InstanceService(rcpHome, rcpData)
-      .collectLogFiles(runState().property("bundleName"), "HOTFIX_INSTALL",
+      .collectLogFiles(runState()._package.bundleName, "HOTFIX_INSTALL",
                        Platform::current().paths.traceFile);
 }
 

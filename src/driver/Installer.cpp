@@ -7,7 +7,6 @@
 #include "driver/InstallPaths.h"
 #include "driver/PackageLoader.h"
 #include "driver/RunState.h"
-#include "hotfix/base/Path.h"
 #include "hotfix/driver/InstanceLock.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
@@ -60,18 +59,17 @@ void warnOfForeignLink(const std::string& rcpData) {
 // tell.
 std::optional<InstanceLock> lockInstances() {
   const RunState& state = runState();
-  const std::optional<std::string> rcpHome = state.property("rcpHome");
-  const std::optional<std::string> application = HotfixPackage::applicationName(state._properties);
-  if (!rcpHome || !application) return std::nullopt;
-  const std::string bundle =
-      path::appendingComponent(state._pathToInstallDestination, *application);
-  return InstanceLock(*rcpHome,
-                      HotfixPackage::rcpHomeIn(bundle, state._properties).value_or(*rcpHome));
+  const std::optional<std::string> rcpHome = state.rcpHome();
+  if (!rcpHome) return std::nullopt;
+  const std::optional<std::string> ofWorkflow =
+      HotfixPackage::resolvedFor(state._pathToInstallPackage, state._properties)
+          .rcpHomeBelow(state._pathToInstallDestination);
+  return InstanceLock(*rcpHome, ofWorkflow.value_or(*rcpHome));
 }
 
 bool installPackage(const std::vector<std::string>& arguments) {
   loadPackage();
-  const std::optional<std::string> rcpHome = runState().property("rcpHome");
+  const std::optional<std::string> rcpHome = runState().rcpHome();
   const std::optional<std::string> rcpData = chooseRcpData(arguments, rcpHome);
   if (rcpData) warnOfForeignLink(*rcpData);
   // First of all: what another run has at work in the bundle is not the application, and what the

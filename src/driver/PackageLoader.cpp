@@ -1,20 +1,17 @@
 #include "driver/PackageLoader.h"
 
+#include <utility>
+
 #include "driver/RunState.h"
 #include "hotfix/base/Path.h"
 #include "hotfix/formats/RegisterFile.h"
 #include "hotfix/platform/PropertyListFile.h"
 #include "platform/Exists.h"
 #include "platform/Log.h"
-#include "workflow/HotfixPackage.h"
 
 namespace installer {
 
 namespace {
-
-bool allowsSeveralInstances() {
-  return PropertyList::booleanForKey(runState()._properties, "allowMultiInstance");
-}
 
 // Adds the entries of hotfix.plist; false, with one line, when there are none to add.
 bool readProperties() {
@@ -28,40 +25,41 @@ bool readProperties() {
     log(LogLevel::error, "There is no hotfix description at {}.", file);
     return false;
   }
-  const auto properties = PropertyList::readDictionary(file);
+  auto properties = PropertyList::readDictionary(file);
   if (!properties) {
     log(LogLevel::error, "The hotfix description {} can not be read as a property list.", file);
     return false;
   }
-  for (const auto& [key, value] : *properties) state._properties.set(key, value);
+  state._package = HotfixPackage::describedBy(*properties);
+  state._properties = std::move(*properties);
   state._properties.remove("rcpHome");  // ours to derive, not the package's to tell
   return true;
 }
 
 }  // namespace
 
-std::string resolveBundle() {
+std::optional<std::string> resolveBundle() {
   const RunState& state = runState();
-  if (!allowsSeveralInstances()) {
+  const HotfixPackage& package = state._package;
+  if (package.bundleName && !package.allowMultiInstance) {
     const std::optional<std::string> registered =
-        RegisterFile(*state.property("bundleName")).getProductPath();
-    if (registered && exists(*registered)) return *registered;
+        RegisterFile(*package.bundleName).getProductPath();
+    if (exists(registered)) return registered;
   }
-  return path::appendingComponent(state._pathToInstallDestination,
-                                  *HotfixPackage::applicationName(state._properties));
+  return package.bundleIn(state._pathToInstallDestination);
 }
 
 void loadPackage() {
   if (!readProperties()) return;
   RunState& state = runState();
-  if (!state.property("bundleName")) {
+  const std::optional<std::string> bundle = resolveBundle();
+  if (!bundle) {
     log(LogLevel::error, "The hotfix description names no bundleName.");
     return;
   }
-  const std::string bundle = resolveBundle();
-  if (!allowsSeveralInstances())
-    state._pathToInstallDestination = path::deletingLastComponent(bundle);
-  if (const auto rcpHome = HotfixPackage::rcpHomeIn(bundle, state._properties))
+  if (!state._package.allowMultiInstance)
+    state._pathToInstallDestination = path::deletingLastComponent(*bundle);
+  if (const auto rcpHome = state._package.rcpHomeIn(*bundle))
     state._properties.set("rcpHome", *rcpHome);
   else
     log(LogLevel::error, "The hotfix description names no frameworkPath.");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace installer {
@@ -11,7 +12,7 @@ void loadPackage();
 
 // The application bundle that the package in runState() is for: <destination>/<bundleName>.app, or,
 // unless the package allows several instances, the existing bundle that the product's registration
-// names. The package must name its bundle.
-std::string resolveBundle();
+// names. nullopt when the package does not name its bundle.
+std::optional<std::string> resolveBundle();
 
 }  // namespace installer

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "hotfix/base/PropertyList.h"
+#include "workflow/HotfixPackage.h"
 
 namespace installer {
 
@@ -12,10 +13,11 @@ struct RunState {
   std::string _pathToInstallPackage;      // the package folder, first argument
   std::string _pathToInstallDestination;  // second argument, or the registered bundle's folder
   PropertyList::Dictionary _properties;   // the package's hotfix.plist and the derived rcpHome
+  HotfixPackage _package;                 // what the same entries say, as they stand
 
-  // The text under the key; nullopt when the package does not tell.
-  std::optional<std::string> property(std::string_view key) const {
-    return PropertyList::textForKey(_properties, key);
+  // The home of the instance that the checks look at; nullopt when the package does not tell.
+  std::optional<std::string> rcpHome() const {
+    return PropertyList::textForKey(_properties, "rcpHome");
   }
 };
 

@@ -2,31 +2,107 @@
 
 #include "hotfix/base/Path.h"
 #include "hotfix/platform/PropertyListFile.h"
-#include "platform/FileManager.h"
-#include "platform/Platform.h"
+#include "hotfix/util/InstallUtil.h"
+#include "platform/Exists.h"
 
-namespace installer::HotfixPackage {
+namespace installer {
 
-std::string propertiesFile(const std::string& package) {
-  return path::appendingComponent(package, "Contents/Resources/hotfix.plist");
+namespace {
+
+using PropertyList::Dictionary;
+using PropertyList::textForKey;
+
+constexpr const char* kInstallManifest = "pathToHotfixManifest";
+constexpr const char* kUninstallManifest = "pathToHotfixUninstallManifest";
+constexpr const char* kCustomization = "pathToPluginCustomization";
+constexpr const char* kUpdateSites = "updateSiteList";
+constexpr const char* kKeyStores = "keystore";
+constexpr const char* kExtras = "extras";
+
+// The text under the key, after the default has taken the place of a missing or empty one.
+std::string withDefault(Dictionary& properties, const char* key, const std::string& value) {
+  const std::string text = textForKey(properties, key).value_or("");
+  if (!text.empty()) return text;
+  properties.set(key, value);
+  return value;
 }
 
-std::optional<PropertyList::Dictionary> properties(const std::optional<std::string>& package) {
-  if (!package || !Platform::current().files->exists(*package)) return std::nullopt;
-  return PropertyList::readDictionary(propertiesFile(*package));
+// Before "${package}" is replaced: the folders of key stores and extras follow from the manifest's
+// place as it stands.
+void initializeDefaultValues(Dictionary& properties) {
+  const std::string manifest =
+      withDefault(properties, kInstallManifest, "${package}/../deploy/install.hotfix.xml");
+  withDefault(properties, kUninstallManifest, "${package}/../deploy/uninstall.hotfix.xml");
+  withDefault(properties, kCustomization, "${package}/../deploy/plugin_customization.ini");
+  withDefault(properties, kUpdateSites, "${package}/../../updates/platform");
+  // A package that names its own manifest moves the folders beside it along.
+  const std::string folder = path::deletingLastComponent(manifest);
+  withDefault(properties, kKeyStores, folder);
+  withDefault(properties, kExtras, path::appendingComponent(folder, "extras"));
 }
 
-std::optional<std::string> rcpHomeIn(const std::string& bundle,
-                                     const PropertyList::Dictionary& properties) {
-  const auto frameworkPath = PropertyList::textForKey(properties, "frameworkPath");
-  if (!frameworkPath) return std::nullopt;
-  return path::appendingComponent(path::appendingComponent(bundle, *frameworkPath), "rcp");
+// The entries of a description that has its defaults.
+HotfixPackage typed(const Dictionary& properties) {
+  const auto location = [&](const char* key) { return textForKey(properties, key).value_or(""); };
+  HotfixPackage package;
+  package.bundleName = textForKey(properties, "bundleName");
+  package.frameworkPath = textForKey(properties, "frameworkPath");
+  package.version = textForKey(properties, "version");
+  package.allowMultiInstance = PropertyList::booleanForKey(properties, "allowMultiInstance");
+  package.skipRunningCheck = textForKey(properties, "SKIPRUNNINGCHECK") == "true";
+  package.locations = {.installManifest = location(kInstallManifest),
+                       .uninstallManifest = location(kUninstallManifest),
+                       .customization = location(kCustomization),
+                       .updateSites = location(kUpdateSites),
+                       .keyStores = location(kKeyStores),
+                       .extras = location(kExtras)};
+  return package;
 }
 
-std::optional<std::string> applicationName(const PropertyList::Dictionary& properties) {
-  const auto bundleName = PropertyList::textForKey(properties, "bundleName");
+}  // namespace
+
+std::optional<std::string> HotfixPackage::applicationName() const {
   if (!bundleName) return std::nullopt;
   return *bundleName + ".app";
 }
 
-}  // namespace installer::HotfixPackage
+std::optional<std::string> HotfixPackage::bundleIn(const std::string& folder) const {
+  const std::optional<std::string> application = applicationName();
+  if (!application) return std::nullopt;
+  return path::appendingComponent(folder, *application);
+}
+
+std::optional<std::string> HotfixPackage::rcpHomeIn(const std::string& bundle) const {
+  if (!frameworkPath) return std::nullopt;
+  return path::appendingComponent(path::appendingComponent(bundle, *frameworkPath), "rcp");
+}
+
+std::optional<std::string> HotfixPackage::rcpHomeBelow(const std::string& folder) const {
+  const std::optional<std::string> bundle = bundleIn(folder);
+  if (!bundle) return std::nullopt;
+  return rcpHomeIn(*bundle);
+}
+
+HotfixPackage HotfixPackage::describedBy(const Dictionary& properties) {
+  Dictionary complete = properties;
+  initializeDefaultValues(complete);
+  return typed(complete);
+}
+
+HotfixPackage HotfixPackage::resolvedFor(const std::string& package, const Dictionary& properties) {
+  Dictionary complete = properties;
+  initializeDefaultValues(complete);
+  InstallUtil::replacePackageVariableWith(package, complete);
+  return typed(complete);
+}
+
+std::string HotfixPackage::propertiesFile(const std::string& package) {
+  return path::appendingComponent(package, "Contents/Resources/hotfix.plist");
+}
+
+std::optional<Dictionary> HotfixPackage::properties(const std::optional<std::string>& package) {
+  if (!package || !exists(package)) return std::nullopt;
+  return PropertyList::readDictionary(propertiesFile(*package));
+}
+
+}  // namespace installer

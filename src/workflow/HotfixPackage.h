@@ -5,20 +5,49 @@
 
 #include "hotfix/base/PropertyList.h"
 
-// What lies where in a hotfix package.
-namespace installer::HotfixPackage {
+namespace installer {
 
-// The package's description of itself.
-std::string propertiesFile(const std::string& package);
+// What a hotfix package says of itself in its hotfix.plist: every entry that is of use here, read
+// in this one place. A key that is missing or holds another type is absent.
+struct HotfixPackage {
+  // Where the package's files lie, and the update sites. Missing and empty ones have their default.
+  struct Locations {
+    std::string installManifest;
+    std::string uninstallManifest;
+    std::string customization;
+    std::string updateSites;
+    std::string keyStores;  // a folder; without one of its own that of the install manifest
+    std::string extras;     // a folder; without one of its own "extras" beside the install manifest
+  };
 
-// Its entries; nullopt when the package, the file or a dictionary in it is missing.
-std::optional<PropertyList::Dictionary> properties(const std::optional<std::string>& package);
+  std::optional<std::string> bundleName;     // the application bundle's name without ".app"
+  std::optional<std::string> frameworkPath;  // from the bundle to the folder that holds "rcp"
+  std::optional<std::string> version;
+  bool allowMultiInstance = false;  // the bundle lies in the destination, registered or not
+  bool skipRunningCheck = false;    // the text "true", to the letter
+  Locations locations;
 
-// <bundle>/<frameworkPath>/rcp with the package's frameworkPath; nullopt when it names none.
-std::optional<std::string> rcpHomeIn(const std::string& bundle,
-                                     const PropertyList::Dictionary& properties);
+  // <bundleName>.app; nullopt without a name.
+  std::optional<std::string> applicationName() const;
+  // The application in the folder; nullopt without a name.
+  std::optional<std::string> bundleIn(const std::string& folder) const;
+  // <bundle>/<frameworkPath>/rcp; nullopt without a framework path.
+  std::optional<std::string> rcpHomeIn(const std::string& bundle) const;
+  // The home in the application in the folder; nullopt without one of the two.
+  std::optional<std::string> rcpHomeBelow(const std::string& folder) const;
 
-// The file name of the application bundle, <bundleName>.app; nullopt when the package names none.
-std::optional<std::string> applicationName(const PropertyList::Dictionary& properties);
+  // The entries as they stand in the description: what the driver goes by.
+  static HotfixPackage describedBy(const PropertyList::Dictionary& properties);
+  // The same with "${package}" in every text replaced by the package's path: what the workflow goes
+  // by.
+  static HotfixPackage resolvedFor(const std::string& package,
+                                   const PropertyList::Dictionary& properties);
 
-}  // namespace installer::HotfixPackage
+  // The package's hotfix.plist.
+  static std::string propertiesFile(const std::string& package);
+  // Its entries; nullopt when the package, the file or a dictionary in it is missing.
+  static std::optional<PropertyList::Dictionary> properties(
+      const std::optional<std::string>& package);
+};
+
+}  // namespace installer

@@ -8,7 +8,7 @@ HotfixPolicy::HotfixPolicy(const std::optional<std::string>& path)
     : _properties(HotfixPackage::properties(path).value_or(PropertyList::Dictionary())) {}
 
 bool HotfixPolicy::isSkipRunningCheck() const {
-  return PropertyList::textForKey(_properties, "SKIPRUNNINGCHECK") == "true";
+  return HotfixPackage::describedBy(_properties).skipRunningCheck;
 }
 
 }  // namespace installer

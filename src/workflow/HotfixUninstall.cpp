@@ -1,107 +1,24 @@
 #include "hotfix/workflow/HotfixUninstall.h"
 
-#include <cstdio>
-
-#include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
-#include "instance/ProvisioningCommand.h"
-#include "instance/ProvisioningRun.h"
-#include "platform/FileManager.h"
-#include "platform/Log.h"
+#include "platform/Exists.h"
+#include "workflow/HotfixRemoval.h"
 
 namespace installer {
 
-namespace {
-
-// The graphical installer reads these lines; a closed standard output loses them and nothing else.
-template <class... Arguments>
-void print(fmt::format_string<Arguments...> format, Arguments&&... arguments) {
-  const std::string line = fmt::format(format, std::forward<Arguments>(arguments)...) + "\n";
-  (void)std::fwrite(line.data(), 1, line.size(), stdout);
-  (void)std::fflush(stdout);
-}
-
-void printMissing(const std::string& file) {
-  print(
-      "File {} was not found. Provisioning process failed to launch or was terminated before "
-      "status could be determined.",
-      file);
-}
-
-}  // namespace
-
 HotfixUninstall::HotfixUninstall(const std::optional<std::string>& pathToRcphome,
                                  const std::optional<std::string>& pathToRcpData) {
-  if (!pathToRcphome || !Platform::current().files->exists(*pathToRcphome)) return;
-  _pathToRcpHome = pathToRcphome;
-  _pathToRcpData = pathToRcpData ? *pathToRcpData : InstanceLayout::defaultRcpData(*pathToRcphome);
-  _instance.emplace(_pathToRcpHome, _pathToRcpData);
+  if (!pathToRcphome || !exists(pathToRcphome)) return;
+  _removal = std::make_unique<HotfixRemoval>(
+      *pathToRcphome, pathToRcpData.value_or(InstanceLayout::defaultRcpData(*pathToRcphome)));
 }
 
-bool HotfixUninstall::copyUninstallManifest() {
-  FileManager& files = *Platform::current().files;
-  const std::string manifest = InstanceLayout::uninstallManifest(*_pathToRcpHome);
-  if (!files.exists(manifest)) {
-    log(LogLevel::error,
-        "File {} was not found. Provisioning process failed to launch or was terminated before "
-        "status could be determined.",
-        manifest);
-    printMissing(manifest);
-    return false;
-  }
-  if (!_instance->copyUpdateManifest(manifest, std::nullopt)) {
-    const std::string target(InstanceLayout::kUpdateManifest);
-    log(LogLevel::error,
-        "File {} not found. Provisioning process failed to launch or was terminated before status "
-        "could be determined.",
-        target);
-    printMissing(target);
-    return false;
-  }
-  (void)files.remove(manifest);
-  return true;
-}
-
-void HotfixUninstall::startProvisioning() {
-  _instance->removeProvisionRCFile();
-  log(LogLevel::info, "Launch platform to uninstall provisioned features...");
-  const std::string launcher = InstanceLayout::launcher(*_pathToRcpHome);
-  const std::vector<std::string> arguments = ProvisioningCommand::arguments(
-      ProvisioningCommand::kUpdate, InstallUtil::getCurrentLocale(), _pathToRcpData);
-  // Twice on purpose, over the same result file.
-  runProvisioning(launcher, arguments);
-  runProvisioning(launcher, arguments);
-}
-
-void HotfixUninstall::removeHotfixReceipt() {
-  InstallUtil::removeReceipt(_instance->getInstalledHotfixBundleID());
-}
-
-void HotfixUninstall::clearRecords() {
-  _instance->removeProvisionRCFile();
-  print("The provisioning operations have completed successfully.");
-  removeHotfixReceipt();
-  _instance->updatePermissions(false, _pathToRcpData);
-  _instance->removeHotfixSkipRunningCheckProperty();
-  _instance->deleteInstalledHotfixBundleID();
-}
+HotfixUninstall::HotfixUninstall(HotfixUninstall&&) noexcept = default;
+HotfixUninstall& HotfixUninstall::operator=(HotfixUninstall&&) noexcept = default;
+HotfixUninstall::~HotfixUninstall() = default;
 
 bool HotfixUninstall::uninstallOldHotfix() {
-  if (!_instance || !copyUninstallManifest()) return false;
-  _instance->backupInstallManifest();
-  _instance->updateProvisionManifestVersion(InstallUtil::generateNewManifestVersion());
-  startProvisioning();
-  _instance->updateHotfixVersion(std::nullopt);
-  if (_instance->getProvisioningResult() == -1) {
-    constexpr const char* kUnexpected =
-        "Unexpected results have occurred during the provisioning operation. For additional "
-        "information, please refer to the logs.";
-    log(LogLevel::error, "{}", kUnexpected);
-    print("{}", kUnexpected);
-    return false;
-  }
-  clearRecords();
-  return true;
+  return _removal && _removal->uninstallOldHotfix();
 }
 
 }  // namespace installer

@@ -692,6 +692,24 @@ TEST_F(InstallerTest, BothHomesAreLockedWhereTheWorkflowsIsNotTheRegisteredOne) 
   EXPECT_THAT(locked, ElementsAre(true, true, true, true));
 }
 
+TEST_F(InstallerTest, BothHomesAreLockedWhereThePackagesPathLeadsToTheWorkflows) {
+  proves("LOCK-5", "PACKAGE-8");
+  describe("frameworkPath", "${package}");
+  const std::string checked = std::string(kBundle) + "/${package}/rcp";
+  const std::string changed = std::string(kBundle) + package() + "/rcp";
+  _sandbox.write(checked + "/deploy/install.xml", "<m/>");
+  _sandbox.write(changed + "/deploy/install.xml", "<m/>");
+  std::vector<bool> locked;
+  _sandbox.children().onStart([&](const Command&) {
+    locked.push_back(isLocked(_sandbox.path(checked)));
+    locked.push_back(isLocked(_sandbox.path(changed)));
+  });
+
+  EXPECT_EQ(run(), 1) << "there is no launcher";
+
+  EXPECT_THAT(locked, ElementsAre(true, true, true, true));
+}
+
 TEST_F(InstallerTest, NothingOfAnEarlierRunIsKept) {
   proves("RUN-6");
   EXPECT_EQ(run(), 0);

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "hotfix/base/DeletedForNull.h"
-#include "hotfix/instance/InstanceService.h"
 
 namespace installer {
+
+class HotfixRemoval;
 
 /// Removes the hotfix that an instance carries: feeds the uninstall manifest that its installation
 /// left in the instance to the platform's provisioning and clears what was recorded. The manifest
@@ -17,6 +19,9 @@ class HotfixUninstall {
   /// is <rcp home>/systemdata.
   HotfixUninstall(const std::optional<std::string>& pathToRcphome,
                   const std::optional<std::string>& pathToRcpData);
+  HotfixUninstall(HotfixUninstall&&) noexcept;
+  HotfixUninstall& operator=(HotfixUninstall&&) noexcept;
+  ~HotfixUninstall();
 
   /// True when the features are gone. The recorded version is cleared once provisioning has run,
   /// whatever came of it; receipt, skip flag and bundle identifier only after success. Failures go
@@ -29,14 +34,7 @@ class HotfixUninstall {
   /// @endcond
 
  private:
-  bool copyUninstallManifest();
-  void startProvisioning();
-  void removeHotfixReceipt();
-  void clearRecords();
-
-  std::optional<InstanceService> _instance;  // nullopt when the rcp home is missing
-  std::optional<std::string> _pathToRcpHome;
-  std::optional<std::string> _pathToRcpData;
+  std::unique_ptr<HotfixRemoval> _removal;  // null when the rcp home is missing
 };
 
 }  // namespace installer

@@ -6,7 +6,6 @@
 
 #include "support/Proves.h"
 #include "support/Sandbox.h"
-#include "workflow/HotfixPackage.h"
 
 namespace installer::test {
 namespace {
@@ -54,22 +53,6 @@ TEST_F(HotfixPolicyTest, EmptyPathIsNoPackageEvenInsideOne) {
 
   std::filesystem::current_path(folder);
   EXPECT_FALSE(skips);
-}
-
-TEST(HotfixPackageTest, RcpHomeNeedsTheFrameworkPath) {
-  proves("BUNDLE-2");
-  EXPECT_EQ(HotfixPackage::rcpHomeIn("/A/Q.app", {{"frameworkPath", "/Contents/MacOS/"}}),
-            "/A/Q.app/Contents/MacOS/rcp");
-  EXPECT_EQ(HotfixPackage::rcpHomeIn("/A/Q.app", {{"frameworkPath", ""}}), "/A/Q.app/rcp");
-  EXPECT_EQ(HotfixPackage::rcpHomeIn("/A/Q.app", {}), std::nullopt);
-  EXPECT_EQ(HotfixPackage::rcpHomeIn("/A/Q.app", {{"frameworkPath", 1}}), std::nullopt);
-}
-
-TEST(HotfixPackageTest, ApplicationNameNeedsTheBundleName) {
-  proves("BUNDLE-1");
-  EXPECT_EQ(HotfixPackage::applicationName({{"bundleName", "Quillmere"}}), "Quillmere.app");
-  EXPECT_EQ(HotfixPackage::applicationName({}), std::nullopt);
-  EXPECT_EQ(HotfixPackage::applicationName({{"bundleName", 1}}), std::nullopt);
 }
 
 }  // namespace

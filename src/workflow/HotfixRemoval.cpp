@@ -1,0 +1,104 @@
+#include "workflow/HotfixRemoval.h"
+
+#include <cstdio>
+
+#include "hotfix/util/InstallUtil.h"
+#include "instance/InstanceLayout.h"
+#include "instance/ProvisioningCommand.h"
+#include "instance/ProvisioningRun.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+
+namespace installer {
+
+namespace {
+
+// The graphical installer reads these lines; a closed standard output loses them and nothing else.
+template <class... Arguments>
+void print(fmt::format_string<Arguments...> format, Arguments&&... arguments) {
+  const std::string line = fmt::format(format, std::forward<Arguments>(arguments)...) + "\n";
+  (void)std::fwrite(line.data(), 1, line.size(), stdout);
+  (void)std::fflush(stdout);
+}
+
+void printMissing(const std::string& file) {
+  print(
+      "File {} was not found. Provisioning process failed to launch or was terminated before "
+      "status could be determined.",
+      file);
+}
+
+}  // namespace
+
+HotfixRemoval::HotfixRemoval(const std::string& pathToRcphome, const std::string& pathToRcpData)
+    : _pathToRcpHome(pathToRcphome),
+      _pathToRcpData(pathToRcpData),
+      _instance(pathToRcphome, pathToRcpData) {}
+
+bool HotfixRemoval::copyUninstallManifest() {
+  FileManager& files = *Platform::current().files;
+  const std::string manifest = InstanceLayout::uninstallManifest(_pathToRcpHome);
+  if (!files.exists(manifest)) {
+    log(LogLevel::error,
+        "File {} was not found. Provisioning process failed to launch or was terminated before "
+        "status could be determined.",
+        manifest);
+    printMissing(manifest);
+    return false;
+  }
+  if (!_instance.copyUpdateManifest(manifest, std::nullopt)) {
+    const std::string target(InstanceLayout::kUpdateManifest);
+    log(LogLevel::error,
+        "File {} not found. Provisioning process failed to launch or was terminated before status "
+        "could be determined.",
+        target);
+    printMissing(target);
+    return false;
+  }
+  (void)files.remove(manifest);
+  return true;
+}
+
+void HotfixRemoval::startProvisioning() {
+  _instance.removeProvisionRCFile();
+  log(LogLevel::info, "Launch platform to uninstall provisioned features...");
+  const std::string launcher = InstanceLayout::launcher(_pathToRcpHome);
+  const std::vector<std::string> arguments = ProvisioningCommand::arguments(
+      ProvisioningCommand::kUpdate, InstallUtil::getCurrentLocale(), _pathToRcpData);
+  // Twice on purpose, over the same result file.
+  runProvisioning(launcher, arguments);
+  runProvisioning(launcher, arguments);
+}
+
+void HotfixRemoval::removeHotfixReceipt() {
+  InstallUtil::removeReceipt(_instance.getInstalledHotfixBundleID());
+}
+
+void HotfixRemoval::clearRecords() {
+  _instance.removeProvisionRCFile();
+  print("The provisioning operations have completed successfully.");
+  removeHotfixReceipt();
+  _instance.updatePermissions(false, _pathToRcpData);
+  _instance.removeHotfixSkipRunningCheckProperty();
+  _instance.deleteInstalledHotfixBundleID();
+}
+
+bool HotfixRemoval::uninstallOldHotfix() {
+  if (!copyUninstallManifest()) return false;
+  _instance.backupInstallManifest();
+  _instance.updateProvisionManifestVersion(InstallUtil::generateNewManifestVersion());
+  startProvisioning();
+  _instance.updateHotfixVersion(std::nullopt);
+  if (_instance.getProvisioningResult() == -1) {
+    constexpr const char* kUnexpected =
+        "Unexpected results have occurred during the provisioning operation. For additional "
+        "information, please refer to the logs.";
+    log(LogLevel::error, "{}", kUnexpected);
+    print("{}", kUnexpected);
+    return false;
+  }
+  clearRecords();
+  return true;
+}
+
+}  // namespace installer
