@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "hotfix/base/DeletedForNull.h"
+
 namespace installer {
 
 /// Keeps other installers from an instance as long as this object lives, or until the process ends,
@@ -29,6 +31,11 @@ class InstanceLock {
   /// Whether every home is held. False when one is no folder, or when its file system has no locks:
   /// nothing then keeps others away from it.
   bool isHeld() const { return _isHeld; }
+
+  /// @cond
+  // No text is nullptr.
+  HOTFIX_DELETED_FOR_NULL(explicit InstanceLock);
+  /// @endcond
 
  private:
   bool take(const std::vector<std::string>& rcpHomes);

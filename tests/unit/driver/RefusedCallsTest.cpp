@@ -12,6 +12,7 @@
 
 #include "hotfix/base/Path.h"
 #include "hotfix/base/PropertyList.h"
+#include "hotfix/driver/InstanceLock.h"
 #include "hotfix/formats/Configuration.h"
 #include "hotfix/formats/InstallManifest.h"
 #include "hotfix/formats/JavaProperties.h"
@@ -200,6 +201,8 @@ TEST(RefusedCallsTest, NullIsNoTextForWorkflows) {
   EXPECT_TRUE((isNotMadeOfNull<Hotfix, Text, Text, Text>()));
   EXPECT_TRUE((isNotMadeOfNull<HotfixPolicy, Text>()));
   EXPECT_TRUE((isNotMadeOfNull<HotfixUninstall, Text, Text>()));
+  EXPECT_TRUE((isNotMadeOfNull<InstanceLock, Text>()));
+  EXPECT_TRUE((isNotMadeOfNull<InstanceLock, Text, Text>()));
 }
 
 // Takes a truth, and neither a text nor nullptr in its place.
