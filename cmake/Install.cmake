@@ -21,6 +21,12 @@ install(
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
+# A folder with the archive and no shared library, for pkg-config --static.
+file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/archive)
+file(CREATE_LINK ../libhotfix.a ${PROJECT_BINARY_DIR}/archive/libhotfix.a SYMBOLIC)
+install(FILES ${PROJECT_BINARY_DIR}/archive/libhotfix.a
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/hotfix)
+
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/hotfix)
 install(EXPORT hotfix-targets NAMESPACE hotfix:: DESTINATION ${package_folder})
 configure_package_config_file(packaging/hotfix-config.cmake.in hotfix-config.cmake
@@ -29,7 +35,7 @@ write_basic_package_version_file(hotfix-config-version.cmake COMPATIBILITY SameM
 install(FILES ${PROJECT_BINARY_DIR}/hotfix-config.cmake
               ${PROJECT_BINARY_DIR}/hotfix-config-version.cmake DESTINATION ${package_folder})
 
-# The .pc file is made at install time: only then is the prefix known (cmake --install --prefix).
+# The .pc files are made at install time: only then is the prefix known (cmake --install --prefix).
 install(
   CODE "
   set(PROJECT_DESCRIPTION \"${PROJECT_DESCRIPTION}\")
@@ -37,7 +43,10 @@ install(
   set(HOTFIX_PC_LIBDIR \"\\\${exec_prefix}/${CMAKE_INSTALL_LIBDIR}\")
   set(HOTFIX_PC_INCLUDEDIR \"\\\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}\")
   get_filename_component(CMAKE_INSTALL_PREFIX \"\${CMAKE_INSTALL_PREFIX}\" ABSOLUTE)
-  configure_file(\"${PROJECT_SOURCE_DIR}/packaging/hotfix.pc.in\"
-                 \"${PROJECT_BINARY_DIR}/hotfix.pc\" @ONLY)
+  foreach(file hotfix hotfix-libdir)
+    configure_file(\"${PROJECT_SOURCE_DIR}/packaging/\${file}.pc.in\"
+                   \"${PROJECT_BINARY_DIR}/\${file}.pc\" @ONLY)
+  endforeach()
   ")
-install(FILES ${PROJECT_BINARY_DIR}/hotfix.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/hotfix.pc ${PROJECT_BINARY_DIR}/hotfix-libdir.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
