@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 
+#include <hotfix/Version.h>
 #include <hotfix/base/OrderedDictionary.h>
 #include <hotfix/base/Path.h>
 #include <hotfix/base/PropertyList.h>
@@ -16,6 +17,7 @@
 #include <hotfix/instance/InstanceService.h>
 #include <hotfix/platform/FileError.h>
 #include <hotfix/platform/HomeFolders.h>
+#include <hotfix/platform/ProcessKeys.h>
 #include <hotfix/platform/PropertyListFile.h>
 #include <hotfix/util/InstallUtil.h>
 #include <hotfix/util/StringUtil.h>
@@ -58,8 +60,10 @@ void usePropertyLists() {
 
 void useWorkflows(const std::string& folder) {
   show("locked before there is anything", InstanceLock(folder + "/rcp").isHeld());
+  show("asked", InstanceService::existing(folder + "/rcp").has_value());
   InstanceService service(folder + "/rcp");
   show("locked", InstanceLock(folder + "/rcp").isHeld());
+  show("exists", InstanceService::existing(folder + "/rcp").has_value());
   show("installed", service.hasInstanceInstalled());
   const FileError error{FileError::kExists, "there already"};
   show("goes on", service.shouldProceedAfterError(error, "from", "to"));
@@ -74,7 +78,9 @@ void useWorkflows(const std::string& folder) {
 
 int main(int, char** arguments) {
   const std::string folder = arguments[1];
+  show("version", std::string(kVersion));
   show("quoted", StringUtil::addQuotesToString("text"));
+  show("running", InstallUtil::checkBundleIsRunning("outside", processKey::kName));
   show("stamp", InstallUtil::generateNewManifestVersion().size() == 10);
   useFormats(folder);
   usePropertyLists();

@@ -117,7 +117,15 @@ class CheckLayersTest(unittest.TestCase):
 
         self.write("include/hotfix/util/A.h")
         self.write("include/hotfix/A.h")
-        self.assertRefused("include/hotfix/A.h:1", "is on no floor")
+        self.assertAccepted()
+
+    def testAPublicHeaderBesideTheFloorsStandsOnTheGround(self):
+        self.write("src/base/B.cpp")
+        self.write("include/hotfix/A.h", '#include "hotfix/base/B.h"')
+        self.assertAccepted()
+
+        self.write("include/hotfix/A.h", '#include "hotfix/platform/B.h"')
+        self.assertRefused("include/hotfix/A.h:1", "from a floor above it")
 
     def testAPublicHeaderNamesNothingThatIsPrivate(self):
         self.write("src/util/A.cpp")
