@@ -10,6 +10,10 @@ hotfix_add_check(format ${PROJECT_SOURCE_DIR}/scripts/check-format)
 hotfix_add_check(shell ${PROJECT_SOURCE_DIR}/scripts/check-shell)
 hotfix_add_check(commits ${PROJECT_SOURCE_DIR}/scripts/check-commits)
 
+if(TARGET docs)
+  hotfix_add_check(docs ${DOXYGEN_EXECUTABLE} ${HOTFIX_DOXYFILE})
+endif()
+
 hotfix_add_check(promises ${PROJECT_SOURCE_DIR}/scripts/check-promises)
 
 # Every test file has a test in one of the programs. This concerns all tests: without the sample's

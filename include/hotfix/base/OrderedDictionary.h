@@ -24,28 +24,34 @@ namespace installer {
 template <class Value, class Hash = KeyedHash>
 class OrderedDictionary {
  public:
-  using Entry = std::pair<std::string, Value>;
+  using Entry = std::pair<std::string, Value>;  ///< key and value
+  /// Goes through the entries in the order in which their keys were first stored; valid until the
+  /// next change.
   using const_iterator = typename std::vector<Entry>::const_iterator;
 
-  OrderedDictionary() = default;
+  OrderedDictionary() = default;  ///< without entries
+  /// Holds the entries in their order; of several with one key the last value, at the first place.
   OrderedDictionary(std::initializer_list<Entry> entries) {
     for (const Entry& entry : entries) set(entry.first, entry.second);
   }
 
+  /// Whether there is no entry.
   bool empty() const { return _entries.empty(); }
+  /// The number of entries.
   std::size_t size() const { return _entries.size(); }
+  /// The first entry; end() when there is none.
   const_iterator begin() const { return _entries.begin(); }
+  /// Behind the last entry.
   const_iterator end() const { return _entries.end(); }
 
   /// The value stored under `key`, owned by the dictionary and valid until its next change;
   /// nullptr when there is none.
-  const Value* find(std::nullptr_t key) const = delete;
   const Value* find(std::string_view key) const {
     const std::optional<std::size_t> place = placeOf(key);
     return place ? &_entries[*place].second : nullptr;
   }
 
-  void set(std::nullptr_t key, Value value) = delete;
+  /// Stores the value under `key`, in place of what was there.
   void set(std::string key, Value value) {
     if (const std::optional<std::size_t> place = placeOf(key)) {
       _entries[*place].second = std::move(value);
@@ -59,7 +65,7 @@ class OrderedDictionary {
     }
   }
 
-  void remove(std::nullptr_t key) = delete;
+  /// Removes the entry; nothing happens when there is none.
   void remove(std::string_view key) {
     const std::optional<std::size_t> place = placeOf(key);
     if (!place) return;
@@ -67,6 +73,7 @@ class OrderedDictionary {
     rebuildSlots();
   }
 
+  /// Removes every entry.
   void clear() {
     _entries.clear();
     _slots.clear();
@@ -80,6 +87,13 @@ class OrderedDictionary {
     }
     return true;
   }
+
+  /// @cond
+  // No text is nullptr.
+  const Value* find(std::nullptr_t key) const = delete;
+  void set(std::nullptr_t key, Value value) = delete;
+  void remove(std::nullptr_t key) = delete;
+  /// @endcond
 
  private:
   static constexpr std::size_t kFree = std::numeric_limits<std::size_t>::max();

@@ -19,23 +19,24 @@
 namespace installer::PropertyList {
 
 class Value;
-using Array = std::vector<Value>;
-using Dictionary = OrderedDictionary<Value>;
+using Array = std::vector<Value>;             ///< values in their order
+using Dictionary = OrderedDictionary<Value>;  ///< values by key, in the order of the list
 
+/// Bytes without a meaning of their own.
 struct Data {
-  std::string bytes;
+  std::string bytes;  ///< as they are, not encoded
   friend bool operator==(const Data&, const Data&) = default;
 };
 
 /// Seconds since 2001-01-01T00:00:00Z. XML lists hold whole seconds; a binary list may hold parts.
 struct Date {
-  double seconds = 0;
+  double seconds = 0;  ///< negative before that moment
   friend bool operator==(const Date&, const Date&) = default;
 };
 
 /// A keyed archive's object reference; XML lists carry it as {CF$UID: integer}.
 struct Uid {
-  std::uint64_t number = 0;
+  std::uint64_t number = 0;  ///< the object's place in the archive
   friend bool operator==(const Uid&, const Uid&) = default;
 };
 
@@ -43,10 +44,13 @@ struct Uid {
 /// that fits the signed range is always held as std::int64_t. Text is UTF-8.
 class Value {
  public:
+  /// The types that a value can have.
   using Storage = std::variant<std::string, bool, std::int64_t, std::uint64_t, double, Data, Date,
                                Uid, Array, Dictionary>;
 
   Value() = default;  ///< the empty text
+  /// Each makes a value of its type that owns a copy of what it is given.
+  /// @{
   Value(std::string text) : _storage(std::move(text)) {}
   Value(const char* text) : _storage(std::string(text)) {}
   Value(bool flag) : _storage(flag) {}
@@ -60,13 +64,15 @@ class Value {
   Value(Array array) : _storage(std::move(array)) {}
   Value(Dictionary dictionary) : _storage(std::move(dictionary)) {}
   Value(std::nullptr_t) = delete;
-  Value(const void* pointer) = delete;  ///< it would count as a truth
+  Value(const void* pointer) = delete;  // it would count as a truth
+  /// @}
 
   /// The held value, owned by this object, when it is of type T; nullptr otherwise.
   template <class T>
   const T* as() const {
     return std::get_if<T>(&_storage);
   }
+  /// The held value, of whichever type; owned by this object.
   const Storage& storage() const { return _storage; }
 
   friend bool operator==(const Value&, const Value&) = default;
@@ -75,8 +81,8 @@ class Value {
   Storage _storage;
 };
 
-inline constexpr int kMaximumDepth = 128;
-inline constexpr std::size_t kMaximumObjects = 1'000'000;
+inline constexpr int kMaximumDepth = 128;                  ///< levels of arrays and dictionaries
+inline constexpr std::size_t kMaximumObjects = 1'000'000;  ///< values in one list
 
 /// Reads an XML or binary list from memory. XML may be in any encoding that it declares. nullopt
 /// when `bytes` is not a property list, is damaged, or exceeds the bounds above.

@@ -22,7 +22,9 @@ class InstanceLock {
   /// other, so that two who want the same two do not wait for each other.
   InstanceLock(const std::string& rcpHome, const std::string& otherRcpHome);
 
+  /// Takes over what the other lock holds.
   InstanceLock(InstanceLock&&) noexcept = default;
+  /// The same, after letting go of what this one held.
   InstanceLock& operator=(InstanceLock&&) noexcept = default;
   InstanceLock(const InstanceLock&) = delete;
   InstanceLock& operator=(const InstanceLock&) = delete;

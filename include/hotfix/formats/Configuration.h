@@ -17,6 +17,7 @@ class Configuration {
   /// Loads the file; an empty store when there is none.
   Configuration();
 
+  /// The text stored under `key`; nullopt when it is missing or no text.
   std::optional<std::string> getPropertyValueForKey(const std::string& key) const;
   /// As Properties::setProperty.
   bool setProperty(const std::optional<std::string>& value,

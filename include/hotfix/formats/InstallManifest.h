@@ -17,6 +17,9 @@ namespace installer {
 /// all.
 class InstallManifest {
  public:
+  /// The words of a manifest: elements on the way to a feature, the feature's attribute with its
+  /// location, and the placeholder in that.
+  /// @{
   static constexpr const char* DOMAIN_OBJECT = "domain-object";
   static constexpr const char* OBJECT_DATA = "object-data";
   static constexpr const char* INSTALL = "install";
@@ -25,6 +28,7 @@ class InstallManifest {
   static constexpr const char* FEATURE = "feature";
   static constexpr const char* URL_NODE = "url";
   static constexpr const char* INSTALLER_ROOT = "${installer.root}";
+  /// @}
 
   /// Parses the file. One that is missing or malformed leaves the object without a document.
   explicit InstallManifest(std::string file);

@@ -30,7 +30,7 @@ class JavaProperties {
   /// Reads the bound file into the entries; used by the constructor.
   void initDictionary();
 
-  /// nullopt when the key is absent.
+  /// The value, its escapes as they stand in the file; nullopt when the key is absent.
   std::optional<std::string> getPropertyForKey(const std::string& key) const;
 
   /// True when stored. An absent value or key is refused: one error line, nothing changes, false.
@@ -40,8 +40,9 @@ class JavaProperties {
   /// Nothing happens when the key is absent.
   void removePropertyForKey(const std::string& key);
 
-  /// Both are the keys, in order; the second keeps the name that its callers know.
+  /// The keys, in order.
   std::vector<std::string> propertyNames() const;
+  /// The same, under the name that its callers know.
   std::vector<std::string> allProperties() const;
 
   /// Writes one "key=value" line an entry (none for an empty key) to `path`, "~" expanded, or to

@@ -20,6 +20,7 @@ class Properties {
   /// a dictionary, in which nothing can be stored and which never writes. Nothing is logged.
   explicit Properties(const std::string& file);
 
+  /// The text stored under `key`; nullopt for an absent or missing key and for what is no text.
   std::optional<std::string> getPropertyForKey(const std::optional<std::string>& key) const;
 
   /// Stores the value, or removes the key for an absent value. False without a dictionary or a key.
@@ -28,7 +29,9 @@ class Properties {
   bool setProperty(const std::optional<std::string>& value,
                    const std::optional<std::string>& forKey);
 
+  /// Nothing happens for an absent or missing key. In memory only, until the next save.
   void removePropertyForKey(const std::optional<std::string>& key);
+  /// Leaves an empty store; one without a dictionary stays without. In memory only.
   void removeAllProperties();
 
   /// Writes an XML list to `path`, "~" expanded, or to the bound file for nullopt. False without a

@@ -13,15 +13,18 @@ namespace installer {
 /// created. Without it every query answers nullopt.
 class RegisterFile {
  public:
+  /// Loads the file of the product; `productName` is the name of its folder.
   explicit RegisterFile(const std::string& productName);
 
   /// The folder in which the product was installed.
   std::optional<std::string> getOldInstallLocation() const;
+  /// The hotfix that was recorded last; nullopt when none was.
   std::optional<std::string> getHotfixVersion() const;
   /// That folder's "rcp"; nullopt when the folder is not recorded.
   std::optional<std::string> getPathToRcpHome() const;
   /// The installed application bundle.
   std::optional<std::string> getProductPath() const;
+  /// The folder of the file, whether it exists or not.
   const std::string& getRegisterDirectory() const { return _registerDirectoryLocation; }
 
   /// Records the hotfix and saves. Logged at info level, or as a warning for each of the two steps

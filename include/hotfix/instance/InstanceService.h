@@ -35,15 +35,18 @@ class InstanceService {
   /// newInstallLocation in the internal configuration, its staging folder in /tmp is copied there,
   /// unless something is there already or it is an untrusted user's [info, warning, error].
   explicit InstanceService(const std::optional<std::string>& pathToRcphome);
+  /// The same with the folder of the instance's data, which is neither looked at nor made.
   InstanceService(const std::optional<std::string>& pathToRcphome,
                   const std::optional<std::string>& pathToRcpData);
 
   /// Binds to the folders of an instance that is there already; nullopt for an absent path and for
   /// one that is no folder. Makes and copies nothing and writes no line: the way to ask questions.
   static std::optional<InstanceService> existing(const std::optional<std::string>& pathToRcphome);
+  /// The same with the folder of the instance's data, which is not looked at.
   static std::optional<InstanceService> existing(const std::optional<std::string>& pathToRcphome,
                                                  const std::optional<std::string>& pathToRcpData);
 
+  /// The rcp home, as it was given; nullopt without one.
   const std::optional<std::string>& pathToRcphome() const { return _pathToRcphome; }
 
   /// Whether a copy goes on after an error: only when it is that the destination exists.
@@ -60,48 +63,60 @@ class InstanceService {
   /// CFBundleShortVersionString of the application bundle around the rcp home.
   std::optional<std::string> getInstalledTargetVersion() const;
 
-  /// Keys of installInfo.plist. Readers answer nullopt for a missing file or key. Version and flag
-  /// writers create the file; a failing save goes unnoticed.
-  std::optional<std::string> getInstalledVersion() const;               ///< [info]
-  void setInstalledVersion(const std::optional<std::string>& version);  ///< nothing for nullopt
-  void updateHotfixVersion(const std::optional<std::string>& version);  ///< nullopt removes the key
+  // Keys of installInfo.plist. Readers answer nullopt for a missing file or key. Version and flag
+  // writers create the file; a failing save goes unnoticed.
+
+  /// The platform's version; nullopt when none is recorded [info].
+  std::optional<std::string> getInstalledVersion() const;
+  /// Records the platform's version, in a new file when there is none; nothing happens for nullopt.
+  void setInstalledVersion(const std::optional<std::string>& version);
+  /// Records the hotfix's version, in a new file when there is none; nullopt removes it.
+  void updateHotfixVersion(const std::optional<std::string>& version);
+  /// The version of the hotfix that is applied; nullopt when there is none.
   std::optional<std::string> getCurrentHotfixVersion() const;
+  /// Whether a hotfix's version is recorded.
   bool isHotfixApplied() const;
-  void saveHotfixSkipRunningCheckProperty(bool skip);  // as the text "true" or "false"
-  void saveHotfixSkipRunningCheckProperty(const void* text) = delete;  ///< "false" would be true
+  /// Records whether the running check may be skipped, as the text "true" or "false", in a new file
+  /// when there is none.
+  void saveHotfixSkipRunningCheckProperty(bool skip);
   /// False without the file; true for "true" and, on purpose, for a file without the key.
   bool isHotfixInstallWithSkipRunningCheck() const;
+  /// Removes that record; nothing happens without the file.
   void removeHotfixSkipRunningCheckProperty();
-  /// These neither create the file nor record anything in a missing one.
+  /// Records the hotfix package's bundle identifier, nothing in a missing file; nullopt removes it.
   void saveHotfixBundleID(const std::optional<std::string>& bundleID);
+  /// The recorded identifier; nullopt when there is none.
   std::optional<std::string> getInstalledHotfixBundleID() const;
+  /// Removes that record; nothing happens without the file.
   void deleteInstalledHotfixBundleID();
 
   // --- Install manifests (InstallManifests.cpp) --------------------------------------------------
 
-  /// Set one key of rcplauncher.properties (provisioning.manifest.version, rcp.install.id); nothing
-  /// happens without that file.
+  /// Sets provisioning.manifest.version of rcplauncher.properties; nothing happens without that
+  /// file.
   void updateProvisionManifestVersion(const std::string& version);
+  /// Sets its rcp.install.id in the same way.
   void updateInstallID(const std::string& installID);
   /// Carries the manifest version over into rcp.install.id of rcplauncher.properties and of the
   /// data folder's rcpinstall.properties; nothing happens unless both are there. An absent version
   /// is refused [error] and both files keep their ids.
   void updateInstallIDWithProvManVer();
-  /// Copies deploy/install.xml to deploy/install.<manifest version>.xml ("old" without a version);
+  /// Copies deploy/install.xml to deploy/install.VERSION.xml, the manifest version or "old";
   /// an existing backup stays. Nothing happens without rcplauncher.properties, or when the version
   /// would lead out of the folder [warning].
   void backupInstallManifest();
 
-  /// Replace a file of the deploy folder (install.update.xml, install.xml, or `toFile`) by a copy
-  /// of the manifest [info]. With a root that exists on disk, "${installer.root}" in the copy's
-  /// feature locations becomes "file:" and the root, and the copy is re-indented; false then means
-  /// that the copy lies there unresolved. False when the copy fails; the old file is gone all the
-  /// same.
+  /// Replaces deploy/install.update.xml by a copy of the manifest [info]. With a root that exists
+  /// on disk, "${installer.root}" in the copy's feature locations becomes "file:" and the root, and
+  /// the copy is re-indented; false then means that the copy lies there unresolved. False when the
+  /// copy fails; the old file is gone all the same.
   bool copyUpdateManifest(const std::string& manifest,
                           const std::optional<std::string>& replaceInstallerRootWith);
+  /// The same for deploy/install.xml.
   bool copyInstallManifest(const std::string& manifest,
                            const std::optional<std::string>& replaceInstallerRootWith);
-  /// Without an rcp home [error, info] the fixed one is taken, for this and all later operations.
+  /// The same for the file `toFile` of the deploy folder. Without an rcp home [error, info] the
+  /// fixed one is taken, for this and all later operations.
   bool copyInstallManifest(const std::string& manifest, const std::string& toFile,
                            const std::optional<std::string>& replaceInstallerRootWith);
   /// The same under the manifest's own name, placeholders kept. False for an absent or missing
@@ -112,9 +127,10 @@ class InstanceService {
 
   // --- Provisioning (Provisioning.cpp) -----------------------------------------------------------
 
-  /// One run of the launcher at the path, waited for. A launcher that cannot be started leaves an
-  /// error line; how the run went is told by getProvisioningResult() alone.
+  /// One update run of the launcher at the path, waited for. A launcher that cannot be started
+  /// leaves an error line; how the run went is told by getProvisioningResult() alone.
   void startProvisioningWithUpdate(const std::optional<std::string>& pathToLauncher);
+  /// The same for a clean-up run.
   void startProvisioningWithCleanUp(const std::optional<std::string>& pathToLauncher);
   /// What the last run left in .provisioning_rc beside the rcp home: 0 for the codes 0 and 2, -1
   /// for every other code and for a missing home, file or code.
@@ -169,9 +185,6 @@ class InstanceService {
   void updatePermissions(bool rcphome, const std::optional<std::string>& workspace);
   /// The same with the workspace that getWorkspace() finds, or none.
   void updatePermissions(bool rcphome, bool updateWorkspace);
-  /// A text in quotes, or nullptr, would silently be taken for a truth.
-  void updatePermissions(bool rcphome, const void* workspace) = delete;
-  void updatePermissions(const void* rcphome, auto&& workspace) = delete;
 
   // --- Add-on registry (AddonRegistry.cpp) -------------------------------------------------------
 
@@ -181,8 +194,10 @@ class InstanceService {
   /// A copy of the first entry with that ID, case-sensitive.
   std::optional<PropertyList::Dictionary> getRegistryInfoForAddon(
       const std::optional<std::string>& addon) const;
+  /// The version in that entry; nullopt without the entry or a text there.
   std::optional<std::string> getAddonInstalledVersion(
       const std::optional<std::string>& addon) const;
+  /// The bundle identifier in that entry; nullopt without the entry or a text there.
   std::optional<std::string> getAddonInstalledBundleID(
       const std::optional<std::string>& addon) const;
   /// Changes nothing, on purpose: the registry belongs to the installers of add-ons.
@@ -205,6 +220,10 @@ class InstanceService {
                        const std::optional<std::string>& workspaceLocation);
 
   /// @cond
+  // A text is no truth: "false" would count as true.
+  void saveHotfixSkipRunningCheckProperty(const void* text) = delete;
+  void updatePermissions(bool rcphome, const void* workspace) = delete;
+  void updatePermissions(const void* rcphome, auto&& workspace) = delete;
   // No text is nullptr; an absent one is std::nullopt.
   HOTFIX_DELETED_FOR_NULL(explicit InstanceService);
   HOTFIX_DELETED_FOR_NULL(static void existing);

@@ -23,8 +23,6 @@ class InstallUtil {
   /// Clears the pasteboard that the graphical installer reads; with `initialize` it then holds the
   /// record of code 0 without details, otherwise nothing.
   static void initInternalPasteboard(bool initialize);
-  /// A text is no truth: "false" would count as true.
-  static void initInternalPasteboard(const void* text) = delete;
 
   /// Replaces the record on the pasteboard; an absent record is ignored.
   static void sendErrorMessage(const std::optional<PropertyList::Dictionary>& message);
@@ -108,6 +106,7 @@ class InstallUtil {
   /// the file held is gone; one that is a link, has several names or is another user's is replaced
   /// by a new one (mode 0644).
   static int openTraceFile(const std::string& path);
+  /// Ends the mirroring into what openTraceFile() answered and closes it; nothing happens for -1.
   static void closeTraceFile(int descriptor);
 
   /// The console user's locale identifier, "en_US" when the user has none.
@@ -136,6 +135,8 @@ class InstallUtil {
   static std::string getInstallerRootThrough(const std::string& path);
 
   /// @cond
+  // A text is no truth: "false" would count as true.
+  static void initInternalPasteboard(const void* text) = delete;
   // No text is nullptr; an absent one is std::nullopt.
   HOTFIX_DELETED_FOR_NULL(static void startProvisionWithArgs);
   HOTFIX_DELETED_FOR_NULL(static void getAllProcess);

@@ -45,8 +45,6 @@ class StringUtil {
 
   /// "true" or "false".
   static std::string boolToString(bool boolean);
-  /// A text is no truth: "false" would count as true.
-  static std::string boolToString(const void* text) = delete;
 
   /// Does nothing; kept because other installers call it.
   static void addTranslationSignToString(const std::string& string);
@@ -64,6 +62,8 @@ class StringUtil {
                                                const std::vector<std::string>& with);
 
   /// @cond
+  // A text is no truth: "false" would count as true.
+  static std::string boolToString(const void* text) = delete;
   // No text is nullptr; an absent one is std::nullopt.
   HOTFIX_DELETED_FOR_NULL(static void convertNSStringTo8859_1Key);
   HOTFIX_DELETED_FOR_NULL(static void convertNSStringTo8859_1Value);

@@ -15,9 +15,9 @@ class HotfixInstallation;
 /// made; its missing locations get their defaults and "${package}" becomes the package's path.
 class Hotfix {
  public:
-  /// `pathToInstallLocation` is the folder that holds the application bundle <bundleName>.app. An
-  /// absent rcp data folder is <rcp home>/systemdata. A missing package, or a plist that lacks a
-  /// name, leaves a workflow that answers false at its gate.
+  /// `pathToInstallLocation` is the folder that holds the application bundle, its name
+  /// and ".app". An absent rcp data folder is "systemdata" in the rcp home. A missing package, or a
+  /// plist that lacks a name, leaves a workflow that answers false at its gate.
   Hotfix(const std::optional<std::string>& pathToInstallPackage,
          const std::string& pathToInstallLocation, const std::optional<std::string>& pathToRcpData);
   Hotfix(Hotfix&&) noexcept;

@@ -16,7 +16,7 @@ class HotfixRemoval;
 class HotfixUninstall {
  public:
   /// An absent or missing rcp home leaves an object that removes nothing. An absent rcp data folder
-  /// is <rcp home>/systemdata.
+  /// is "systemdata" in the rcp home.
   HotfixUninstall(const std::optional<std::string>& pathToRcphome,
                   const std::optional<std::string>& pathToRcpData);
   HotfixUninstall(HotfixUninstall&&) noexcept;
