@@ -10,6 +10,8 @@ hotfix_add_check(format ${PROJECT_SOURCE_DIR}/scripts/check-format)
 hotfix_add_check(shell ${PROJECT_SOURCE_DIR}/scripts/check-shell)
 hotfix_add_check(commits ${PROJECT_SOURCE_DIR}/scripts/check-commits)
 
+# The released library is described as the development build is compiled.
+hotfix_add_check(abi ${PROJECT_SOURCE_DIR}/scripts/check-abi $<TARGET_FILE:hotfix_shared>)
 if(TARGET docs)
   hotfix_add_check(docs ${DOXYGEN_EXECUTABLE} ${HOTFIX_DOXYFILE})
 endif()
