@@ -52,17 +52,21 @@ plistEnd() {
   printf '</dict>\n</plist>\n' >>"$1"
 }
 
-# manifest FILE ACTION ID VERSION URL DESCRIPTION: a provisioning manifest with one feature.
+# manifest FILE ACTION ID VERSION URL DESCRIPTION: a provisioning manifest with one feature; with none
+# where the action is empty.
 manifest() {
+  local url feature
+  url=$(xmlText "$5")
+  feature="            <feature id=\"$3\" version=\"$4\" url=\"$url\" action=\"$2\"/>"
   cat >"$1" <<EOF
 <?xml version="1.0" encoding="UTF-8"?>
 <manifest>
   <domain-object>
     <object-data>
       <install>
-        <installfeature id="$(xmlText "$3")" description="$(xmlText "$6")">
+        <installfeature id="$3" description="$(xmlText "$6")">
           <requirements>
-            <feature id="$(xmlText "$3")" version="$(xmlText "$4")" url="$(xmlText "$5")" action="$2"/>
+${2:+$feature}
           </requirements>
         </installfeature>
       </install>
@@ -87,7 +91,7 @@ feature() {
   } >"$folder/feature.xml"
 }
 
-# plugin FOLDER ID VERSION: a plug-in's folder.
+# plugin FOLDER ID VERSION [BUNDLE]: a plug-in's folder; it may need a bundle.
 plugin() {
   mkdir -p "$1/META-INF"
   cat >"$1/META-INF/MANIFEST.MF" <<EOF
@@ -96,6 +100,7 @@ Bundle-ManifestVersion: 2
 Bundle-SymbolicName: $2
 Bundle-Version: $3
 EOF
+  [[ -z ${4-} ]] || printf 'Require-Bundle: %s\n' "$4" >>"$1/META-INF/MANIFEST.MF"
 }
 
 # Names that end up in the names of files and in XML.

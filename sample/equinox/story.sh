@@ -118,7 +118,7 @@ tellStory() {
   rcpHome=$app/Contents/MacOS/rcp
   launcherLog=$rcpHome/rcplauncher.log
   first=$(realHotfix hotfix-1 6.2.3.1)
-  second=$(realHotfix hotfix-2 --flat 6.2.3.2)
+  second=$(realHotfix hotfix-2 --layout flat 6.2.3.2)
   hollow=$(realHotfix hotfix-3 --without-artifacts 6.2.3.3)
   last=$(realHotfix hotfix-4 --withdraw 6.2.3.4)
 

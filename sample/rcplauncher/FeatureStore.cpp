@@ -1,6 +1,9 @@
 #include "FeatureStore.h"
 
+#include <algorithm>
+
 #include "Files.h"
+#include "PluginManifest.h"
 #include "UpdateSite.h"
 
 namespace sample {
@@ -53,7 +56,8 @@ bool FeatureStore::carryOut(const std::vector<FeatureRequest>& requests,
           plan);
     }
   }
-  const bool done = stage(plan) && putInPlace(kPlugins) && putInPlace(kFeatures);
+  const bool done =
+      isComplete(plan) && stage(plan) && putInPlace(kPlugins) && putInPlace(kFeatures);
   if (done) removeObsolete(plan);
   discardStaged();
   return done;
@@ -91,6 +95,22 @@ bool FeatureStore::planPlugins(const fs::path& site, const fs::path& feature, Pl
       return false;
     }
     plan.plugins.push_back(*plugin);
+  }
+  return true;
+}
+
+bool FeatureStore::isComplete(const Plan& plan) const {
+  std::vector<std::string> entries = namesIn(_eclipse / kPlugins);
+  for (const fs::path& plugin : plan.plugins) entries.push_back(plugin.filename().string());
+  for (const fs::path& plugin : plan.plugins) {
+    for (const std::string& bundle : requirementsOf(plugin)) {
+      const bool isThere = std::any_of(entries.begin(), entries.end(), [&](const auto& entry) {
+        return entry.starts_with(bundle + "_");
+      });
+      if (isThere) continue;
+      _log.write(plugin.filename().string() + " requires " + bundle + ", which is not there");
+      return false;
+    }
   }
   return true;
 }

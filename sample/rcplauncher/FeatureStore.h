@@ -38,6 +38,8 @@ class FeatureStore {
                    Plan& plan) const;
   bool planPlugins(const std::filesystem::path& site, const std::filesystem::path& feature,
                    Plan& plan) const;
+  // Whether every bundle that a planned plug-in needs is there or comes with it.
+  bool isComplete(const Plan& plan) const;
   // `isObsolete` is asked about the folder name of every installed version of the feature.
   void planRemoval(const std::string& id, const std::function<bool(const std::string&)>& isObsolete,
                    Plan& plan) const;

@@ -175,6 +175,54 @@ TEST_F(LauncherTest, SiteWithoutAListedPluginFailsAndChangesNothing) {
   EXPECT_THAT(_world.features(), ElementsAre(kPlatform));
 }
 
+TEST_F(LauncherTest, PluginWithoutItsArtifactFailsAndChangesNothing) {
+  const fs::path package = _world.makeHotfix("one", {"--without-artifacts"});
+
+  EXPECT_EQ(installHotfix(package), 13);
+
+  EXPECT_THAT(_world.log(), HasSubstr(std::string("the site lacks the plug-in ") + kHotfix1));
+  EXPECT_THAT(_world.features(), ElementsAre(kPlatform));
+}
+
+TEST_F(LauncherTest, PluginThatRequiresAMissingBundleFailsAndChangesNothing) {
+  const fs::path package = _world.makeHotfix("one", {"--requires", "com.quillmere.missing"});
+
+  EXPECT_EQ(installHotfix(package), 13);
+
+  EXPECT_THAT(_world.log(), HasSubstr(std::string(kHotfix1) +
+                                      " requires com.quillmere.missing, which is not there"));
+  EXPECT_THAT(_world.features(), ElementsAre(kPlatform));
+  EXPECT_THAT(_world.plugins(), ElementsAre(kBase));
+}
+
+TEST_F(LauncherTest, RequiredBundlesAreLookedForAmongThoseThatAreThereAndThoseThatCome) {
+  const fs::path package = _world.makeHotfix("one");
+  writeText(package / "../../updates/platform/plugins" / kHotfix1 / "META-INF/MANIFEST.MF",
+            "Manifest-Version: 1.0\r\n"
+            "Require-Bundle: com.kiv.rcp.base;bundle-version=\"[6.2,7)\";optional:=\r\n"
+            " true, com.quillm\r\n"
+            " ere.hotfix\r\n"
+            "Import-Package: com.quillmere.missing\r\n");
+
+  EXPECT_EQ(installHotfix(package), 0);
+
+  EXPECT_THAT(_world.plugins(), ElementsAre(kBase, kHotfix1));
+}
+
+TEST_F(LauncherTest, NameThatOnlyBeginsLikeARequiredBundleIsNone) {
+  const fs::path package = _world.makeHotfix("one", {"--requires", "com.kiv.rcp"});
+
+  EXPECT_EQ(installHotfix(package), 13);
+}
+
+TEST_F(LauncherTest, ManifestThatWithdrawsTakesNothingInAndNothingOut) {
+  ASSERT_EQ(installHotfix(_world.makeHotfix("one")), 0);
+
+  EXPECT_EQ(installHotfix(_world.makeHotfix("two", {"--withdraw", "--version", "6.2.3.2"})), 0);
+
+  EXPECT_THAT(_world.features(), ElementsAre(kHotfix1, kPlatform));
+}
+
 TEST_F(LauncherTest, FailedRunIsTriedAgain) {
   const fs::path package = _world.makeHotfix("one");
   _world.provide(package, "install.hotfix.xml");

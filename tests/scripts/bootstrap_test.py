@@ -25,9 +25,9 @@ class BootstrapTest(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self._root = Path(folder.name)
         self._root.chmod(0o755)
-        for source in ("scripts/bootstrap", "sample/equinox/common.sh"):
+        for source in ("scripts/bootstrap", "sample/lib.sh", "sample/equinox/common.sh"):
             copy = self._root / source
-            copy.parent.mkdir(parents=True)
+            copy.parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(ROOT / source, copy)
         self._bin = self._root / "bin"
         self._bin.mkdir()

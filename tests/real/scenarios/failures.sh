@@ -18,6 +18,20 @@ scenario_MissingArtifactsFailAndTheInstanceStillRuns() {
   expectNoPatch
 }
 
+scenario_SiteWithoutTheFeatureFailsAndTheInstanceStillRuns() {
+  instance
+  install "$(hotfix lacking)"
+
+  expectStatus 1
+  expectCode 0
+  expectMissing "$kMarker"
+  expectRuns '0 13'
+  expectText 'com.quillmere.hotfix.feature.group' "$rcp/rcplauncher.log"
+  expectNoText 'An error occurred copying file' "$rcp/rcplauncher.log"
+  expectRoots
+  expectNoPatch
+}
+
 scenario_UnmetRequirementFailsAndTheOldHotfixIsGone() {
   instance
   install "$(hotfix first)"

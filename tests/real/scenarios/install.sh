@@ -34,6 +34,26 @@ scenario_FirstInstallBringsSettingsKeyStoresAndExtras() {
   diff -r "$work/first/mac/deploy/extras" "$rcp/deploy/extras" || broken 'other extras'
 }
 
+scenario_ContentOfOnesOwnIsInstalled() {
+  local package own=$work/own
+  instance
+  hotfix first >/dev/null
+  mkdir -p "$own/extras/folder"
+  echo 'my.plugin/setting=mine' >"$own/settings"
+  echo 'my extra' >"$own/extras/folder/file"
+  cp "$rcp/deploy/.keystore" "$own/trust.p12"
+  package=$("$kEquinox/make-hotfix" --customization "$own/settings" --keystore "$own/trust.p12" \
+    --extras "$own/extras" --site "$work/first/updates/platform" "$work/made" 6.2.3.1)
+  install "$package"
+
+  expectSuccess 6.2.3.1 '0 0'
+  expectPatch com.quillmere.hotfix 6.2.3.1
+  expectText 'my.plugin/setting=mine' "$rcp/plugin_customization.ini"
+  expectText 'my extra' "$rcp/deploy/extras/folder/file"
+  expectEqual 'the key stores' .keystore.trust.p12 \
+    "$(find "$rcp/deploy" -name '.keystore*' -printf '%f\n')"
+}
+
 # proves: MANIFEST-5
 scenario_ManifestsPointToThePackage() {
   local package
