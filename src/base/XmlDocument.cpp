@@ -6,15 +6,16 @@
 #include <libxml/tree.h>
 #include <libxml/xmlsave.h>
 
-#include <climits>
-
+#include "base/MarkupScan.h"
 #include "base/QuietXml.h"
+#include "base/XmlParser.h"
 
 namespace installer::xml {
 
 namespace {
 
 constexpr int kBlanksALevel = 2;
+constexpr std::size_t kMaximumDeclaredAttributes = 4096;
 
 bool isBlankText(const xmlNode* node) {
   return node->type == XML_TEXT_NODE && xmlIsBlankNode(node) != 0;
@@ -92,33 +93,72 @@ int saveOptions(const xmlDoc& document) {
   return document.standalone == kNoDeclaration ? XML_SAVE_NO_DECL : 0;
 }
 
+// Takes the parser's events for the library's own handlers, which build the document.
+//
 // Where a document's entities may be declared outside of it, a reference to one that is not known
 // is no error. The library keeps such a reference in text and drops it from attributes, so that
 // each is given an empty entity of its own while the document is read, which is never part of it.
-class Parser {
+class Building {
  public:
-  Parser() : _context(xmlNewParserCtxt()), _outside(xmlNewDoc(BAD_CAST "1.0")) {
+  Building() : _outside(xmlNewDoc(BAD_CAST "1.0")) {
     xmlCreateIntSubset(_outside.get(), BAD_CAST "outside", nullptr, nullptr);
-    _context->_private = _outside.get();
-    _context->sax->getEntity = entityNamed;
   }
 
-  Document read(std::string_view bytes) {
-    return Document(xmlCtxtReadMemory(_context.get(), bytes.data(), static_cast<int>(bytes.size()),
-                                      nullptr, nullptr, XML_PARSE_NONET));
-  }
+  static xmlSAXHandler handler();
 
  private:
-  struct ContextDeleter {
-    void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
+  // The library's own handler, with one node counted.
+  template <auto Build>
+  struct Counted;
+  template <class... Arguments, void (*Build)(void*, Arguments...)>
+  struct Counted<Build> {
+    static void take(void* context, Arguments... arguments) {
+      Build(context, arguments...);
+      count(context, 1);
+    }
   };
 
-  static xmlEntity* entityNamed(void* parser, const xmlChar* name) {
-    auto* context = static_cast<xmlParserCtxt*>(parser);
-    xmlEntity* known = xmlSAX2GetEntity(parser, name);
-    const bool othersOutside = context->hasExternalSubset != 0 || context->hasPErefs != 0;
-    if (known != nullptr || context->standalone == 1 || !othersOutside) return known;
-    return outsideEntity(static_cast<xmlDoc*>(context->_private), name);
+  static Building& of(void* context) { return Parser::receiverOf<Building>(context); }
+
+  static void count(void* context, std::size_t nodes) {
+    Building& building = of(context);
+    building._nodes += nodes;
+    if (building._nodes > kMaximumNodes) Parser::refuse(context);
+  }
+
+  static void element(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
+                      int namespaceCount, const xmlChar** namespaces, int attributeCount,
+                      int defaultCount, const xmlChar** attributes) {
+    xmlSAX2StartElementNs(context, name, prefix, uri, namespaceCount, namespaces, attributeCount,
+                          defaultCount, attributes);
+    count(context, 1 + static_cast<std::size_t>(namespaceCount + attributeCount));
+  }
+
+  // Each walks along all those of its element that came before.
+  static void attributeDeclaration(void* context, const xmlChar* element, const xmlChar* name,
+                                   int type, int kind, const xmlChar* value,
+                                   xmlEnumeration* choices) {
+    xmlSAX2AttributeDecl(context, element, name, type, kind, value, choices);
+    count(context, 1);
+    if (++of(context)._declaredAttributes > kMaximumDeclaredAttributes) Parser::refuse(context);
+  }
+
+  // The text is read as markup where the entity is used. As a node it counts when the library asks
+  // for it right behind.
+  static void entityDeclaration(void* context, const xmlChar* name, int type, const xmlChar* id,
+                                const xmlChar* system, xmlChar* text) {
+    xmlSAX2EntityDecl(context, name, type, id, system, text);
+    if (text != nullptr && !hasShortMarkup(reinterpret_cast<const char*>(text)))
+      Parser::refuse(context);
+  }
+
+  static xmlEntity* entityNamed(void* context, const xmlChar* name) {
+    count(context, 1);
+    const auto* parser = static_cast<const xmlParserCtxt*>(context);
+    xmlEntity* known = xmlSAX2GetEntity(context, name);
+    const bool othersOutside = parser->hasExternalSubset != 0 || parser->hasPErefs != 0;
+    if (known != nullptr || parser->standalone == 1 || !othersOutside) return known;
+    return outsideEntity(of(context)._outside.get(), name);
   }
 
   static xmlEntity* outsideEntity(xmlDoc* outside, const xmlChar* name) {
@@ -127,9 +167,40 @@ class Parser {
                            BAD_CAST "");
   }
 
-  std::unique_ptr<xmlParserCtxt, ContextDeleter> _context;
+  // Used together, parameter entities make declarations of any length.
+  static xmlEntity* parameterEntityNamed(void* context, const xmlChar* name) {
+    count(context, 1);
+    xmlEntity* entity = xmlSAX2GetParameterEntity(context, name);
+    if (entity == nullptr) return nullptr;
+    Building& building = of(context);
+    building._inserted += static_cast<std::size_t>(entity->length);
+    if (building._inserted > kMaximumMarkup) Parser::refuse(context);
+    return entity;
+  }
+
   Document _outside;
+  std::size_t _nodes = 0;
+  std::size_t _declaredAttributes = 0;
+  std::size_t _inserted =
+      0;  // bytes that parameter entities stand for, at each use and when declared
 };
+
+xmlSAXHandler Building::handler() {
+  xmlSAXHandler sax{};
+  xmlSAXVersion(&sax, 2);
+  sax.startElementNs = element;
+  sax.comment = Counted<xmlSAX2Comment>::take;
+  sax.processingInstruction = Counted<xmlSAX2ProcessingInstruction>::take;
+  sax.cdataBlock = Counted<xmlSAX2CDataBlock>::take;
+  sax.elementDecl = Counted<xmlSAX2ElementDecl>::take;
+  sax.notationDecl = Counted<xmlSAX2NotationDecl>::take;
+  sax.unparsedEntityDecl = Counted<xmlSAX2UnparsedEntityDecl>::take;
+  sax.attributeDecl = attributeDeclaration;
+  sax.entityDecl = entityDeclaration;
+  sax.getEntity = entityNamed;
+  sax.getParameterEntity = parameterEntityNamed;
+  return sax;
+}
 
 struct BufferDeleter {
   void operator()(xmlBuffer* buffer) const { xmlBufferFree(buffer); }
@@ -142,9 +213,10 @@ void DocumentDeleter::operator()(_xmlDoc* document) const {
 }
 
 Document parse(std::string_view bytes) {
-  if (bytes.size() > INT_MAX) return nullptr;
-  const QuietXml quiet;
-  Document document = Parser().read(bytes);
+  Building building;
+  Parser parser(bytes, Building::handler(), &building);
+  if (!parser.read()) return nullptr;
+  Document document = parser.takeDocument();
   if (document) noteEncoding(*document, bytes);
   return document;
 }

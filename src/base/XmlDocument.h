@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,8 +16,12 @@ struct DocumentDeleter {
 };
 using Document = std::unique_ptr<_xmlDoc, DocumentDeleter>;
 
-// Null for anything that is not well-formed. Entity references, CDATA sections and the declared
-// encoding are kept; nothing outside the document is loaded. Nothing is written to standard error.
+// Of one document. Texts do not count: each has another kind of node beside it.
+inline constexpr std::size_t kMaximumNodes = 1'000'000;
+
+// Null for anything that is not well-formed or exceeds the bounds (see Parser and kMaximumNodes).
+// Entity references, CDATA sections and the declared encoding are kept; nothing outside the
+// document is loaded. Nothing is written to standard error.
 Document parse(std::string_view bytes);
 
 // Puts every child of an element that holds only elements (comments and processing instructions

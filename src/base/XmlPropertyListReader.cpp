@@ -1,19 +1,16 @@
 #include "base/XmlPropertyListReader.h"
 
 #include <libxml/parser.h>
-#include <libxml/parserInternals.h>
 
 #include <array>
 #include <charconv>
-#include <climits>
 #include <limits>
-#include <memory>
 #include <string>
 #include <utility>
 
 #include "base/Base64.h"
 #include "base/PropertyListDate.h"
-#include "base/QuietXml.h"
+#include "base/XmlParser.h"
 
 namespace installer::PropertyList {
 
@@ -238,106 +235,79 @@ class Builder {
   std::optional<Value> _root;
 };
 
-// One parser at work on one document.
-class Parser {
- public:
-  explicit Parser(std::string_view bytes)
-      : _context(xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size()))) {
-    if (!_context) return;
-    *_context->sax = handlers();
-    _context->userData = this;
-    xmlCtxtUseOptions(_context.get(), XML_PARSE_NONET);
-  }
+// Lets the builder take an event, and ends the work when it makes no property list.
+template <class Step>
+void step(void* context, Step take) {
+  auto& builder = xml::Parser::receiverOf<Builder>(context);
+  if (!builder.good()) return;
+  take(builder);
+  if (!builder.good()) xml::Parser::refuse(context);
+}
 
-  std::optional<Value> read() {
-    if (!_context) return std::nullopt;
-    xmlParseDocument(_context.get());
-    if (_context->wellFormed == 0 || !atEnd()) return std::nullopt;
-    return _builder.take();
-  }
+void open(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar*, int,
+          const xmlChar**, int, int, const xmlChar**) {
+  step(context, [&](Builder& builder) {
+    if (prefix != nullptr) return builder.fail();
+    builder.open(reinterpret_cast<const char*>(name));
+  });
+}
 
- private:
-  struct ContextDeleter {
-    void operator()(xmlParserCtxt* context) const {
-      xmlFreeDoc(context->myDoc);  // made by some declarations, even here
-      xmlFreeParserCtxt(context);
-    }
-  };
+void close(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
+  step(context, [](Builder& builder) { builder.close(); });
+}
 
-  // The parser takes a zero byte behind the root element for the end of the document.
-  bool atEnd() const {
-    const xmlParserInput* input = _context->input;
-    return input != nullptr && input->cur >= input->end;
-  }
+void text(void* context, const xmlChar* bytes, int size) {
+  step(context, [&](Builder& builder) {
+    builder.text({reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size)});
+  });
+}
 
-  static xmlSAXHandler handlers() {
-    xmlSAXHandler sax{};
-    sax.initialized = XML_SAX2_MAGIC;
-    sax.startElementNs = open;
-    sax.endElementNs = close;
-    sax.characters = text;
-    sax.ignorableWhitespace = text;
-    sax.entityDecl = refuseEntity;
-    sax.unparsedEntityDecl = refuseUnparsedEntity;
-    sax.getEntity = refuseReference;
-    sax.getParameterEntity = refuseReference;
-    return sax;
-  }
+void refuseElement(void* context, const xmlChar*, int, xmlElementContent*) {
+  xml::Parser::refuse(context);
+}
+void refuseAttribute(void* context, const xmlChar*, const xmlChar*, int, int, const xmlChar*,
+                     xmlEnumeration* choices) {
+  xmlFreeEnumeration(choices);
+  xml::Parser::refuse(context);
+}
+void refuseNotation(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
+  xml::Parser::refuse(context);
+}
+void refuseEntity(void* context, const xmlChar*, int, const xmlChar*, const xmlChar*, xmlChar*) {
+  xml::Parser::refuse(context);
+}
+void refuseUnparsedEntity(void* context, const xmlChar*, const xmlChar*, const xmlChar*,
+                          const xmlChar*) {
+  xml::Parser::refuse(context);
+}
+// Asked only for entities that XML itself does not define.
+xmlEntity* refuseReference(void* context, const xmlChar*) {
+  xml::Parser::refuse(context);
+  return nullptr;
+}
 
-  static Parser& self(void* parser) { return *static_cast<Parser*>(parser); }
-
-  template <class Step>
-  void step(Step take) {
-    if (!_builder.good()) return;
-    take(_builder);
-    if (!_builder.good()) xmlStopParser(_context.get());
-  }
-
-  static void open(void* parser, const xmlChar* name, const xmlChar* prefix, const xmlChar*, int,
-                   const xmlChar**, int, int, const xmlChar**) {
-    self(parser).step([&](Builder& builder) {
-      if (prefix != nullptr) return builder.fail();
-      builder.open(reinterpret_cast<const char*>(name));
-    });
-  }
-
-  static void close(void* parser, const xmlChar*, const xmlChar*, const xmlChar*) {
-    self(parser).step([](Builder& builder) { builder.close(); });
-  }
-
-  static void text(void* parser, const xmlChar* bytes, int size) {
-    self(parser).step([&](Builder& builder) {
-      builder.text({reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size)});
-    });
-  }
-
-  static void refuse(void* parser) {
-    self(parser).step([](Builder& builder) { builder.fail(); });
-  }
-  static void refuseEntity(void* parser, const xmlChar*, int, const xmlChar*, const xmlChar*,
-                           xmlChar*) {
-    refuse(parser);
-  }
-  static void refuseUnparsedEntity(void* parser, const xmlChar*, const xmlChar*, const xmlChar*,
-                                   const xmlChar*) {
-    refuse(parser);
-  }
-  // Asked only for entities that XML itself does not define.
-  static xmlEntityPtr refuseReference(void* parser, const xmlChar*) {
-    refuse(parser);
-    return nullptr;
-  }
-
-  Builder _builder;
-  std::unique_ptr<xmlParserCtxt, ContextDeleter> _context;
-};
+xmlSAXHandler handler() {
+  xmlSAXHandler sax{};
+  sax.startElementNs = open;
+  sax.endElementNs = close;
+  sax.characters = text;
+  sax.ignorableWhitespace = text;
+  sax.elementDecl = refuseElement;
+  sax.attributeDecl = refuseAttribute;
+  sax.notationDecl = refuseNotation;
+  sax.entityDecl = refuseEntity;
+  sax.unparsedEntityDecl = refuseUnparsedEntity;
+  sax.getEntity = refuseReference;
+  sax.getParameterEntity = refuseReference;
+  return sax;
+}
 
 }  // namespace
 
 std::optional<Value> readXml(std::string_view bytes) {
-  if (bytes.size() > INT_MAX) return std::nullopt;
-  const QuietXml quiet;
-  return Parser(bytes).read();
+  Builder builder;
+  if (!xml::Parser(bytes, handler(), &builder).read()) return std::nullopt;
+  return builder.take();
 }
 
 }  // namespace installer::PropertyList

@@ -104,6 +104,7 @@ struct CountingHash {
 };
 
 TEST(OrderedDictionaryTest, KeysAreHashedAFewTimesEach) {
+  proves("LIST-7");
   constexpr std::size_t kKeys = 40'000;
   OrderedDictionary<int, CountingHash> dictionary;
 

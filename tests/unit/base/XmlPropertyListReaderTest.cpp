@@ -253,9 +253,8 @@ INSTANTIATE_TEST_SUITE_P(
         {"CommentsAround", "<!--a--><?b?><plist><string>x</string></plist><!--c--><?d?>"},
         {"SystemDoctype", "<!DOCTYPE plist SYSTEM 'file:///nowhere.dtd'><string>x</string>"},
         {"Standalone", "<?xml version='1.0' standalone='yes'?><string>x</string>"},
-        {"SubsetWithoutEntities",
-         "<!DOCTYPE plist [<!-- c --><!ELEMENT plist ANY><!ATTLIST plist v CDATA 'd'>"
-         "<!NOTATION n SYSTEM 'n'>]><plist><string>x</string></plist>"},
+        {"SubsetWithoutDeclarations",
+         "<!DOCTYPE plist [<!-- c --> <?d?> ]><plist><string>x</string></plist>"},
         {"LaterVersion", "<?xml version='1.1'?><string>x</string>"},
     }),
     [](const auto& test) { return test.param.name; });
@@ -295,6 +294,11 @@ INSTANTIATE_TEST_SUITE_P(
         {"UnknownEncoding", "<?xml version='1.0' encoding='X-NONE'?><plist><true/></plist>"},
         {"WrongEncoding", "<?xml version='1.0' encoding='UTF-8'?><string>\xE9</string>"},
         {"CutUtf16", std::string("\xFF\xFE<\0t\0r\0u\0e\0/\0", 14)},
+        {"DeclaredElement", "<!DOCTYPE plist [<!ELEMENT plist ANY>]><plist><true/></plist>"},
+        {"DeclaredAttribute",
+         "<!DOCTYPE plist [<!ATTLIST plist v CDATA #IMPLIED>]><plist><true/></plist>"},
+        {"DeclaredChoice", "<!DOCTYPE plist [<!ATTLIST plist v (a|b) 'a'>]><plist><true/></plist>"},
+        {"DeclaredNotation", "<!DOCTYPE plist [<!NOTATION n SYSTEM 'n'>]><plist><true/></plist>"},
         {"UnusedEntity", "<!DOCTYPE plist [<!ENTITY e 'x'>]><plist><true/></plist>"},
         {"UsedEntity", "<!DOCTYPE plist [<!ENTITY e 'x'>]><string>&e;</string>"},
         {"RedefinedEntity", "<!DOCTYPE plist [<!ENTITY lt '&#38;#60;'>]><string>a</string>"},
@@ -452,13 +456,56 @@ TEST(XmlPropertyListReaderTest, KeysCountAsObjects) {
   EXPECT_EQ(readXml("<dict>" + entries.substr(13) + "</dict>"), Value(Dictionary{{"", true}}));
 }
 
+std::string attributes(std::size_t count) {
+  std::string text;
+  for (std::size_t number = 0; number < count; ++number)
+    text += " a" + std::to_string(number) + "=''";
+  return text;
+}
+
+TEST(XmlPropertyListReaderTest, ElementsHaveAtMostSixtyFourAttributes) {
+  proves("LIST-10");
+  EXPECT_EQ(readXml("<true" + attributes(64) + "/>"), Value(true));
+
+  EXPECT_EQ(readXml("<true" + attributes(65) + "/>"), std::nullopt);
+}
+
+// Far too many would take hours to compare with one another.
+TEST(XmlPropertyListReaderTest, LongMarkupIsUnreadableInEveryEncoding) {
+  const std::string attribute = "<true" + attributes(1'000'000) + "/>";
+
+  EXPECT_EQ(readXml(attribute), std::nullopt);
+  EXPECT_EQ(readXml("\xFF\xFE" + encoded(attribute, "UTF-16LE")), std::nullopt);
+  EXPECT_EQ(readXml(encoded(attribute, "UTF-16BE")), std::nullopt);
+  for (const char* const encoding : {"ISO-8859-1", "Shift_JIS", "UTF-7", "ISO-2022-JP"})
+    EXPECT_EQ(readXml(std::string("<?xml version='1.0' encoding='") + encoding + "'?>" +
+                      encoded(attribute, encoding)),
+              std::nullopt)
+        << encoding;
+}
+
+TEST(XmlPropertyListReaderTest, LongChoiceIsUnreadable) {
+  std::string choices = "a";
+  for (int number = 0; number < 1'000'000; ++number) choices += "|a" + std::to_string(number);
+
+  EXPECT_EQ(readXml("<!DOCTYPE plist [<!ATTLIST plist v (" + choices + ") 'a'>]><plist/>"),
+            std::nullopt);
+}
+
+// Behind an error nobody knows any more what is a tag.
+TEST(XmlPropertyListReaderTest, NothingIsReadBehindTheFirstError) {
+  EXPECT_EQ(readXml("<string>&#1;<a ' <b" + attributes(1'000'000) + "/></string>"), std::nullopt);
+}
+
 TEST(XmlPropertyListReaderTest, NothingStaysInMemory) {
   const std::string list = xmlList("<string>text</string>");
   const std::string declaring = "<!DOCTYPE plist [<!ENTITY who 'one'>]>" + list;
+  const std::string choosing = "<!DOCTYPE plist [<!ATTLIST plist v (a|b) 'a'>]>" + list;
   const std::string damaged = list.substr(0, list.size() / 2);
 
   EXPECT_LT(test::bytesKeptBy([&] {
-              for (const std::string& bytes : {list, declaring, damaged}) (void)readXml(bytes);
+              for (const std::string& bytes : {list, declaring, choosing, damaged})
+                (void)readXml(bytes);
             }),
             1000);
 }
