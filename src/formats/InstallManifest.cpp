@@ -17,7 +17,8 @@ namespace installer {
 namespace {
 
 // No location is longer; beyond it entities are somebody's attempt to fill the memory.
-constexpr std::size_t kMaximumValue = std::size_t{1} << 20;  // bytes
+constexpr std::size_t kMaximumValue = std::size_t{1} << 20;    // bytes
+constexpr std::size_t kMaximumValues = std::size_t{32} << 20;  // bytes, each value counted twice
 
 std::string_view textOf(const xmlChar* text) {
   return text == nullptr ? std::string_view() : reinterpret_cast<const char*>(text);
@@ -41,49 +42,74 @@ xmlAttr* urlOf(const xmlNode* feature) {
   return nullptr;
 }
 
-// Appends the value that the pieces have once their entity references are replaced; false when it
-// grows too long.
-bool appendValue(const xmlNode* pieces, std::string& value) {
-  for (const xmlNode* piece = pieces; piece != nullptr; piece = piece->next) {
-    const bool isReference = piece->type == XML_ENTITY_REF_NODE;
-    if (isReference && piece->children != nullptr) {
-      if (!appendValue(piece->children->children, value)) return false;
-    } else if (!isReference) {
-      value += textOf(piece->content);
-    }
-    if (value.size() > kMaximumValue) return false;
-  }
-  return true;
-}
-
-std::optional<std::string> valueOf(const xmlAttr* attribute) {
-  std::string value;
-  if (!appendValue(attribute->children, value)) return std::nullopt;
-  return value;
-}
-
 std::string replaceRoot(std::string_view text, std::string_view replacement) {
   return StringUtil::stringByReplacingOccurrencesOfString(text, InstallManifest::INSTALLER_ROOT,
                                                           replacement);
 }
 
-void replaceInPieces(const xmlAttr* url, std::string_view replacement) {
-  for (xmlNode* piece = url->children; piece != nullptr; piece = piece->next) {
-    if (piece->type != XML_TEXT_NODE) continue;
-    const std::string text = replaceRoot(textOf(piece->content), replacement);
-    xmlNodeSetContent(piece, BAD_CAST text.c_str());
-  }
+bool isReference(const xmlNode* piece) {
+  return piece->type == XML_ENTITY_REF_NODE;
 }
 
-// Entity references in the value stay as they are, unless the placeholder stands in one of them or
-// reaches across: then the value is written out.
-void replaceInUrl(xmlAttr* url, std::string_view replacement) {
-  const std::optional<std::string> before = valueOf(url);
-  replaceInPieces(url, replacement);
-  if (!before) return;
-  const std::string wanted = replaceRoot(*before, replacement);
-  if (valueOf(url) != wanted) xmlSetProp(url->parent, url->name, BAD_CAST wanted.c_str());
+bool holdsReference(const xmlAttr* attribute) {
+  for (const xmlNode* piece = attribute->children; piece != nullptr; piece = piece->next)
+    if (isReference(piece)) return true;
+  return false;
 }
+
+// Puts the root into the locations of one document.
+class RootReplacement {
+ public:
+  explicit RootReplacement(std::string_view root) : _root(root) {}
+
+  // Entity references in the value stay as they are, unless the placeholder stands in one of them
+  // or reaches across: then the value is written out.
+  void replaceIn(xmlAttr* url) {
+    if (!holdsReference(url)) return replaceInPieces(url);
+    const std::optional<std::string> before = valueOf(url);
+    replaceInPieces(url);
+    if (!before) return;
+    const std::string wanted = replaceRoot(*before, _root);
+    if (valueOf(url) != wanted) xmlSetProp(url->parent, url->name, BAD_CAST wanted.c_str());
+  }
+
+ private:
+  void replaceInPieces(const xmlAttr* url) {
+    for (xmlNode* piece = url->children; piece != nullptr; piece = piece->next) {
+      if (piece->type != XML_TEXT_NODE) continue;
+      const std::string text = replaceRoot(textOf(piece->content), _root);
+      xmlNodeSetContent(piece, BAD_CAST text.c_str());
+    }
+  }
+
+  // The value with its entity references replaced; nullopt when it, or all of them together, grow
+  // too long.
+  std::optional<std::string> valueOf(const xmlAttr* attribute) {
+    std::string value;
+    if (!appendValue(attribute->children, value)) return std::nullopt;
+    return value;
+  }
+
+  bool appendValue(const xmlNode* pieces, std::string& value) {
+    for (const xmlNode* piece = pieces; piece != nullptr; piece = piece->next) {
+      const bool reference = isReference(piece);
+      if (!append(reference ? std::string_view() : textOf(piece->content), value)) return false;
+      if (reference && piece->children != nullptr && !appendValue(piece->children->children, value))
+        return false;
+    }
+    return true;
+  }
+
+  bool append(std::string_view text, std::string& value) {
+    if (text.size() > _left || value.size() + text.size() > kMaximumValue) return false;
+    _left -= text.size();
+    value += text;
+    return true;
+  }
+
+  std::string_view _root;
+  std::size_t _left = kMaximumValues;  // bytes that values may still take
+};
 
 }  // namespace
 
@@ -103,8 +129,9 @@ bool InstallManifest::replaceInstallerRootWith(const std::string& replacement) {
   const std::optional<std::vector<_xmlNode*>> features = manifestFeatures(*_xmlDoc);
   if (!features) return false;
   const std::string characters = asCharacters(replacement);
+  RootReplacement root(characters);
   for (const xmlNode* feature : *features)
-    if (xmlAttr* url = urlOf(feature)) replaceInUrl(url, characters);
+    if (xmlAttr* url = urlOf(feature)) root.replaceIn(url);
   return true;
 }
 

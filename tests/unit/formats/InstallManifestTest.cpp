@@ -398,6 +398,21 @@ TEST_F(UrlEntities, AreWrittenOutUpToAMebibyteAndStayBeyondIt) {
   EXPECT_EQ(rewrittenUrl(declared(most), "${installer.root}&e;"), "file:/pkg&e;");
 }
 
+TEST_F(UrlEntities, AreWrittenOutUpToSixteenMebibytesTogether) {
+  proves("DOCUMENT-9", "DOCUMENT-14");
+  constexpr std::size_t kLength = std::size_t{1} << 19;
+  const std::string features = "<feature url='&e;'/>";
+  std::string many;
+  for (int number = 0; number < 100; ++number) many += features;
+
+  const std::string text = rewritten(withEntities(
+      "<!ENTITY e '${installer.root}" + std::string(kLength, 'x') + "'>", manifestWith(many)));
+
+  EXPECT_THAT(text, HasSubstr("url=\"file:/pkgx"));
+  EXPECT_THAT(text, HasSubstr("url=\"&e;\""));
+  EXPECT_LT(text.size(), 34 * kLength);
+}
+
 // --- What survives -------------------------------------------------------------------------------
 
 TEST_F(InstallManifestTest, EverythingElseSurvives) {
@@ -633,6 +648,9 @@ INSTANTIATE_TEST_SUITE_P(
         {"TextBeforeTheDeclaration", " <?xml version='1.0'?><m/>"},
         {"BadComment", "<m><!-- a -- b --></m>"},
         {"OpenSection", "<m><![CDATA[x</m>"},
+        {"ZeroByteBehindTheRoot", std::string("<m/>\0", 5)},
+        {"ZeroByteAndMoreBehindTheRoot", std::string("<m/>\0<!-- c -->", 15)},
+        {"ZeroByteInAComment", std::string("<m/><!-- \0 -->", 14)},
     }),
     [](const auto& test) { return test.param.name; });
 
