@@ -41,7 +41,9 @@ struct FileAttributes {
 };
 
 // The file system. Every operation works on bytes of paths as given, without "~" expansion, and
-// answers failures by its result: nothing is thrown and nothing is logged.
+// answers failures by its result: nothing is thrown and nothing is logged. An `error` that is not
+// null is set on failure only. FileError::kMissing then means that nothing is there for certain;
+// what cannot be looked at or read for another reason may well be.
 //
 // Safety, for every operation: a file appears under its name whole or not at all; no sockets,
 // pipes or devices are opened; walks hold directory descriptors and never pass through a symbolic
@@ -56,7 +58,7 @@ class FileManager {
   virtual ~FileManager() = default;
 
   // Links are followed: a dangling link does not exist.
-  virtual bool exists(const std::string& path) = 0;
+  virtual bool exists(const std::string& path, FileError* error = nullptr) = 0;
   // Exists and is a folder, links followed.
   virtual bool isDirectory(const std::string& path) = 0;
   // True when the directory entry itself is there, be it a dangling link.
@@ -71,11 +73,12 @@ class FileManager {
 
   // The bytes of a regular file (links followed) of at most kMaximumRead; nullopt for anything
   // else: missing, unreadable, too long, or no regular file.
-  virtual std::optional<std::string> read(const std::string& path) = 0;
+  virtual std::optional<std::string> read(const std::string& path, FileError* error = nullptr) = 0;
 
   // As read(), for a file that other users could have planted in a folder open to all: the last
   // component is not followed if it is a link. `owner`, if any, receives the file's user id.
-  virtual std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner) = 0;
+  virtual std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner,
+                                                  FileError* error = nullptr) = 0;
 
   // Replaces or creates the file at `path`: temporary file in the same folder, all bytes, fsync,
   // rename, fsync of the folder. A link at `path` is replaced, never written through. A new file
@@ -83,12 +86,12 @@ class FileManager {
   // `mode` when it is given.
   virtual bool write(const std::string& path, std::string_view bytes,
                      ReplacedFile replaced = ReplacedFile::takeOver,
-                     std::optional<mode_t> mode = std::nullopt) = 0;
+                     std::optional<mode_t> mode = std::nullopt, FileError* error = nullptr) = 0;
 
   // Copies a file, a link (as a link) or a whole tree to `to`, whose parent must exist. Permission
   // bits (without set-id bits) and modification times are kept, owners are the process's. Stops at
   // the first item that cannot be copied; what was copied until then keeps its name. A folder
-  // cannot be copied into itself. `error`, when not null, is set on failure only.
+  // cannot be copied into itself.
   virtual bool copy(const std::string& from, const std::string& to, ExistingItem existing,
                     FileError* error = nullptr) = 0;
 
@@ -103,7 +106,7 @@ class FileManager {
 
   // Removes the entry, a folder with all below it; links are removed, not followed. False when
   // something is left or nothing was there.
-  virtual bool remove(const std::string& path) = 0;
+  virtual bool remove(const std::string& path, FileError* error = nullptr) = 0;
 
   // Makes a folder: mode 0777 less the creation mask, or the attributes. With
   // Intermediates::create an existing folder counts as made (its attributes stay); without it is a

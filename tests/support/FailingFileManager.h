@@ -2,10 +2,13 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/files/Failure.h"
 #include "platform/files/PosixFileManager.h"
 
 namespace installer::test {
@@ -40,7 +43,11 @@ class FailingFileManager : public PosixFileManager {
     _action = std::move(action);
   }
 
+  // From now on this path can neither be looked at nor read, until stopFailing().
+  void failReading(const std::string& path, int error) { _unreadable[path] = error; }
+
   void stopFailing() {
+    _unreadable.clear();
     _kind.reset();
     _alwaysKind.reset();
     _number = 0;
@@ -51,6 +58,20 @@ class FailingFileManager : public PosixFileManager {
 
   // Every change that was asked for, refused ones included, in order.
   const std::vector<FileOperation>& operations() const { return _operations; }
+
+  bool exists(const std::string& path, FileError* error = nullptr) override {
+    if (isReadable(path, "looked at", error)) return PosixFileManager::exists(path, error);
+    return false;
+  }
+  std::optional<std::string> read(const std::string& path, FileError* error = nullptr) override {
+    if (isReadable(path, "read", error)) return PosixFileManager::read(path, error);
+    return std::nullopt;
+  }
+  std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner,
+                                          FileError* error = nullptr) override {
+    if (!isReadable(path, "read", error)) return std::nullopt;
+    return PosixFileManager::readUnlinked(path, owner, error);
+  }
 
  protected:
   int refusal(FileOperation operation) override {
@@ -72,6 +93,14 @@ class FailingFileManager : public PosixFileManager {
     return error;
   }
 
+  bool isReadable(const std::string& path, std::string_view done, FileError* error) const {
+    const auto found = _unreadable.find(path);
+    if (found == _unreadable.end()) return true;
+    if (error != nullptr) *error = failureWithItem(path, done, found->second);
+    return false;
+  }
+
+  std::map<std::string, int> _unreadable;
   std::optional<FileOperation> _kind;
   int _kindError = 0;
   std::optional<FileOperation> _actionKind;

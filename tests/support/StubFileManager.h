@@ -17,27 +17,28 @@ class StubFileManager : public FileManager {
   std::map<std::string, std::string> contents;  // by path; any other file cannot be read
   std::vector<std::string> names;               // what every folder holds
 
-  bool exists(const std::string&) override { return true; }
+  bool exists(const std::string&, FileError*) override { return true; }
   bool isDirectory(const std::string&) override { return true; }
   bool entryExists(const std::string&) override { return true; }
   std::optional<uid_t> owner(const std::string&) override { return std::nullopt; }
   std::optional<std::vector<std::string>> list(const std::string&) override { return names; }
-  std::optional<std::string> read(const std::string& path) override {
+  std::optional<std::string> read(const std::string& path, FileError*) override {
     const auto found = contents.find(path);
     if (found == contents.end()) return std::nullopt;
     return found->second;
   }
-  std::optional<std::string> readUnlinked(const std::string&, uid_t*) override {
+  std::optional<std::string> readUnlinked(const std::string&, uid_t*, FileError*) override {
     return std::nullopt;
   }
-  bool write(const std::string&, std::string_view, ReplacedFile, std::optional<mode_t>) override {
+  bool write(const std::string&, std::string_view, ReplacedFile, std::optional<mode_t>,
+             FileError*) override {
     return false;
   }
   bool copy(const std::string&, const std::string&, ExistingItem, FileError*) override {
     return false;
   }
   void merge(const std::string&, const std::string&, const std::string&) override {}
-  bool remove(const std::string&) override { return false; }
+  bool remove(const std::string&, FileError*) override { return false; }
   bool createDirectory(const std::string&, Intermediates, const std::optional<FileAttributes>&,
                        FileError*) override {
     return false;

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 
 #include "platform/files/Opening.h"
@@ -9,11 +10,21 @@
 
 namespace installer {
 
+namespace {
+
+std::nullopt_t tooLong() {
+  errno = EFBIG;
+  return std::nullopt;
+}
+
+}  // namespace
+
 // The system's word on the length is where it begins: files that are made when they are read have
 // none.
 std::optional<std::string> readWhole(const Descriptor& file, std::size_t maximum) {
   const auto status = statusOf(file);
-  if (!status || static_cast<std::size_t>(status->st_size) > maximum) return std::nullopt;
+  if (!status) return std::nullopt;
+  if (static_cast<std::size_t>(status->st_size) > maximum) return tooLong();
   std::string bytes;
   bytes.resize(static_cast<std::size_t>(status->st_size) + BUFSIZ);
   std::size_t length = 0;
@@ -28,7 +39,7 @@ std::optional<std::string> readWhole(const Descriptor& file, std::size_t maximum
     }
     if (length == bytes.size()) bytes.resize(length + BUFSIZ);  // longer than expected
   }
-  return std::nullopt;
+  return tooLong();
 }
 
 }  // namespace installer

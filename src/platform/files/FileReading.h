@@ -8,8 +8,8 @@
 
 namespace installer {
 
-// The bytes of the open file from its offset to its end; nullopt when it cannot be read, is not
-// open, or holds more than `maximum` bytes.
+// The bytes of the open file from its offset to its end; nullopt, with errno set, when it cannot be
+// read, is not open, or holds more than `maximum` bytes.
 std::optional<std::string> readWhole(const Descriptor& file, std::size_t maximum);
 
 }  // namespace installer

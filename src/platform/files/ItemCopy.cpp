@@ -7,10 +7,10 @@
 #include <cerrno>
 #include <climits>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 #include "platform/files/Ancestry.h"
+#include "platform/files/Failure.h"
 #include "platform/files/FileSystemCalls.h"
 #include "platform/files/FolderReader.h"
 #include "platform/files/Opening.h"
@@ -42,10 +42,6 @@ int checkOutside(int folder, const struct stat& source) {
 }
 
 }  // namespace
-
-std::string reasonOf(int error) {
-  return std::generic_category().message(error);
-}
 
 bool ItemCopy::build(const Entry& source, int destination, std::string& temporary) {
   _item = source.name;

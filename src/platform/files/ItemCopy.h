@@ -57,7 +57,4 @@ class ItemCopy {
   std::string _reason;
 };
 
-// What the system calls an error number.
-std::string reasonOf(int error);
-
 }  // namespace installer

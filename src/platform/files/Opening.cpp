@@ -33,7 +33,7 @@ Descriptor openRegular(int folder, const std::string& name, int statusFlags, int
     const auto after = statusOf(file);
     if (after && S_ISREG(after->st_mode)) return file;
   }
-  errno = EINVAL;
+  errno = S_ISDIR(before->st_mode) ? EISDIR : EINVAL;
   return {};
 }
 

@@ -1,7 +1,6 @@
 #include "platform/files/PosixFileManager.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -9,12 +8,12 @@
 #include <utility>
 
 #include "platform/files/AttributeWalk.h"
+#include "platform/files/Failure.h"
 #include "platform/files/FileReading.h"
 #include "platform/files/FileReplacement.h"
 #include "platform/files/FolderCreation.h"
 #include "platform/files/FolderLock.h"
 #include "platform/files/FolderReader.h"
-#include "platform/files/ItemCopy.h"
 #include "platform/files/LinkWalk.h"
 #include "platform/files/LogOpening.h"
 #include "platform/files/Opening.h"
@@ -30,8 +29,24 @@ namespace {
 constexpr mode_t kPermissionBits = 0777;
 constexpr mode_t kDefaultFolderMode = 0777;
 
-void report(FileError* target, FileError error) {
-  if (target != nullptr) *target = std::move(error);
+// Whether there was no error; else tells it who asked for it.
+bool answer(int error, const std::string& path, std::string_view done, FileError* target) {
+  if (error != 0 && target != nullptr) *target = failure(path, done, error);
+  return error == 0;
+}
+
+bool answerWithItem(int error, const std::string& path, std::string_view done, FileError* target) {
+  if (error != 0 && target != nullptr) *target = failureWithItem(path, done, error);
+  return error == 0;
+}
+
+// The bytes of a file just opened; errno is still that of a failed opening.
+std::optional<std::string> readOpened(const Descriptor& file, const std::string& path,
+                                      FileError* error) {
+  std::optional<std::string> bytes;
+  if (file.valid()) bytes = readWhole(file, FileManager::kMaximumRead);
+  if (!bytes && error != nullptr) *error = readFailure(path, errno);
+  return bytes;
 }
 
 // What the file at the place hands over to the one that replaces it.
@@ -50,8 +65,10 @@ int PosixFileManager::refusal(FileOperation) {
   return 0;
 }
 
-bool PosixFileManager::exists(const std::string& path) {
-  return isUsablePath(path) && statusFollowingLinks(AT_FDCWD, path).has_value();
+bool PosixFileManager::exists(const std::string& path, FileError* error) {
+  const bool usable = isUsablePath(path);
+  if (usable && statusFollowingLinks(AT_FDCWD, path)) return true;
+  return answerWithItem(usable ? errno : ENOENT, path, "looked at", error);
 }
 
 bool PosixFileManager::isDirectory(const std::string& path) {
@@ -79,35 +96,43 @@ std::optional<std::vector<std::string>> PosixFileManager::list(const std::string
   return names;
 }
 
-std::optional<std::string> PosixFileManager::read(const std::string& path) {
-  if (!isUsablePath(path)) return std::nullopt;
-  return readWhole(openRegularFileFollowingLinks(AT_FDCWD, path), kMaximumRead);
+std::optional<std::string> PosixFileManager::read(const std::string& path, FileError* error) {
+  errno = ENOENT;
+  const Descriptor file =
+      isUsablePath(path) ? openRegularFileFollowingLinks(AT_FDCWD, path) : Descriptor();
+  return readOpened(file, path, error);
 }
 
-std::optional<std::string> PosixFileManager::readUnlinked(const std::string& path, uid_t* owner) {
-  if (!isUsablePath(path)) return std::nullopt;
-  const Descriptor file = openRegularFile(AT_FDCWD, path);
-  const auto status = statusOf(file);
+std::optional<std::string> PosixFileManager::readUnlinked(const std::string& path, uid_t* owner,
+                                                          FileError* error) {
+  errno = ENOENT;
+  const Descriptor file = isUsablePath(path) ? openRegularFile(AT_FDCWD, path) : Descriptor();
+  const auto status = file.valid() ? statusOf(file) : std::nullopt;
   if (status && owner != nullptr) *owner = status->st_uid;
-  return readWhole(file, kMaximumRead);
+  return readOpened(file, path, error);
 }
 
 bool PosixFileManager::write(const std::string& path, std::string_view bytes, ReplacedFile replaced,
-                             std::optional<mode_t> mode) {
+                             std::optional<mode_t> mode, FileError* error) {
+  return answer(replace(path, bytes, replaced, mode), path, "written", error);
+}
+
+int PosixFileManager::replace(const std::string& path, std::string_view bytes,
+                              ReplacedFile replaced, std::optional<mode_t> mode) {
   const Place place = openPlace(path);
-  if (!place.usable()) return false;
+  if (!place.usable()) return place.error;
   NewFile file{bytes, mode, {}};
   const auto old = statusOf(place.folder.get(), place.name);
+  if (!old && errno != ENOENT) return errno;  // whose it is could not be kept
   if (replaced == ReplacedFile::takeOver && old && S_ISREG(old->st_mode)) takeOver(*old, file);
-  return replaceFile(_changes, place, file) == 0;
+  return replaceFile(_changes, place, file);
 }
 
 bool PosixFileManager::copy(const std::string& from, const std::string& to, ExistingItem existing,
                             FileError* error) {
-  auto failure = SingleCopy(_changes, from, to, existing).run();
-  if (!failure) return true;
-  report(error, std::move(*failure));
-  return false;
+  auto failed = SingleCopy(_changes, from, to, existing).run();
+  if (failed && error != nullptr) *error = std::move(*failed);
+  return !failed;
 }
 
 void PosixFileManager::merge(const std::string& from, const std::string& to,
@@ -115,10 +140,15 @@ void PosixFileManager::merge(const std::string& from, const std::string& to,
   TreeMerge(_changes, boundary).run(from, to);
 }
 
-bool PosixFileManager::remove(const std::string& path) {
+bool PosixFileManager::remove(const std::string& path, FileError* error) {
+  return answerWithItem(removeAt(path), path, "removed", error);
+}
+
+int PosixFileManager::removeAt(const std::string& path) {
   const Place place = openPlace(path);
-  if (!place.usable() || place.name == "." || place.name == "..") return false;
-  return removeEntry(_changes, place.folder.get(), place.name) == 0;
+  if (!place.usable()) return place.error;
+  if (place.name == "." || place.name == "..") return EINVAL;
+  return removeEntry(_changes, place.folder.get(), place.name);
 }
 
 bool PosixFileManager::createDirectory(const std::string& path, Intermediates intermediates,
@@ -126,11 +156,9 @@ bool PosixFileManager::createDirectory(const std::string& path, Intermediates in
                                        FileError* error) {
   const bool create = intermediates == Intermediates::create;
   if (create && isDirectory(path)) return true;
-  const int failure = makeFolder(path, create, attributes);
-  if (failure == 0 || (failure == EEXIST && create && isDirectory(path))) return true;
-  report(error, {failure == EEXIST ? FileError::kExists : FileError::kOther,
-                 fmt::format("\"{}\" cannot be created: {}", path, reasonOf(failure))});
-  return false;
+  const int result = makeFolder(path, create, attributes);
+  if (result == EEXIST && create && isDirectory(path)) return true;
+  return answer(result, path, "created", error);
 }
 
 int PosixFileManager::makeFolder(const std::string& path, bool withFoldersAbove,

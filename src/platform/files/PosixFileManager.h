@@ -18,20 +18,21 @@ class PosixFileManager : public FileManager {
   // Account names are looked up in `users`, which must live at least as long.
   explicit PosixFileManager(UserContext& users);
 
-  bool exists(const std::string& path) override;
+  bool exists(const std::string& path, FileError* error = nullptr) override;
   std::optional<uid_t> owner(const std::string& path) override;
   bool isDirectory(const std::string& path) override;
   bool entryExists(const std::string& path) override;
   std::optional<std::vector<std::string>> list(const std::string& folder) override;
-  std::optional<std::string> read(const std::string& path) override;
-  std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner) override;
+  std::optional<std::string> read(const std::string& path, FileError* error = nullptr) override;
+  std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner,
+                                          FileError* error = nullptr) override;
   bool write(const std::string& path, std::string_view bytes,
              ReplacedFile replaced = ReplacedFile::takeOver,
-             std::optional<mode_t> mode = std::nullopt) override;
+             std::optional<mode_t> mode = std::nullopt, FileError* error = nullptr) override;
   bool copy(const std::string& from, const std::string& to, ExistingItem existing,
             FileError* error = nullptr) override;
   void merge(const std::string& from, const std::string& to, const std::string& boundary) override;
-  bool remove(const std::string& path) override;
+  bool remove(const std::string& path, FileError* error = nullptr) override;
   bool createDirectory(const std::string& path, Intermediates intermediates,
                        const std::optional<FileAttributes>& attributes = std::nullopt,
                        FileError* error = nullptr) override;
@@ -50,6 +51,9 @@ class PosixFileManager : public FileManager {
   virtual int refusal(FileOperation operation);
 
  private:
+  int replace(const std::string& path, std::string_view bytes, ReplacedFile replaced,
+              std::optional<mode_t> mode);
+  int removeAt(const std::string& path);
   int makeFolder(const std::string& path, bool withFoldersAbove,
                  const std::optional<FileAttributes>& attributes);
 

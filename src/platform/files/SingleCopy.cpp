@@ -5,17 +5,10 @@
 
 #include <cerrno>
 
+#include "platform/files/Failure.h"
 #include "platform/files/TreeRemoval.h"
 
 namespace installer {
-
-namespace {
-
-bool isMissing(int error) {
-  return error == ENOENT || error == ENOTDIR;
-}
-
-}  // namespace
 
 SingleCopy::SingleCopy(FileChanges& changes, const std::string& from, const std::string& to,
                        ExistingItem existing)
@@ -26,7 +19,7 @@ std::optional<FileError> SingleCopy::run() {
   const auto source = statusOf(AT_FDCWD, withoutTrailingSlashes(_from));
   if (!source) {
     const int error = errno;
-    return failure(isMissing(error) ? FileError::kMissing : FileError::kOther, _from,
+    return failure(tellsMissing(error) ? FileError::kMissing : FileError::kOther, _from,
                    reasonOf(error));
   }
   if (isUsablePath(_to) && statusOf(AT_FDCWD, withoutTrailingSlashes(_to))) {
@@ -70,7 +63,7 @@ std::optional<FileError> SingleCopy::answerExisting() const {
 
 std::optional<FileError> SingleCopy::failure(int code, const std::string& item,
                                              const std::string& reason) const {
-  return FileError{code, fmt::format("\"{}\" cannot be copied to \"{}\": {}", item, _to, reason)};
+  return installer::failure(code, item, fmt::format("copied to \"{}\"", _to), reason);
 }
 
 }  // namespace installer

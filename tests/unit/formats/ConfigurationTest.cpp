@@ -26,8 +26,9 @@ class ForeignFiles : public test::FailingFileManager {
  public:
   ForeignFiles(UserContext& users, uid_t owner) : FailingFileManager(users), _owner(owner) {}
 
-  std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner) override {
-    std::optional<std::string> bytes = FailingFileManager::readUnlinked(path, owner);
+  std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner,
+                                          FileError* error) override {
+    std::optional<std::string> bytes = FailingFileManager::readUnlinked(path, owner, error);
     *owner = _owner;
     return bytes;
   }

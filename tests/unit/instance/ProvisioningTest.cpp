@@ -170,7 +170,7 @@ class NamedFiles : public StubFileManager {
  public:
   std::set<std::string> present;
 
-  bool exists(const std::string& path) override { return present.contains(path); }
+  bool exists(const std::string& path, FileError*) override { return present.contains(path); }
   bool entryExists(const std::string& path) override { return present.contains(path); }
 };
 

@@ -25,10 +25,10 @@ class WatchedFileManager : public PosixFileManager {
  public:
   explicit WatchedFileManager(UserContext& users) : PosixFileManager(users), _users(users) {}
 
-  std::optional<std::string> read(const std::string& path) override {
+  std::optional<std::string> read(const std::string& path, FileError* error) override {
     reads.push_back(path);
     readers.push_back(_users.effectiveUserId());
-    return PosixFileManager::read(path);
+    return PosixFileManager::read(path, error);
   }
 
   std::vector<std::string> reads;
