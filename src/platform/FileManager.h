@@ -17,6 +17,10 @@ namespace installer {
 enum class ExistingItem {
   keep,  // left exactly as it is; the copy counts as done
   fail,  // left exactly as it is; the copy fails with FileError::kExists
+  // Gives way to the copy, a folder with all below it; a file gives way in one step, so that there
+  // is never none. Also goes when nothing can be copied. What stays makes the copy fail, and so
+  // does an item that is to take its own place: it is gone then.
+  replace,
 };
 
 // Whether createDirectory makes missing folders above the last one.

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "platform/files/Ancestry.h"
 #include "platform/files/Failure.h"
 #include "platform/files/TreeRemoval.h"
 
@@ -15,6 +16,14 @@ SingleCopy::SingleCopy(FileChanges& changes, const std::string& from, const std:
     : _changes(changes), _from(from), _to(to), _existing(existing) {}
 
 std::optional<FileError> SingleCopy::run() {
+  if (_existing != ExistingItem::replace) return copyItem();
+  if (const int error = clearTheWay()) return failure(FileError::kOther, _from, reasonOf(error));
+  Failure failed = copyItem();
+  if (failed && !_isNamed) removeOld();
+  return failed;
+}
+
+std::optional<FileError> SingleCopy::copyItem() {
   if (!isUsablePath(_from)) return failure(FileError::kMissing, _from, reasonOf(ENOENT));
   const auto source = statusOf(AT_FDCWD, withoutTrailingSlashes(_from));
   if (!source) {
@@ -22,7 +31,8 @@ std::optional<FileError> SingleCopy::run() {
     return failure(tellsMissing(error) ? FileError::kMissing : FileError::kOther, _from,
                    reasonOf(error));
   }
-  if (isUsablePath(_to) && statusOf(AT_FDCWD, withoutTrailingSlashes(_to))) {
+  if (_existing != ExistingItem::replace && isUsablePath(_to) &&
+      statusOf(AT_FDCWD, withoutTrailingSlashes(_to))) {
     return answerExisting();
   }
   return copy(S_ISDIR(source->st_mode));
@@ -46,14 +56,58 @@ std::optional<FileError> SingleCopy::giveName(const Place& place, const std::str
                                               bool isFolder) {
   const int folder = place.folder.get();
   const int flushed = isFolder ? _changes.flushFileSystem(folder) : 0;
-  const int named = _changes.renameKeepingExisting(folder, temporary, place.name);
+  const int named = rename(place, temporary);
   if (named != 0) (void)removeEntry(_changes, folder, temporary);
-  if (named == EEXIST) return answerExisting();  // somebody was quicker
+  if (named == EEXIST && _existing != ExistingItem::replace) {
+    return answerExisting();  // somebody was quicker
+  }
+  _isNamed = named == 0;
   int error = named;
   if (error == 0) error = flushed;
   if (error == 0) error = _changes.flushFolder(folder);
   if (error == 0) return std::nullopt;
   return failure(FileError::kOther, _from, reasonOf(error));
+}
+
+int SingleCopy::rename(const Place& place, const std::string& temporary) {
+  const int folder = place.folder.get();
+  return _existing == ExistingItem::replace
+             ? _changes.rename(folder, temporary, place.name)
+             : _changes.renameKeepingExisting(folder, temporary, place.name);
+}
+
+// Removes what a rename cannot replace. 0 when nothing of it is left.
+int SingleCopy::clearTheWay() {
+  if (!isUsablePath(_to)) return 0;
+  const auto old = statusOf(AT_FDCWD, withoutTrailingSlashes(_to));
+  if (!old || !isInTheWay(*old)) return 0;
+  const Place place = openPlace(_to);
+  if (!place.usable()) return place.error;
+  const int error = removeEntry(_changes, place.folder.get(), place.name);
+  return error == ENOENT ? 0 : error;  // somebody was quicker
+}
+
+bool SingleCopy::isInTheWay(const struct stat& old) const {
+  if (S_ISDIR(old.st_mode)) return true;
+  if (!isUsablePath(_from)) return false;
+  const auto source = statusOf(AT_FDCWD, withoutTrailingSlashes(_from));
+  return source && (S_ISDIR(source->st_mode) || isOwnPlace(*source, old));
+}
+
+// Another name of the same file is another place.
+bool SingleCopy::isOwnPlace(const struct stat& source, const struct stat& old) const {
+  if (identityOf(source) != identityOf(old)) return false;
+  if (old.st_nlink == 1) return true;
+  const Place from = openPlace(_from);
+  const Place to = openPlace(_to);
+  return from.usable() && to.usable() && from.name == to.name &&
+         identityOf(from.folder.get()) == identityOf(to.folder.get());
+}
+
+// What stays now stays: the failure is told already.
+void SingleCopy::removeOld() {
+  const Place place = openPlace(_to);
+  if (place.usable()) (void)removeEntry(_changes, place.folder.get(), place.name);
 }
 
 std::optional<FileError> SingleCopy::answerExisting() const {

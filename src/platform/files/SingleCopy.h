@@ -22,8 +22,16 @@ class SingleCopy {
  private:
   using Failure = std::optional<FileError>;
 
+  Failure copyItem();
   Failure copy(bool isFolder);
   Failure giveName(const Place& place, const std::string& temporary, bool isFolder);
+  int rename(const Place& place, const std::string& temporary);
+
+  int clearTheWay();
+  bool isInTheWay(const struct stat& old) const;
+  bool isOwnPlace(const struct stat& source, const struct stat& old) const;
+  void removeOld();
+
   Failure answerExisting() const;
   Failure failure(int code, const std::string& item, const std::string& reason) const;
 
@@ -31,6 +39,7 @@ class SingleCopy {
   const std::string& _from;
   const std::string& _to;
   ExistingItem _existing;
+  bool _isNamed = false;  // the copy, or what there is of it, stands at `_to`
 };
 
 }  // namespace installer

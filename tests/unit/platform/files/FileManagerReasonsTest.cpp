@@ -129,7 +129,7 @@ TEST_F(FileManagerReasonsTest, ASuccessLeavesTheErrorAlone) {
   EXPECT_TRUE(_files.read(path("file"), &_error));
   EXPECT_TRUE(_files.readUnlinked(path("file"), nullptr, &_error));
   EXPECT_TRUE(_files.write(path("file"), "y", ReplacedFile::takeOver, std::nullopt, &_error));
-  EXPECT_TRUE(_files.copy(path("file"), path("copy"), ExistingItem::fail, &_error));
+  EXPECT_TRUE(_files.copy(path("file"), path("copy"), ExistingItem::replace, &_error));
   EXPECT_TRUE(_files.remove(path("file"), &_error));
 
   EXPECT_EQ(_error.code, 0);
