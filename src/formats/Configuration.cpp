@@ -3,6 +3,7 @@
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
+#include "platform/Reported.h"
 #include "platform/UserContext.h"
 
 namespace installer {
@@ -15,22 +16,32 @@ const std::string& filePath() {
   return Platform::current().paths.internalConfiguration;
 }
 
-// The file's bytes; nullopt when it is missing or somebody else could have planted it.
-std::optional<std::string> trustedBytes() {
-  FileManager& files = *Platform::current().files;
+// Whether a file that could not be read may be one of ours all the same.
+bool mayBeOurs(const FileError& error) {
+  const Platform& platform = Platform::current();
+  const std::optional<uid_t> owner = platform.files->owner(filePath());
+  return error.code != FileError::kNoFile && (!owner || platform.users->trusts(*owner));
+}
+
+// The entries of the file: none when it is missing or somebody else could have planted it, nullopt
+// when it cannot be read and is to be left alone.
+std::optional<PropertyList::Dictionary> trustedEntries() {
+  const Platform& platform = Platform::current();
   uid_t owner = 0;
-  std::optional<std::string> bytes = files.readUnlinked(filePath(), &owner);
-  if (bytes && Platform::current().users->trusts(owner)) return bytes;
-  if (bytes || files.entryExists(filePath()))
-    logOnce(LogLevel::warning, "The file {} is not a plain file of a trusted user, ignore it.",
-            filePath());
-  return std::nullopt;
+  FileError error;
+  const auto bytes = platform.files->readUnlinked(filePath(), &owner, &error);
+  if (bytes && platform.users->trusts(owner)) return PropertyList::parseDictionary(*bytes);
+  if (!bytes && error.code == FileError::kMissing) return PropertyList::Dictionary();
+  if (!bytes && mayBeOurs(error)) return std::nullopt;
+  logOnce(LogLevel::warning, "The file {} is not a plain file of a trusted user, ignore it.",
+          filePath());
+  return PropertyList::Dictionary();
 }
 
 }  // namespace
 
 Configuration::Configuration() {
-  _internalProperties.load(trustedBytes());
+  _internalProperties._dict = trustedEntries();
 }
 
 std::optional<std::string> Configuration::getPropertyValueForKey(const std::string& key) const {
@@ -45,16 +56,13 @@ bool Configuration::setProperty(const std::optional<std::string>& value,
 bool Configuration::saveConfiguration() const {
   if (!_internalProperties._dict) return false;
   const std::optional<std::string> bytes = PropertyList::serialize(*_internalProperties._dict);
-  // As with every property store, a refusing disk goes unreported.
-  if (bytes)
-    (void)Platform::current().files->write(filePath(), *bytes, ReplacedFile::forget,
-                                           kReadableByAll);
+  // As with every property store, a refusing disk does not change the answer.
+  if (bytes) (void)reported::write(filePath(), *bytes, ReplacedFile::forget, kReadableByAll);
   return true;
 }
 
 void Configuration::cleanupConfiguration() {
-  FileManager& files = *Platform::current().files;
-  if (files.entryExists(filePath())) (void)files.remove(filePath());
+  (void)reported::remove(filePath());
   _internalProperties.removeAllProperties();
 }
 

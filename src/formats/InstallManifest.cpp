@@ -11,6 +11,7 @@
 #include "hotfix/util/StringUtil.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
+#include "platform/Reported.h"
 
 namespace installer {
 
@@ -138,7 +139,7 @@ bool InstallManifest::replaceInstallerRootWith(const std::string& replacement) {
 bool InstallManifest::saveInstallManifestAs(const std::optional<std::string>& path) const {
   if (!_xmlDoc) return false;
   const std::optional<std::string> bytes = xml::serialize(*_xmlDoc);
-  return bytes && Platform::current().files->write(path.value_or(_pathToManifest), *bytes);
+  return bytes && reported::write(path.value_or(_pathToManifest), *bytes);
 }
 
 }  // namespace installer

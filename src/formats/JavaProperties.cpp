@@ -5,6 +5,7 @@
 #include "hotfix/platform/HomeFolders.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
+#include "platform/Reported.h"
 
 namespace installer {
 
@@ -21,15 +22,23 @@ FileManager& files() {
 
 }  // namespace
 
-JavaProperties::JavaProperties(const std::optional<std::string>& file) : _file(expanded(file)) {
+JavaProperties::JavaProperties(const std::optional<std::string>& file)
+    : JavaProperties(file, FailedSave::isTold) {}
+
+JavaProperties::JavaProperties(const std::optional<std::string>& file, FailedSave failedSave)
+    : _file(expanded(file)), _failedSave(failedSave) {
   initDictionary();
 }
 
 void JavaProperties::initDictionary() {
   if (!_file) return;
-  const std::optional<std::string> bytes = files().read(*_file);
-  _unreadable = !bytes && files().exists(*_file);
-  if (bytes) readJavaProperties(*bytes, _dict);
+  FileError error;
+  const std::optional<std::string> bytes = files().read(*_file, &error);
+  _readError.reset();
+  if (bytes)
+    readJavaProperties(*bytes, _dict);
+  else if (error.code != FileError::kMissing)
+    _readError = error;
 }
 
 std::optional<std::string> JavaProperties::getPropertyForKey(const std::string& key) const {
@@ -69,8 +78,13 @@ std::vector<std::string> JavaProperties::allProperties() const {
 bool JavaProperties::savePropertiesToFile(const std::optional<std::string>& path) const {
   const std::optional<std::string> target = path ? expanded(path) : _file;
   if (!target) return false;
-  if (_unreadable && target == _file) return false;
-  return files().write(*target, writeJavaProperties(_dict));
+  const bool isTold = _failedSave == FailedSave::isTold;
+  if (_readError && target == _file) {
+    if (isTold) reported::tell(*_readError);
+    return false;
+  }
+  const std::string text = writeJavaProperties(_dict);
+  return isTold ? reported::write(*target, text) : files().write(*target, text);
 }
 
 bool JavaProperties::mergeWithJavaProperties(const std::optional<std::string>& path) {

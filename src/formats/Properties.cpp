@@ -3,25 +3,25 @@
 #include "base/Characters.h"
 #include "hotfix/platform/HomeFolders.h"
 #include "hotfix/platform/PropertyListFile.h"
-#include "platform/FileManager.h"
-#include "platform/Platform.h"
 
 namespace installer {
 
 Properties::Properties() : _dict(PropertyList::Dictionary()) {}
 
 Properties::Properties(const std::string& file) : _file(path::expandingTilde(file)) {
-  load(Platform::current().files->read(*_file));
-}
-
-void Properties::load(const std::optional<std::string>& bytes) {
-  if (bytes) _dict = PropertyList::parseDictionary(*bytes);
+  FileError error;
+  _dict = PropertyList::readDictionary(*_file, error);
+  if (!_dict) _readError = error;
 }
 
 std::optional<std::string> Properties::getPropertyForKey(
     const std::optional<std::string>& key) const {
   if (!_dict || !key) return std::nullopt;
   return PropertyList::textForKey(*_dict, *key);
+}
+
+bool Properties::hasPropertyForKey(const std::string& key) const {
+  return _dict && _dict->find(key) != nullptr;
 }
 
 bool Properties::setProperty(const std::optional<std::string>& value,
@@ -45,7 +45,7 @@ void Properties::removeAllProperties() {
 bool Properties::savePropertiesToFile(const std::optional<std::string>& path) const {
   if (!_dict) return false;
   const std::optional<std::string> target = path ? path::expandingTilde(*path) : _file;
-  // Callers carry on whatever the disk says; what they stored is lost then.
+  // Callers carry on whatever the disk says; what they stored is lost then, and the line tells it.
   if (target) (void)PropertyList::writeDictionary(*_dict, *target);
   return true;
 }

@@ -1,8 +1,7 @@
 #include "hotfix/instance/InstanceService.h"
 #include "hotfix/platform/PropertyListFile.h"
 #include "instance/InstanceLayout.h"
-#include "platform/FileManager.h"
-#include "platform/Platform.h"
+#include "platform/Reported.h"
 
 namespace installer {
 
@@ -21,9 +20,11 @@ std::optional<std::string> textOf(const std::optional<Dictionary>& entry, std::s
 std::optional<std::vector<Dictionary>> InstanceService::getAllAddonRegistryInfo() const {
   if (!_pathToRcphome) return std::nullopt;
   const std::string file = InstanceLayout::addonInfo(*_pathToRcphome);
-  if (!Platform::current().files->exists(file)) return std::nullopt;
   std::vector<Dictionary> entries;
-  const std::optional<Dictionary> registry = PropertyList::readDictionary(file);
+  FileError error;
+  const std::optional<Dictionary> registry = PropertyList::readDictionary(file, error);
+  if (!registry && error.code == FileError::kMissing) return std::nullopt;
+  if (!registry) reported::tell(error);
   const PropertyList::Value* addons = registry ? registry->find("addons") : nullptr;
   const Array* list = addons ? addons->as<Array>() : nullptr;
   if (list == nullptr) return entries;

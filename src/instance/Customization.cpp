@@ -42,7 +42,8 @@ bool InstanceService::mergePluginCustomizationWithBase(const std::optional<std::
   if (!version) return false;
   const std::string baseFile = InstanceLayout::baseCustomization(*_pathToRcphome, *version);
   if (!exists(baseFile)) return true;
-  JavaProperties settings(baseFile);
+  JavaProperties settings(baseFile, FailedSave::isPassedOver);
+  if (settings.readError()) return true;  // without its settings the instance's would be lost
   (void)settings.mergeWithJavaProperties(*path);
   (void)settings.savePropertiesToFile(InstanceLayout::customization(*_pathToRcphome));
   return true;
@@ -55,7 +56,7 @@ bool InstanceService::mergePluginCustomizationWithRcphome(const std::optional<st
     (void)copyItem(*path, file);
     return true;
   }
-  JavaProperties settings(file);
+  JavaProperties settings(file, FailedSave::isPassedOver);
   (void)settings.mergeWithJavaProperties(*path);
   // The merge has saved already unless `path` is missing; the file is then put into our form alone.
   (void)settings.savePropertiesToFile(std::nullopt);

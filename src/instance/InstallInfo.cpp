@@ -5,9 +5,9 @@
 #include "hotfix/util/InstallUtil.h"
 #include "hotfix/util/StringUtil.h"
 #include "instance/InstanceLayout.h"
-#include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
+#include "platform/Reported.h"
 
 namespace installer {
 
@@ -18,6 +18,19 @@ constexpr const char* kHotfixVersion = "hotfixVersion";
 constexpr const char* kSkipRunningCheck = "SKIPRUNNINGCHECK";
 constexpr const char* kBundleID = "installedHotfixBundleID";
 
+// The record of the instance. That one is there but cannot be read is told, so that nobody takes
+// the instance for a fresh one.
+Properties recordIn(const std::string& rcpHome) {
+  Properties record(InstanceLayout::installInfo(rcpHome));
+  const std::optional<FileError>& error = record.readError();
+  if (error && error->code != FileError::kMissing) reported::tell(*error);
+  return record;
+}
+
+bool isMissing(const Properties& record) {
+  return record.readError() && record.readError()->code == FileError::kMissing;
+}
+
 // What stands between the first and the second "_" of a base plug-in folder's name.
 std::string versionInName(const std::string& name) {
   const std::size_t begin = name.find('_') + 1;
@@ -27,7 +40,7 @@ std::string versionInName(const std::string& name) {
 }  // namespace
 
 bool InstanceService::hasInstanceInstalled() const {
-  return _pathToRcphome && exists(InstanceLayout::installManifest(*_pathToRcphome));
+  return _pathToRcphome && reported::exists(InstanceLayout::installManifest(*_pathToRcphome));
 }
 
 std::optional<std::string> InstanceService::getBaseVersion() const {
@@ -52,16 +65,23 @@ std::optional<std::string> InstanceService::getInstalledTargetVersion() const {
 
 std::optional<std::string> InstanceService::installInfoValue(const std::string& key) const {
   if (!_pathToRcphome) return std::nullopt;
-  return Properties(InstanceLayout::installInfo(*_pathToRcphome)).getPropertyForKey(key);
+  return recordIn(*_pathToRcphome).getPropertyForKey(key);
 }
 
 void InstanceService::storeInstallInfo(const std::string& key,
                                        const std::optional<std::string>& value) {
   if (!_pathToRcphome) return;
-  const std::string file = InstanceLayout::installInfo(*_pathToRcphome);
-  Properties info = exists(file) ? Properties(file) : Properties();
-  (void)info.setProperty(value, key);
-  (void)info.savePropertiesToFile(file);
+  Properties record = recordIn(*_pathToRcphome);
+  if (isMissing(record)) record = Properties();
+  (void)record.setProperty(value, key);
+  (void)record.savePropertiesToFile(InstanceLayout::installInfo(*_pathToRcphome));
+}
+
+void InstanceService::changeInstallInfo(const std::string& key,
+                                        const std::optional<std::string>& value) {
+  if (!_pathToRcphome) return;
+  Properties record(InstanceLayout::installInfo(*_pathToRcphome));
+  if (record.setProperty(value, key)) (void)record.savePropertiesToFile(std::nullopt);
 }
 
 std::optional<std::string> InstanceService::getInstalledVersion() const {
@@ -91,19 +111,20 @@ void InstanceService::saveHotfixSkipRunningCheckProperty(bool skip) {
 }
 
 bool InstanceService::isHotfixInstallWithSkipRunningCheck() const {
-  if (!_pathToRcphome || !exists(InstanceLayout::installInfo(*_pathToRcphome))) return false;
+  if (!_pathToRcphome) return false;
+  const Properties record = recordIn(*_pathToRcphome);
+  if (record.readError()) return false;
   // A file without the flag counts as one that says true, on purpose.
-  return installInfoValue(kSkipRunningCheck).value_or("true") == "true";
+  return !record.hasPropertyForKey(kSkipRunningCheck) ||
+         record.getPropertyForKey(kSkipRunningCheck) == "true";
 }
 
 void InstanceService::removeHotfixSkipRunningCheckProperty() {
-  if (_pathToRcphome && exists(InstanceLayout::installInfo(*_pathToRcphome)))
-    storeInstallInfo(kSkipRunningCheck, std::nullopt);
+  changeInstallInfo(kSkipRunningCheck, std::nullopt);
 }
 
 void InstanceService::saveHotfixBundleID(const std::optional<std::string>& bundleID) {
-  if (_pathToRcphome && exists(InstanceLayout::installInfo(*_pathToRcphome)))
-    storeInstallInfo(kBundleID, bundleID);
+  changeInstallInfo(kBundleID, bundleID);
 }
 
 std::optional<std::string> InstanceService::getInstalledHotfixBundleID() const {

@@ -6,6 +6,7 @@
 #include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
+#include "platform/Reported.h"
 
 namespace installer {
 
@@ -35,7 +36,7 @@ bool resolveInstallerRoot(const std::string& manifest, const std::string& root) 
 void InstanceService::setLauncherProperty(const std::string& key, const std::string& value) {
   if (!_pathToRcphome) return;
   const std::string file = InstanceLayout::launcherProperties(*_pathToRcphome);
-  if (!exists(file)) return;
+  if (!reported::exists(file)) return;
   JavaProperties properties(file);
   setAndSave(properties, key.c_str(), value);
 }
@@ -52,8 +53,9 @@ void InstanceService::updateInstallIDWithProvManVer() {
   if (!_pathToRcphome || !_pathToRcpData) return;
   const std::string dataFile = InstanceLayout::dataSettings(*_pathToRcpData);
   const std::string launcherFile = InstanceLayout::launcherProperties(*_pathToRcphome);
-  if (!exists(dataFile) || !exists(launcherFile)) return;
+  if (!reported::exists(dataFile) || !reported::exists(launcherFile)) return;
   JavaProperties launcher(launcherFile);
+  if (launcher.readError()) return reported::tell(*launcher.readError());
   const std::optional<std::string> version = launcher.getPropertyForKey(kManifestVersion);
   setAndSave(launcher, kInstallID, version);
   JavaProperties data(dataFile);
@@ -63,7 +65,7 @@ void InstanceService::updateInstallIDWithProvManVer() {
 void InstanceService::backupInstallManifest() {
   if (!_pathToRcphome) return;
   const std::string launcherFile = InstanceLayout::launcherProperties(*_pathToRcphome);
-  if (!exists(launcherFile)) return;
+  if (!reported::exists(launcherFile)) return;
   const std::string version =
       JavaProperties(launcherFile).getPropertyForKey(kManifestVersion).value_or("old");
   if (version.find('/') != std::string::npos) {
@@ -72,9 +74,10 @@ void InstanceService::backupInstallManifest() {
     return;
   }
   const std::string manifest = InstanceLayout::installManifest(*_pathToRcphome);
-  if (exists(manifest))
-    (void)copyItem(manifest,
-                   InstanceLayout::deployed(*_pathToRcphome, "install." + version + ".xml"));
+  if (reported::exists(manifest))
+    (void)reported::copy(manifest,
+                         InstanceLayout::deployed(*_pathToRcphome, "install." + version + ".xml"),
+                         ExistingItem::keep);
 }
 
 bool InstanceService::copyUpdateManifest(

@@ -14,7 +14,7 @@ namespace installer {
 namespace {
 
 void writeLink(const std::string& file, const std::string& target) {
-  JavaProperties link(file);
+  JavaProperties link(file, FailedSave::isPassedOver);
   (void)link.setProperty(target, "path");
   (void)link.savePropertiesToFile(std::nullopt);
 }
@@ -79,7 +79,8 @@ bool InstanceService::generateRcplauncherPropertiesWithTemplate(
   }
   if (!copyLauncherTemplate(path)) return false;
   log(LogLevel::info, "Update rcplauncher.properties. ");
-  JavaProperties properties(InstanceLayout::launcherProperties(*_pathToRcphome));
+  JavaProperties properties(InstanceLayout::launcherProperties(*_pathToRcphome),
+                            FailedSave::isPassedOver);
   setIdentity(properties);
   (void)properties.setProperty("file:/${rcp.home}/rcp/deploy/install.xml", "provisioning.manifest");
   setBaseLocation(properties);
@@ -93,7 +94,7 @@ bool InstanceService::updateRcpLauncherProperties() {
   if (!_pathToRcphome) return false;
   const std::string file = InstanceLayout::launcherProperties(*_pathToRcphome);
   if (!exists(file)) return false;
-  JavaProperties properties(file);
+  JavaProperties properties(file, FailedSave::isPassedOver);
   setIdentity(properties);
   setBaseLocation(properties);
   return properties.savePropertiesToFile(std::nullopt);
@@ -120,9 +121,14 @@ bool InstanceService::generateJVMPropertiesWithTemplate(const std::optional<std:
     return false;
   }
   const std::string target = InstanceLayout::jvmProperties(*_pathToRcphome);
-  if (!path || !exists(*path)) return platform.files->createFile(target, "", attributes);
-  (void)platform.files->remove(target);
-  return copyItem(*path, target);
+  FileError error;
+  if (path && platform.files->exists(*path, &error)) {
+    (void)platform.files->remove(target);
+    return copyItem(*path, target);
+  }
+  // A template that may be there is no reason to empty what is there.
+  if (path && error.code != FileError::kMissing) return false;
+  return platform.files->createFile(target, "", attributes);
 }
 
 std::optional<std::string> InstanceService::getWorkspace() const {

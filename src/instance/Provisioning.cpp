@@ -10,6 +10,7 @@
 #include "instance/ProvisioningRun.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
+#include "platform/Reported.h"
 
 namespace installer {
 
@@ -64,7 +65,7 @@ int InstanceService::getProvisioningResult() const {
 
 void InstanceService::removeProvisionRCFile() {
   if (const std::optional<std::string> file = existingResult(_pathToRcphome))
-    (void)Platform::current().files->remove(*file);
+    (void)reported::remove(*file);
 }
 
 }  // namespace installer

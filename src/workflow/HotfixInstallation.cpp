@@ -7,8 +7,8 @@
 #include "instance/ProvisioningCommand.h"
 #include "instance/ProvisioningRun.h"
 #include "platform/Exists.h"
-#include "platform/FileManager.h"
 #include "platform/Log.h"
+#include "platform/Reported.h"
 
 namespace installer {
 
@@ -97,8 +97,7 @@ void HotfixInstallation::storePackageIdentity() {
 }
 
 void HotfixInstallation::setupConfiguratioForResultPanel() const {
-  Platform& platform = Platform::current();
-  (void)platform.files->remove(platform.paths.staleResultPanel);
+  (void)reported::remove(Platform::current().paths.staleResultPanel);
   Configuration configuration;
   (void)configuration.setProperty(_pathToRcpData, "P_RCPDATA");
   log(LogLevel::info, "workspace is {}\n", _pathToRcpData);

@@ -8,6 +8,7 @@
 #include "instance/ProvisioningRun.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
+#include "platform/Reported.h"
 
 namespace installer {
 
@@ -55,7 +56,7 @@ bool HotfixRemoval::copyUninstallManifest() {
     printMissing(target);
     return false;
   }
-  (void)files.remove(manifest);
+  (void)reported::remove(manifest);  // one that stays stops nothing
   return true;
 }
 

@@ -211,6 +211,17 @@ TEST_F(HotfixTest, ManifestThatCannotBeCopiedIsCodeFourWithItsName) {
   EXPECT_FALSE(_sandbox.exists(inHome("installInfo.plist")));
 }
 
+TEST_F(HotfixTest, ResultPanelsOldFileThatStaysIsTold) {
+  _sandbox.makeFolder("tmp/qlm.config/x");
+  _sandbox.files().failAlways(FileOperation::kUnlink, EPERM);
+
+  EXPECT_TRUE(install());
+
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ::testing::Contains("\"" + _sandbox.paths().staleResultPanel +
+                                  "\" cannot be removed: Operation not permitted"));
+}
+
 TEST_F(HotfixTest, MalformedManifestIsCodeFourWithItsName) {
   proves("INSTALL-7");
   _sandbox.write("HF/deploy/install.hotfix.xml", "<m>");

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
 #include <fstream>
 #include <iterator>
 
@@ -217,6 +218,17 @@ TEST_F(HotfixUninstallTest, ManifestThatCannotBeCopiedStaysAndIsToldInTwoTexts) 
   EXPECT_EQ(_output, std::string("File install.update.xml was not found. ") + kUndetermined + "\n");
   EXPECT_TRUE(TreeDiff(before, snapshotOf(_sandbox.path(kBundle))).empty());
   EXPECT_THAT(_sandbox.children().started(), IsEmpty());
+}
+
+TEST_F(HotfixUninstallTest, ConsumedManifestThatStaysIsToldAndStopsNothing) {
+  InstanceService(home()).removeProvisionRCFile();
+  _sandbox.files().failNext(FileOperation::kUnlink, EPERM);
+
+  EXPECT_TRUE(uninstall());
+
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre("\"" + homePath("deploy/uninstall.hotfix.xml") +
+                          "\" cannot be removed: Operation not permitted"));
 }
 
 TEST_F(HotfixUninstallTest, MissingOrAbsentHomeRemovesNothingSilently) {

@@ -14,7 +14,8 @@ namespace installer {
 /// a warning.
 class Configuration {
  public:
-  /// Loads the file; an empty store when there is none.
+  /// Loads the file; an empty store when there is none. One that cannot be read gives a store that
+  /// takes nothing and never writes.
   Configuration();
 
   /// The text stored under `key`; nullopt when it is missing or no text.
@@ -22,9 +23,10 @@ class Configuration {
   /// As Properties::setProperty.
   bool setProperty(const std::optional<std::string>& value,
                    const std::optional<std::string>& forKey);
-  /// Always to the fixed file, readable for everybody; the result of Properties' save.
+  /// Always to the fixed file, readable for everybody; the result of Properties' save
+  /// [error].
   bool saveConfiguration() const;
-  /// Removes the file and empties the store.
+  /// Removes the file [error] and empties the store.
   void cleanupConfiguration();
 
   /// @cond

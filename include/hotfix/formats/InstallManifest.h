@@ -41,7 +41,7 @@ class InstallManifest {
 
   /// Writes the re-indented document to `path`, or over the loaded file for nullopt. False without
   /// a document, when it has come to hold what XML cannot tell (a control character in the replaced
-  /// root, say), or when the disk refuses; the old file is then untouched. Nothing is logged.
+  /// root, say), or when the disk refuses [error]; the old file is then untouched.
   bool saveInstallManifestAs(const std::optional<std::string>& path) const;
 
   /// @cond

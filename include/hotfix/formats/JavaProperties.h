@@ -6,8 +6,12 @@
 
 #include "hotfix/base/DeletedForNull.h"
 #include "hotfix/base/OrderedDictionary.h"
+#include "hotfix/platform/FileError.h"
 
 namespace installer {
+
+/// Whether a save that fails leaves an error line with the reason.
+enum class FailedSave { isTold, isPassedOver };
 
 /// A Java-style properties file in this installer's own dialect, held as a dictionary of texts and
 /// bound to its file. The dialect differs from Java's on purpose (a continued line loses its key,
@@ -24,11 +28,15 @@ class JavaProperties {
   /// Binds to `file` with a leading "~" expanded and reads it when it exists. A missing file gives
   /// an empty object whose save creates it. One that exists but cannot be read gives an empty
   /// object that refuses to save over it: the file is worth more than our entries. Nothing is
-  /// logged.
+  /// logged before such a save.
   explicit JavaProperties(const std::optional<std::string>& file);
+  JavaProperties(const std::optional<std::string>& file, FailedSave failedSave);
 
   /// Reads the bound file into the entries; used by the constructor.
   void initDictionary();
+
+  /// Why the bound file, which is there, could not be read; nullopt when it was read or is missing.
+  const std::optional<FileError>& readError() const { return _readError; }
 
   /// The value, its escapes as they stand in the file; nullopt when the key is absent.
   std::optional<std::string> getPropertyForKey(const std::string& key) const;
@@ -46,8 +54,9 @@ class JavaProperties {
   std::vector<std::string> allProperties() const;
 
   /// Writes one "key=value" line an entry (none for an empty key) to `path`, "~" expanded, or to
-  /// the bound file for nullopt. False when there is no target or the disk refuses; the old file is
-  /// then untouched. The binding does not change. Nothing is logged.
+  /// the bound file for nullopt. False when there is no target, the bound file could not be read,
+  /// or the disk refuses [error, unless passed over]; the old file is then untouched. The binding
+  /// does not change.
   bool savePropertiesToFile(const std::optional<std::string>& path) const;
 
   /// Takes over every entry of the properties file at `path`, which wins on a clash, and saves to
@@ -68,7 +77,8 @@ class JavaProperties {
  private:
   OrderedDictionary<std::string> _dict;
   std::optional<std::string> _file;  // "~" expanded
-  bool _unreadable = false;          // _file is there but could not be read
+  std::optional<FileError> _readError;
+  FailedSave _failedSave = FailedSave::isTold;
 };
 
 }  // namespace installer

@@ -5,6 +5,7 @@
 
 #include "hotfix/base/DeletedForNull.h"
 #include "hotfix/base/PropertyList.h"
+#include "hotfix/platform/FileError.h"
 
 namespace installer {
 
@@ -20,8 +21,14 @@ class Properties {
   /// a dictionary, in which nothing can be stored and which never writes. Nothing is logged.
   explicit Properties(const std::string& file);
 
+  /// Why there is no dictionary: FileError::kMissing when there is no file, another code when
+  /// there is one that cannot be read. nullopt when there is a dictionary.
+  const std::optional<FileError>& readError() const { return _readError; }
+
   /// The text stored under `key`; nullopt for an absent or missing key and for what is no text.
   std::optional<std::string> getPropertyForKey(const std::optional<std::string>& key) const;
+  /// Whether the key has a value, be it one of another type than text.
+  bool hasPropertyForKey(const std::string& key) const;
 
   /// Stores the value, or removes the key for an absent value. False without a dictionary or a key.
   /// A path of other bytes than UTF-8 is stored as the text that XML can hold, so that the save
@@ -35,7 +42,8 @@ class Properties {
   void removeAllProperties();
 
   /// Writes an XML list to `path`, "~" expanded, or to the bound file for nullopt. False without a
-  /// dictionary; true otherwise, also when there is no target or the disk refuses, by design.
+  /// dictionary; true otherwise, also when there is no target or the disk refuses [error], by
+  /// design.
   bool savePropertiesToFile(const std::optional<std::string>& path) const;
 
   /// @cond
@@ -50,12 +58,9 @@ class Properties {
  private:
   friend class Configuration;
 
-  /// Takes the entries from the bytes of the file, no dictionary when they are no dictionary list.
-  /// Absent bytes change nothing.
-  void load(const std::optional<std::string>& bytes);
-
   std::optional<PropertyList::Dictionary> _dict;
   std::optional<std::string> _file;  // "~" expanded
+  std::optional<FileError> _readError;
 };
 
 }  // namespace installer

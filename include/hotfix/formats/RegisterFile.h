@@ -28,7 +28,8 @@ class RegisterFile {
   const std::string& getRegisterDirectory() const { return _registerDirectoryLocation; }
 
   /// Records the hotfix and saves. Logged at info level, or as a warning for each of the two steps
-  /// that fails; both do when the file is missing.
+  /// that fails; both do when the file is missing or cannot be read. A refusing disk fails neither
+  /// [error].
   void updateHotfixVersion(const std::optional<std::string>& version);
 
   /// @cond

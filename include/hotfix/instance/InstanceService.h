@@ -24,8 +24,11 @@ class JavaProperties;
 ///
 /// Copies keep what is at their destination and count it as copied, with three exceptions:
 /// manifests and key stores are replaced, extras are merged, and the two launcher-configuration
-/// copies fail on an existing file. Failures are answers; levels in brackets are those of the log
-/// lines that an operation writes.
+/// copies fail on an existing file.
+///
+/// Failures are answers; levels in brackets are those of the log lines that an operation writes. A
+/// file that cannot be written, copied or removed leaves one error line with its path and the
+/// system's words, once a run for the same words, save where an operation says otherwise.
 class InstanceService {
  public:
   // --- Creation (InstanceService.cpp) ------------------------------------------------------------
@@ -64,7 +67,8 @@ class InstanceService {
   std::optional<std::string> getInstalledTargetVersion() const;
 
   // Keys of installInfo.plist. Readers answer nullopt for a missing file or key. Version and flag
-  // writers create the file; a failing save goes unnoticed.
+  // writers create the file; a failing save changes no answer. A file that is there but cannot be
+  // read, or is no property list, answers as a missing one [error] and is never written over.
 
   /// The platform's version; nullopt when none is recorded [info].
   std::optional<std::string> getInstalledVersion() const;
@@ -79,7 +83,8 @@ class InstanceService {
   /// Records whether the running check may be skipped, as the text "true" or "false", in a new file
   /// when there is none.
   void saveHotfixSkipRunningCheckProperty(bool skip);
-  /// False without the file; true for "true" and, on purpose, for a file without the key.
+  /// False without a readable file; true for the text "true" and, on purpose, for a file without
+  /// the key.
   bool isHotfixInstallWithSkipRunningCheck() const;
   /// Removes that record; nothing happens without the file.
   void removeHotfixSkipRunningCheckProperty();
@@ -106,10 +111,11 @@ class InstanceService {
   /// would lead out of the folder [warning].
   void backupInstallManifest();
 
-  /// Replaces deploy/install.update.xml by a copy of the manifest [info]. With a root that exists
-  /// on disk, "${installer.root}" in the copy's feature locations becomes "file:" and the root, and
-  /// the copy is re-indented; false then means that the copy lies there unresolved. False when the
-  /// copy fails; the old file is gone all the same.
+  /// Replaces what is at deploy/install.update.xml by a copy of the manifest [info]. With a root
+  /// that exists on disk, "${installer.root}" in the copy's feature locations becomes "file:" and
+  /// the root, and the copy is re-indented; false then means that the copy lies there unresolved.
+  /// False when the copy fails; what was there is gone all the same, unless it could not be
+  /// replaced.
   bool copyUpdateManifest(const std::string& manifest,
                           const std::optional<std::string>& replaceInstallerRootWith);
   /// The same for deploy/install.xml.
@@ -122,13 +128,14 @@ class InstanceService {
   /// The same under the manifest's own name, placeholders kept. False for an absent or missing
   /// manifest or rcp home.
   bool copyManifest(const std::optional<std::string>& manifest);
-  /// Replaces deploy/uninstall.hotfix.xml by a copy; nothing is logged.
+  /// Replaces deploy/uninstall.hotfix.xml by a copy; nothing is logged, not even a failure.
   bool copyHotfixUninstallManifest(const std::optional<std::string>& manifest);
 
   // --- Provisioning (Provisioning.cpp) -----------------------------------------------------------
 
-  /// One update run of the launcher at the path, waited for. A launcher that cannot be started
-  /// leaves an error line; how the run went is told by getProvisioningResult() alone.
+  /// One update run of the launcher at the path, waited for. A launcher that cannot be started, or
+  /// that a signal ends, leaves an error line; how the run went is told by getProvisioningResult()
+  /// alone.
   void startProvisioningWithUpdate(const std::optional<std::string>& pathToLauncher);
   /// The same for a clean-up run.
   void startProvisioningWithCleanUp(const std::optional<std::string>& pathToLauncher);
@@ -139,6 +146,8 @@ class InstanceService {
   void removeProvisionRCFile();
 
   // --- Launcher and runtime configuration (LauncherConfiguration.cpp) ----------------------------
+
+  // These tell of failures by their answers and the lines named here only.
 
   /// Writes eclipse/links/rcp.link and shared.link (key path: the rcp home, and its sibling folder
   /// "shared"); other keys of existing link files stay. A missing links folder is made with mode
@@ -159,6 +168,7 @@ class InstanceService {
   bool copyOgsiAgentProperties(const std::string& path);
   /// Replaces deploy/jvm.properties by a copy of the template, or by an empty file when the
   /// template is absent or missing; a missing deploy folder is made for the current user [error].
+  /// False for a template that cannot be looked at; the old file stays then.
   bool generateJVMPropertiesWithTemplate(const std::optional<std::string>& path);
   /// The rcp data folder: the one given at creation, else rcp.data of rcplauncher.properties with
   /// "${env.HOME}" replaced by HOME when that is set; nullopt when neither is known.
@@ -172,7 +182,8 @@ class InstanceService {
   /// missing.
   bool mergePluginCustomizationWithBase(const std::optional<std::string>& path);
   /// The same into the instance's plugin_customization.ini, which is copied from `path` byte for
-  /// byte when there is none. False for an absent path or a missing rcp home only.
+  /// byte when there is none. False for an absent path or a missing rcp home only. Both say nothing
+  /// of files that cannot be read or written, and leave unreadable ones as they are.
   bool mergePluginCustomizationWithRcphome(const std::optional<std::string>& path);
   /// Replaces all key stores (names that begin with ".keystore", ignoring case) of the deploy
   /// folder by those of the folder at `path`, be they none [info]. Failures are passed over.
@@ -189,7 +200,7 @@ class InstanceService {
   // --- Add-on registry (AddonRegistry.cpp) -------------------------------------------------------
 
   /// The dictionaries of addonInfo.plist's array "addons", in order; nullopt without the file,
-  /// empty when it cannot be read or has no such array.
+  /// empty when it cannot be read [error] or has no such array.
   std::optional<std::vector<PropertyList::Dictionary>> getAllAddonRegistryInfo() const;
   /// A copy of the first entry with that ID, case-sensitive.
   std::optional<PropertyList::Dictionary> getRegistryInfoForAddon(
@@ -263,6 +274,7 @@ class InstanceService {
   void takeFallbackRcphome();
   std::optional<std::string> installInfoValue(const std::string& key) const;
   void storeInstallInfo(const std::string& key, const std::optional<std::string>& value);
+  void changeInstallInfo(const std::string& key, const std::optional<std::string>& value);
   void setLauncherProperty(const std::string& key, const std::string& value);
   void setIdentity(JavaProperties& launcherProperties) const;
   void setBaseLocation(JavaProperties& launcherProperties) const;

@@ -5,6 +5,7 @@
 
 #include "hotfix/base/DeletedForNull.h"
 #include "hotfix/base/PropertyList.h"
+#include "hotfix/platform/FileError.h"
 
 /// Property lists that are files.
 namespace installer::PropertyList {
@@ -12,9 +13,11 @@ namespace installer::PropertyList {
 /// Reads the file at `path` as a list whose root is a dictionary. nullopt when there is no regular
 /// file, it cannot be read, or it holds anything else. Nothing is logged.
 std::optional<Dictionary> readDictionary(const std::string& path);
+/// The same; `error` receives why there is none: FileError::kMissing when there is no file.
+std::optional<Dictionary> readDictionary(const std::string& path, FileError& error);
 
 /// Replaces the file at `path` by the XML form. False when it cannot be told in XML or the disk
-/// refuses; the old file is then untouched.
+/// refuses [error]; the old file is then untouched.
 bool writeDictionary(const Dictionary& dictionary, const std::string& path);
 
 /// @cond

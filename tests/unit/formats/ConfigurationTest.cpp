@@ -126,7 +126,7 @@ TEST_F(ConfigurationTest, SavedFileBelongsToTheProcess) {
   EXPECT_EQ(status.st_uid, geteuid());
 }
 
-TEST_F(ConfigurationTest, RefusingDiskIsNotReported) {
+TEST_F(ConfigurationTest, RefusingDiskChangesNoAnswerAndIsTold) {
   proves("CONFIG-4");
   Configuration configuration;
   _sandbox.files().failAt(1, ENOSPC);
@@ -134,6 +134,38 @@ TEST_F(ConfigurationTest, RefusingDiskIsNotReported) {
   EXPECT_TRUE(configuration.saveConfiguration());
 
   EXPECT_FALSE(_sandbox.exists(kFile));
+  EXPECT_THAT(
+      _sandbox.log(),
+      ElementsAre(Says(LogLevel::error, "\"" + _sandbox.path(kFile) +
+                                            "\" cannot be written: No space left on device")));
+}
+
+TEST_F(ConfigurationTest, FileThatCannotBeReadTakesNothingAndStays) {
+  proves("CONFIG-4");
+  _sandbox.writePlist(kFile, {{"theirs", 5}});
+  _sandbox.files().failReading(_sandbox.path(kFile), EIO);
+  Configuration configuration;
+
+  EXPECT_FALSE(configuration.setProperty("1", "a"));
+  EXPECT_FALSE(configuration.saveConfiguration());
+
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+  _sandbox.files().stopFailing();
+  EXPECT_EQ(_sandbox.readPlist(kFile), (Dictionary{{"theirs", 5}}));
+}
+
+TEST_F(ConfigurationTest, AnotherUsersFileThatCannotBeReadIsIgnoredAndReplaced) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs root to give a file away";
+  _sandbox.writePlist(kFile, {{"theirs", 5}});
+  ASSERT_EQ(chown(_sandbox.path(kFile).c_str(), kStranger, kStranger), 0);
+  _sandbox.files().failReading(_sandbox.path(kFile), EIO);
+  Configuration configuration;
+
+  EXPECT_TRUE(configuration.setProperty("1", "a"));
+  EXPECT_TRUE(configuration.saveConfiguration());
+
+  EXPECT_THAT(_sandbox.log(), ElementsAre(refusal()));
+  EXPECT_EQ(_sandbox.readPlist(kFile), (Dictionary{{"a", "1"}}));
 }
 
 TEST_F(ConfigurationTest, WhatCannotBeToldIsNotWritten) {
@@ -214,6 +246,20 @@ TEST_F(ConfigurationTest, CleanupRemovesAnUnreadableFileToo) {
 
   EXPECT_FALSE(_sandbox.exists(kFile));
   EXPECT_TRUE(Configuration().setProperty("1", "a"));
+}
+
+TEST_F(ConfigurationTest, CleanupThatFailsIsToldAndEmptiesTheStore) {
+  _sandbox.writePlist(kFile, {{"a", "1"}});
+  Configuration configuration;
+  _sandbox.files().failNext(FileOperation::kUnlink, EPERM);
+
+  configuration.cleanupConfiguration();
+
+  EXPECT_EQ(configuration.getPropertyValueForKey("a"), std::nullopt);
+  EXPECT_THAT(
+      _sandbox.log(),
+      ElementsAre(Says(LogLevel::error, "\"" + _sandbox.path(kFile) +
+                                            "\" cannot be removed: Operation not permitted")));
 }
 
 TEST_F(ConfigurationTest, CleanupRemovesALinkAndNotItsTarget) {

@@ -592,7 +592,10 @@ TEST_F(InstallManifestTest, RefusingDiskFailsTheSave) {
   EXPECT_FALSE(document.saveInstallManifestAs(std::nullopt));
 
   EXPECT_EQ(_sandbox.read(kManifest), manifest);
-  EXPECT_THAT(_sandbox.log(), IsEmpty());
+  EXPECT_THAT(_sandbox.log(), ::testing::ElementsAre(test::Says(
+                                  LogLevel::error, "\"" + _sandbox.path(kManifest) +
+                                                       "\" cannot be written: No space left on "
+                                                       "device")));
 }
 
 struct Malformed {

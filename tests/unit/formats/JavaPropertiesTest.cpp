@@ -18,6 +18,9 @@ using ::testing::IsEmpty;
 
 class JavaPropertiesTest : public ::testing::Test {
  protected:
+  auto told(const std::string& relative, const std::string& rest) const {
+    return Says(LogLevel::error, "\"" + _sandbox.path(relative) + "\" cannot be " + rest);
+  }
   // A file that is there and can never be read.
   std::string folderInPlaceOfFile() { return _sandbox.makeFolder("tmp/x.properties"); }
 
@@ -109,6 +112,29 @@ TEST_F(JavaPropertiesTest, UnreadableFileIsNotSavedOver) {
   EXPECT_FALSE(properties.savePropertiesToFile(file));
 
   EXPECT_EQ(_sandbox.linkTarget("tmp/x.properties"), "/dev/null");
+  EXPECT_THAT(_sandbox.log(), ElementsAre(told("tmp/x.properties", "read: Invalid argument")));
+}
+
+TEST_F(JavaPropertiesTest, FileThatCannotBeLookedAtIsNotSavedOver) {
+  proves("PROPERTIES-16");
+  const std::string file = _sandbox.write("tmp/x.properties", "theirs=1\n");
+  _sandbox.files().failReading(file, EIO);
+  JavaProperties properties(file);
+  properties.setProperty("1", "a");
+
+  EXPECT_FALSE(properties.savePropertiesToFile(std::nullopt));
+  EXPECT_FALSE(properties.mergeWithJavaProperties(_sandbox.write("tmp/other", "b=1\n")));
+
+  ASSERT_TRUE(properties.readError());
+  EXPECT_EQ(properties.readError()->code, FileError::kOther);
+  EXPECT_EQ(_sandbox.read("tmp/x.properties"), "theirs=1\n");
+  EXPECT_THAT(_sandbox.log(), ElementsAre(told("tmp/x.properties", "read: Input/output error")));
+}
+
+TEST_F(JavaPropertiesTest, OnlyAFileThatIsThereCanBeUnreadable) {
+  EXPECT_FALSE(JavaProperties(_sandbox.path("tmp/none")).readError());
+  EXPECT_FALSE(JavaProperties(_sandbox.write("tmp/x", "")).readError());
+  EXPECT_FALSE(JavaProperties().readError());
 }
 
 TEST_F(JavaPropertiesTest, EntriesOfAnUnreadableFileAreSavedElsewhere) {
@@ -277,7 +303,7 @@ TEST_F(JavaPropertiesTest, NoEntriesAreSavedAsAnEmptyFile) {
   EXPECT_EQ(_sandbox.read(file), "");
 }
 
-TEST_F(JavaPropertiesTest, FailedSaveAnswersFalseWithoutALine) {
+TEST_F(JavaPropertiesTest, FailedSaveAnswersFalseAndIsTold) {
   proves("PROPERTIES-17");
   JavaProperties properties;
   properties.setProperty("1", "a");
@@ -285,6 +311,19 @@ TEST_F(JavaPropertiesTest, FailedSaveAnswersFalseWithoutALine) {
   EXPECT_FALSE(properties.savePropertiesToFile(_sandbox.path("tmp/missing/x")));
 
   EXPECT_FALSE(_sandbox.exists("tmp/missing"));
+  EXPECT_THAT(_sandbox.log(),
+              ElementsAre(told("tmp/missing/x", "written: No such file or directory")));
+}
+
+TEST_F(JavaPropertiesTest, FailedSaveCanBePassedOver) {
+  proves("PROPERTIES-17");
+  const std::string folder = folderInPlaceOfFile();
+  JavaProperties unreadable(folder, FailedSave::isPassedOver);
+  JavaProperties unsavable(_sandbox.path("tmp/missing/x"), FailedSave::isPassedOver);
+
+  EXPECT_FALSE(unreadable.savePropertiesToFile(std::nullopt));
+  EXPECT_FALSE(unsavable.savePropertiesToFile(std::nullopt));
+
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
@@ -298,7 +337,8 @@ TEST_F(JavaPropertiesTest, RefusedRenameKeepsTheOldFile) {
   EXPECT_FALSE(properties.savePropertiesToFile(std::nullopt));
 
   EXPECT_EQ(_sandbox.read(file), "a: 1\n");
-  EXPECT_THAT(_sandbox.log(), IsEmpty());
+  EXPECT_THAT(_sandbox.log(),
+              ElementsAre(told("tmp/x.properties", "written: No space left on device")));
 }
 
 // --- Merging -------------------------------------------------------------------------------------

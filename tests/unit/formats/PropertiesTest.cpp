@@ -200,7 +200,7 @@ TEST_F(PropertiesTest, SaveKeepsTheModeOfTheFile) {
   EXPECT_EQ(_sandbox.mode("tmp/a.plist"), 0640U);
 }
 
-TEST_F(PropertiesTest, RefusingDiskIsNotReportedAndKeepsTheFile) {
+TEST_F(PropertiesTest, RefusingDiskChangesNoAnswerKeepsTheFileAndIsTold) {
   proves("STORE-6");
   Properties properties(_sandbox.writePlist("tmp/a.plist", {{"a", "1"}}));
   properties.setProperty("2", "a");
@@ -209,6 +209,34 @@ TEST_F(PropertiesTest, RefusingDiskIsNotReportedAndKeepsTheFile) {
   EXPECT_TRUE(properties.savePropertiesToFile(std::nullopt));
 
   EXPECT_EQ(_sandbox.readPlist("tmp/a.plist"), (Dictionary{{"a", "1"}}));
+  EXPECT_THAT(_sandbox.log(), ::testing::ElementsAre(test::Says(
+                                  LogLevel::error, "\"" + _sandbox.path("tmp/a.plist") +
+                                                       "\" cannot be written: No space left on "
+                                                       "device")));
+}
+
+TEST_F(PropertiesTest, StoreTellsWhyItHasNoDictionary) {
+  proves("STORE-6");
+  const Properties readable(_sandbox.writePlist("tmp/a.plist", {{"a", 1}}));
+  const Properties missing(_sandbox.path("tmp/none"));
+  const Properties damaged(_sandbox.write("tmp/damaged", "<plist>"));
+  const Properties folder(_sandbox.makeFolder("tmp/folder"));
+
+  EXPECT_FALSE(Properties().readError());
+  EXPECT_FALSE(readable.readError());
+  EXPECT_TRUE(readable.hasPropertyForKey("a"));
+  EXPECT_FALSE(readable.hasPropertyForKey("b"));
+  ASSERT_TRUE(missing.readError());
+  EXPECT_EQ(missing.readError()->code, FileError::kMissing);
+  EXPECT_FALSE(missing.hasPropertyForKey("a"));
+  ASSERT_TRUE(damaged.readError());
+  EXPECT_EQ(damaged.readError()->code, FileError::kOther);
+  EXPECT_EQ(damaged.readError()->description,
+            "\"" + _sandbox.path("tmp/damaged") +
+                "\" cannot be read: No property list with a dictionary");
+  ASSERT_TRUE(folder.readError());
+  EXPECT_EQ(folder.readError()->description,
+            "\"" + _sandbox.path("tmp/folder") + "\" cannot be read: Is a directory");
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 

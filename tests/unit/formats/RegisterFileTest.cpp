@@ -121,17 +121,37 @@ TEST_F(RegisterFileTest, UpdateOfADamagedFileWarnsTwiceAndKeepsIt) {
   EXPECT_EQ(_sandbox.read(kFile), "<plist><dict>");
 }
 
-TEST_F(RegisterFileTest, RefusingDiskIsNotReported) {
-  proves("REGISTER-2");
+TEST_F(RegisterFileTest, RefusingDiskFailsNeitherStepAndIsTold) {
+  proves("REGISTER-4");
   _sandbox.writePlist(kFile, {{"hotfixVersion", "1.0"}});
   RegisterFile file("Quillmere");
   _sandbox.files().failAt(1, EROFS);
 
   file.updateHotfixVersion("2.0");
 
-  EXPECT_THAT(_sandbox.log(),
-              ElementsAre(Says(LogLevel::info, "Update CURRENT_HOTFIX_VERSION to 2.0.")));
+  EXPECT_THAT(
+      _sandbox.log(),
+      ElementsAre(Says(LogLevel::info, "Update CURRENT_HOTFIX_VERSION to 2.0."),
+                  Says(LogLevel::error, "\"" + _sandbox.path(kFile) +
+                                            "\" cannot be written: Read-only file system")));
   EXPECT_EQ(_sandbox.readPlist(kFile), (Dictionary{{"hotfixVersion", "1.0"}}));
+}
+
+TEST_F(RegisterFileTest, FileThatCannotBeReadKeepsAllKeys) {
+  proves("REGISTER-3");
+  _sandbox.writePlist(kFile, {{"hotfixVersion", "1.0"}, {"pathToProduct", "/P.app"}});
+  _sandbox.files().failReading(_sandbox.path(kFile), EIO);
+  RegisterFile file("Quillmere");
+
+  file.updateHotfixVersion("2.0");
+
+  EXPECT_EQ(file.getProductPath(), std::nullopt);
+  EXPECT_THAT(_sandbox.log(),
+              ElementsAre(Says(LogLevel::warning, "Fail to update CURRENT_HOTFIX_VERSION."),
+                          Says(LogLevel::warning, "Fail to save CURRENT_HOTFIX_VERSION.")));
+  _sandbox.files().stopFailing();
+  EXPECT_EQ(_sandbox.readPlist(kFile),
+            (Dictionary{{"hotfixVersion", "1.0"}, {"pathToProduct", "/P.app"}}));
 }
 
 }  // namespace

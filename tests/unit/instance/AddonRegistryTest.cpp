@@ -53,6 +53,20 @@ TEST_F(AddonRegistryTest, BinaryRegistryIsRead) {
   EXPECT_EQ(service().getRegistryInfoForAddon("com.example"), _spelling);
 }
 
+TEST_F(AddonRegistryTest, RegistryThatCannotBeReadIsEmptyAndToldOnce) {
+  proves("ADDON-1");
+  writeEntries();
+  InstanceService registry = service();
+  _sandbox.files().failReading(homePath("addonInfo.plist"), EIO);
+  _sandbox.clearLog();
+
+  ASSERT_TRUE(registry.getAllAddonRegistryInfo());
+  EXPECT_TRUE(registry.getAllAddonRegistryInfo()->empty());
+
+  EXPECT_THAT(linesAt(LogLevel::error), ElementsAre("\"" + homePath("addonInfo.plist") +
+                                                    "\" cannot be read: Input/output error"));
+}
+
 TEST_F(AddonRegistryTest, WithoutFileEverythingIsAbsent) {
   proves("ADDON-1");
   EXPECT_EQ(service().getAllAddonRegistryInfo(), std::nullopt);

@@ -103,6 +103,34 @@ TEST_F(CustomizationTest, FailedSavesOfMergesAreNotLookedAt) {
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
+TEST_F(CustomizationTest, FilesThatCannotBeReadKeepAllAndAreNotTold) {
+  proves("SETTINGS-9");
+  const std::string instance = _sandbox.write(inHome(kIni), "theirs=1\n");
+  const std::string base = _sandbox.write(inHome(kBaseIni), "base=1\n");
+  InstanceService service = quietService();
+
+  _sandbox.files().failReading(base, EIO);
+  EXPECT_TRUE(service.mergePluginCustomizationWithBase(given()));
+  EXPECT_EQ(instanceFile(), "theirs=1\n") << "without the base's settings nothing replaces them";
+  _sandbox.files().failReading(instance, EIO);
+  EXPECT_TRUE(service.mergePluginCustomizationWithRcphome(given()));
+
+  EXPECT_EQ(instanceFile(), "theirs=1\n");
+  EXPECT_EQ(_sandbox.read(inHome(kBaseIni)), "base=1\n");
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(CustomizationTest, UnreadableBaseDoesNotReplaceTheInstancesSettings) {
+  proves("SETTINGS-9");
+  _sandbox.write(inHome(kIni), "theirs=1\n");
+  _sandbox.makeFolder(inHome(kBaseIni));
+
+  EXPECT_TRUE(quietService().mergePluginCustomizationWithBase(given()));
+
+  EXPECT_EQ(instanceFile(), "theirs=1\n");
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
 TEST_F(CustomizationTest, MergeIntoTheInstanceNeedsPathAndHomeFolder) {
   proves("SETTINGS-7");
   EXPECT_FALSE(quietService().mergePluginCustomizationWithRcphome(std::nullopt));

@@ -13,6 +13,9 @@ using PropertyList::Dictionary;
 
 class InstallInfoTest : public InstanceFixture {
  protected:
+  auto told(const std::string& rest) const {
+    return Says(LogLevel::error, "\"" + homePath("installInfo.plist") + "\" cannot be " + rest);
+  }
   InstanceService service() const { return InstanceService(home()); }
   InstanceService unusable() const { return InstanceService(std::nullopt); }
   bool hasFile() const { return _sandbox.exists(inHome("installInfo.plist")); }
@@ -220,13 +223,24 @@ TEST_F(InstallInfoTest, FileWithoutSkipFlagCountsAsSkipping) {
   EXPECT_FALSE(service().isHotfixApplied());
 }
 
-TEST_F(InstallInfoTest, FileThatDoesNotTellTheSkipFlagAsTextCountsAsSkipping) {
+TEST_F(InstallInfoTest, SkipFlagOfAnotherTypeIsNotTheTextTrue) {
   proves("INFO-4");
-  writeInfo({{"SKIPRUNNINGCHECK", false}});
-  EXPECT_TRUE(service().isHotfixInstallWithSkipRunningCheck());
+  for (const PropertyList::Value& value :
+       {PropertyList::Value(true), PropertyList::Value(false), PropertyList::Value(1),
+        PropertyList::Value(PropertyList::Array{"true"})}) {
+    writeInfo({{"SKIPRUNNINGCHECK", value}});
+    EXPECT_FALSE(service().isHotfixInstallWithSkipRunningCheck());
+  }
+}
 
+TEST_F(InstallInfoTest, UnreadableFileDoesNotCountAsSkipping) {
+  proves("INFO-4");
   _sandbox.write(inHome("installInfo.plist"), "half an edit <dict>");
-  EXPECT_TRUE(service().isHotfixInstallWithSkipRunningCheck());
+  EXPECT_FALSE(service().isHotfixInstallWithSkipRunningCheck());
+
+  writeInfo({{"version", "6"}});
+  _sandbox.files().failReading(homePath("installInfo.plist"), EIO);
+  EXPECT_FALSE(service().isHotfixInstallWithSkipRunningCheck());
 }
 
 TEST_F(InstallInfoTest, MissingFileDoesNotCountAsSkipping) {
@@ -276,6 +290,9 @@ TEST_F(InstallInfoTest, UnreadableFileIsLeftUntouched) {
   service().removeHotfixSkipRunningCheckProperty();
   service().deleteInstalledHotfixBundleID();
 
+  EXPECT_THAT(linesAt(LogLevel::error), ::testing::SizeIs(1));
+  EXPECT_THAT(_sandbox.log(),
+              ::testing::Contains(told("read: No property list with a dictionary")));
   EXPECT_EQ(_sandbox.read(inHome("installInfo.plist")), "half an edit <dict>");
   EXPECT_EQ(service().getCurrentHotfixVersion(), std::nullopt);
   EXPECT_EQ(service().getInstalledVersion(), std::nullopt);
@@ -283,8 +300,68 @@ TEST_F(InstallInfoTest, UnreadableFileIsLeftUntouched) {
   EXPECT_FALSE(service().isHotfixApplied());
 }
 
-TEST_F(InstallInfoTest, RefusingDiskIsNotReportedAndKeepsTheFile) {
+TEST_F(InstallInfoTest, FileThatCannotBeReadKeepsAllKeys) {
   proves("INFO-6");
+  const Dictionary entries{{"version", "6"}, {"theirs", 5}, {"hotfixVersion", "6.1"}};
+  writeInfo(entries);
+  _sandbox.files().failReading(homePath("installInfo.plist"), EIO);
+  InstanceService service(home());
+  _sandbox.clearLog();
+
+  service.setInstalledVersion("7");
+  service.updateHotfixVersion("7.1");
+  service.updateHotfixVersion(std::nullopt);
+  service.saveHotfixSkipRunningCheckProperty(true);
+  service.removeHotfixSkipRunningCheckProperty();
+  service.saveHotfixBundleID("id");
+  service.deleteInstalledHotfixBundleID();
+
+  EXPECT_EQ(service.getCurrentHotfixVersion(), std::nullopt);
+  EXPECT_THAT(_sandbox.log(), ::testing::ElementsAre(told("read: Input/output error")));
+  _sandbox.files().stopFailing();
+  EXPECT_EQ(info(), entries);
+}
+
+TEST_F(InstallInfoTest, ReaderTellsThatTheFileCannotBeRead) {
+  proves("INFO-6");
+  writeInfo({{"hotfixVersion", "6.1"}});
+  _sandbox.files().failReading(homePath("installInfo.plist"), EACCES);
+  InstanceService service(home());
+  _sandbox.clearLog();
+
+  EXPECT_EQ(service.getCurrentHotfixVersion(), std::nullopt);
+
+  EXPECT_THAT(_sandbox.log(), ::testing::ElementsAre(told("read: Permission denied")));
+}
+
+TEST_F(InstallInfoTest, RemovalsAndBundleIdSayNothingOfAnUnreadableFile) {
+  proves("INFO-7");
+  _sandbox.write(inHome("installInfo.plist"), "half an edit <dict>");
+  InstanceService service(home());
+  _sandbox.clearLog();
+
+  service.removeHotfixSkipRunningCheckProperty();
+  service.saveHotfixBundleID("id");
+  service.deleteInstalledHotfixBundleID();
+
+  EXPECT_THAT(_sandbox.log(), ::testing::IsEmpty());
+  EXPECT_EQ(_sandbox.read(inHome("installInfo.plist")), "half an edit <dict>");
+}
+
+TEST_F(InstallInfoTest, ManifestThatCannotBeLookedAtIsToldAndNoInstance) {
+  InstanceService service(home());
+  _sandbox.files().failReading(homePath("deploy/install.xml"), EIO);
+  _sandbox.clearLog();
+
+  EXPECT_FALSE(service.hasInstanceInstalled());
+
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ::testing::ElementsAre("\"" + homePath("deploy/install.xml") +
+                                     "\" cannot be looked at: Input/output error"));
+}
+
+TEST_F(InstallInfoTest, RefusingDiskChangesNoAnswerKeepsTheFileAndIsToldOnce) {
+  proves("INFO-6", "FILES-21");
   writeInfo({{"version", "6"}});
   InstanceService service(home());
   _sandbox.clearLog();
@@ -295,7 +372,7 @@ TEST_F(InstallInfoTest, RefusingDiskIsNotReportedAndKeepsTheFile) {
   service.saveHotfixBundleID("id");
 
   EXPECT_EQ(info(), (Dictionary{{"version", "6"}}));
-  EXPECT_THAT(_sandbox.log(), ::testing::IsEmpty());
+  EXPECT_THAT(_sandbox.log(), ::testing::ElementsAre(told("written: No space left on device")));
 }
 
 }  // namespace

@@ -30,6 +30,13 @@ class InstallManifestsTest : public InstanceFixture {
   std::string deployed(const std::string& name) const {
     return _sandbox.read(inHome("deploy/" + name));
   }
+  std::string told(const std::string& name, const std::string& rest) const {
+    return "\"" + homePath(name) + "\" cannot be " + rest;
+  }
+  std::string copyTold(const std::string& from, const std::string& name,
+                       const std::string& reason) const {
+    return "\"" + from + "\" cannot be copied to \"" + homePath("deploy/" + name) + "\": " + reason;
+  }
   std::string launcherFile() const { return _sandbox.read(inHome("rcplauncher.properties")); }
   InstanceService quietService(const std::optional<std::string>& data = std::nullopt) {
     InstanceService service(home(), data);
@@ -170,7 +177,52 @@ TEST_F(InstallManifestsTest, LinkToNothingInTheInstallManifestsPlaceIsNotBackedU
   EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.0101130000.xml")));
 }
 
-TEST_F(InstallManifestsTest, BackupThatFailsIsPassedOverSilently) {
+TEST_F(InstallManifestsTest, SettingsThatCannotBeReadKeepAllAndAreToldOnce) {
+  proves("STAMP-6");
+  const std::string before = launcherFile();
+  _sandbox.write("data/.config/rcpinstall.properties", "# theirs\ny=2\n");
+  InstanceService service = quietService(_sandbox.path("data"));
+  _sandbox.files().failReading(homePath("rcplauncher.properties"), EIO);
+
+  service.updateProvisionManifestVersion("1");
+  service.updateInstallID("1");
+  service.updateInstallIDWithProvManVer();
+
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("3 " + told("rcplauncher.properties", "looked at: Input/output error")));
+  EXPECT_EQ(launcherFile(), before);
+  EXPECT_EQ(_sandbox.read("data/.config/rcpinstall.properties"), "# theirs\ny=2\n");
+}
+
+TEST_F(InstallManifestsTest, SettingsThatAreNoFileStayAndAreToldOnce) {
+  proves("STAMP-6");
+  _sandbox.remove(inHome("rcplauncher.properties"));
+  _sandbox.makeFolder(inHome("rcplauncher.properties"));
+  _sandbox.write("data/.config/rcpinstall.properties", "# theirs\ny=2\n");
+  InstanceService service = quietService(_sandbox.path("data"));
+
+  service.updateInstallIDWithProvManVer();
+  service.updateProvisionManifestVersion("1");
+  service.updateInstallID("1");
+
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("3 " + told("rcplauncher.properties", "read: Is a directory")));
+  EXPECT_EQ(_sandbox.read("data/.config/rcpinstall.properties"), "# theirs\ny=2\n");
+}
+
+TEST_F(InstallManifestsTest, DataSettingsThatCannotBeReadStayAndAreTold) {
+  proves("STAMP-6");
+  _sandbox.makeFolder("data/.config/rcpinstall.properties");
+
+  quietService(_sandbox.path("data")).updateInstallIDWithProvManVer();
+
+  EXPECT_THAT(launcherFile(), HasSubstr("rcp.install.id=0101130000"));
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("3 \"" + _sandbox.path("data/.config/rcpinstall.properties") +
+                          "\" cannot be read: Is a directory"));
+}
+
+TEST_F(InstallManifestsTest, BackupThatFailsIsPassedOverWithItsReason) {
   proves("MANIFEST-3");
   InstanceService service = quietService();
   _sandbox.files().failNext(FileOperation::kWrite, ENOSPC);
@@ -179,7 +231,9 @@ TEST_F(InstallManifestsTest, BackupThatFailsIsPassedOverSilently) {
 
   EXPECT_TRUE(_sandbox.files().hasFailed());
   EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.0101130000.xml")));
-  EXPECT_THAT(_sandbox.log(), IsEmpty());
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("3 " + copyTold(homePath("deploy/install.xml"), "install.0101130000.xml",
+                                          "No space left on device")));
 }
 
 TEST_F(InstallManifestsTest, UpdateManifestIsReplacedAndResolved) {
@@ -234,6 +288,8 @@ TEST_F(InstallManifestsTest, ResolvedManifestThatCannotBeSavedStaysAsCopiedAndFa
 
   EXPECT_EQ(deployed("install.update.xml"), kManifest);
   EXPECT_THAT(linesAt(LogLevel::info), ::testing::Contains("Save install manifest."));
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre(told("deploy/install.update.xml", "written: No space left on device")));
 }
 
 TEST_F(InstallManifestsTest, InstallManifestHasItsOwnName) {
@@ -417,6 +473,8 @@ TEST_F(InstallManifestsTest, UninstallManifestCopyFailsWithoutDeployFolder) {
   _sandbox.remove(inHome("deploy"));
 
   EXPECT_FALSE(quietService().copyHotfixUninstallManifest(manifest()));
+
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
 }  // namespace

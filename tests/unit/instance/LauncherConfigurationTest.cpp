@@ -238,6 +238,7 @@ TEST_F(LauncherConfigurationTest, OneFailedLinkDoesNotKeepTheOtherAway) {
 
   EXPECT_TRUE(service.generateLinks());
 
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
   EXPECT_FALSE(_sandbox.exists(inHome("eclipse/links/rcp.link")));
   EXPECT_TRUE(_sandbox.exists(inHome("eclipse/links/shared.link")));
 }
@@ -481,6 +482,7 @@ TEST_F(LauncherConfigurationTest, UpdateNeedsHomeAndFileAndASaveThatSucceeds) {
   InstanceService service = quietService();
   _sandbox.files().failNext(FileOperation::kRename, ENOSPC);
   EXPECT_FALSE(service.updateRcpLauncherProperties());
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
 
   _sandbox.remove(inHome(kProperties));
   EXPECT_FALSE(service.updateRcpLauncherProperties());
@@ -557,6 +559,35 @@ TEST_F(LauncherConfigurationTest, VirtualMachinePropertiesThatCannotBeCopiedAreG
   EXPECT_FALSE(service.generateJVMPropertiesWithTemplate(templateFile()));
 
   EXPECT_FALSE(_sandbox.exists(inHome("deploy/jvm.properties")));
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(LauncherConfigurationTest,
+       TemplateThatCannotBeLookedAtDoesNotEmptyVirtualMachineProperties) {
+  proves("SETUP-18");
+  _sandbox.write(inHome("deploy/jvm.properties"), "old");
+  InstanceService service = quietService();
+  _sandbox.files().failReading(templateFile(), EIO);
+
+  EXPECT_FALSE(service.generateJVMPropertiesWithTemplate(templateFile()));
+
+  EXPECT_EQ(_sandbox.read(inHome("deploy/jvm.properties")), "old");
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(LauncherConfigurationTest, FilesThatCannotBeReadAreKeptSilently) {
+  proves("SETUP-18");
+  const std::string link = _sandbox.write(inHome("eclipse/links/rcp.link"), "theirs=1\n");
+  _sandbox.write(inHome(kProperties), "theirs=1\n");
+  InstanceService service = quietService();
+  _sandbox.files().failReading(link, EIO);
+  _sandbox.files().failReading(homePath(kProperties), EIO);
+
+  EXPECT_TRUE(service.generateLinks());
+  EXPECT_FALSE(service.updateRcpLauncherProperties());
+
+  EXPECT_EQ(_sandbox.read(inHome("eclipse/links/rcp.link")), "theirs=1\n");
+  EXPECT_EQ(properties(), "theirs=1\n");
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 

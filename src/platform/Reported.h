@@ -1,0 +1,30 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/FileManager.h"
+
+// What the file manager does, with a reason for what it could not do: one error line with the path
+// and the system's words, once a run for the same words. Operations that promise to write no line
+// of their own ask the file manager itself.
+namespace installer::reported {
+
+// Writes the line.
+void tell(const FileError& error);
+
+// What cannot be looked at is told and does not count as existing. What is missing is no failure.
+bool exists(const std::string& path);
+
+bool write(const std::string& path, std::string_view bytes,
+           ReplacedFile replaced = ReplacedFile::takeOver,
+           std::optional<mode_t> mode = std::nullopt);
+bool copy(const std::string& from, const std::string& to, ExistingItem existing);
+
+// False without a line when nothing was there.
+bool remove(const std::string& path);
+
+}  // namespace installer::reported
