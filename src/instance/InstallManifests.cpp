@@ -102,10 +102,8 @@ bool InstanceService::copyInstallManifest(
     takeFallbackRcphome();
   }
   const std::string target = InstanceLayout::deployed(*_pathToRcphome, toFile);
-  // Copies skip what exists, so whatever has the name goes first, a dangling link included.
-  (void)Platform::current().files->remove(target);
   log(LogLevel::info, "Copy install manifest to {}.", target);
-  if (!copyItem(manifest, target)) return false;
+  if (!reported::copy(manifest, target, ExistingItem::replace)) return false;
   if (!replaceInstallerRootWith || !exists(*replaceInstallerRootWith)) return true;
   return resolveInstallerRoot(target, *replaceInstallerRootWith);
 }
@@ -117,9 +115,8 @@ bool InstanceService::copyManifest(const std::optional<std::string>& manifest) {
 
 bool InstanceService::copyHotfixUninstallManifest(const std::optional<std::string>& manifest) {
   if (!_pathToRcphome || !manifest || !exists(*manifest)) return false;
-  const std::string target = InstanceLayout::uninstallManifest(*_pathToRcphome);
-  (void)Platform::current().files->remove(target);
-  return copyItem(*manifest, target);
+  return Platform::current().files->copy(
+      *manifest, InstanceLayout::uninstallManifest(*_pathToRcphome), ExistingItem::replace);
 }
 
 }  // namespace installer

@@ -6,6 +6,7 @@
 namespace installer::cli {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -15,8 +16,19 @@ class FailureTest : public InstallerTest {
   static std::string told(const std::string& path, const std::string& rest) {
     return "\"" + path + "\" cannot be " + rest;
   }
+  static std::string copyTold(const std::string& from, const std::string& to,
+                              const std::string& reason) {
+    return told(from, "copied to \"" + to + "\": " + reason);
+  }
 
   std::vector<std::string> errors() const { return _sandbox.texts("Error"); }
+
+  // From now on the folder, or the file that was there, can be neither removed nor replaced.
+  void pinDown(const std::string& path) {
+    _sandbox.remove(path);
+    _sandbox.makeFolder(path);
+    _sandbox.limitSpace(path, 64 << 10);
+  }
 
   // The home on a disk of its own that has room for the instance and little more.
   void putHomeOnASmallDisk() {
@@ -74,6 +86,47 @@ TEST_F(FailureTest, SettingsThatCannotBeReadStayAndAreToldOnce) {
   EXPECT_THAT(errors(), ElementsAre(told(_instance.launcherProperties(), "read: Is a directory")));
 }
 
+// --- A manifest that cannot be replaced ----------------------------------------------------------
+
+TEST_F(FailureTest, ManifestThatStaysInTheWayStopsTheInstallationWithItsReason) {
+  proves("MANIFEST-13", "INSTALL-7");
+  const std::string target = _instance.deploy("install.update.xml");
+  pinDown(target);
+
+  EXPECT_EQ(1, install().status);
+
+  EXPECT_EQ((ErrorRecord{4, {"install.hotfix.xml"}}), errorRecord());
+  EXPECT_EQ(std::nullopt, recorded("hotfixVersion"));
+  EXPECT_EQ(1U, _sandbox.children("rcplauncher").size()) << "the update before the installation";
+  EXPECT_THAT(errors(), ElementsAre(copyTold(_package.deploy("install.hotfix.xml"), target,
+                                             "Device or resource busy")));
+}
+
+TEST_F(FailureTest, RemovalThatCannotStartConsumesNothing) {
+  proves("REMOVE-10");
+  const std::string target = _instance.deploy("install.update.xml");
+  recordHotfix("1.4");
+  pinDown(target);
+
+  EXPECT_EQ(1, install().status);
+
+  EXPECT_EQ("1.4", recorded("hotfixVersion"));
+  EXPECT_EQ(kUninstallManifest, _sandbox.readFile(_instance.deploy("uninstall.hotfix.xml")));
+  EXPECT_EQ(1U, _sandbox.children("rcplauncher").size()) << "the update before the installation";
+  EXPECT_THAT(errors(), Contains(copyTold(_instance.deploy("uninstall.hotfix.xml"), target,
+                                          "Device or resource busy")));
+}
+
+TEST_F(FailureTest, UninstallManifestThatStaysInTheWayIsNotTakenForTheNewOne) {
+  proves("INSTALL-9", "MANIFEST-12");
+  pinDown(_instance.deploy("uninstall.hotfix.xml"));
+
+  EXPECT_EQ(0, install().status);
+
+  EXPECT_THAT(_sandbox.texts("Warning"), Contains("Not able to copy hotfix uninstall manifest."));
+  EXPECT_THAT(errors(), IsEmpty());
+}
+
 // --- A disk that takes nothing -------------------------------------------------------------------
 
 TEST_F(FailureTest, RecordThatCannotBeWrittenIsToldOnce) {
@@ -87,6 +140,18 @@ TEST_F(FailureTest, RecordThatCannotBeWrittenIsToldOnce) {
 
   EXPECT_FALSE(_sandbox.exists(_instance.info()));
   EXPECT_THAT(errors(), ElementsAre(told(_instance.info(), "written: No space left on device")));
+}
+
+TEST_F(FailureTest, ManifestThatCannotBeWrittenIsToldWithThePathsAndTheReason) {
+  proves("MANIFEST-8", "FILES-21");
+  putHomeOnASmallDisk();
+  _sandbox.fillSpace(_instance.home());
+
+  EXPECT_EQ(1, install().status);
+
+  EXPECT_THAT(errors(), Contains(copyTold(_package.deploy("install.hotfix.xml"),
+                                          _instance.deploy("install.update.xml"),
+                                          "No space left on device")));
 }
 
 TEST_F(FailureTest, CustomizationKeyStoresAndExtrasThatCannotBeWrittenAreNotTold) {

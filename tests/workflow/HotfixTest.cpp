@@ -209,6 +209,35 @@ TEST_F(HotfixTest, ManifestThatCannotBeCopiedIsCodeFourWithItsName) {
   EXPECT_EQ(record(), code(4, {"install.hotfix.xml"}));
   EXPECT_THAT(_sandbox.children().started(), IsEmpty());
   EXPECT_FALSE(_sandbox.exists(inHome("installInfo.plist")));
+  EXPECT_THAT(
+      linesAt(LogLevel::error),
+      ElementsAre("\"" + package() + "/../deploy/install.hotfix.xml\" cannot be copied to \"" +
+                  homePath("deploy/install.update.xml") + "\": No such file or directory"));
+}
+
+TEST_F(HotfixTest, ManifestInTheWayThatStaysIsCodeFourWithItsName) {
+  proves("INSTALL-7");
+  _sandbox.write(inHome("deploy/install.update.xml/file"), "in the way");
+  _sandbox.files().failAlways(FileOperation::kUnlink, EBUSY);
+
+  EXPECT_FALSE(install());
+
+  EXPECT_EQ(record(), code(4, {"install.hotfix.xml"}));
+  EXPECT_THAT(_sandbox.children().started(), IsEmpty());
+  EXPECT_FALSE(_sandbox.exists(inHome("installInfo.plist")));
+}
+
+TEST_F(HotfixTest, UninstallManifestInTheWayThatStaysIsAWarning) {
+  proves("INSTALL-9");
+  _sandbox.write(inHome("deploy/uninstall.hotfix.xml/file"), "in the way");
+  _sandbox.files().failAlways(FileOperation::kUnlink, EBUSY);
+
+  EXPECT_TRUE(install());
+
+  EXPECT_THAT(linesAt(LogLevel::warning),
+              ::testing::Contains("Not able to copy hotfix uninstall manifest."));
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ::testing::Not(::testing::Contains(::testing::HasSubstr("uninstall.hotfix.xml"))));
 }
 
 TEST_F(HotfixTest, ResultPanelsOldFileThatStaysIsTold) {

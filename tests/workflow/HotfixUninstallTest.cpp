@@ -214,10 +214,29 @@ TEST_F(HotfixUninstallTest, ManifestThatCannotBeCopiedStaysAndIsToldInTwoTexts) 
   EXPECT_FALSE(uninstall());
 
   EXPECT_THAT(linesAt(LogLevel::error),
-              ElementsAre(std::string("File install.update.xml not found. ") + kUndetermined));
+              ElementsAre("\"" + homePath("deploy/uninstall.hotfix.xml") +
+                              "\" cannot be copied to \"" + homePath("deploy/install.update.xml") +
+                              "\": is not a regular file, folder or link",
+                          std::string("File install.update.xml not found. ") + kUndetermined));
   EXPECT_EQ(_output, std::string("File install.update.xml was not found. ") + kUndetermined + "\n");
   EXPECT_TRUE(TreeDiff(before, snapshotOf(_sandbox.path(kBundle))).empty());
   EXPECT_THAT(_sandbox.children().started(), IsEmpty());
+}
+
+TEST_F(HotfixUninstallTest, ManifestInTheWayThatStaysKeepsEverything) {
+  proves("REMOVE-10");
+  _sandbox.write(inHome("deploy/install.update.xml/file"), "in the way");
+  const TreeSnapshot before = snapshotOf(_sandbox.path(kBundle));
+  _sandbox.files().failAlways(FileOperation::kUnlink, EBUSY);
+
+  EXPECT_FALSE(uninstall());
+
+  _sandbox.files().stopFailing();
+  EXPECT_TRUE(TreeDiff(before, snapshotOf(_sandbox.path(kBundle))).empty());
+  EXPECT_THAT(_sandbox.children().started(), IsEmpty());
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre(::testing::HasSubstr("Device or resource busy"),
+                          std::string("File install.update.xml not found. ") + kUndetermined));
 }
 
 TEST_F(HotfixUninstallTest, ConsumedManifestThatStaysIsToldAndStopsNothing) {

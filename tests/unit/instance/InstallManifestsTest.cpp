@@ -307,8 +307,122 @@ TEST_F(InstallManifestsTest, MissingManifestFailsAndTheOldOneIsGone) {
   EXPECT_FALSE(quietService().copyUpdateManifest(_sandbox.path("missing.xml"), root()));
 
   EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.update.xml")));
-  EXPECT_EQ(_sandbox.log().size(), 1U);
+  EXPECT_THAT(
+      numberedLines(),
+      ElementsAre("6 Copy install manifest to " + homePath("deploy/install.update.xml") + ".",
+                  "3 " + copyTold(_sandbox.path("missing.xml"), "install.update.xml",
+                                  "No such file or directory")));
 }
+
+// Everything that is replaced whole: the operation and the name of its target.
+struct Replacing {
+  const char* name;
+  bool (*copy)(InstanceService& service, const std::string& manifest);
+  std::string target;
+  bool isTold;
+};
+
+void PrintTo(const Replacing& replacing, std::ostream* stream) {
+  *stream << replacing.name;
+}
+
+class ReplacedManifestTest : public InstallManifestsTest,
+                             public ::testing::WithParamInterface<Replacing> {
+ protected:
+  bool copy(InstanceService& service) { return GetParam().copy(service, manifest()); }
+  std::string target() const { return "deploy/" + GetParam().target; }
+};
+
+TEST_P(ReplacedManifestTest, GivesWayWithoutAMomentWithoutOne) {
+  proves("MANIFEST-13");
+  _sandbox.write(inHome(target()), "old");
+  InstanceService service = quietService();
+  _sandbox.files().failAlways(FileOperation::kUnlink, EPERM);
+
+  EXPECT_TRUE(copy(service));
+
+  EXPECT_EQ(_sandbox.read(inHome(target())), kManifest);
+  EXPECT_THAT(linesAt(LogLevel::error), IsEmpty());
+}
+
+TEST_P(ReplacedManifestTest, ThatStaysIsNoCopy) {
+  proves("MANIFEST-8", "MANIFEST-12", "MANIFEST-13");
+  _sandbox.write(inHome(target()), "old");
+  InstanceService service = quietService();
+  _sandbox.files().failAlways(FileOperation::kRename, EPERM);
+  // The temporary copy goes, the old manifest does not.
+  _sandbox.files().beforeNext(FileOperation::kUnlink, [this] {
+    _sandbox.files().beforeNext(FileOperation::kUnlink, [this] {
+      _sandbox.files().failNext(FileOperation::kUnlink, EPERM);
+    });
+  });
+
+  EXPECT_FALSE(copy(service));
+
+  EXPECT_EQ(_sandbox.read(inHome(target())), "old");
+  std::vector<std::string> lines;
+  if (GetParam().isTold)
+    lines = {copyTold(manifest(), GetParam().target, "Operation not permitted")};
+  EXPECT_EQ(linesAt(LogLevel::error), lines);
+}
+
+TEST_P(ReplacedManifestTest, MayBeAFolder) {
+  proves("MANIFEST-7");
+  _sandbox.remove(inHome(target()));
+  _sandbox.write(inHome(target() + "/deep/file"), "old");
+  InstanceService service = quietService();
+
+  EXPECT_TRUE(copy(service));
+
+  EXPECT_EQ(_sandbox.read(inHome(target())), kManifest);
+}
+
+TEST_P(ReplacedManifestTest, ThatIsAFolderWhichStaysIsNoCopy) {
+  proves("MANIFEST-13");
+  _sandbox.remove(inHome(target()));
+  _sandbox.write(inHome(target() + "/file"), "old");
+  InstanceService service = quietService();
+  _sandbox.files().failAlways(FileOperation::kUnlink, EBUSY);
+
+  EXPECT_FALSE(copy(service));
+
+  EXPECT_EQ(_sandbox.read(inHome(target() + "/file")), "old");
+}
+
+TEST_P(ReplacedManifestTest, IsGoneWhenTheNewOneCannotBeCopied) {
+  proves("MANIFEST-8");
+  _sandbox.write(inHome(target()), "old");
+  InstanceService service = quietService();
+  _sandbox.files().failNext(FileOperation::kWrite, ENOSPC);
+
+  EXPECT_FALSE(copy(service));
+
+  EXPECT_FALSE(_sandbox.exists(inHome(target())));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Manifests, ReplacedManifestTest,
+    ::testing::Values(Replacing{"Update",
+                                [](InstanceService& service, const std::string& manifest) {
+                                  return service.copyUpdateManifest(manifest, std::nullopt);
+                                },
+                                "install.update.xml", true},
+                      Replacing{"Install",
+                                [](InstanceService& service, const std::string& manifest) {
+                                  return service.copyInstallManifest(manifest, std::nullopt);
+                                },
+                                "install.xml", true},
+                      Replacing{"OwnName",
+                                [](InstanceService& service, const std::string& manifest) {
+                                  return service.copyManifest(manifest);
+                                },
+                                "m.xml", true},
+                      Replacing{"Uninstall",
+                                [](InstanceService& service, const std::string& manifest) {
+                                  return service.copyHotfixUninstallManifest(manifest);
+                                },
+                                "uninstall.hotfix.xml", false}),
+    [](const auto& given) { return given.param.name; });
 
 TEST_F(InstallManifestsTest, MissingDeployFolderFails) {
   proves("MANIFEST-8");
@@ -317,8 +431,10 @@ TEST_F(InstallManifestsTest, MissingDeployFolderFails) {
   EXPECT_FALSE(quietService().copyUpdateManifest(manifest(), root()));
 
   EXPECT_FALSE(_sandbox.exists(inHome("deploy")));
-  EXPECT_THAT(numberedLines(), ElementsAre("6 Copy install manifest to " +
-                                           homePath("deploy/install.update.xml") + "."));
+  EXPECT_THAT(
+      numberedLines(),
+      ElementsAre("6 Copy install manifest to " + homePath("deploy/install.update.xml") + ".",
+                  "3 " + copyTold(manifest(), "install.update.xml", "No such file or directory")));
 }
 
 TEST_F(InstallManifestsTest, CopyOntoItselfRemovesTheManifestAndFails) {
