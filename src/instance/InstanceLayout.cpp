@@ -113,4 +113,8 @@ std::string dataSettings(const std::string& rcpData) {
   return appendingComponent(workspaceFlag(rcpData), "rcpinstall.properties");
 }
 
+std::string workspaceLog(const std::string& rcpData) {
+  return appendingComponent(rcpData, ".metadata/.log");
+}
+
 }  // namespace installer::InstanceLayout

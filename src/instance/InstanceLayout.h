@@ -51,5 +51,7 @@ std::string bundleInfo(const std::string& bundle);
 // on this data before.
 std::string workspaceFlag(const std::string& rcpData);
 std::string dataSettings(const std::string& rcpData);
+// What the platform itself logs while it works on the data folder.
+std::string workspaceLog(const std::string& rcpData);
 
 }  // namespace installer::InstanceLayout

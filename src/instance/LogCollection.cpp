@@ -80,7 +80,7 @@ void InstanceService::collectLogFiles(const std::optional<std::string>& productN
       "Successfully collect the log files and place them under {} for the {} operaton of {} "
       "project.",
       InstanceLayout::installHistory(*_pathToRcphome), action, product);
-  Platform::current().children->wait(*tool);
+  (void)Platform::current().children->wait(*tool);  // however it ends, the run is over
 }
 
 }  // namespace installer

@@ -4,12 +4,18 @@
 #include <string>
 #include <vector>
 
+#include "hotfix/instance/InstanceService.h"
+
 namespace installer {
 
 // Starts the launcher, discards its output and waits for its end, however long that takes. How the
-// run went is told by the result file alone: an exit status is not looked at, and a launcher that
-// cannot be started (an absent path included) leaves one error line and no result file.
+// run went is told by the result file alone: an exit status is not looked at. A launcher that
+// cannot be started (an absent path included) or that a signal ends leaves one error line.
 void runProvisioning(const std::optional<std::string>& launcher,
                      const std::vector<std::string>& arguments);
+
+// Whether the last run of the instance succeeded. Another answer than the two that tell success is
+// an error line, which names the places of the launcher's logs as well; no answer is none.
+bool provisioningSucceeded(const InstanceService& service, const std::string& rcpData);
 
 }  // namespace installer

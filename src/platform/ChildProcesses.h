@@ -27,8 +27,9 @@ class ChildProcesses {
   // why.
   virtual std::optional<int> start(const Command& command, std::string* reason) = 0;
 
-  // Returns when the child has ended, however it ended.
-  virtual void wait(int child) = 0;
+  // Returns when the child has ended: nullopt when it ended by itself, whatever its exit status,
+  // else the signal that ended it, with the system's words: "signal 9 (Killed)".
+  virtual std::optional<std::string> wait(int child) = 0;
 
   // Runs the command with a pipe as its standard output (standard error on the null device), reads
   // its first line of at most 1022 bytes, waits for its end and answers the line without the line

@@ -13,9 +13,9 @@ std::optional<int> startChild(const Command& command) {
   return child;
 }
 
-void runChild(const Command& command) {
-  if (const std::optional<int> child = startChild(command))
-    Platform::current().children->wait(*child);
+std::optional<std::string> runChild(const Command& command) {
+  const std::optional<int> child = startChild(command);
+  return child ? Platform::current().children->wait(*child) : std::nullopt;
 }
 
 }  // namespace installer

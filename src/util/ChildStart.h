@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "platform/ChildProcesses.h"
 
@@ -10,7 +11,8 @@ namespace installer {
 // an error line with path and reason, when it cannot be started.
 std::optional<int> startChild(const Command& command);
 
-// The same, and waits for its end. Its exit status tells us nothing and is not asked for.
-void runChild(const Command& command);
+// The same, and waits for its end. Its exit status tells us nothing and is not asked for; the
+// answer is the signal that ended it, as ChildProcesses::wait() tells it.
+std::optional<std::string> runChild(const Command& command);
 
 }  // namespace installer

@@ -32,7 +32,7 @@ void InstallUtil::removeReceipt(const std::optional<std::string>& packageIdentif
   Platform& platform = Platform::current();
   const std::string& tool = platform.paths.receiptTool;
   if (!packageIdentifier || !platform.files->exists(tool)) return;
-  runChild({tool, {"--forget", *packageIdentifier}});
+  (void)runChild({tool, {"--forget", *packageIdentifier}});  // however it ends, we go on
 }
 
 void InstallUtil::replacePackageVariableWith(const std::optional<std::string>& path,

@@ -84,7 +84,7 @@ void HotfixInstallation::updateHotfixVersion() {
 bool HotfixInstallation::provision() {
   log(LogLevel::info, "Start provisioning system. ");
   startProvisioning();
-  const bool succeeded = _service.getProvisioningResult() != -1;
+  const bool succeeded = provisioningSucceeded(_service, _pathToRcpData);
   if (succeeded) updateHotfixVersion();
   return succeeded;
 }

@@ -90,7 +90,7 @@ bool HotfixRemoval::uninstallOldHotfix() {
   _instance.updateProvisionManifestVersion(InstallUtil::generateNewManifestVersion());
   startProvisioning();
   _instance.updateHotfixVersion(std::nullopt);
-  if (_instance.getProvisioningResult() == -1) {
+  if (!provisioningSucceeded(_instance, _pathToRcpData)) {
     constexpr const char* kUnexpected =
         "Unexpected results have occurred during the provisioning operation. For additional "
         "information, please refer to the logs.";

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <csignal>
+
 #include "cli/Fixtures.h"
 #include "support/Proves.h"
 
@@ -8,7 +10,9 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 // What a run does about files that fail it, and what it tells of them.
 class FailureTest : public InstallerTest {
@@ -166,6 +170,48 @@ TEST_F(FailureTest, CustomizationKeyStoresAndExtrasThatCannotBeWrittenAreNotTold
   EXPECT_EQ(0, install().status);
 
   EXPECT_EQ("a=1\nb=2\n", _sandbox.readFile(_instance.customization()));
+  EXPECT_THAT(errors(), IsEmpty());
+}
+
+// --- A launcher that fails -----------------------------------------------------------------------
+
+TEST_F(FailureTest, AnswerOfTheLauncherIsToldWithThePlaceOfItsLog) {
+  proves("RESULT-8");
+  hotfixRun(ChildScript().write(_instance.result(), "rc=13\n"));
+
+  EXPECT_EQ(1, install().status);
+
+  EXPECT_THAT(errors(),
+              ElementsAre("The provisioning answered 13; the logs of the launcher are in " +
+                          _instance.home() + " and in " + _instance.data() + "/.metadata/.log."));
+}
+
+TEST_F(FailureTest, AnswerToARemovalIsToldBeforeTheRemovalFails) {
+  proves("RESULT-8");
+  recordHotfix("1.4");
+  _sandbox.script("rcplauncher", 2, ChildScript().write(_instance.result(), "rc=-7\n"));
+
+  EXPECT_EQ(0, install().status);
+
+  EXPECT_THAT(errors(), ElementsAre(HasSubstr("The provisioning answered -7; "),
+                                    HasSubstr("Unexpected results have occurred")));
+}
+
+TEST_F(FailureTest, LauncherEndedByASignalIsTold) {
+  proves("LAUNCH-10");
+  hotfixRun(ChildScript().kill(SIGKILL));
+
+  EXPECT_EQ(1, install().status);
+
+  EXPECT_THAT(errors(), ElementsAre(_instance.launcher() + " was ended by signal 9 (Killed)."));
+}
+
+TEST_F(FailureTest, LauncherThatEndsByItselfIsNotTold) {
+  proves("LAUNCH-10");
+  hotfixRun(ChildScript().write(_instance.result(), "rc=0\n").exit(9));
+
+  EXPECT_EQ(0, install().status);
+
   EXPECT_THAT(errors(), IsEmpty());
 }
 

@@ -18,13 +18,16 @@ std::optional<int> RecordedChildren::start(const Command& command, std::string* 
     return std::nullopt;
   }
   const int child = kFirstChild + static_cast<int>(_started.size());
-  _running.insert(child);
+  _running[child] = command.executable;
   if (_script) _script(command);
   return child;
 }
 
-void RecordedChildren::wait(int child) {
-  EXPECT_EQ(_running.erase(child), 1U) << "waited for a child that does not run: " << child;
+std::optional<std::string> RecordedChildren::wait(int child) {
+  EXPECT_TRUE(_running.contains(child)) << "waited for a child that does not run: " << child;
+  const auto found = _signals.find(_running[child]);
+  _running.erase(child);
+  return found != _signals.end() ? std::optional(found->second) : std::nullopt;
 }
 
 std::optional<std::string> RecordedChildren::firstLine(const Command& command) {

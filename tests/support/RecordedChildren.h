@@ -20,6 +20,10 @@ class RecordedChildren : public ChildProcesses {
   // firstLine() of this executable answers this line; it answers nullopt for every other one.
   void print(const std::string& executable, const std::string& line) { _lines[executable] = line; }
   void printNothing(const std::string& executable) { _lines.erase(executable); }
+  // Every further child of this executable is ended by the signal, told so.
+  void endBySignal(const std::string& executable, const std::string& signal) {
+    _signals[executable] = signal;
+  }
   void setShellStatus(int status) { _shellStatus = status; }
 
   // Every call of start(), successful or not, in order.
@@ -31,7 +35,7 @@ class RecordedChildren : public ChildProcesses {
   std::size_t running() const { return _running.size(); }
 
   std::optional<int> start(const Command& command, std::string* reason) override;
-  void wait(int child) override;
+  std::optional<std::string> wait(int child) override;
   std::optional<std::string> firstLine(const Command& command) override;
   int shell(const std::string& commandLine) override;
 
@@ -39,12 +43,13 @@ class RecordedChildren : public ChildProcesses {
   std::function<void(const Command&)> _script;
   std::set<std::string> _missing;
   std::map<std::string, std::string> _lines;
+  std::map<std::string, std::string> _signals;
   int _shellStatus = 0;
 
   std::vector<Command> _started;
   std::vector<Command> _asked;
   std::vector<std::string> _shellLines;
-  std::set<int> _running;
+  std::map<int, std::string> _running;  // child -> executable
 };
 
 // How a failed comparison shows a command.

@@ -240,6 +240,17 @@ TEST_F(HotfixTest, UninstallManifestInTheWayThatStaysIsAWarning) {
               ::testing::Not(::testing::Contains(::testing::HasSubstr("uninstall.hotfix.xml"))));
 }
 
+TEST_F(HotfixTest, AnswerOfTheLauncherThatIsNoSuccessIsTold) {
+  proves("RESULT-8");
+  launcherAnswers("rc=13\n");
+
+  EXPECT_FALSE(install());
+
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre("The provisioning answered 13; the logs of the launcher are in " +
+                          home() + " and in " + data() + "/.metadata/.log."));
+}
+
 TEST_F(HotfixTest, ResultPanelsOldFileThatStaysIsTold) {
   _sandbox.makeFolder("tmp/qlm.config/x");
   _sandbox.files().failAlways(FileOperation::kUnlink, EPERM);

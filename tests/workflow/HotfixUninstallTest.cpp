@@ -186,7 +186,10 @@ TEST_F(HotfixUninstallTest, FailedProvisioningClearsTheVersionOnly) {
   EXPECT_TRUE(_sandbox.exists(inHome("../.provisioning_rc")));
   EXPECT_EQ(_sandbox.mode("data/file"), 0600U);
   EXPECT_THAT(_sandbox.children().started(), ElementsAre(run(), run()));
-  EXPECT_THAT(linesAt(LogLevel::error), ElementsAre(kUnexpected));
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre("The provisioning answered 13; the logs of the launcher are in " +
+                              home() + " and in " + data() + "/.metadata/.log.",
+                          kUnexpected));
   EXPECT_EQ(_output, std::string(kUnexpected) + "\n");
 }
 

@@ -1,11 +1,13 @@
 #include "platform/posix/PosixChildProcesses.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <csignal>
+#include <cstring>
 #include <system_error>
 
 #include "platform/posix/SpawnSupport.h"
@@ -102,8 +104,11 @@ std::optional<int> PosixChildProcesses::start(const Command& command, std::strin
   return std::nullopt;
 }
 
-void PosixChildProcesses::wait(int child) {
-  (void)waitFor(child);
+std::optional<std::string> PosixChildProcesses::wait(int child) {
+  const int status = waitFor(child);
+  if (!WIFSIGNALED(status)) return std::nullopt;
+  const int signal = WTERMSIG(status);
+  return fmt::format("signal {} ({})", signal, ::strsignal(signal));
 }
 
 std::optional<std::string> PosixChildProcesses::firstLine(const Command& command) {

@@ -76,7 +76,7 @@ TEST_P(ChildProcessesContractTest, StartsEachCommandOnceWithItsArguments) {
   for (const char* argument : {"first", "second"}) {
     const auto child = children.start({_subject->executable(), {"-x", argument}}, nullptr);
     ASSERT_TRUE(child.has_value());
-    children.wait(*child);
+    EXPECT_EQ(children.wait(*child), std::nullopt);
   }
 
   EXPECT_THAT(_subject->startedWith(),

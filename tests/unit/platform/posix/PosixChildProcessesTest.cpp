@@ -212,6 +212,22 @@ TEST_F(PosixChildProcessesTest, WaitReturnsHoweverTheChildEnds) {
   }
 }
 
+TEST_F(PosixChildProcessesTest, WaitTellsTheSignalThatEndedTheChild) {
+  const std::vector<std::pair<std::string, std::optional<std::string>>> endings = {
+      {"exit\t0\n", std::nullopt},
+      {"exit\t137\n", std::nullopt},
+      {"kill\t15\n", "signal 15 (Terminated)"},
+      {"kill\t9\n", "signal 9 (Killed)"}};
+  for (const auto& [ending, told] : endings) {
+    script(ending);
+
+    const auto child = _children.start(helper(), nullptr);
+
+    ASSERT_TRUE(child.has_value());
+    EXPECT_EQ(_children.wait(*child), told) << ending;
+  }
+}
+
 TEST_F(PosixChildProcessesTest, SignalsDoNotCutTheWaitShort) {
   proves("CHILD-5");
   const ScopedAction action(SIGUSR1, passOver);
@@ -224,7 +240,7 @@ TEST_F(PosixChildProcessesTest, SignalsDoNotCutTheWaitShort) {
 }
 
 TEST_F(PosixChildProcessesTest, WaitingForNobodyReturns) {
-  _children.wait(getpid());
+  EXPECT_EQ(_children.wait(getpid()), std::nullopt);
 
   expectNoChildren();
 }
