@@ -20,7 +20,9 @@ class Hotfix {
   /// plist that lacks a name, leaves a workflow that answers false at its gate.
   Hotfix(const std::optional<std::string>& pathToInstallPackage,
          const std::string& pathToInstallLocation, const std::optional<std::string>& pathToRcpData);
+  /// Takes over what the other object holds, which is then of no use but to be given something new.
   Hotfix(Hotfix&&) noexcept;
+  /// The same, after giving up what this one held.
   Hotfix& operator=(Hotfix&&) noexcept;
   ~Hotfix();
 

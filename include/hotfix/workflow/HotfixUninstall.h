@@ -19,7 +19,9 @@ class HotfixUninstall {
   /// is "systemdata" in the rcp home.
   HotfixUninstall(const std::optional<std::string>& pathToRcphome,
                   const std::optional<std::string>& pathToRcpData);
+  /// Takes over what the other object holds, which is then of no use but to be given something new.
   HotfixUninstall(HotfixUninstall&&) noexcept;
+  /// The same, after giving up what this one held.
   HotfixUninstall& operator=(HotfixUninstall&&) noexcept;
   ~HotfixUninstall();
 

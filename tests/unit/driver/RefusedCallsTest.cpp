@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "hotfix/base/KeyedHash.h"
 #include "hotfix/base/Path.h"
 #include "hotfix/base/PropertyList.h"
 #include "hotfix/driver/InstanceLock.h"
@@ -136,6 +137,7 @@ TEST(RefusedCallsTest, NullIsNoTextForPropertyLists) {
   EXPECT_TRUE((refusesNull<METHOD(Dictionary, set), Text, Text>()));
   EXPECT_TRUE((refusesNull<METHOD(Dictionary, remove), Text>()));
   EXPECT_TRUE((isNotMadeOfNull<Value, Text>()));
+  EXPECT_TRUE((refusesNull<KeyedHash, Text>()));
 }
 
 TEST(RefusedCallsTest, NullIsNoTextForFormats) {
