@@ -1,7 +1,12 @@
 #include "support/ListText.h"
 
+#include <gtest/gtest.h>
+
+#include <cstdlib>
 #include <ostream>
 
+#include "support/BinaryListWriter.h"
+#include "support/XmlList.h"
 #include "support/XmlText.h"
 
 namespace installer::test {
@@ -73,85 +78,6 @@ void appendXml(const ListValue& value, std::string& into) {
   into += "</" + value.kind + ">\n";
 }
 
-// --- Binary --------------------------------------------------------------------------------------
-
-class BinaryWriter {
- public:
-  std::string write(const ListValue& root) {
-    add(root);
-    std::string bytes = "bplist00";
-    std::vector<std::size_t> offsets;
-    for (const std::string& object : _objects) {
-      offsets.push_back(bytes.size());
-      bytes += object;
-    }
-    const std::size_t table = bytes.size();
-    for (const std::size_t offset : offsets) bytes += number(offset, 4);
-    bytes += std::string(6, '\0') + '\x04' + '\x02';
-    bytes += number(_objects.size(), 8) + number(0, 8) + number(table, 8);
-    return bytes;
-  }
-
- private:
-  static std::string number(std::uint64_t value, int width) {
-    std::string bytes;
-    for (int shift = 8 * (width - 1); shift >= 0; shift -= 8)
-      bytes += static_cast<char>((value >> shift) & 0xFF);
-    return bytes;
-  }
-
-  static std::string head(unsigned kind, std::size_t count) {
-    if (count < 15) return std::string(1, static_cast<char>((kind << 4) | count));
-    return std::string(1, static_cast<char>((kind << 4) | 15)) + '\x12' + number(count, 4);
-  }
-
-  static bool isAscii(const std::string& text) {
-    for (const char c : text)
-      if (static_cast<unsigned char>(c) > 0x7F) return false;
-    return true;
-  }
-
-  // Characters beyond 16 bits are not needed here.
-  static std::string wide(const std::string& text) {
-    std::string bytes;
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < text.size(); ++count) {
-      const auto first = static_cast<unsigned char>(text[i]);
-      const int length = first < 0x80 ? 1 : first < 0xE0 ? 2 : 3;
-      unsigned unit = length == 1 ? first : length == 2 ? first & 0x1Fu : first & 0x0Fu;
-      for (int k = 1; k < length; ++k)
-        unit = (unit << 6) |
-               (static_cast<unsigned char>(text[i + static_cast<std::size_t>(k)]) & 0x3Fu);
-      bytes += number(unit, 2);
-      i += static_cast<std::size_t>(length);
-    }
-    return head(6, count) + bytes;
-  }
-
-  std::size_t add(const ListValue& value) {
-    const std::size_t place = _objects.size();
-    _objects.emplace_back();
-    _objects[place] = encode(value);
-    return place;
-  }
-
-  std::string encode(const ListValue& value) {
-    if (value.kind == "true") return "\x09";
-    if (value.kind == "false") return "\x08";
-    if (value.kind == "integer")
-      return '\x13' + number(static_cast<std::uint64_t>(std::stoll(value.text)), 8);
-    if (value.kind == "string")
-      return isAscii(value.text) ? head(5, value.text.size()) + value.text : wide(value.text);
-    std::string keys, values;
-    for (const auto& [key, item] : value.items)
-      if (value.kind == "dict") keys += number(add(ListValue::string(key)), 2);
-    for (const auto& [key, item] : value.items) values += number(add(item), 2);
-    return head(value.kind == "dict" ? 13 : 10, value.items.size()) + keys + values;
-  }
-
-  std::vector<std::string> _objects;
-};
-
 // --- Reading -------------------------------------------------------------------------------------
 
 std::optional<ListValue> valueOf(const XmlNode& element);
@@ -185,17 +111,30 @@ std::optional<ListValue> valueOf(const XmlNode& element) {
 }  // namespace
 
 std::string xmlList(const ListValue& value) {
-  std::string text =
-      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-      "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
-      "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-      "<plist version=\"1.0\">\n";
-  appendXml(value, text);
-  return text + "</plist>\n";
+  std::string element;
+  appendXml(value, element);
+  element.pop_back();  // its line feed
+  return xmlList(element);
 }
 
 std::string binaryList(const ListValue& value) {
-  return BinaryWriter().write(value);
+  return BinaryListWriter(4, 2).bytes(propertyListOf(value));
+}
+
+PropertyList::Value propertyListOf(const ListValue& list) {
+  if (list.kind == "true" || list.kind == "false") return list.kind == "true";
+  if (list.kind == "integer") return std::int64_t{std::stoll(list.text)};
+  if (list.kind == "real") return std::strtod(list.text.c_str(), nullptr);
+  if (list.kind == "string") return list.text;
+  if (list.kind == "array") {
+    PropertyList::Array array;
+    for (const auto& [key, value] : list.items) array.push_back(propertyListOf(value));
+    return array;
+  }
+  EXPECT_EQ("dict", list.kind) << "no value of this kind was expected";
+  PropertyList::Dictionary dictionary;
+  for (const auto& [key, value] : list.items) dictionary.set(key, propertyListOf(value));
+  return dictionary;
 }
 
 std::optional<ListValue> readXmlList(const std::string& text) {

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "hotfix/base/PropertyList.h"
+
 namespace installer::test {
 
 // A property-list value as the tests see it, independent of the program's own codec: the kind is
@@ -38,8 +40,11 @@ void PrintTo(const ListValue& value, std::ostream* stream);
 
 // The XML form, with the usual declaration and DOCTYPE.
 std::string xmlList(const ListValue& value);
-// The binary form, for strings, integers, booleans, arrays and dictionaries.
+// The binary form, for what propertyListOf() takes.
 std::string binaryList(const ListValue& value);
+
+// The value in the program's own type; a date or data fails the test.
+PropertyList::Value propertyListOf(const ListValue& list);
 
 // Reads the XML form; nullopt when the text is not one.
 std::optional<ListValue> readXmlList(const std::string& text);

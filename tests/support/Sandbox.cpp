@@ -8,6 +8,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "support/ListText.h"
+
 namespace installer::test {
 
 namespace fs = std::filesystem;
@@ -84,10 +86,11 @@ std::string Sandbox::read(std::string_view relative) const {
 }
 
 PropertyList::Dictionary Sandbox::readPlist(std::string_view relative) const {
-  const std::optional<PropertyList::Value> list = PropertyList::parse(read(relative));
-  const auto* values = list ? list->as<PropertyList::Dictionary>() : nullptr;
-  EXPECT_NE(values, nullptr) << "no property list: " << path(relative);
-  return values != nullptr ? *values : PropertyList::Dictionary();
+  const std::optional<ListValue> list = readXmlList(read(relative));
+  const bool isDictionary = list && list->kind == "dict";
+  EXPECT_TRUE(isDictionary) << "no property list: " << path(relative);
+  if (!isDictionary) return {};
+  return *propertyListOf(*list).as<PropertyList::Dictionary>();
 }
 
 bool Sandbox::exists(std::string_view relative) const {

@@ -65,7 +65,8 @@ class Sandbox : public TemporaryFolder {
 
   // The file's bytes; a missing file fails the test and is empty.
   std::string read(std::string_view relative) const;
-  // The file as a property list; an unreadable one fails the test and is empty.
+  // The file, an XML property list, as a reader other than the program's understands it; an
+  // unreadable one fails the test and is empty.
   PropertyList::Dictionary readPlist(std::string_view relative) const;
   // Whether the entry is there, be it a dangling link.
   bool exists(std::string_view relative) const;

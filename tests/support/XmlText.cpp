@@ -1,206 +1,76 @@
 #include "support/XmlText.h"
 
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
 #include <algorithm>
-#include <cctype>
-#include <cstdlib>
+#include <memory>
 
 namespace installer::test {
 namespace {
 
-bool isBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-
 bool isBlank(const std::string& text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return isBlank(c); });
+  return text.find_first_not_of(" \t\r\n") == std::string::npos;
 }
 
-void appendUtf8(unsigned long code, std::string& into) {
-  if (code < 0x80) {
-    into += static_cast<char>(code);
-  } else if (code < 0x800) {
-    into += static_cast<char>(0xC0 | (code >> 6));
-    into += static_cast<char>(0x80 | (code & 0x3F));
-  } else if (code < 0x10000) {
-    into += static_cast<char>(0xE0 | (code >> 12));
-    into += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-    into += static_cast<char>(0x80 | (code & 0x3F));
-  } else {
-    into += static_cast<char>(0xF0 | (code >> 18));
-    into += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
-    into += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-    into += static_cast<char>(0x80 | (code & 0x3F));
-  }
+std::string textOf(const xmlChar* text) {
+  return text == nullptr ? std::string() : reinterpret_cast<const char*>(text);
 }
 
-// False for an entity that only a DTD could explain.
-bool appendEntity(const std::string& name, std::string& into) {
-  if (name == "amp")
-    into += '&';
-  else if (name == "lt")
-    into += '<';
-  else if (name == "gt")
-    into += '>';
-  else if (name == "quot")
-    into += '"';
-  else if (name == "apos")
-    into += '\'';
-  else if (name.rfind("#x", 0) == 0)
-    appendUtf8(std::strtoul(name.c_str() + 2, nullptr, 16), into);
-  else if (name.rfind("#", 0) == 0)
-    appendUtf8(std::strtoul(name.c_str() + 1, nullptr, 10), into);
-  else
-    return false;
-  return true;
+std::string qualified(const xmlNs* space, const xmlChar* name) {
+  if (space == nullptr || space->prefix == nullptr) return textOf(name);
+  return textOf(space->prefix) + ":" + textOf(name);
 }
 
-class Parser {
- public:
-  explicit Parser(const std::string& text) : _text(text) {}
+// The value as it stands, an entity that a DTD explains as "&name;".
+std::string valueOf(const xmlAttr& attribute) {
+  std::string value;
+  for (const xmlNode* part = attribute.children; part != nullptr; part = part->next)
+    value +=
+        part->type == XML_ENTITY_REF_NODE ? "&" + textOf(part->name) + ";" : textOf(part->content);
+  return value;
+}
 
-  std::optional<XmlDocument> document() {
-    XmlDocument result;
-    if (at("<?xml ")) result.declaration = upTo("?>");
-    while (_place < _text.size() && !_failed) {
-      if (isBlank(_text[_place])) {
-        ++_place;
-      } else if (at("<!DOCTYPE")) {
-        result.documentType = documentType();
-      } else {
-        addNode(result.top);
-      }
-    }
-    const auto roots = std::count_if(result.top.begin(), result.top.end(), [](const XmlNode& node) {
-      return node.kind == XmlNode::Kind::element;
-    });
-    if (_failed || roots != 1) return std::nullopt;
-    return result;
-  }
+void addAttributes(const xmlNode& element, XmlNode& node) {
+  for (const xmlNs* space = element.nsDef; space != nullptr; space = space->next)
+    node.attributes.emplace_back(
+        space->prefix == nullptr ? "xmlns" : "xmlns:" + textOf(space->prefix), textOf(space->href));
+  for (const xmlAttr* attribute = element.properties; attribute != nullptr;
+       attribute = attribute->next)
+    node.attributes.emplace_back(qualified(attribute->ns, attribute->name), valueOf(*attribute));
+}
 
- private:
-  bool at(const char* text) const {
-    return _text.compare(_place, std::string(text).size(), text) == 0;
-  }
+void addNode(const xmlNode& found, std::vector<XmlNode>& into);
 
-  std::string upTo(const std::string& end) {
-    const std::size_t found = _text.find(end, _place);
-    if (found == std::string::npos) {
-      _failed = true;
-      return "";
-    }
-    const std::string part = _text.substr(_place, found + end.size() - _place);
-    _place = found + end.size();
-    return part;
-  }
+XmlNode elementOf(const xmlNode& found) {
+  XmlNode node{XmlNode::Kind::element, qualified(found.ns, found.name), "", {}, {}};
+  addAttributes(found, node);
+  for (const xmlNode* child = found.children; child != nullptr; child = child->next)
+    addNode(*child, node.children);
+  return node;
+}
 
-  std::string documentType() {
-    const std::size_t start = _place;
-    const std::size_t bracket = _text.find('[', _place);
-    if (bracket != std::string::npos && bracket < _text.find('>', _place)) upTo("]");
-    upTo(">");
-    return _text.substr(start, _place - start);
-  }
+void addNode(const xmlNode& found, std::vector<XmlNode>& into) {
+  using Kind = XmlNode::Kind;
+  const std::string name = textOf(found.name);
+  const std::string content = found.type == XML_ELEMENT_NODE || found.type == XML_ENTITY_REF_NODE ||
+                                      found.type == XML_DTD_NODE
+                                  ? std::string()
+                                  : textOf(found.content);
+  if (found.type == XML_ELEMENT_NODE) into.push_back(elementOf(found));
+  if (found.type == XML_TEXT_NODE) into.push_back({Kind::text, "", content, {}, {}});
+  if (found.type == XML_CDATA_SECTION_NODE) into.push_back({Kind::cdata, "", content, {}, {}});
+  if (found.type == XML_COMMENT_NODE) into.push_back({Kind::comment, "", content, {}, {}});
+  if (found.type == XML_PI_NODE) into.push_back({Kind::instruction, name, content, {}, {}});
+  if (found.type == XML_ENTITY_REF_NODE) into.push_back({Kind::reference, name, "", {}, {}});
+}
 
-  std::string name() {
-    const std::size_t start = _place;
-    while (_place < _text.size() &&
-           std::string_view(" \t\r\n=/>?").find(_text[_place]) == std::string_view::npos)
-      ++_place;
-    if (_place == start) _failed = true;
-    return _text.substr(start, _place - start);
-  }
-
-  void skipBlanks() {
-    while (_place < _text.size() && isBlank(_text[_place])) ++_place;
-  }
-
-  void addNode(std::vector<XmlNode>& into) {
-    if (at("<!--")) {
-      const std::string part = upTo("-->");
-      if (!_failed)
-        into.push_back({XmlNode::Kind::comment, "", part.substr(4, part.size() - 7), {}, {}});
-    } else if (at("<![CDATA[")) {
-      const std::string part = upTo("]]>");
-      if (!_failed)
-        into.push_back({XmlNode::Kind::cdata, "", part.substr(9, part.size() - 12), {}, {}});
-    } else if (at("<?")) {
-      const std::string part = upTo("?>");
-      if (!_failed)
-        into.push_back({XmlNode::Kind::instruction, "", part.substr(2, part.size() - 4), {}, {}});
-    } else if (at("<")) {
-      into.push_back(element());
-    } else {
-      addText(into);
-    }
-  }
-
-  void addText(std::vector<XmlNode>& into) {
-    std::string text;
-    const auto flush = [&] {
-      if (!text.empty()) into.push_back({XmlNode::Kind::text, "", text, {}, {}});
-      text.clear();
-    };
-    while (_place < _text.size() && _text[_place] != '<') {
-      if (_text[_place] != '&') {
-        text += _text[_place++];
-        continue;
-      }
-      const std::string reference = upTo(";");
-      if (_failed) return;
-      const std::string entity = reference.substr(1, reference.size() - 2);
-      if (appendEntity(entity, text)) continue;
-      flush();
-      into.push_back({XmlNode::Kind::reference, entity, "", {}, {}});
-    }
-    flush();
-  }
-
-  std::string attributeValue() {
-    const char quote = _text[_place];
-    if (quote != '"' && quote != '\'') _failed = true;
-    ++_place;
-    std::string value;
-    while (!_failed && _place < _text.size() && _text[_place] != quote) {
-      if (_text[_place] != '&') {
-        value += _text[_place++];
-        continue;
-      }
-      const std::string reference = upTo(";");
-      if (!_failed && !appendEntity(reference.substr(1, reference.size() - 2), value))
-        value += reference;
-    }
-    ++_place;
-    return value;
-  }
-
-  XmlNode element() {
-    XmlNode node;
-    ++_place;
-    node.name = name();
-    for (skipBlanks(); !_failed && _place < _text.size() && !at(">") && !at("/>"); skipBlanks()) {
-      const std::string attribute = name();
-      skipBlanks();
-      if (!at("=")) _failed = true;
-      ++_place;
-      skipBlanks();
-      if (_place >= _text.size()) _failed = true;
-      if (!_failed) node.attributes.emplace_back(attribute, attributeValue());
-    }
-    if (at("/>")) {
-      _place += 2;
-      return node;
-    }
-    ++_place;
-    while (!_failed && _place < _text.size() && !at("</")) addNode(node.children);
-    if (!at(("</" + node.name).c_str())) _failed = true;
-    upTo(">");
-    return node;
-  }
-
-  const std::string& _text;
-  std::size_t _place = 0;
-  bool _failed = false;
-};
+std::string documentTypeOf(xmlDoc& document) {
+  if (document.intSubset == nullptr) return "";
+  const std::unique_ptr<xmlBuffer, void (*)(xmlBuffer*)> buffer(xmlBufferCreate(), xmlBufferFree);
+  xmlNodeDump(buffer.get(), &document, reinterpret_cast<xmlNode*>(document.intSubset), 0, 0);
+  return textOf(xmlBufferContent(buffer.get()));
+}
 
 }  // namespace
 
@@ -232,7 +102,15 @@ std::string XmlNode::wholeText() const {
 }
 
 std::optional<XmlDocument> XmlDocument::parse(const std::string& text) {
-  return Parser(text).document();
+  constexpr int kQuietAndLocal = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+  const std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> document(
+      xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, nullptr, kQuietAndLocal),
+      xmlFreeDoc);
+  if (document == nullptr) return std::nullopt;
+  XmlDocument result{documentTypeOf(*document), {}};
+  for (const xmlNode* node = document->children; node != nullptr; node = node->next)
+    addNode(*node, result.top);
+  return result;
 }
 
 const XmlNode& XmlDocument::root() const {

@@ -7,15 +7,15 @@
 
 namespace installer::test {
 
-// A small XML reader of the tests' own, for documents without a DTD subset of consequence. Entity
-// references other than the five built-in and the numeric ones are kept as nodes.
+// One node of a document as libxml2 reads it, texts in UTF-8. Entity references other than the five
+// built-in and the numeric ones are kept as nodes.
 struct XmlNode {
   enum class Kind { element, text, cdata, comment, instruction, reference };
 
   Kind kind = Kind::element;
-  std::string name;  // of an element, instruction or reference
-  std::string text;  // decoded
-  std::vector<std::pair<std::string, std::string>> attributes;  // decoded, in order
+  std::string name;  // of an element (with its prefix), instruction or reference
+  std::string text;
+  std::vector<std::pair<std::string, std::string>> attributes;  // namespaces first
   std::vector<XmlNode> children;
 
   std::vector<const XmlNode*> elements() const;
@@ -28,10 +28,10 @@ struct XmlNode {
 };
 
 struct XmlDocument {
-  std::string declaration;   // "" when there is none
-  std::string documentType;  // the DOCTYPE as it stands, "" when there is none
+  std::string documentType;  // the DOCTYPE, "" when there is none
   std::vector<XmlNode> top;  // comments, instructions and the root element
 
+  // nullopt when the text is not well-formed.
   static std::optional<XmlDocument> parse(const std::string& text);
 
   const XmlNode& root() const;
