@@ -3,12 +3,19 @@
 #include <random>
 
 #include "cli/Fixtures.h"
-#include "cli/PropertiesModel.h"
 #include "support/Proves.h"
+#include "support/models/PropertiesReaderModel.h"
+#include "support/models/PropertiesWriterModel.h"
 
 namespace installer::cli {
 namespace {
 
+using model::Entries;
+using model::merged;
+using model::readProperties;
+using model::store;
+using model::valueOf;
+using model::writtenProperties;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -46,7 +53,7 @@ TEST_P(DialectTest, IsWrittenAsItWasUnderstoodInTheInstance) {
 }
 
 TEST_P(DialectTest, IsUnderstoodByTheTestsModelToo) {
-  EXPECT_EQ(GetParam().saved, PropertiesModel(GetParam().text).saved());
+  EXPECT_EQ(GetParam().saved, writtenProperties(readProperties(GetParam().text)));
 }
 
 TEST_P(DialectTest, WrittenTextIsUnderstoodAgainTheSameWay) {
@@ -57,9 +64,8 @@ TEST_P(DialectTest, WrittenTextIsUnderstoodAgainTheSameWay) {
 
   ASSERT_EQ(0, install().status);
 
-  PropertiesModel again(once);
-  again.merge(PropertiesModel("b=3\nc=4\n"));
-  EXPECT_EQ(again.saved(), _sandbox.readFile(_instance.customization()));
+  const Entries again = merged(readProperties(once), {{"b", "3"}, {"c", "4"}});
+  EXPECT_EQ(writtenProperties(again), _sandbox.readFile(_instance.customization()));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -136,10 +142,8 @@ TEST_F(PropertiesFileTest, LongPropertiesFileIsMerged) {
 
   ASSERT_EQ(0, install().status);
 
-  PropertiesModel entries(text);
-  entries.set("key7", "other");
-  entries.set("last", "1");
-  EXPECT_EQ(entries.saved(), _sandbox.readFile(_instance.customization()));
+  const Entries entries = merged(readProperties(text), {{"key7", "other"}, {"last", "1"}});
+  EXPECT_EQ(writtenProperties(entries), _sandbox.readFile(_instance.customization()));
 }
 
 TEST_F(PropertiesFileTest, OneVeryLongLineIsMerged) {
@@ -213,8 +217,8 @@ class TextGenerator {
   std::mt19937 _random;
 };
 
-bool isSuccess(const PropertiesModel& result) {
-  const auto code = result.get("rc");
+bool isSuccess(const Entries& result) {
+  const auto code = valueOf(result, "rc");
   if (!code) return false;
   const long long number = std::strtoll(code->c_str(), nullptr, 10);
   return number == 0 || number == 2;
@@ -226,14 +230,14 @@ bool isSuccess(const PropertiesModel& result) {
 std::pair<std::string, std::string> rewritten(const std::string& launcher,
                                               const std::string& workspace,
                                               const std::string& stamp) {
-  PropertiesModel first(launcher), data(workspace);
-  if (const auto version = first.get("provisioning.manifest.version")) {
-    first.set("rcp.install.id", *version);
-    data.set("rcp.install.id", *version);
+  Entries first = readProperties(launcher), data = readProperties(workspace);
+  if (const auto version = valueOf(first, "provisioning.manifest.version")) {
+    store(first, "rcp.install.id", *version);
+    store(data, "rcp.install.id", *version);
   }
-  PropertiesModel second(first.saved());
-  second.set("provisioning.manifest.version", stamp);
-  return {second.saved(), data.saved()};
+  Entries second = readProperties(writtenProperties(first));
+  store(second, "provisioning.manifest.version", stamp);
+  return {writtenProperties(second), writtenProperties(data)};
 }
 
 // Four files of generated text each, all rewritten or read by one run.
@@ -256,19 +260,18 @@ TEST_P(GeneratedTextsTest, AreReadAndWrittenAsTheModelDoes) {
 
   const int status = install().status;
 
-  PropertiesModel customization(instance);
-  customization.merge(PropertiesModel(hotfix));
-  EXPECT_EQ(customization.saved(), _sandbox.readFile(_instance.customization()))
+  const Entries customization = merged(readProperties(instance), readProperties(hotfix));
+  EXPECT_EQ(writtenProperties(customization), _sandbox.readFile(_instance.customization()))
       << ::testing::PrintToString(instance) << "\n"
       << ::testing::PrintToString(hotfix);
   const std::string left = *_sandbox.readFile(_instance.launcherProperties());
-  const auto stamp = PropertiesModel(left).get("provisioning.manifest.version");
+  const auto stamp = valueOf(readProperties(left), "provisioning.manifest.version");
   ASSERT_TRUE(stamp.has_value() && stamp->size() == 10) << left;
   const auto [launcherText, workspaceText] = rewritten(launcher, workspace, *stamp);
   EXPECT_EQ(launcherText, left) << ::testing::PrintToString(launcher);
   EXPECT_EQ(workspaceText, _sandbox.readFile(_instance.installProperties()))
       << ::testing::PrintToString(workspace);
-  EXPECT_EQ(isSuccess(PropertiesModel(result)) ? 0 : 1, status) << ::testing::PrintToString(result);
+  EXPECT_EQ(isSuccess(readProperties(result)) ? 0 : 1, status) << ::testing::PrintToString(result);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, GeneratedTextsTest, ::testing::Range(1u, 101u));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,6 +20,17 @@ inline void store(Entries& entries, const std::string& key, const std::string& v
       return;
     }
   entries.emplace_back(key, value);
+}
+
+inline std::optional<std::string> valueOf(const Entries& entries, const std::string& key) {
+  for (const auto& entry : entries)
+    if (entry.first == key) return entry.second;
+  return std::nullopt;
+}
+
+inline Entries merged(Entries entries, const Entries& over) {
+  for (const auto& [key, value] : over) store(entries, key, value);
+  return entries;
 }
 
 inline std::vector<std::string> linesOf(const std::string& text) {
