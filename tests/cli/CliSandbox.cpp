@@ -158,7 +158,7 @@ void mountEverything(const std::string& root) {
   bindFile("/bin/sh", root + "/usr/bin/sh");
   bindFile("/etc/ld.so.cache", root + "/etc/ld.so.cache");
   bindFile(HOTFIX_PROGRAM, root + CliSandbox::kProgram);
-  bindFile(HOTFIX_CHILDREN "/RecordedChild", root + CliSandbox::kChild);
+  bindFile(test::recordedChild(), root + CliSandbox::kChild);
   const std::string proc = root + "/proc";
   if (mount("proc", proc.c_str(), "proc", 0, nullptr) != 0 &&
       mount("/proc", proc.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0)
@@ -361,13 +361,12 @@ bool CliSandbox::hasManyUsers() {
 CliSandbox::CliSandbox() {
   umask(022);
   _root = world().folder + "/" + std::to_string(++world().sandboxes);
-  for (const char* folder : {"", "/usr", "/usr/bin", "/usr/sbin", "/usr/libexec", "/etc", "/dev",
-                             "/proc", "/Library", "/Applications", "/Users", "/Users/alice",
-                             "/Users/bob", "/Volumes", "/control", "/control/scripts", "/root"})
+  for (const char* folder :
+       {"", "/usr", "/usr/bin", "/usr/sbin", "/usr/libexec", "/etc", "/dev", "/proc", "/Library",
+        "/Applications", "/Users", "/Users/alice", "/Users/bob", "/Volumes", "/control", "/root"})
     mkdir(host(folder).c_str(), 0755);
   makeFolder("/tmp", 01777);
-  makeFolder("/control/records", 0777);
-  writeFile("/control/lock", "", 0666);
+  _children.emplace(host("/control"));
   if (hasManyUsers()) {
     giveTo("/Users/alice", kAlice, kAlice);
     giveTo("/Users/bob", kBob, kBob);
@@ -529,34 +528,28 @@ void CliSandbox::installChild(const std::string& path, mode_t mode) const {
 
 void CliSandbox::copyChildProgram(const std::string& path) const {
   fs::create_directories(fs::path(host(path)).parent_path());
-  fs::copy_file(HOTFIX_CHILDREN "/RecordedChild", host(path));
+  fs::copy_file(test::recordedChild(), host(path));
   setMode(path, 0755);
 }
 
 void CliSandbox::script(const std::string& role, const ChildScript& script) const {
-  writeFile("/control/scripts/" + role, script.text());
+  _children->script(role, script.text());
 }
 
 void CliSandbox::script(const std::string& role, int start, const ChildScript& script) const {
-  writeFile("/control/scripts/" + role + "." + std::to_string(start), script.text());
+  _children->script(role, start, script.text());
 }
 
 std::vector<ChildRecord> CliSandbox::children() const {
-  std::vector<ChildRecord> records;
-  for (const std::string& name : list("/control/records"))
-    records.push_back(ChildRecord::parse(*readFile("/control/records/" + name)));
-  return records;
+  return _children->records();
 }
 
 std::vector<ChildRecord> CliSandbox::children(const std::string& role) const {
-  std::vector<ChildRecord> records;
-  for (ChildRecord& record : children())
-    if (record.role == role) records.push_back(std::move(record));
-  return records;
+  return _children->records(role);
 }
 
 void CliSandbox::forgetChildren() const {
-  for (const std::string& name : list("/control/records")) remove("/control/records/" + name);
+  _children->forget();
 }
 
 std::vector<TraceLine> CliSandbox::trace() const {

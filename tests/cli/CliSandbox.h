@@ -10,9 +10,13 @@
 #include <string_view>
 #include <vector>
 
+#include "support/ChildFolder.h"
 #include "support/ChildScript.h"
 
 namespace installer::cli {
+
+using test::ChildRecord;
+using test::ChildScript;
 
 // How the program is started. The defaults are those of a run below a graphical installer: root,
 // with the console user in USER.
@@ -159,6 +163,7 @@ class CliSandbox {
   int listenToSystemLog() const;
 
   std::string _root;
+  std::optional<test::ChildFolder> _children;  // once there is a root
   std::vector<std::string> _mounts;
 };
 

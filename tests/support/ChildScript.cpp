@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-namespace installer::cli {
+namespace installer::test {
 
 std::string percentEncoded(std::string_view text) {
   static const char* digits = "0123456789ABCDEF";
@@ -117,4 +117,4 @@ std::optional<std::string> ChildRecord::fileAt(const std::string& path) const {
   return found->second.substr(1);
 }
 
-}  // namespace installer::cli
+}  // namespace installer::test

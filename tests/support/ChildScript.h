@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace installer::cli {
+namespace installer::test {
 
 // What a played child does when it is started, in this order: snapshots, input, then the steps.
 class ChildScript {
@@ -58,4 +58,4 @@ struct ChildRecord {
 std::string percentEncoded(std::string_view text);
 std::string percentDecoded(std::string_view text);
 
-}  // namespace installer::cli
+}  // namespace installer::test

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "platform/posix/PosixChildProcesses.h"
-#include "support/ChildRecords.h"
+#include "support/ChildFolder.h"
 #include "support/Proves.h"
 #include "support/RecordedChildren.h"
 #include "support/ScopedVariable.h"
@@ -28,19 +28,20 @@ class Subject {
 class RealSubject : public Subject {
  public:
   ChildProcesses& children() override { return _children; }
-  std::string executable() override { return childHelper(); }
+  std::string executable() override { return recordedChild(); }
   void letItPrint(const std::string& line) override {
-    _folder.makeFile("child-helper.script", "print\t" + line + "\\nsecond line\\n\n");
+    _played.script("RecordedChild", ChildScript().print(line + "\nsecond line\n").text());
   }
   std::vector<std::vector<std::string>> startedWith() override {
     std::vector<std::vector<std::string>> all;
-    for (const ChildRecord& record : childRecords(_folder.path())) all.push_back(record.arguments);
+    for (const ChildRecord& record : _played.records()) all.push_back(record.arguments);
     return all;
   }
 
  private:
   TemporaryFolder _folder;
-  ScopedVariable _variable{"CHILD_HELPER_DIR", _folder.path()};
+  ChildFolder _played{_folder.path()};
+  ScopedVariable _variable{ChildFolder::kVariable, _folder.path()};
   PosixChildProcesses _children;
 };
 

@@ -8,7 +8,7 @@
 
 #include "hotfix/platform/ProcessKeys.h"
 #include "platform/posix/PosixChildProcesses.h"
-#include "support/ChildRecords.h"
+#include "support/ChildFolder.h"
 #include "support/FakeProcessTable.h"
 #include "support/Proves.h"
 #include "support/ScopedVariable.h"
@@ -101,16 +101,17 @@ class RunningProgramTest : public ::testing::Test {
   // Runs a copy of the helper until the end of the test; returns when it is known to be up.
   std::string runCopy(const std::string& name) {
     const std::string copy = _folder.path(name);
-    fs::copy_file(childHelper(), copy);
-    _folder.makeFile(fs::path(name).filename().string() + ".script",
-                     "write\t" + _folder.path("up") + "\nawait\t" + _folder.path("go") + "\n");
+    fs::copy_file(recordedChild(), copy);
+    _played.script(fs::path(name).filename().string(),
+                   ChildScript().write(_folder.path("up"), "").await(_folder.path("go")).text());
     _child = _children.start({copy, {}}, nullptr);
     while (_child && !std::filesystem::exists(_folder.path("up"))) sched_yield();
     return copy;
   }
 
   TemporaryFolder _folder;
-  ScopedVariable _variable{"CHILD_HELPER_DIR", _folder.path()};
+  ChildFolder _played{_folder.path("played")};
+  ScopedVariable _variable{ChildFolder::kVariable, _folder.path("played")};
   PosixChildProcesses _children;
   std::optional<int> _child;
   ProcProcessTable _table;

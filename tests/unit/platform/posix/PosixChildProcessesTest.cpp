@@ -9,7 +9,7 @@
 #include <csignal>
 #include <filesystem>
 
-#include "support/ChildRecords.h"
+#include "support/ChildFolder.h"
 #include "support/Proves.h"
 #include "support/ScopedDescriptor.h"
 #include "support/ScopedVariable.h"
@@ -22,6 +22,7 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
+using ::testing::Pair;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 
@@ -73,10 +74,11 @@ void passOver(int) {}
 
 class PosixChildProcessesTest : public ::testing::Test {
  protected:
-  void script(const std::string& lines) { _folder.makeFile("child-helper.script", lines); }
+  // What each child does, in the child's own words: see children/RecordedChild.cpp.
+  void script(const std::string& lines) { _played.script("RecordedChild", lines); }
 
   Command helper(std::vector<std::string> arguments = {}) {
-    return {childHelper(), std::move(arguments)};
+    return {recordedChild(), std::move(arguments)};
   }
 
   void run(const Command& command) {
@@ -87,7 +89,7 @@ class PosixChildProcessesTest : public ::testing::Test {
   }
 
   ChildRecord onlyRecord() {
-    const std::vector<ChildRecord> records = childRecords(_folder.path());
+    const std::vector<ChildRecord> records = _played.records();
     EXPECT_THAT(records, SizeIs(1));
     return records.empty() ? ChildRecord() : records.front();
   }
@@ -105,7 +107,8 @@ class PosixChildProcessesTest : public ::testing::Test {
   }
 
   TemporaryFolder _folder;
-  ScopedVariable _variable{"CHILD_HELPER_DIR", _folder.path()};
+  ChildFolder _played{_folder.path("played")};
+  ScopedVariable _variable{ChildFolder::kVariable, _folder.path("played")};
   PosixChildProcesses _children;
 };
 
@@ -119,7 +122,7 @@ TEST_F(PosixChildProcessesTest, ArgumentsReachTheChildAsTheyAre) {
 
   run(helper(arguments));
 
-  EXPECT_EQ(onlyRecord().executable, childHelper());
+  EXPECT_EQ(onlyRecord().executable, recordedChild());
   EXPECT_THAT(onlyRecord().arguments, ElementsAreArray(arguments));
 }
 
@@ -135,7 +138,8 @@ TEST_F(PosixChildProcessesTest, AChildHoldsStandardInputAndTheNullDeviceOnly) {
   close(inheritable);
   close(high);
 
-  EXPECT_THAT(onlyRecord().descriptors, ElementsAre("0 " + input, "1 /dev/null", "2 /dev/null"));
+  EXPECT_THAT(onlyRecord().descriptors,
+              ElementsAre(Pair(0, input), Pair(1, "/dev/null"), Pair(2, "/dev/null")));
 }
 
 TEST_F(PosixChildProcessesTest, AChildMayWriteToItsNullDevice) {
@@ -162,8 +166,8 @@ TEST_F(PosixChildProcessesTest, AChildHasDefaultSignalHandling) {
   run(helper());
   sigprocmask(SIG_SETMASK, &previous, nullptr);
 
-  EXPECT_THAT(onlyRecord().ignored, IsEmpty());
-  EXPECT_THAT(onlyRecord().blocked, IsEmpty());
+  EXPECT_THAT(onlyRecord().ignoredSignals, IsEmpty());
+  EXPECT_THAT(onlyRecord().blockedSignals, IsEmpty());
 }
 
 TEST_F(PosixChildProcessesTest, AChildInheritsEnvironmentFolderMaskAndUser) {
@@ -174,10 +178,10 @@ TEST_F(PosixChildProcessesTest, AChildInheritsEnvironmentFolderMaskAndUser) {
   run(helper());
   umask(mask);
 
-  EXPECT_THAT(onlyRecord().environment, Contains("HOTFIX_TEST_VARIABLE=a value"));
+  EXPECT_THAT(onlyRecord().environment, Contains(Pair("HOTFIX_TEST_VARIABLE", "a value")));
   EXPECT_EQ(onlyRecord().directory, std::filesystem::current_path().string());
-  EXPECT_EQ(onlyRecord().mask, "27");
-  EXPECT_EQ(onlyRecord().user, std::to_string(geteuid()));
+  EXPECT_EQ(onlyRecord().mask, 027U);
+  EXPECT_EQ(onlyRecord().user, geteuid());
 }
 
 TEST_F(PosixChildProcessesTest, StartReturnsWhileTheChildRuns) {
@@ -252,7 +256,7 @@ TEST_F(PosixChildProcessesTest, ExecutablesAreNotLookedUp) {
 
 TEST_F(PosixChildProcessesTest, ARelativeExecutableCountsFromTheWorkingFolder) {
   proves("CHILD-1");
-  const std::string relative = std::filesystem::relative(childHelper()).string();
+  const std::string relative = std::filesystem::relative(recordedChild()).string();
 
   run({relative, {}});
 
@@ -299,20 +303,20 @@ TEST_P(FirstLineTest, IsCutAtTheLineFeed) {
 }
 
 const std::vector<LineCase> kLineCases = {
-    {"OneLine", "print\t/java\\n\n", "/java"},
-    {"TwoLines", "print\ta\\nb\\n\n", "a"},
+    {"OneLine", "print\t/java%0A\n", "/java"},
+    {"TwoLines", "print\ta%0Ab%0A\n", "a"},
     {"NoLineFeed", "print\ta\n", "a"},
-    {"EmptyLine", "print\t\\n\n", ""},
-    {"EmptyLineBeforeAnother", "print\t\\nb\\n\n", ""},
+    {"EmptyLine", "print\t%0A\n", ""},
+    {"EmptyLineBeforeAnother", "print\t%0Ab%0A\n", ""},
     {"Nothing", "exit\t0\n", std::nullopt},
-    {"ErrorOutputOnly", "error\ta\\n\n", std::nullopt},
-    {"InPieces", "print\ta\ndrain\nprint\tb\ndrain\nprint\tc\\n\n", "abc"},
-    {"CarriageReturnStays", "print\ta\\x0d\\n\n", "a\r"},
-    {"LineBeforeFailure", "print\ta\\n\nexit\t1\n", "a"},
-    {"LineBeforeKill", "print\ta\\n\nkill\t9\n", "a"},
-    {"OneBelowTheLimit", "fill\t1021\nprint\t\\n\n", std::string(1021, 'x')},
-    {"TheLimit", "fill\t1022\nprint\t\\n\n", std::string(1022, 'x')},
-    {"OneAboveTheLimit", "fill\t1023\nprint\t\\n\n", std::string(1022, 'x')},
+    {"ErrorOutputOnly", "error\ta%0A\n", std::nullopt},
+    {"InPieces", "print\ta\ndrain\nprint\tb\ndrain\nprint\tc%0A\n", "abc"},
+    {"CarriageReturnStays", "print\ta%0D%0A\n", "a\r"},
+    {"LineBeforeFailure", "print\ta%0A\nexit\t1\n", "a"},
+    {"LineBeforeKill", "print\ta%0A\nkill\t9\n", "a"},
+    {"OneBelowTheLimit", "fill\t1021\nprint\t%0A\n", std::string(1021, 'x')},
+    {"TheLimit", "fill\t1022\nprint\t%0A\n", std::string(1022, 'x')},
+    {"OneAboveTheLimit", "fill\t1023\nprint\t%0A\n", std::string(1022, 'x')},
     {"TheLimitWithoutLineFeed", "fill\t1022\n", std::string(1022, 'x')},
     {"FarAboveTheLimit", "fill\t1000000\n", std::string(1022, 'x')},
     {"TheLimitInPieces", "fill\t1000\ndrain\nfill\t23\n", std::string(1022, 'x')},
@@ -324,18 +328,19 @@ INSTANTIATE_TEST_SUITE_P(Lines, FirstLineTest, ::testing::ValuesIn(kLineCases),
 TEST_F(PosixChildProcessesTest, FirstLineGivesTheChildAPipeAndTheNullDevice) {
   proves("CHILD-7");
   const ScopedDescriptor standardInput(STDIN_FILENO, "/dev/zero", O_RDONLY);
-  script("print\ta\\n\n");
+  script("print\ta%0A\n");
 
   EXPECT_EQ(_children.firstLine(helper({"--failfast"})), "a");
 
-  EXPECT_THAT(onlyRecord().descriptors,
-              ElementsAre("0 /dev/zero", StartsWith("1 pipe:"), "2 /dev/null"));
+  EXPECT_THAT(
+      onlyRecord().descriptors,
+      ElementsAre(Pair(0, "/dev/zero"), Pair(1, StartsWith("pipe:")), Pair(2, "/dev/null")));
   EXPECT_THAT(onlyRecord().arguments, ElementsAre("--failfast"));
 }
 
 TEST_F(PosixChildProcessesTest, FirstLineWaitsForTheChildsEnd) {
   proves("CHILD-7");
-  script("print\ta\\n\nwrite\t" + _folder.path("done") + "\n");
+  script("print\ta%0A\nwrite\t" + _folder.path("done") + "\n");
 
   EXPECT_EQ(_children.firstLine(helper()), "a");
 
@@ -345,7 +350,7 @@ TEST_F(PosixChildProcessesTest, FirstLineWaitsForTheChildsEnd) {
 TEST_F(PosixChildProcessesTest, AChildThatGoesOnPrintingIsStopped) {
   proves("CHILD-7");
   const ScopedAction action(SIGPIPE, SIG_IGN);
-  script("print\ta\\n\nfill\t1000000\nwrite\t" + _folder.path("done") + "\n");
+  script("print\ta%0A\nfill\t1000000\nwrite\t" + _folder.path("done") + "\n");
 
   EXPECT_EQ(_children.firstLine(helper()), "a");
 
@@ -355,7 +360,7 @@ TEST_F(PosixChildProcessesTest, AChildThatGoesOnPrintingIsStopped) {
 
 TEST_F(PosixChildProcessesTest, SignalsDoNotCutTheLineShort) {
   const ScopedAction action(SIGUSR1, passOver);
-  script("print\ta\nsignal-parent\t10\t50\nprint\tb\\n\n");
+  script("print\ta\nsignal-parent\t10\t50\nprint\tb%0A\n");
 
   EXPECT_EQ(_children.firstLine(helper()), "ab");
 }
@@ -363,7 +368,7 @@ TEST_F(PosixChildProcessesTest, SignalsDoNotCutTheLineShort) {
 TEST_F(PosixChildProcessesTest, FirstLineLeavesNoDescriptorOpen) {
   proves("CHILD-7");
   const std::size_t descriptors = countOpenDescriptors();
-  script("print\ta\\n\n");
+  script("print\ta%0A\n");
 
   EXPECT_EQ(_children.firstLine(helper()), "a");
   EXPECT_EQ(_children.firstLine({"/nowhere/tool", {}}), std::nullopt);
@@ -372,7 +377,7 @@ TEST_F(PosixChildProcessesTest, FirstLineLeavesNoDescriptorOpen) {
 }
 
 TEST_F(PosixChildProcessesTest, WithoutAPipeThereIsNoFirstLineAndNoStart) {
-  script("print\ta\\n\n");
+  script("print\ta%0A\n");
   std::optional<std::string> line;
   {
     const ScopedLimit limit(RLIMIT_NOFILE, 64);
@@ -382,7 +387,7 @@ TEST_F(PosixChildProcessesTest, WithoutAPipeThereIsNoFirstLineAndNoStart) {
   }
 
   EXPECT_EQ(line, std::nullopt);
-  EXPECT_THAT(childRecords(_folder.path()), IsEmpty());
+  EXPECT_THAT(_played.records(), IsEmpty());
 }
 
 // --- shell ---------------------------------------------------------------------------------------
@@ -428,7 +433,7 @@ TEST_F(PosixChildProcessesTest, ShellInheritsOutputAndError) {
 TEST_F(PosixChildProcessesTest, ShellHoldsNoOtherDescriptor) {
   const int inheritable = open("/dev/zero", O_RDONLY);
 
-  (void)_children.shell("'" + childHelper() + "'");
+  (void)_children.shell("'" + recordedChild() + "'");
   close(inheritable);
 
   EXPECT_THAT(onlyRecord().descriptors, SizeIs(3));
