@@ -23,11 +23,13 @@ class CheckTestFilesTest(unittest.TestCase):
         path.write_text(text, encoding="utf-8")
         return str(path)
 
-    def check(self, tests):
-        makeProgram(self._root / "program", tests)
+    def check(self, *programs):
+        names = []
+        for number, tests in enumerate(programs, 1):
+            names.append(self._root / f"program{number}")
+            makeProgram(names[-1], tests)
         return subprocess.run(
-            [ROOT / "scripts" / "check-test-files", "--tests", self._tests,
-             self._root / "program"],
+            [ROOT / "scripts" / "check-test-files", "--tests", self._tests, *names],
             capture_output=True, text=True, check=False)
 
     def testFilesWithATestInAProgramAreAccepted(self):
@@ -61,6 +63,26 @@ class CheckTestFilesTest(unittest.TestCase):
 
                 self.assertEqual(result.returncode, 1)
                 self.assertEqual(result.stdout, f"{known}: {name} is disabled\n")
+
+    def testASuiteInTwoProgramsIsRefused(self):
+        first = self.write("unit/ATest.cpp", "TEST(A, B) {}\n")
+        second = self.write("unit/BTest.cpp", "TEST(A, C) {}\n")
+        for name in ("A.C", "I/A.C/0"):
+            with self.subTest(name=name):
+                result = self.check({"A.B": (first, "passed")}, {name: (second, "passed")})
+
+                self.assertEqual(result.returncode, 1)
+                self.assertEqual(result.stdout,
+                                 f"{second}: program2 has a suite A as program1 has\n")
+
+    def testSuitesThatShareAPartOfTheirNamesAreAccepted(self):
+        first = self.write("unit/ATest.cpp", "TEST(A, B) {}\n")
+        second = self.write("unit/BTest.cpp", "TEST(AB, B) {}\n")
+
+        result = self.check({"A.B": (first, "passed"), "A.C": (first, "passed")},
+                            {"AB.B": (second, "passed"), "A/AB.C/0": (second, "passed")})
+
+        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
 
     def testAProgramThatCannotListIsAnError(self):
         result = subprocess.run(

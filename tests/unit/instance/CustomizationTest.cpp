@@ -24,9 +24,9 @@ static_assert(!TakesALiteral<InstanceService>);
 constexpr const char* kIni = "plugin_customization.ini";
 constexpr const char* kBaseIni = "eclipse/plugins/com.kiv.rcp.base_6.2/plugin_customization.ini";
 
-class CustomizationTest : public InstanceFixture {
+class InstanceCustomizationTest : public InstanceFixture {
  protected:
-  CustomizationTest() { _sandbox.write("pkg/new.ini", "# new\nk=2\nn=4\n"); }
+  InstanceCustomizationTest() { _sandbox.write("pkg/new.ini", "# new\nk=2\nn=4\n"); }
 
   std::string given() const { return _sandbox.path("pkg/new.ini"); }
   std::string instanceFile() const { return _sandbox.read(inHome(kIni)); }
@@ -41,7 +41,7 @@ class CustomizationTest : public InstanceFixture {
   }
 };
 
-TEST_F(CustomizationTest, MissingInstanceFileBecomesAByteCopy) {
+TEST_F(InstanceCustomizationTest, MissingInstanceFileBecomesAByteCopy) {
   proves("SETTINGS-1");
   EXPECT_TRUE(quietService().mergePluginCustomizationWithRcphome(given()));
 
@@ -49,7 +49,7 @@ TEST_F(CustomizationTest, MissingInstanceFileBecomesAByteCopy) {
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
-TEST_F(CustomizationTest, GivenValuesWinAndOldCommentsGo) {
+TEST_F(InstanceCustomizationTest, GivenValuesWinAndOldCommentsGo) {
   _sandbox.write(inHome(kIni), "# old\nk=1\nj=3\n");
 
   EXPECT_TRUE(quietService().mergePluginCustomizationWithRcphome(given()));
@@ -57,7 +57,7 @@ TEST_F(CustomizationTest, GivenValuesWinAndOldCommentsGo) {
   EXPECT_EQ(instanceFile(), "k=2\nj=3\nn=4\n");
 }
 
-TEST_F(CustomizationTest, InstanceFileIsWrittenTwice) {
+TEST_F(InstanceCustomizationTest, InstanceFileIsWrittenTwice) {
   proves("SETTINGS-4");
   _sandbox.write(inHome(kIni), "k=1\n");
   InstanceService service = quietService();
@@ -68,7 +68,7 @@ TEST_F(CustomizationTest, InstanceFileIsWrittenTwice) {
   EXPECT_EQ(writes() - before, 2);
 }
 
-TEST_F(CustomizationTest, MissingGivenFileRewritesTheInstanceFileOnce) {
+TEST_F(InstanceCustomizationTest, MissingGivenFileRewritesTheInstanceFileOnce) {
   proves("SETTINGS-4");
   _sandbox.write(inHome(kIni), "# old\nk=1\n");
   InstanceService service = quietService();
@@ -80,7 +80,7 @@ TEST_F(CustomizationTest, MissingGivenFileRewritesTheInstanceFileOnce) {
   EXPECT_EQ(writes() - before, 1);
 }
 
-TEST_F(CustomizationTest, MissingGivenAndInstanceFileIsASuccessThatMakesNothing) {
+TEST_F(InstanceCustomizationTest, MissingGivenAndInstanceFileIsASuccessThatMakesNothing) {
   proves("SETTINGS-5");
   EXPECT_TRUE(quietService().mergePluginCustomizationWithRcphome(_sandbox.path("none")));
 
@@ -88,7 +88,7 @@ TEST_F(CustomizationTest, MissingGivenAndInstanceFileIsASuccessThatMakesNothing)
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
-TEST_F(CustomizationTest, FailedSavesOfMergesAreNotLookedAt) {
+TEST_F(InstanceCustomizationTest, FailedSavesOfMergesAreNotLookedAt) {
   proves("SETTINGS-5");
   _sandbox.write(inHome(kIni), "# old\nk=1\n");
   _sandbox.write(inHome(kBaseIni), "# base\nk=1\n");
@@ -103,7 +103,7 @@ TEST_F(CustomizationTest, FailedSavesOfMergesAreNotLookedAt) {
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
-TEST_F(CustomizationTest, FilesThatCannotBeReadKeepAllAndAreNotTold) {
+TEST_F(InstanceCustomizationTest, FilesThatCannotBeReadKeepAllAndAreNotTold) {
   proves("SETTINGS-9");
   const std::string instance = _sandbox.write(inHome(kIni), "theirs=1\n");
   const std::string base = _sandbox.write(inHome(kBaseIni), "base=1\n");
@@ -120,7 +120,7 @@ TEST_F(CustomizationTest, FilesThatCannotBeReadKeepAllAndAreNotTold) {
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
-TEST_F(CustomizationTest, UnreadableBaseDoesNotReplaceTheInstancesSettings) {
+TEST_F(InstanceCustomizationTest, UnreadableBaseDoesNotReplaceTheInstancesSettings) {
   proves("SETTINGS-9");
   _sandbox.write(inHome(kIni), "theirs=1\n");
   _sandbox.makeFolder(inHome(kBaseIni));
@@ -131,7 +131,7 @@ TEST_F(CustomizationTest, UnreadableBaseDoesNotReplaceTheInstancesSettings) {
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
-TEST_F(CustomizationTest, MergeIntoTheInstanceNeedsPathAndHomeFolder) {
+TEST_F(InstanceCustomizationTest, MergeIntoTheInstanceNeedsPathAndHomeFolder) {
   proves("SETTINGS-7");
   EXPECT_FALSE(quietService().mergePluginCustomizationWithRcphome(std::nullopt));
   EXPECT_FALSE(InstanceService(std::nullopt).mergePluginCustomizationWithRcphome(given()));
@@ -142,7 +142,7 @@ TEST_F(CustomizationTest, MergeIntoTheInstanceNeedsPathAndHomeFolder) {
   EXPECT_FALSE(service.mergePluginCustomizationWithRcphome(given()));
 }
 
-TEST_F(CustomizationTest, MergeWithBaseRewritesBaseAndInstanceAlike) {
+TEST_F(InstanceCustomizationTest, MergeWithBaseRewritesBaseAndInstanceAlike) {
   proves("SETTINGS-8");
   _sandbox.write(inHome(kBaseIni), "# base\nk=1\nj=3\n");
   _sandbox.write(inHome(kIni), "gone=1\n");
@@ -153,7 +153,7 @@ TEST_F(CustomizationTest, MergeWithBaseRewritesBaseAndInstanceAlike) {
   EXPECT_EQ(instanceFile(), "k=2\nj=3\nn=4\n");
 }
 
-TEST_F(CustomizationTest, MergeWithBaseThatHasNoFileSucceedsAndWritesNothing) {
+TEST_F(InstanceCustomizationTest, MergeWithBaseThatHasNoFileSucceedsAndWritesNothing) {
   proves("SETTINGS-8");
   _sandbox.makeFolder(inHome("eclipse/plugins/com.kiv.rcp.base_6.2"));
 
@@ -163,7 +163,7 @@ TEST_F(CustomizationTest, MergeWithBaseThatHasNoFileSucceedsAndWritesNothing) {
   EXPECT_FALSE(_sandbox.exists(inHome(kIni)));
 }
 
-TEST_F(CustomizationTest, MergeWithBaseNeedsHomePathFileAndBase) {
+TEST_F(InstanceCustomizationTest, MergeWithBaseNeedsHomePathFileAndBase) {
   proves("SETTINGS-8");
   EXPECT_FALSE(InstanceService(std::nullopt).mergePluginCustomizationWithBase(given()));
   EXPECT_FALSE(quietService().mergePluginCustomizationWithBase(given()));
@@ -177,7 +177,7 @@ TEST_F(CustomizationTest, MergeWithBaseNeedsHomePathFileAndBase) {
   EXPECT_FALSE(_sandbox.exists(inHome(kIni)));
 }
 
-TEST_F(CustomizationTest, KeyStoresAreReplacedWithALineEach) {
+TEST_F(InstanceCustomizationTest, KeyStoresAreReplacedWithALineEach) {
   _sandbox.write(inHome("deploy/.keystore"), "old");
   _sandbox.write(inHome("deploy/.KeyStore2"), "old");
   _sandbox.write(inHome("deploy/trust.keystore"), "stays");
@@ -205,7 +205,7 @@ TEST_F(CustomizationTest, KeyStoresAreReplacedWithALineEach) {
                       "/.keystore."));
 }
 
-TEST_F(CustomizationTest, KeyStoresThatFailAreToldAsTheOthersAndDoNotKeepThemBack) {
+TEST_F(InstanceCustomizationTest, KeyStoresThatFailAreToldAsTheOthersAndDoNotKeepThemBack) {
   proves("KEYSTORE-3");
   _sandbox.write(inHome("deploy/.keystore1"), "stays");
   _sandbox.write(inHome("deploy/.keystore2"), "old");
@@ -230,7 +230,7 @@ TEST_F(CustomizationTest, KeyStoresThatFailAreToldAsTheOthersAndDoNotKeepThemBac
   EXPECT_EQ(_sandbox.log().size(), 6U);
 }
 
-TEST_F(CustomizationTest, SourceWithoutKeyStoresLeavesNone) {
+TEST_F(InstanceCustomizationTest, SourceWithoutKeyStoresLeavesNone) {
   proves("KEYSTORE-2");
   _sandbox.write(inHome("deploy/.keystore"), "old");
 
@@ -240,7 +240,7 @@ TEST_F(CustomizationTest, SourceWithoutKeyStoresLeavesNone) {
   EXPECT_EQ(_sandbox.log().size(), 2U);
 }
 
-TEST_F(CustomizationTest, WithoutHomeKeyStoresAreNotEvenTold) {
+TEST_F(InstanceCustomizationTest, WithoutHomeKeyStoresAreNotEvenTold) {
   proves("KEYSTORE-3");
   InstanceService service(std::nullopt);
   _sandbox.clearLog();
@@ -250,7 +250,7 @@ TEST_F(CustomizationTest, WithoutHomeKeyStoresAreNotEvenTold) {
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
-TEST_F(CustomizationTest, KeyStoreThatIsAFolderIsReplacedWhole) {
+TEST_F(InstanceCustomizationTest, KeyStoreThatIsAFolderIsReplacedWhole) {
   _sandbox.write(inHome("deploy/.keystore/old"), "old");
   _sandbox.write("pkg/ks/.keystore/new", "new");
 
@@ -260,7 +260,7 @@ TEST_F(CustomizationTest, KeyStoreThatIsAFolderIsReplacedWhole) {
   EXPECT_EQ(_sandbox.read(inHome("deploy/.keystore/new")), "new");
 }
 
-TEST_F(CustomizationTest, ExtrasAreCopiedWholeWhenThereAreNone) {
+TEST_F(InstanceCustomizationTest, ExtrasAreCopiedWholeWhenThereAreNone) {
   _sandbox.write("pkg/extras/a/x", "x");
 
   quietService().copyExtras(_sandbox.path("pkg/extras"));
@@ -271,7 +271,7 @@ TEST_F(CustomizationTest, ExtrasAreCopiedWholeWhenThereAreNone) {
                           homePath("deploy/extras") + " "));
 }
 
-TEST_F(CustomizationTest, ExtrasAreMergedIntoExistingOnes) {
+TEST_F(InstanceCustomizationTest, ExtrasAreMergedIntoExistingOnes) {
   _sandbox.write("pkg/extras/b", "new");
   _sandbox.write(inHome("deploy/extras/b"), "old");
   _sandbox.write(inHome("deploy/extras/c"), "kept");
@@ -282,7 +282,7 @@ TEST_F(CustomizationTest, ExtrasAreMergedIntoExistingOnes) {
   EXPECT_EQ(_sandbox.read(inHome("deploy/extras/c")), "kept");
 }
 
-TEST_F(CustomizationTest, NoExtrasAreNotTold) {
+TEST_F(InstanceCustomizationTest, NoExtrasAreNotTold) {
   _sandbox.makeFolder("pkg/empty");
   InstanceService service = quietService();
 
@@ -295,7 +295,7 @@ TEST_F(CustomizationTest, NoExtrasAreNotTold) {
   EXPECT_FALSE(_sandbox.exists(inHome("deploy/extras")));
 }
 
-TEST_F(CustomizationTest, ExtrasNeedAHome) {
+TEST_F(InstanceCustomizationTest, ExtrasNeedAHome) {
   proves("EXTRAS-2");
   InstanceService service(std::nullopt);
   _sandbox.clearLog();
@@ -305,9 +305,9 @@ TEST_F(CustomizationTest, ExtrasNeedAHome) {
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
-class PermissionsTest : public CustomizationTest {
+class InstancePermissionsTest : public InstanceCustomizationTest {
  protected:
-  PermissionsTest() {
+  InstancePermissionsTest() {
     _sandbox.write(inHome("file"), "", 0600);
     _sandbox.write(inHome("../shared/file"), "", 0600);
     _sandbox.write(inHome("../beside"), "", 0600);
@@ -322,7 +322,7 @@ class PermissionsTest : public CustomizationTest {
   }
 };
 
-TEST_F(PermissionsTest, FlagTreatsHomeAndSharedFolder) {
+TEST_F(InstancePermissionsTest, FlagTreatsHomeAndSharedFolder) {
   proves("RIGHTS-3");
   quietService().updatePermissions(true, std::optional<std::string>());
 
@@ -330,14 +330,14 @@ TEST_F(PermissionsTest, FlagTreatsHomeAndSharedFolder) {
   EXPECT_EQ(_sandbox.mode(inHome("../beside")), 0600U);
 }
 
-TEST_F(PermissionsTest, WorkspaceIsTreatedWhateverTheFlag) {
+TEST_F(InstancePermissionsTest, WorkspaceIsTreatedWhateverTheFlag) {
   proves("RIGHTS-3");
   quietService().updatePermissions(false, _sandbox.path("data"));
 
   EXPECT_THAT(changed(), ElementsAre(false, false, true));
 }
 
-TEST_F(PermissionsTest, NothingIsTreatedWithoutFlagAndWorkspace) {
+TEST_F(InstancePermissionsTest, NothingIsTreatedWithoutFlagAndWorkspace) {
   proves("RIGHTS-3");
   quietService().updatePermissions(false, std::optional<std::string>());
   quietService(_sandbox.path("data")).updatePermissions(false, false);
@@ -345,21 +345,21 @@ TEST_F(PermissionsTest, NothingIsTreatedWithoutFlagAndWorkspace) {
   EXPECT_THAT(changed(), ElementsAre(false, false, false));
 }
 
-TEST_F(PermissionsTest, WorkspaceIsLookedUpOnDemand) {
+TEST_F(InstancePermissionsTest, WorkspaceIsLookedUpOnDemand) {
   proves("RIGHTS-3");
   quietService(_sandbox.path("data")).updatePermissions(false, true);
 
   EXPECT_THAT(changed(), ElementsAre(false, false, true));
 }
 
-TEST_F(PermissionsTest, UnknownWorkspaceIsNone) {
+TEST_F(InstancePermissionsTest, UnknownWorkspaceIsNone) {
   proves("RIGHTS-3");
   quietService().updatePermissions(true, true);
 
   EXPECT_THAT(changed(), ElementsAre(true, true, false));
 }
 
-TEST_F(PermissionsTest, FailureInOneFolderDoesNotKeepTheOthersBack) {
+TEST_F(InstancePermissionsTest, FailureInOneFolderDoesNotKeepTheOthersBack) {
   proves("RIGHTS-6");
   InstanceService service = quietService();
   _sandbox.users().variables["USER"] = "nobody-knows";
@@ -370,7 +370,7 @@ TEST_F(PermissionsTest, FailureInOneFolderDoesNotKeepTheOthersBack) {
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
-TEST_F(PermissionsTest, WithoutHomeNothingIsTreated) {
+TEST_F(InstancePermissionsTest, WithoutHomeNothingIsTreated) {
   proves("RIGHTS-3");
   InstanceService(std::nullopt).updatePermissions(true, _sandbox.path("data"));
 

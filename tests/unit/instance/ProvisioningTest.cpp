@@ -15,7 +15,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class ProvisioningTest : public InstanceFixture {
+class InstanceProvisioningTest : public InstanceFixture {
  protected:
   static std::vector<std::string> update(const std::optional<std::string>& data) {
     return ProvisioningCommand::arguments("update", "en_US", data);
@@ -26,7 +26,7 @@ class ProvisioningTest : public InstanceFixture {
   void writeResult(const std::string& text) { _sandbox.write(inHome("../.provisioning_rc"), text); }
 };
 
-TEST_F(ProvisioningTest, UpdateStartsTheGivenLauncherAndWaits) {
+TEST_F(InstanceProvisioningTest, UpdateStartsTheGivenLauncherAndWaits) {
   InstanceService(home(), "/data").startProvisioningWithUpdate("/any/launcher");
 
   EXPECT_THAT(_sandbox.children().started(),
@@ -34,7 +34,7 @@ TEST_F(ProvisioningTest, UpdateStartsTheGivenLauncherAndWaits) {
   EXPECT_EQ(_sandbox.children().running(), 0U);
 }
 
-TEST_F(ProvisioningTest, CleanUpStartsTheGivenLauncherAndWaits) {
+TEST_F(InstanceProvisioningTest, CleanUpStartsTheGivenLauncherAndWaits) {
   proves("LAUNCH-3");
   InstanceService(home(), "/data").startProvisioningWithCleanUp("/any/launcher");
 
@@ -43,7 +43,7 @@ TEST_F(ProvisioningTest, CleanUpStartsTheGivenLauncherAndWaits) {
   EXPECT_EQ(_sandbox.children().running(), 0U);
 }
 
-TEST_F(ProvisioningTest, WithoutDataFolderThereIsNoDataPair) {
+TEST_F(InstanceProvisioningTest, WithoutDataFolderThereIsNoDataPair) {
   proves("LAUNCH-2");
   InstanceService(home()).startProvisioningWithUpdate(launcher());
   InstanceService(home()).startProvisioningWithCleanUp(launcher());
@@ -53,7 +53,7 @@ TEST_F(ProvisioningTest, WithoutDataFolderThereIsNoDataPair) {
                           Command{launcher(), cleanUp(std::nullopt)}));
 }
 
-TEST_F(ProvisioningTest, LocaleIsTheUsers) {
+TEST_F(InstanceProvisioningTest, LocaleIsTheUsers) {
   _sandbox.writePlist("Users/tester/Library/Preferences/.GlobalPreferences.plist",
                       {{"AppleLocale", "de_DE"}});
 
@@ -63,7 +63,7 @@ TEST_F(ProvisioningTest, LocaleIsTheUsers) {
   EXPECT_EQ(_sandbox.children().started()[0].arguments[6], "de_DE");
 }
 
-TEST_F(ProvisioningTest, RunsStartWithoutHomeToo) {
+TEST_F(InstanceProvisioningTest, RunsStartWithoutHomeToo) {
   proves("LAUNCH-8");
   InstanceService(std::nullopt).startProvisioningWithUpdate("/any/launcher");
 
@@ -71,7 +71,7 @@ TEST_F(ProvisioningTest, RunsStartWithoutHomeToo) {
               ElementsAre(Command{"/any/launcher", update(std::nullopt)}));
 }
 
-TEST_F(ProvisioningTest, DataFolderIsDroppedWithoutHome) {
+TEST_F(InstanceProvisioningTest, DataFolderIsDroppedWithoutHome) {
   proves("LAUNCH-8");
   _sandbox.write("file", "");
 
@@ -81,7 +81,7 @@ TEST_F(ProvisioningTest, DataFolderIsDroppedWithoutHome) {
               ElementsAre(Command{"/any/launcher", cleanUp(std::nullopt)}));
 }
 
-TEST_F(ProvisioningTest, StartsSayNothingAndLeaveAnOldResult) {
+TEST_F(InstanceProvisioningTest, StartsSayNothingAndLeaveAnOldResult) {
   proves("LAUNCH-9");
   launcherAnswers("");
   writeResult("rc=7\n");
@@ -95,7 +95,7 @@ TEST_F(ProvisioningTest, StartsSayNothingAndLeaveAnOldResult) {
   EXPECT_EQ(_sandbox.read(inHome("../.provisioning_rc")), "rc=7\n");
 }
 
-TEST_F(ProvisioningTest, AbsentLauncherIsAnErrorLine) {
+TEST_F(InstanceProvisioningTest, AbsentLauncherIsAnErrorLine) {
   runProvisioning(std::nullopt, {"x"});
 
   EXPECT_THAT(_sandbox.children().started(), IsEmpty());
@@ -104,7 +104,7 @@ TEST_F(ProvisioningTest, AbsentLauncherIsAnErrorLine) {
                                "Not able to start rcplauncher: the rcp home is unknown.")));
 }
 
-TEST_F(ProvisioningTest, LauncherThatCannotBeStartedIsAnErrorLine) {
+TEST_F(InstanceProvisioningTest, LauncherThatCannotBeStartedIsAnErrorLine) {
   _sandbox.children().failToStart("/any/launcher");
 
   runProvisioning("/any/launcher", {"x"});
@@ -114,7 +114,7 @@ TEST_F(ProvisioningTest, LauncherThatCannotBeStartedIsAnErrorLine) {
                                "Not able to start /any/launcher: No such file or directory.")));
 }
 
-TEST_F(ProvisioningTest, ResultNeedsHomeAndFile) {
+TEST_F(InstanceProvisioningTest, ResultNeedsHomeAndFile) {
   proves("RESULT-1");
   EXPECT_EQ(InstanceService(std::nullopt).getProvisioningResult(), -1);
   EXPECT_EQ(InstanceService(home()).getProvisioningResult(), -1);
@@ -157,7 +157,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ResultCase{"rc=2/", 0}, ResultCase{"rc=2:", 0}, ResultCase{"rc=+-1", 0},
                       ResultCase{"rc=0000000000000000000002", 0}));
 
-TEST_F(ProvisioningTest, BlanksBeforeTheCodeAreSkipped) {
+TEST_F(InstanceProvisioningTest, BlanksBeforeTheCodeAreSkipped) {
   proves("RESULT-2");
   // Text without digits counts as 0, a success; only the skipped blanks let the failure be seen.
   writeResult("rc=\t \\ 1\n");
@@ -174,7 +174,7 @@ class NamedFiles : public StubFileManager {
   bool entryExists(const std::string& path) override { return present.contains(path); }
 };
 
-class TildeHomeTest : public ProvisioningTest {
+class TildeHomeTest : public InstanceProvisioningTest {
  protected:
   TildeHomeTest() {
     _files.contents[_sandbox.path("Users/tester/.provisioning_rc")] = "rc=0\n";
@@ -209,7 +209,7 @@ TEST_F(TildeHomeTest, ResultIsLookedForBesideTheHomeAsItIsWritten) {
   EXPECT_EQ(InstanceService(kTildeHome).getProvisioningResult(), -1);
 }
 
-TEST_F(ProvisioningTest, OldResultIsRemoved) {
+TEST_F(InstanceProvisioningTest, OldResultIsRemoved) {
   proves("RESULT-6");
   writeResult("rc=0\n");
 
@@ -218,7 +218,7 @@ TEST_F(ProvisioningTest, OldResultIsRemoved) {
   EXPECT_FALSE(_sandbox.exists(inHome("../.provisioning_rc")));
 }
 
-TEST_F(ProvisioningTest, OldResultStaysWithoutHome) {
+TEST_F(InstanceProvisioningTest, OldResultStaysWithoutHome) {
   proves("RESULT-6");
   writeResult("rc=0\n");
 
@@ -227,7 +227,7 @@ TEST_F(ProvisioningTest, OldResultStaysWithoutHome) {
   EXPECT_TRUE(_sandbox.exists(inHome("../.provisioning_rc")));
 }
 
-TEST_F(ProvisioningTest, OldResultStaysWhenTheHomeIsGone) {
+TEST_F(InstanceProvisioningTest, OldResultStaysWhenTheHomeIsGone) {
   proves("RESULT-6");
   writeResult("rc=0\n");
   InstanceService service(home());
@@ -238,7 +238,7 @@ TEST_F(ProvisioningTest, OldResultStaysWhenTheHomeIsGone) {
   EXPECT_TRUE(_sandbox.exists("Applications/Quillmere.app/Contents/MacOS/.provisioning_rc"));
 }
 
-TEST_F(ProvisioningTest, LinkToNothingIsNoOldResult) {
+TEST_F(InstanceProvisioningTest, LinkToNothingIsNoOldResult) {
   proves("RESULT-6");
   _sandbox.makeLink(inHome("../.provisioning_rc"), "nothing");
 
@@ -247,7 +247,7 @@ TEST_F(ProvisioningTest, LinkToNothingIsNoOldResult) {
   EXPECT_EQ(_sandbox.linkTarget(inHome("../.provisioning_rc")), "nothing");
 }
 
-TEST_F(ProvisioningTest, NoOldResultIsNoChange) {
+TEST_F(InstanceProvisioningTest, NoOldResultIsNoChange) {
   proves("RESULT-6");
   InstanceService service(home());
   const std::size_t before = _sandbox.files().operations().size();
