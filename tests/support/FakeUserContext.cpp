@@ -4,6 +4,11 @@
 
 namespace installer::test {
 
+void FakeUserContext::add(const User& user) {
+  std::erase_if(userList, [&](const User& known) { return known.name == user.name; });
+  userList.push_back(user);
+}
+
 std::optional<std::string> FakeUserContext::environment(const std::string& variable) {
   const auto found = variables.find(variable);
   return found != variables.end() ? std::optional(found->second) : std::nullopt;

@@ -19,6 +19,9 @@ class FakeUserContext : public UserContext {
   std::set<uid_t> refusedUsers;  // nobody may become these
   std::vector<uid_t> switches;   // every change asked for, granted or not
 
+  // Takes the place of a user of the same name.
+  void add(const User& user);
+
   std::optional<std::string> environment(const std::string& variable) override;
   std::optional<std::string> currentUserName() override;
   uid_t effectiveUserId() override { return effectiveUser; }

@@ -2,13 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/Platform.h"
-#include "platform/UserContext.h"
 #include "support/FakeUserContext.h"
 #include "support/Proves.h"
 #include "support/RandomText.h"
@@ -17,30 +15,20 @@
 namespace installer::test {
 namespace {
 
-class Homes : public UserContext {
- public:
-  std::optional<std::string> environment(const std::string& variable) override {
-    return variable == "HOME" ? home : std::nullopt;
-  }
-  std::optional<std::string> currentUserName() override { return name; }
-  uid_t effectiveUserId() override { return 0; }
-  std::optional<User> findUser(const std::string& wanted) override {
-    if (!users.contains(wanted)) return std::nullopt;
-    return User{wanted, 1, 1, users[wanted]};
-  }
-  std::optional<gid_t> findGroup(const std::string&) override { return std::nullopt; }
-  bool setEffectiveUserId(uid_t) override { return false; }
-
-  std::optional<std::string> home = "/Users/me";
-  std::optional<std::string> name = "ada";
-  std::map<std::string, std::string> users{{"ada", "/database/ada/"}, {"homeless", ""}};
-};
-
 class ExpandingTildeTest : public ::testing::Test {
  protected:
-  ExpandingTildeTest() { _platform.users = &_homes; }
+  static constexpr uid_t kAda = 1;
+  static constexpr uid_t kHomeless = 2;
+  static constexpr uid_t kNobody = 3;
 
-  Homes _homes;
+  ExpandingTildeTest() {
+    _users.userList = {{"ada", kAda, 1, "/database/ada/"}, {"homeless", kHomeless, 1, ""}};
+    _users.variables = {{"HOME", "/Users/me"}};
+    _users.effectiveUser = kAda;
+    _platform.users = &_users;
+  }
+
+  FakeUserContext _users;
   Platform _platform;
   ScopedPlatform _scope{_platform};
 };
@@ -54,29 +42,25 @@ TEST_F(ExpandingTildeTest, ATildeIsTheFolderThatTheDatabaseKnows) {
 
 TEST_F(ExpandingTildeTest, HomeStandsInForWhomTheDatabaseDoesNotKnow) {
   proves("PATH-2");
-  _homes.name.reset();
+  _users.effectiveUser = kNobody;
+  EXPECT_EQ(path::expandingTilde("~"), "/Users/me");
   EXPECT_EQ(path::expandingTilde("~/a"), "/Users/me/a");
 
-  _homes.name = "stranger";
-  EXPECT_EQ(path::expandingTilde("~"), "/Users/me");
-
-  _homes.name = "homeless";
+  _users.effectiveUser = kHomeless;
   EXPECT_EQ(path::expandingTilde("~/a//b/"), "/Users/me/a/b");
 }
 
 TEST_F(ExpandingTildeTest, WithoutAnyHomeThePathStays) {
   proves("PATH-2");
-  _homes.home.reset();
-  _homes.name = "stranger";
+  _users.variables.erase("HOME");
+  _users.effectiveUser = kNobody;
+  EXPECT_EQ(path::expandingTilde("~"), "~");
   EXPECT_EQ(path::expandingTilde("~/a/"), "~/a/");
 
-  _homes.name = "homeless";
+  _users.effectiveUser = kHomeless;
   EXPECT_EQ(path::expandingTilde("~/a"), "~/a");
 
-  _homes.name.reset();
-  EXPECT_EQ(path::expandingTilde("~"), "~");
-
-  _homes.home = "";
+  _users.variables["HOME"] = "";
   EXPECT_EQ(path::expandingTilde("~"), "~");
 }
 

@@ -20,7 +20,7 @@ using ::testing::Not;
 class FileManagerAttributesTest : public FileManagerFixture {
  protected:
   FileManagerAttributesTest() {
-    _users.users["ada"] = {"ada", 1234, 2345, ""};
+    _users.add({"ada", 1234, 2345, ""});
     _users.groups["crew"] = 3456;
   }
 

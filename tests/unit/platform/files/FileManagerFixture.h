@@ -8,40 +8,23 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <map>
-#include <optional>
 #include <string>
 
-#include "platform/UserContext.h"
 #include "support/FailingFileManager.h"
+#include "support/FakeUserContext.h"
 #include "support/TemporaryFolder.h"
 #include "support/TreeSnapshot.h"
 
 namespace installer::test {
 
 // Accounts that a test makes up. The process's own user is known as "self".
-class MadeUpUsers : public UserContext {
+class MadeUpUsers : public FakeUserContext {
  public:
   MadeUpUsers() {
-    users["self"] = {"self", ::geteuid(), ::getegid(), "/home/self"};
+    add({"self", ::geteuid(), ::getegid(), "/home/self"});
     groups["own"] = ::getegid();
+    effectiveUser = ::geteuid();
   }
-
-  std::optional<std::string> environment(const std::string&) override { return std::nullopt; }
-  std::optional<std::string> currentUserName() override { return "self"; }
-  uid_t effectiveUserId() override { return ::geteuid(); }
-  std::optional<User> findUser(const std::string& name) override {
-    const auto user = users.find(name);
-    return user == users.end() ? std::nullopt : std::optional(user->second);
-  }
-  std::optional<gid_t> findGroup(const std::string& name) override {
-    const auto group = groups.find(name);
-    return group == groups.end() ? std::nullopt : std::optional(group->second);
-  }
-  bool setEffectiveUserId(uid_t) override { return false; }
-
-  std::map<std::string, User> users;
-  std::map<std::string, gid_t> groups;
 };
 
 // The real file manager on a private folder.

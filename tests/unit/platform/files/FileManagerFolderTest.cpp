@@ -119,7 +119,7 @@ TEST_F(FileManagerFolderTest, AFileMadeMeanwhileDoesNot) {
 
 TEST_F(FileManagerFolderTest, AttributesAreExactWhateverTheMask) {
   proves("FILES-16");
-  _users.users["ada"] = {"ada", 1234, 2345, ""};
+  _users.add({"ada", 1234, 2345, ""});
   _users.groups["crew"] = 3456;
   const CreationMask mask(077);
 
@@ -194,7 +194,7 @@ TEST_F(FileManagerFolderTest, AFolderThatTurnsOutToBeSomebodyElsesIsNotGivenAway
 
 TEST_F(FileManagerFolderTest, AnOrdinaryUserCannotGiveAFolderAway) {
   giveToOrdinaryUser(_folder.makeFolder("work"));
-  _users.users["root"] = {"root", 0, 0, ""};
+  _users.add({"root", 0, 0, ""});
 
   EXPECT_TRUE(asOrdinaryUser([&] {
     return !create("work/folder", Intermediates::refuse, FileAttributes{"root", "admin", 0775});

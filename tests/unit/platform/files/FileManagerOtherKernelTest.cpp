@@ -268,7 +268,7 @@ TEST_F(FileManagerOtherKernelTest, AWalkThatTheSystemRefusesIsAFailure) {
 TEST_F(FileManagerOtherKernelTest, AnOwnerThatTheSystemRefusesIsAFailure) {
   if (!isRoot()) GTEST_SKIP() << "only root can give files away";
   _folder.makeFile("tree/file", "", 0775);
-  _users.users["ada"] = {"ada", 1234, 2345, ""};
+  _users.add({"ada", 1234, 2345, ""});
 
   EXPECT_TRUE(without(SYS_fchownat, EIO, [&] {
     return !_files.changeAttributesBelow(path("tree"), {"ada", "admin", 0775});

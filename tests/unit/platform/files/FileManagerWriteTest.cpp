@@ -291,7 +291,7 @@ TEST_F(FileManagerWriteTest, AnOrdinaryUserCannotWriteInAForeignFolder) {
 }
 
 TEST_F(FileManagerWriteTest, ACreatedFileHasExactlyTheAttributes) {
-  _users.users["ada"] = {"ada", 1234, 2345, ""};
+  _users.add({"ada", 1234, 2345, ""});
   _users.groups["crew"] = 3456;
   const CreationMask mask(077);
 
@@ -307,7 +307,7 @@ TEST_F(FileManagerWriteTest, ACreatedFileHasExactlyTheAttributes) {
 
 TEST_F(FileManagerWriteTest, WithoutAGroupAdminTheOwnersOwnGroupIsGiven) {
   if (!isRoot()) GTEST_SKIP() << "only root can give files away";
-  _users.users["ada"] = {"ada", 1234, 2345, ""};
+  _users.add({"ada", 1234, 2345, ""});
 
   EXPECT_TRUE(create("file", "", {"ada", "admin", 0775}));
   EXPECT_EQ(statusOf("file").st_gid, 2345u);
@@ -341,7 +341,7 @@ TEST_F(FileManagerWriteTest, AnUnknownOwnersFileStillGetsTheGroup) {
 
 TEST_F(FileManagerWriteTest, WhenTheOwnerIsRefusedTheGroupIsTriedAlone) {
   if (!isRoot()) GTEST_SKIP() << "only root can give files away";
-  _users.users["ada"] = {"ada", 1234, 2345, ""};
+  _users.add({"ada", 1234, 2345, ""});
   _files.failNext(FileOperation::kChangeOwner, EPERM);
 
   EXPECT_TRUE(create("file", "x", {"ada", "admin", 0640}));
@@ -358,7 +358,7 @@ TEST_F(FileManagerWriteTest, NothingIsGivenThatTheFileHas) {
 
 TEST_F(FileManagerWriteTest, AGroupAloneOrAnOwnerAloneIsGiven) {
   if (!isRoot()) GTEST_SKIP() << "only root can give files away";
-  _users.users["ada"] = {"ada", 1234, ::getegid(), ""};
+  _users.add({"ada", 1234, ::getegid(), ""});
   _users.groups["crew"] = 3456;
 
   EXPECT_TRUE(create("a", "", {"ada", "own", 0640}));
