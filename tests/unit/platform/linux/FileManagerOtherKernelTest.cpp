@@ -7,7 +7,7 @@
 
 #include "support/ChildRun.h"
 #include "support/Proves.h"
-#include "support/RefusedCall.h"
+#include "support/linux/RefusedCall.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
 namespace installer::test {

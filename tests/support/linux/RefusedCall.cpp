@@ -1,4 +1,4 @@
-#include "support/RefusedCall.h"
+#include "support/linux/RefusedCall.h"
 
 #include <linux/filter.h>
 #include <linux/seccomp.h>
