@@ -558,6 +558,8 @@ TEST_F(BadInputTest, FullTmpIsSurvived) {
   _sandbox.fillSpace("/tmp");
 
   EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
 }
 
 TEST_F(BadInputTest, LimitOnFileSizesIsAnErrorNotTheEnd) {

@@ -251,6 +251,8 @@ TEST_F(ErrorChannelTest, FolderInThePasteboardsPlaceIsSurvived) {
   _sandbox.makeFolder(std::string(kPasteboard) + "/x");
 
   EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ((ErrorRecord{0, {}}), errorRecord());
 }
 
 }  // namespace

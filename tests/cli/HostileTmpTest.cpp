@@ -291,6 +291,10 @@ TEST_F(HostileTmpTest, LinksInTheInstanceAreReplacedNotWrittenThrough) {
     _sandbox.makeLink(path, kPrecious);
 
   EXPECT_EQ(0, install().status);
+
+  EXPECT_TRUE(_sandbox.isRegular(_instance.deploy("install.update.xml")));
+  EXPECT_EQ(kUninstallManifest, _sandbox.readFile(_instance.deploy("uninstall.hotfix.xml")));
+  EXPECT_EQ(kPrecious, _sandbox.linkTarget(_instance.deploy("install.0101200000.xml")));
 }
 
 TEST_F(HostileTmpTest, CustomizationLinkIsReplacedByTheMergedFile) {

@@ -368,6 +368,7 @@ TEST_F(ManifestTest, ExternalEntityIsNeverRead) {
       "<note>&x;</note></install></object-data></domain-object></m>");
 
   EXPECT_THAT(left(), Not(HasSubstr("secret words")));
+  EXPECT_THAT(left(), HasSubstr("<note>&x;</note>"));
 }
 
 TEST_F(ManifestTest, ExplodingEntitiesEndInBoundedTimeAndSpace) {

@@ -564,6 +564,8 @@ TEST_F(ProvisioningTest, FolderLeftAsResultIsAFailure) {
   _sandbox.script("rcplauncher", 2, ChildScript().folder(_instance.result()));
 
   EXPECT_EQ(1, install().status);
+
+  EXPECT_EQ(std::nullopt, recorded("hotfixVersion"));
 }
 
 // --- A launcher that cannot be started -----------------------------------------------------------

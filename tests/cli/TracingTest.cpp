@@ -190,6 +190,8 @@ TEST_F(TracingTest, ProgramThroughALinkIsFoundByItsOwnPath) {
   options.background = {{"/opt/start", "--idle"}};
 
   EXPECT_EQ(1, install(options).status);
+
+  EXPECT_EQ((ErrorRecord{6, {"Quillmere"}}), errorRecord());
 }
 
 TEST_F(TracingTest, DestinationThroughALinkFindsTheRunningProgram) {
