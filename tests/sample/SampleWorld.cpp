@@ -39,7 +39,8 @@ std::vector<std::string> joined(std::vector<std::string> first,
 
 Outcome run(const std::vector<std::string>& command) {
   std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) return {};
+  if (pipe(ends.data()) != 0) return {};
+  for (const int end : ends) fcntl(end, F_SETFD, FD_CLOEXEC);
   posix_spawn_file_actions_t actions{};
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);

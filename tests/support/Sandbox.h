@@ -7,12 +7,11 @@
 #include <string_view>
 #include <vector>
 
+#include "SystemStores.h"
 #include "hotfix/base/PropertyList.h"
 #include "platform/Pasteboard.h"
 #include "platform/Platform.h"
 #include "platform/Preferences.h"
-#include "platform/linux/FilePasteboard.h"
-#include "platform/linux/UserPreferences.h"
 #include "support/CapturedLog.h"
 #include "support/FailingFileManager.h"
 #include "support/FakeClock.h"
@@ -37,8 +36,8 @@ class Sandbox : public TemporaryFolder {
   Platform& platform() { return _platform; }
   const FixedPaths& paths() const { return _platform.paths; }
   FailingFileManager& files() { return _files; }
-  Pasteboard& pasteboard() { return _pasteboard; }
-  Preferences& preferences() { return _preferences; }
+  Pasteboard& pasteboard() { return _stores.pasteboard; }
+  Preferences& preferences() { return _stores.preferences; }
   FakeClock& clock() { return _clock; }
   FakeUserContext& users() { return _users; }
   FakeProcessTable& processes() { return _processes; }
@@ -86,8 +85,7 @@ class Sandbox : public TemporaryFolder {
   RecordedChildren _children;
   FakeProcessTable _processes;
   CapturedLog _log{_clock};
-  FilePasteboard _pasteboard{_files, root() + FixedPaths().pasteboard};
-  UserPreferences _preferences{_files, _users};
+  SystemStores _stores{_files, _users, root() + FixedPaths().pasteboard};
   Platform _platform = services();
   ScopedPlatform _scope{_platform};
 };

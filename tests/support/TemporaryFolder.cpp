@@ -97,7 +97,7 @@ std::string TemporaryFolder::makeSocket(std::string_view relative) const {
   address.sun_family = AF_UNIX;
   require(place.size() < sizeof address.sun_path, place);
   place.copy(address.sun_path, place.size());
-  const int number = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int number = ::socket(AF_UNIX, SOCK_STREAM, 0);
   require(::bind(number, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, place);
   ::close(number);
   return place;

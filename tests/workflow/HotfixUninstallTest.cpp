@@ -42,7 +42,7 @@ class HotfixUninstallTest : public PackageFixture {
   bool uninstall() { return uninstall(data()); }
   // What has left the process so far for the standard output that uninstall() catches.
   static std::string told() {
-    std::ifstream caught("/proc/self/fd/1");
+    std::ifstream caught("/dev/fd/1");
     return {std::istreambuf_iterator<char>(caught), std::istreambuf_iterator<char>()};
   }
   Command run() const {

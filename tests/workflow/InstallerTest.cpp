@@ -12,6 +12,7 @@
 #include "support/FolderHolder.h"
 #include "support/PackageFixture.h"
 #include "support/Proves.h"
+#include "support/RecordingPasteboard.h"
 
 namespace installer::test {
 namespace {
@@ -172,28 +173,10 @@ TEST_F(InstallerTest, MissingWorkspaceFlagDoublesTheInstallation) {
       Contains("Hot fix workspace flag file is missing, launching install new hotfix twice"));
 }
 
-// Remembers every record that is stored, the resets too.
-class RecordingPasteboard : public Pasteboard {
- public:
-  explicit RecordingPasteboard(Pasteboard& real) : _real(real) {}
-
-  void clear() override { _real.clear(); }
-  void setRecord(const Dictionary& record) override {
-    stored.push_back(record);
-    _real.setRecord(record);
-  }
-  std::optional<Dictionary> record() override { return _real.record(); }
-
-  std::vector<Dictionary> stored;
-
- private:
-  Pasteboard& _real;
-};
-
 TEST_F(InstallerTest, MissingManifestStopsBothOfTwoInstallations) {
   _sandbox.remove("data/.config");
   _sandbox.remove("HF/deploy/install.hotfix.xml");
-  RecordingPasteboard pasteboard(_sandbox.pasteboard());
+  RecordingPasteboard pasteboard;
   _sandbox.platform().pasteboard = &pasteboard;
 
   EXPECT_EQ(run(), 1);

@@ -1,75 +1,14 @@
+#include "unit/platform/ChildProcessesContract.h"
+
 #include <gmock/gmock.h>
 
-#include <functional>
-#include <memory>
-
-#include "platform/posix/PosixChildProcesses.h"
-#include "support/ChildFolder.h"
 #include "support/Proves.h"
 #include "support/RecordedChildren.h"
-#include "support/ScopedVariable.h"
-#include "support/TemporaryFolder.h"
 
 namespace installer::test {
 namespace {
 
 using ::testing::ElementsAre;
-
-// One implementation with the means to play its children.
-class Subject {
- public:
-  virtual ~Subject() = default;
-  virtual ChildProcesses& children() = 0;
-  virtual std::string executable() = 0;
-  virtual void letItPrint(const std::string& line) = 0;
-  virtual std::vector<std::vector<std::string>> startedWith() = 0;
-};
-
-class RealSubject : public Subject {
- public:
-  ChildProcesses& children() override { return _children; }
-  std::string executable() override { return recordedChild(); }
-  void letItPrint(const std::string& line) override {
-    _played.script("RecordedChild", ChildScript().print(line + "\nsecond line\n").text());
-  }
-  std::vector<std::vector<std::string>> startedWith() override {
-    std::vector<std::vector<std::string>> all;
-    for (const ChildRecord& record : _played.records()) all.push_back(record.arguments);
-    return all;
-  }
-
- private:
-  TemporaryFolder _folder;
-  ChildFolder _played{_folder.path()};
-  ScopedVariable _variable{ChildFolder::kVariable, _folder.path()};
-  PosixChildProcesses _children;
-};
-
-class FakeSubject : public Subject {
- public:
-  FakeSubject() { _children.failToStart("/nowhere/tool"); }
-  ChildProcesses& children() override { return _children; }
-  std::string executable() override { return "/some/tool"; }
-  void letItPrint(const std::string& line) override { _children.print(executable(), line); }
-  std::vector<std::vector<std::string>> startedWith() override {
-    std::vector<std::vector<std::string>> all;
-    for (const Command& command : _children.started()) all.push_back(command.arguments);
-    return all;
-  }
-
- private:
-  RecordedChildren _children;
-};
-
-struct Kind {
-  std::string name;
-  std::function<std::unique_ptr<Subject>()> make;
-};
-
-class ChildProcessesContractTest : public ::testing::TestWithParam<Kind> {
- protected:
-  std::unique_ptr<Subject> _subject = GetParam().make();
-};
 
 TEST_P(ChildProcessesContractTest, StartsEachCommandOnceWithItsArguments) {
   ChildProcesses& children = _subject->children();
@@ -125,11 +64,26 @@ TEST_P(ChildProcessesContractTest, AShellLineThatSucceedsHasStatusZero) {
   EXPECT_EQ(_subject->children().shell("true"), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds, ChildProcessesContractTest,
-    ::testing::Values(Kind{"Real", [] { return std::make_unique<RealSubject>(); }},
-                      Kind{"Fake", [] { return std::make_unique<FakeSubject>(); }}),
-    [](const auto& test) { return test.param.name; });
+class FakeSubject : public ChildProcessesSubject {
+ public:
+  FakeSubject() { _children.failToStart("/nowhere/tool"); }
+  ChildProcesses& children() override { return _children; }
+  std::string executable() override { return "/some/tool"; }
+  void letItPrint(const std::string& line) override { _children.print(executable(), line); }
+  std::vector<std::vector<std::string>> startedWith() override {
+    std::vector<std::vector<std::string>> all;
+    for (const Command& command : _children.started()) all.push_back(command.arguments);
+    return all;
+  }
+
+ private:
+  RecordedChildren _children;
+};
+
+INSTANTIATE_TEST_SUITE_P(Recorded, ChildProcessesContractTest,
+                         ::testing::Values(ChildProcessesKind{
+                             "Fake", [] { return std::make_unique<FakeSubject>(); }}),
+                         [](const auto& given) { return given.param.name; });
 
 }  // namespace
 }  // namespace installer::test

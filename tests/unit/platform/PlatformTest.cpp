@@ -5,30 +5,8 @@
 #include <map>
 #include <string>
 
-#include "platform/files/PosixFileManager.h"
-#include "platform/linux/FilePasteboard.h"
-#include "platform/linux/ProcProcessTable.h"
-#include "platform/linux/SyslogSystemLog.h"
-#include "platform/linux/UserPreferences.h"
-#include "platform/posix/PosixChildProcesses.h"
-#include "platform/posix/PosixClock.h"
-#include "platform/posix/PosixUserContext.h"
-
 namespace installer::test {
 namespace {
-
-TEST(PlatformTest, IsTheSystemsOwnAtFirst) {
-  Platform& platform = Platform::current();
-
-  EXPECT_NE(dynamic_cast<PosixFileManager*>(platform.files), nullptr);
-  EXPECT_NE(dynamic_cast<PosixChildProcesses*>(platform.children), nullptr);
-  EXPECT_NE(dynamic_cast<ProcProcessTable*>(platform.processes), nullptr);
-  EXPECT_NE(dynamic_cast<FilePasteboard*>(platform.pasteboard), nullptr);
-  EXPECT_NE(dynamic_cast<SyslogSystemLog*>(platform.log), nullptr);
-  EXPECT_NE(dynamic_cast<UserPreferences*>(platform.preferences), nullptr);
-  EXPECT_NE(dynamic_cast<PosixUserContext*>(platform.users), nullptr);
-  EXPECT_NE(dynamic_cast<PosixClock*>(platform.clock), nullptr);
-}
 
 TEST(PlatformTest, IsMadeOnce) {
   EXPECT_EQ(&Platform::current(), &Platform::current());

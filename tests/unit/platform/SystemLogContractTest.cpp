@@ -1,36 +1,15 @@
-#include <fcntl.h>
+#include "unit/platform/SystemLogContract.h"
+
 #include <gmock/gmock.h>
-#include <unistd.h>
 
-#include <functional>
-#include <memory>
-
-#include "platform/linux/SyslogSystemLog.h"
 #include "support/CapturedLog.h"
-#include "support/FakeClock.h"
 #include "support/Proves.h"
-#include "support/TemporaryFolder.h"
 
 namespace installer::test {
 namespace {
 
 using ::testing::EndsWith;
 using ::testing::StartsWith;
-
-struct Kind {
-  std::string name;
-  std::function<std::unique_ptr<SystemLog>(Clock&)> make;
-};
-
-class SystemLogContractTest : public ::testing::TestWithParam<Kind> {
- protected:
-  ~SystemLogContractTest() override { close(_file); }
-
-  TemporaryFolder _folder;
-  FakeClock _clock;
-  std::unique_ptr<SystemLog> _log = GetParam().make(_clock);
-  const int _file = open(_folder.path("log").c_str(), O_WRONLY | O_CREAT, 0600);
-};
 
 TEST_P(SystemLogContractTest, MirrorsLinesIntoAnAddedFile) {
   proves("LOG-9");
@@ -68,12 +47,11 @@ TEST_P(SystemLogContractTest, RefusesADescriptorThatIsNotOpen) {
   EXPECT_NE(_log->addFile(12345), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds, SystemLogContractTest,
-    ::testing::Values(
-        Kind{"Real", [](Clock& clock) { return std::make_unique<SyslogSystemLog>(clock); }},
-        Kind{"Fake", [](Clock& clock) { return std::make_unique<CapturedLog>(clock); }}),
-    [](const auto& test) { return test.param.name; });
+INSTANTIATE_TEST_SUITE_P(Captured, SystemLogContractTest,
+                         ::testing::Values(SystemLogKind{
+                             "Fake",
+                             [](Clock& clock) { return std::make_unique<CapturedLog>(clock); }}),
+                         [](const auto& given) { return given.param.name; });
 
 TEST(CapturedLogTest, RemembersLevelsAndExactTexts) {
   FakeClock clock;

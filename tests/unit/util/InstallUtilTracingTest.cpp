@@ -3,6 +3,7 @@
 
 #include "hotfix/util/InstallUtil.h"
 #include "platform/Log.h"
+#include "support/FakePreferences.h"
 #include "support/Proves.h"
 #include "support/Sandbox.h"
 
@@ -38,19 +39,8 @@ TEST_F(InstallUtilTracingTest, TracesAreWrittenWhateverThePreferenceSays) {
   EXPECT_TRUE(InstallUtil::shouldWriteTraces());
 }
 
-// Preferences that hold nothing, and remember what they were asked for.
-class AskedPreferences : public Preferences {
- public:
-  std::optional<PropertyList::Dictionary> domain(std::string_view name) override {
-    asked.emplace_back(name);
-    return std::nullopt;
-  }
-
-  std::vector<std::string> asked;
-};
-
 TEST_F(InstallUtilTracingTest, PreferencesAreAskedForOnceEach) {
-  AskedPreferences preferences;
+  FakePreferences preferences;
   _sandbox.platform().preferences = &preferences;
 
   (void)InstallUtil::shouldWriteTraces();

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <string>
 
+#include "platform/files/FileSystemCalls.h"
 #include "support/ChildRun.h"
 #include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
@@ -12,6 +13,7 @@
 namespace installer::test {
 namespace {
 
+using syscalls::modificationTime;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -43,8 +45,8 @@ TEST_F(FileManagerCopyTest, AFileIsCopiedWithItsBytesModeAndTime) {
 
   EXPECT_EQ(_folder.content("to"), bytes);
   EXPECT_EQ(modeOf("to"), 0640u);
-  EXPECT_EQ(statusOf("to").st_mtim.tv_sec, 1000000000);
-  EXPECT_EQ(statusOf("to").st_mtim.tv_nsec, 123);
+  EXPECT_EQ(modificationTime(statusOf("to")).tv_sec, 1000000000);
+  EXPECT_EQ(modificationTime(statusOf("to")).tv_nsec, 123);
   EXPECT_THAT(pathsIn(snapshot()), ElementsAre("from", "to"));
 }
 
@@ -108,10 +110,10 @@ TEST_F(FileManagerCopyTest, FoldersAndLinksKeepTheirTimes) {
 
   EXPECT_TRUE(copy("tree", "copy"));
 
-  EXPECT_EQ(statusOf("copy/link").st_mtim.tv_sec, 1100000000);
-  EXPECT_EQ(statusOf("copy/folder/file").st_mtim.tv_sec, 1200000000);
-  EXPECT_EQ(statusOf("copy/folder").st_mtim.tv_sec, 1300000000);
-  EXPECT_EQ(statusOf("copy").st_mtim.tv_sec, 1400000000);
+  EXPECT_EQ(modificationTime(statusOf("copy/link")).tv_sec, 1100000000);
+  EXPECT_EQ(modificationTime(statusOf("copy/folder/file")).tv_sec, 1200000000);
+  EXPECT_EQ(modificationTime(statusOf("copy/folder")).tv_sec, 1300000000);
+  EXPECT_EQ(modificationTime(statusOf("copy")).tv_sec, 1400000000);
 }
 
 TEST_F(FileManagerCopyTest, ALinkIsCopiedAsALink) {
@@ -124,7 +126,7 @@ TEST_F(FileManagerCopyTest, ALinkIsCopiedAsALink) {
 
   EXPECT_EQ(snapshot("copy")["."].kind, "link");
   EXPECT_EQ(snapshot("copy")["."].content, "file");
-  EXPECT_EQ(statusOf("copy").st_mtim.tv_sec, 1100000000);
+  EXPECT_EQ(modificationTime(statusOf("copy")).tv_sec, 1100000000);
 }
 
 TEST_F(FileManagerCopyTest, ADanglingLinkIsCopiedAsALink) {
@@ -248,7 +250,7 @@ TEST_F(FileManagerCopyTest, ATreeWithAPipeGetsItsNameWithWhatWasCopied) {
                                     path("copy") + "\": is not a regular file, folder or link");
   EXPECT_THAT(pathsIn(snapshot("copy")), ElementsAre("folder"));
   EXPECT_EQ(modeOf("copy/folder"), 0750u);
-  EXPECT_EQ(statusOf("copy").st_mtim.tv_sec, 1400000000);
+  EXPECT_EQ(modificationTime(statusOf("copy")).tv_sec, 1400000000);
 }
 
 TEST_F(FileManagerCopyTest, NothingIsCopiedAfterTheFirstFailure) {

@@ -3,13 +3,10 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
-#include <functional>
-#include <memory>
 
 #include "hotfix/platform/ProcessKeys.h"
 #include "platform/posix/PosixChildProcesses.h"
 #include "support/ChildFolder.h"
-#include "support/FakeProcessTable.h"
 #include "support/Proves.h"
 #include "support/ScopedVariable.h"
 #include "support/TemporaryFolder.h"
@@ -20,74 +17,12 @@ namespace {
 namespace fs = std::filesystem;
 
 using ::testing::Contains;
-using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Not;
-using ::testing::StartsWith;
 using ::testing::UnorderedElementsAre;
 
 constexpr std::string_view kExecutable = processKey::kExecutable;
 constexpr std::string_view kName = processKey::kName;
-
-// --- Contract ------------------------------------------------------------------------------------
-
-struct Kind {
-  std::string name;
-  std::function<std::unique_ptr<ProcessTable>(const std::string& self)> make;
-};
-
-std::unique_ptr<ProcessTable> makeFake(const std::string& self) {
-  auto table = std::make_unique<FakeProcessTable>();
-  table->add("/sbin/init");
-  table->add(self);
-  return table;
-}
-
-class ProcessTableContractTest : public ::testing::TestWithParam<Kind> {
- protected:
-  const std::string _self = fs::read_symlink("/proc/self/exe").string();
-  std::unique_ptr<ProcessTable> _table = GetParam().make(_self);
-};
-
-TEST_P(ProcessTableContractTest, TellsThisProcessByItsPath) {
-  EXPECT_THAT(_table->valuesForKey("CFBundleExecutable"), Contains(_self));
-  EXPECT_THAT(_table->valuesForKey(kExecutable), Each(StartsWith("/")));
-}
-
-TEST_P(ProcessTableContractTest, TellsThisProcessByItsFileName) {
-  EXPECT_THAT(_table->valuesForKey("CFBundleName"), Contains(fs::path(_self).filename().string()));
-  EXPECT_THAT(_table->valuesForKey(kName), Each(Not(::testing::HasSubstr("/"))));
-}
-
-TEST_P(ProcessTableContractTest, KnowsNoOtherKey) {
-  proves("PROCESS-1");
-  EXPECT_THAT(_table->valuesForKey("CFBundleIdentifier"), IsEmpty());
-  EXPECT_THAT(_table->valuesForKey(""), IsEmpty());
-  EXPECT_THAT(_table->valuesForKey("cfbundleexecutable"), IsEmpty());
-}
-
-TEST_P(ProcessTableContractTest, ReportsAPathWhereNothingIsAsItIs) {
-  proves("PROCESS-2");
-  EXPECT_EQ(_table->asReported("/nowhere/at/../all"), "/nowhere/at/../all");
-  EXPECT_EQ(_table->asReported(""), "");
-}
-
-INSTANTIATE_TEST_SUITE_P(Kinds, ProcessTableContractTest,
-                         ::testing::Values(Kind{"Real",
-                                                [](const std::string&) {
-                                                  return std::make_unique<ProcProcessTable>();
-                                                }},
-                                           Kind{"Fake", makeFake}),
-                         [](const auto& test) { return test.param.name; });
-
-TEST(FakeProcessTableTest, ReportsPathsAsToldTo) {
-  FakeProcessTable table;
-
-  table.report("/link", "/target");
-
-  EXPECT_EQ(table.asReported("/link"), "/target");
-}
 
 // --- The real table on running programs ----------------------------------------------------------
 

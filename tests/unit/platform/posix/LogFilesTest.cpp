@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -133,20 +134,21 @@ TEST_F(LogFilesTest, AFileThatCannotBeWrittenLosesItsLinesOnly) {
   EXPECT_EQ(_folder.content("log"), line("Mar  9 14:05:07", "<Info>: text"));
 }
 
-// A packet pipe keeps writes apart, so a second write of a line would show as a second packet.
+// A pair of datagram sockets keeps writes apart: a second write of a line would be a second
+// message.
 TEST_F(LogFilesTest, ALineIsOneWrite) {
   proves("LOG-4");
   int ends[2] = {-1, -1};
-  ASSERT_EQ(pipe2(ends, O_DIRECT), 0);
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_DGRAM, 0, ends), 0);
   _files.add(ends[1]);
 
   _files.write(LogLevel::notice, "a long enough text");
-  char packet[512] = {};
-  const ssize_t length = read(ends[0], packet, sizeof packet);
+  char message[512] = {};
+  const ssize_t length = read(ends[0], message, sizeof message);
   close(ends[0]);
   close(ends[1]);
 
-  EXPECT_EQ(std::string(packet, static_cast<std::size_t>(length)),
+  EXPECT_EQ(std::string(message, static_cast<std::size_t>(length)),
             line("Mar  9 14:05:07", "<Notice>: a long enough text"));
 }
 
@@ -184,7 +186,7 @@ TEST_F(LogFilesTest, ASignalLosesNoLine) {
   action.sa_handler = passOver;  // without SA_RESTART: a blocked write is cut short
   sigaction(SIGUSR1, &action, &previous);
   int ends[2] = {-1, -1};
-  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  ASSERT_EQ(pipe(ends), 0);
   fill(ends[1]);
   _files.add(ends[1]);
 

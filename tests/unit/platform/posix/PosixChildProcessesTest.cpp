@@ -28,7 +28,7 @@ using ::testing::StartsWith;
 
 std::size_t countOpenDescriptors() {
   return static_cast<std::size_t>(
-      std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
+      std::distance(std::filesystem::directory_iterator("/dev/fd"), {}));
 }
 
 // A signal of this process, handled otherwise for a while.
@@ -48,9 +48,11 @@ class ScopedAction {
   struct sigaction _previous {};
 };
 
+using Resource = decltype(RLIMIT_NOFILE);
+
 class ScopedLimit {
  public:
-  ScopedLimit(__rlimit_resource_t resource, rlim_t limit) : _resource(resource) {
+  ScopedLimit(Resource resource, rlim_t limit) : _resource(resource) {
     getrlimit(resource, &_previous);
     const rlimit lowered{limit, _previous.rlim_max};
     setrlimit(resource, &lowered);
@@ -60,7 +62,7 @@ class ScopedLimit {
   ~ScopedLimit() { setrlimit(_resource, &_previous); }
 
  private:
-  const __rlimit_resource_t _resource;
+  const Resource _resource;
   rlimit _previous{};
 };
 
@@ -156,11 +158,11 @@ TEST_F(PosixChildProcessesTest, AChildHasDefaultSignalHandling) {
   const ScopedAction size(SIGXFSZ, SIG_IGN);
   const ScopedAction interrupt(SIGINT, SIG_IGN);
   const ScopedAction user(SIGUSR2, SIG_IGN);
-  const ScopedAction last(SIGRTMAX, SIG_IGN);
+  const ScopedAction last(NSIG - 1, SIG_IGN);
   sigset_t blocked;
   sigset_t previous;
   sigemptyset(&blocked);
-  for (const int signal : {SIGTERM, SIGCHLD, SIGUSR1, SIGRTMIN}) sigaddset(&blocked, signal);
+  for (const int signal : {SIGTERM, SIGCHLD, SIGUSR1, NSIG - 2}) sigaddset(&blocked, signal);
   sigprocmask(SIG_BLOCK, &blocked, &previous);
 
   run(helper());

@@ -1,0 +1,92 @@
+// The services that every POSIX system has, in the contract suites.
+
+#include "platform/posix/PosixChildProcesses.h"
+#include "platform/posix/PosixClock.h"
+#include "platform/posix/PosixUserContext.h"
+#include "support/ChildFolder.h"
+#include "support/FailingFileManager.h"
+#include "support/FakeUserContext.h"
+#include "support/ScopedVariable.h"
+#include "support/TemporaryFolder.h"
+#include "unit/platform/ChildProcessesContract.h"
+#include "unit/platform/ClockContract.h"
+#include "unit/platform/FileManagerContract.h"
+#include "unit/platform/UserContextContract.h"
+
+namespace installer::test {
+namespace {
+
+class PlayedChildren : public ChildProcessesSubject {
+ public:
+  ChildProcesses& children() override { return _children; }
+  std::string executable() override { return recordedChild(); }
+  void letItPrint(const std::string& line) override {
+    _played.script("RecordedChild", ChildScript().print(line + "\nsecond line\n").text());
+  }
+  std::vector<std::vector<std::string>> startedWith() override {
+    std::vector<std::vector<std::string>> all;
+    for (const ChildRecord& record : _played.records()) all.push_back(record.arguments);
+    return all;
+  }
+
+ private:
+  TemporaryFolder _folder;
+  ChildFolder _played{_folder.path()};
+  ScopedVariable _variable{ChildFolder::kVariable, _folder.path()};
+  PosixChildProcesses _children;
+};
+
+INSTANTIATE_TEST_SUITE_P(Posix, ChildProcessesContractTest,
+                         ::testing::Values(ChildProcessesKind{
+                             "Real", [] { return std::make_unique<PlayedChildren>(); }}),
+                         [](const auto& given) { return given.param.name; });
+
+class SystemUsers : public UserContextSubject {
+ public:
+  UserContext& users() override { return _users; }
+  void setVariable(const std::optional<std::string>& value) override {
+    _variable.emplace(kContractVariable, value);
+  }
+
+ private:
+  std::optional<ScopedVariable> _variable;
+  PosixUserContext _users;
+};
+
+INSTANTIATE_TEST_SUITE_P(Posix, UserContextContractTest,
+                         ::testing::Values(UserContextKind{
+                             "Real", [] { return std::make_unique<SystemUsers>(); }}),
+                         [](const auto& given) { return given.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(Posix, ClockContractTest,
+                         ::testing::Values(ClockKind{
+                             "Real", [] { return std::make_unique<PosixClock>(); }}),
+                         [](const auto& given) { return given.param.name; });
+
+template <class Manager>
+class FilesOnDisk : public FileManagerSubject {
+ public:
+  FileManager& files() override { return _files; }
+  std::string folder() override { return _folder.path(); }
+  void put(const std::string& name, const std::string& bytes) override {
+    _folder.makeFile(name, bytes);
+  }
+
+ private:
+  TemporaryFolder _folder;
+  FakeUserContext _users;
+  Manager _files{_users};
+};
+
+const auto kManagers = ::testing::Values(
+    FileManagerKind{"Real", [] { return std::make_unique<FilesOnDisk<PosixFileManager>>(); }},
+    FileManagerKind{"Failing", [] { return std::make_unique<FilesOnDisk<FailingFileManager>>(); }});
+
+INSTANTIATE_TEST_SUITE_P(Posix, FileManagerContractTest, kManagers,
+                         [](const auto& given) { return given.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(Posix, ChangingFileManagerContractTest, kManagers,
+                         [](const auto& given) { return given.param.name; });
+
+}  // namespace
+}  // namespace installer::test
