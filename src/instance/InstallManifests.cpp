@@ -75,7 +75,7 @@ void InstanceService::backupInstallManifest() {
   }
   const std::string manifest = InstanceLayout::installManifest(*_pathToRcphome);
   if (reported::exists(manifest))
-    (void)reported::copy(manifest,
+    (void)reported::copy({manifest, contentFolders()},
                          InstanceLayout::deployed(*_pathToRcphome, "install." + version + ".xml"),
                          ExistingItem::keep);
 }
@@ -103,7 +103,7 @@ bool InstanceService::copyInstallManifest(
   }
   const std::string target = InstanceLayout::deployed(*_pathToRcphome, toFile);
   log(LogLevel::info, "Copy install manifest to {}.", target);
-  if (!reported::copy(manifest, target, ExistingItem::replace)) return false;
+  if (!reported::copy({manifest, contentFolders()}, target, ExistingItem::replace)) return false;
   if (!replaceInstallerRootWith || !exists(*replaceInstallerRootWith)) return true;
   return resolveInstallerRoot(target, *replaceInstallerRootWith);
 }
@@ -115,8 +115,9 @@ bool InstanceService::copyManifest(const std::optional<std::string>& manifest) {
 
 bool InstanceService::copyHotfixUninstallManifest(const std::optional<std::string>& manifest) {
   if (!_pathToRcphome || !manifest || !exists(*manifest)) return false;
-  return Platform::current().files->copy(
-      *manifest, InstanceLayout::uninstallManifest(*_pathToRcphome), ExistingItem::replace);
+  return Platform::current().files->copy({*manifest, contentFolders()},
+                                         InstanceLayout::uninstallManifest(*_pathToRcphome),
+                                         ExistingItem::replace);
 }
 
 }  // namespace installer

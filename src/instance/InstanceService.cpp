@@ -1,6 +1,8 @@
 #include "hotfix/instance/InstanceService.h"
 
+#include "hotfix/base/Path.h"
 #include "hotfix/formats/Configuration.h"
+#include "hotfix/util/InstallUtil.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/UserContext.h"
@@ -81,6 +83,32 @@ bool InstanceService::copyItem(const std::string& from, const std::string& to,
   if (shouldProceedAfterError(reason, from, to)) return true;
   if (error != nullptr) *error = reason;
   return false;
+}
+
+bool InstanceService::copyContent(const std::string& from, const std::string& to) const {
+  FileError error;
+  return Platform::current().files->copy({from, contentFolders()}, to, ExistingItem::fail,
+                                         &error) ||
+         shouldProceedAfterError(error, from, to);
+}
+
+bool InstanceService::hasContent(const std::string& path) const {
+  return Platform::current().files->hasContent({path, contentFolders()});
+}
+
+void InstanceService::setInstallPackage(const std::string& package) {
+  _pathToInstallPackage = package;
+}
+
+std::vector<std::string> InstanceService::contentFolders() const {
+  std::vector<std::string> folders;
+  if (_pathToRcphome)
+    folders.push_back(InstallUtil::getBundlePath(*_pathToRcphome).value_or(*_pathToRcphome));
+  if (_pathToInstallPackage) {
+    folders.push_back(*_pathToInstallPackage);
+    folders.push_back(path::appendingComponent(*_pathToInstallPackage, "../deploy"));
+  }
+  return folders;
 }
 
 bool InstanceService::hasRcphomeFolder() const {

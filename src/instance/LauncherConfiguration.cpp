@@ -46,10 +46,11 @@ bool InstanceService::copyLauncherTemplate(const std::string& path) const {
   const bool hasHome = files.createDirectory(*_pathToRcphome, Intermediates::create);
   if (!hasHome) log(LogLevel::error, "Failed to create directory {}", *_pathToRcphome);
   const std::string target = InstanceLayout::launcherProperties(*_pathToRcphome);
-  if (files.copy(path, target, ExistingItem::fail)) return true;
+  const CopySource source(path, contentFolders());
+  if (files.copy(source, target, ExistingItem::fail)) return true;
   log(LogLevel::error, "Fail to copy rcplauncher.properties to {}, try again...", target);
   // On purpose, a folder that could not be made fails the second attempt even when it copies.
-  if (files.copy(path, target, ExistingItem::fail) && hasHome) return true;
+  if (files.copy(source, target, ExistingItem::fail) && hasHome) return true;
   log(LogLevel::error, "Fail to copy rcplauncher.properties to {} again!", target);
   return false;
 }
@@ -106,7 +107,8 @@ bool InstanceService::copyOgsiAgentProperties(const std::string& path) {
     log(LogLevel::error, "Not able to find template for osgiagent.properties.");
     return false;
   }
-  return Platform::current().files->copy(path, InstanceLayout::agentProperties(*_pathToRcphome),
+  return Platform::current().files->copy({path, contentFolders()},
+                                         InstanceLayout::agentProperties(*_pathToRcphome),
                                          ExistingItem::fail);
 }
 
@@ -124,7 +126,7 @@ bool InstanceService::generateJVMPropertiesWithTemplate(const std::optional<std:
   FileError error;
   if (path && platform.files->exists(*path, &error)) {
     (void)platform.files->remove(target);
-    return copyItem(*path, target);
+    return copyContent(*path, target);
   }
   // A template that may be there is no reason to empty what is there.
   if (path && error.code != FileError::kMissing) return false;

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "hotfix/platform/FileError.h"
@@ -21,6 +22,19 @@ enum class ExistingItem {
   // is never none. Also goes when nothing can be copied. What stays makes the copy fail, and so
   // does an item that is to take its own place: it is gone then.
   replace,
+};
+
+// What a copy takes. A link at the path is copied as a link, unless its content is wanted: then one
+// that leads to a regular file in the folder that holds the link, or in one of the folders `within`
+// (at any depth; the root folder counts as none), is copied as that file, and another not at all.
+struct CopySource {
+  CopySource(std::string item) : path(std::move(item)) {}  // converts, for plain paths are the rule
+  CopySource(const char* item) : path(item) {}
+  CopySource(std::string item, std::vector<std::string> folders)
+      : path(std::move(item)), within(std::move(folders)) {}
+
+  std::string path;
+  std::optional<std::vector<std::string>> within;  // nullopt when a link is wanted as a link
 };
 
 // Whether createDirectory makes missing folders above the last one.
@@ -97,8 +111,10 @@ class FileManager {
   // bits (without set-id bits) and modification times are kept, owners are the process's. Stops at
   // the first item that cannot be copied; what was copied until then keeps its name. A folder
   // cannot be copied into itself.
-  virtual bool copy(const std::string& from, const std::string& to, ExistingItem existing,
+  virtual bool copy(const CopySource& from, const std::string& to, ExistingItem existing,
                     FileError* error = nullptr) = 0;
+  // Whether the source is no link whose content is wanted in vain.
+  virtual bool hasContent(const CopySource& source) = 0;
 
   // Brings the entries of the folder `from` into the existing folder `to`: a folder (links to
   // folders count) is merged the same way into an existing entry and copied whole where there is

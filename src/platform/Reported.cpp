@@ -38,7 +38,7 @@ bool write(const std::string& path, std::string_view bytes, ReplacedFile replace
   return answer(written, error);
 }
 
-bool copy(const std::string& from, const std::string& to, ExistingItem existing) {
+bool copy(const CopySource& from, const std::string& to, ExistingItem existing) {
   FileError error;
   const bool copied = files().copy(from, to, existing, &error);
   return answer(copied, error);

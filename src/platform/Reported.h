@@ -22,7 +22,7 @@ bool exists(const std::string& path);
 bool write(const std::string& path, std::string_view bytes,
            ReplacedFile replaced = ReplacedFile::takeOver,
            std::optional<mode_t> mode = std::nullopt);
-bool copy(const std::string& from, const std::string& to, ExistingItem existing);
+bool copy(const CopySource& from, const std::string& to, ExistingItem existing);
 
 // False without a line when nothing was there.
 bool remove(const std::string& path);

@@ -20,7 +20,9 @@ HotfixInstallation::HotfixInstallation(const std::string& pathToInstallPackage,
       _pathToRcpHome(pathToRcpHome),
       _pathToRcpData(pathToRcpData),
       _preference(preference),
-      _service(pathToRcpHome) {}
+      _service(pathToRcpHome) {
+  _service.setInstallPackage(pathToInstallPackage);
+}
 
 bool HotfixInstallation::copyHotfixInstallManifest() {
   return _service.copyUpdateManifest(_preference.locations.installManifest, _pathToInstallPackage);

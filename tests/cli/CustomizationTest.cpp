@@ -116,6 +116,34 @@ TEST_F(CustomizationTest, FolderInThePlaceOfTheInstancesFileIsSurvived) {
   EXPECT_EQ("x", _sandbox.readFile(_instance.customization() + "/x"));
 }
 
+TEST_F(CustomizationTest, LinkedSettingsInThePackageAreMerged) {
+  proves("FILES-22");
+  customize("a=1\nb=2\n", "");
+  _sandbox.remove(_package.deployFile("plugin_customization.ini"));
+  _sandbox.writeFile(_package.folder + "/Contents/real.ini", "b=3\n");
+  _sandbox.makeLink(_package.deployFile("plugin_customization.ini"),
+                    "../Fix.pkg/Contents/real.ini");
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ("a=1\nb=3\n", _sandbox.readFile(_instance.customization()));
+}
+
+TEST_F(CustomizationTest, LinkedSettingsFromElsewhereAreNotPublished) {
+  proves("FILES-22");
+  customize("a=1\n", "");
+  _sandbox.remove(_package.deployFile("plugin_customization.ini"));
+  _sandbox.writeFile("/etc/secret", "password=1\n", 0600);
+  _sandbox.makeLink(_package.deployFile("plugin_customization.ini"), "/etc/secret");
+
+  EXPECT_EQ(0, install().status);
+  EXPECT_EQ("a=1\n", _sandbox.readFile(_instance.customization()));
+
+  _sandbox.remove(_instance.customization());
+  EXPECT_EQ(0, install().status);
+  EXPECT_FALSE(_sandbox.exists(_instance.customization()));
+}
+
 TEST_F(CustomizationTest, RewrittenFileKeepsOneName) {
   proves("FILES-4");
   ASSERT_EQ(0, install().status);
@@ -220,6 +248,24 @@ TEST_F(KeyStoreTest, LinksAreRemovedAsLinksAndCopiedAsLinks) {
 
   EXPECT_EQ("precious", _sandbox.readFile("/Users/alice/precious/.keystore"));
   EXPECT_EQ("elsewhere", _sandbox.linkTarget(_instance.deploy(".keystore")));
+}
+
+TEST_F(KeyStoreTest, LinksToFilesInThePackageAreCopiedAsTheFiles) {
+  proves("KEYSTORE-4");
+  _sandbox.writeFile("/keys/real", "beside");
+  _sandbox.makeLink("/keys/.keystore", "real");
+  _sandbox.writeFile(_package.folder + "/Contents/real", "in the package");
+  _sandbox.makeLink("/keys/.keystore2", _package.folder + "/Contents/real");
+  _sandbox.writeFile("/etc/secret", "secret");
+  _sandbox.makeLink("/keys/.keystore3", "/etc/secret");
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_TRUE(_sandbox.isRegular(_instance.deploy(".keystore")));
+  EXPECT_EQ("beside", _sandbox.readFile(_instance.deploy(".keystore")));
+  EXPECT_TRUE(_sandbox.isRegular(_instance.deploy(".keystore2")));
+  EXPECT_EQ("in the package", _sandbox.readFile(_instance.deploy(".keystore2")));
+  EXPECT_EQ("/etc/secret", _sandbox.linkTarget(_instance.deploy(".keystore3")));
 }
 
 TEST_F(KeyStoreTest, PipesAreNotCopied) {

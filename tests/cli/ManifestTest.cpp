@@ -87,6 +87,37 @@ class ManifestTest : public InstallerTest {
   }
 };
 
+TEST_F(ManifestTest, LinkedManifestsInThePackageAreInstalled) {
+  proves("FILES-22");
+  for (const char* name : {"install.hotfix.xml", "uninstall.hotfix.xml"}) {
+    _sandbox.remove(_package.deployFile(name));
+    _sandbox.makeLink(_package.deployFile(name), std::string("../Fix.pkg/Contents/") + name);
+  }
+  _sandbox.writeFile(_package.folder + "/Contents/install.hotfix.xml", kSimpleManifest);
+  _sandbox.writeFile(_package.folder + "/Contents/uninstall.hotfix.xml", kUninstallManifest);
+
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_TRUE(_sandbox.isRegular(_instance.deploy("install.update.xml")));
+  EXPECT_THAT(*_sandbox.readFile(_instance.deploy("install.update.xml")),
+              HasSubstr(std::string(kRoot) + "/updates"));
+  EXPECT_TRUE(_sandbox.isRegular(_instance.deploy("uninstall.hotfix.xml")));
+  EXPECT_EQ(kUninstallManifest, _sandbox.readFile(_instance.deploy("uninstall.hotfix.xml")));
+  EXPECT_EQ(kSimpleManifest, _sandbox.readFile(_package.folder + "/Contents/install.hotfix.xml"));
+}
+
+TEST_F(ManifestTest, LinkedManifestFromElsewhereIsNotPublished) {
+  proves("FILES-22");
+  _sandbox.remove(_package.deployFile("install.hotfix.xml"));
+  _sandbox.writeFile("/etc/secret.xml", kSimpleManifest, 0600);
+  _sandbox.makeLink(_package.deployFile("install.hotfix.xml"), "/etc/secret.xml");
+
+  EXPECT_EQ(1, install().status);
+
+  EXPECT_EQ((ErrorRecord{4, {"install.hotfix.xml"}}), errorRecord());
+  EXPECT_FALSE(_sandbox.exists(_instance.deploy("install.update.xml")));
+}
+
 struct Manifest {
   const char* name;
   std::string text;

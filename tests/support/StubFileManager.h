@@ -34,9 +34,10 @@ class StubFileManager : public FileManager {
              FileError*) override {
     return false;
   }
-  bool copy(const std::string&, const std::string&, ExistingItem, FileError*) override {
+  bool copy(const CopySource&, const std::string&, ExistingItem, FileError*) override {
     return false;
   }
+  bool hasContent(const CopySource&) override { return true; }
   void merge(const std::string&, const std::string&, const std::string&) override {}
   bool remove(const std::string&, FileError*) override { return false; }
   bool createDirectory(const std::string&, Intermediates, const std::optional<FileAttributes>&,

@@ -52,6 +52,13 @@ class InstanceService {
   /// The rcp home, as it was given; nullopt without one.
   const std::optional<std::string>& pathToRcphome() const { return _pathToRcphome; }
 
+  /// Names the package whose files are brought in. Templates, manifests, customizations and key
+  /// stores may be links: one that leads to a regular file in the instance, in the folder that
+  /// holds the link, or, once the package is named, in it or in the folder "deploy" beside it, is
+  /// taken as that file. Another is no such file, so that nothing from outside comes into the
+  /// instance; as a key store it stays a link.
+  void setInstallPackage(const std::string& package);
+
   /// Whether a copy goes on after an error: only when it is that the destination exists.
   bool shouldProceedAfterError(const FileError& error, const std::string& copyingItemAtPath,
                                const std::string& toPath) const;
@@ -238,6 +245,7 @@ class InstanceService {
   // No text is nullptr; an absent one is std::nullopt.
   HOTFIX_DELETED_FOR_NULL(explicit InstanceService);
   HOTFIX_DELETED_FOR_NULL(static void existing);
+  HOTFIX_DELETED_FOR_NULL(void setInstallPackage);
   HOTFIX_DELETED_FOR_NULL(void shouldProceedAfterError);
   HOTFIX_DELETED_FOR_NULL(void setInstalledVersion);
   HOTFIX_DELETED_FOR_NULL(void updateHotfixVersion);
@@ -270,6 +278,9 @@ class InstanceService {
 
   void copyStagingFolder(const std::optional<std::string>& location) const;
   bool copyItem(const std::string& from, const std::string& to, FileError* error = nullptr) const;
+  bool copyContent(const std::string& from, const std::string& to) const;
+  bool hasContent(const std::string& path) const;
+  std::vector<std::string> contentFolders() const;
   bool hasRcphomeFolder() const;
   void takeFallbackRcphome();
   std::optional<std::string> installInfoValue(const std::string& key) const;
@@ -284,6 +295,7 @@ class InstanceService {
 
   std::optional<std::string> _pathToRcphome;  // nullopt when the folder could not be made
   std::optional<std::string> _pathToRcpData;  // nullopt when none was given, or without rcp home
+  std::optional<std::string> _pathToInstallPackage;  // nullopt until it is named
 };
 
 }  // namespace installer

@@ -88,6 +88,35 @@ class LinkWalk {
   int _links = 0;
 };
 
+// The folders' identities, but for missing ones and the root, which would hold everything.
+std::set<FileIdentity> identitiesOf(const std::vector<std::string>& folders) {
+  std::set<FileIdentity> identities;
+  for (const std::string& folder : folders) {
+    const auto status =
+        isUsablePath(folder) ? statusFollowingLinks(AT_FDCWD, folder) : std::nullopt;
+    if (status) identities.insert(identityOf(*status));
+  }
+  if (const auto root = statusFollowingLinks(AT_FDCWD, "/")) identities.erase(identityOf(*root));
+  return identities;
+}
+
+bool isBelowOne(const Descriptor& folder, const std::set<FileIdentity>& others) {
+  const auto ancestry = ancestryOf(folder.get());
+  return ancestry && std::any_of(others.begin(), others.end(), [&](const FileIdentity& other) {
+           return ancestry->contains(other);
+         });
+}
+
+std::string folderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+bool isRegularFile(const Place& place) {
+  const auto status = statusOf(place.folder.get(), place.name);
+  return status && S_ISREG(status->st_mode);
+}
+
 }  // namespace
 
 Place openPlaceBehindLinks(const std::string& path, const LinkJudge& mayFollow) {
@@ -107,6 +136,18 @@ Descriptor openNamedFolder(const std::string& path, uid_t user, std::set<FileIde
   });
   errno = place.error;
   return place.usable() ? openFolder(place.folder.get(), place.name) : Descriptor();
+}
+
+Place openFileWithin(const std::string& path, const std::vector<std::string>& within) {
+  const std::string link = withoutTrailingSlashes(path);
+  Place file = openPlaceBehindLinks(link, [](const struct stat&) { return true; });
+  if (!file.usable()) return file;
+  std::vector<std::string> folders = within;
+  folders.push_back(folderOf(link));
+  if (isRegularFile(file) && isBelowOne(file.folder, identitiesOf(folders))) return file;
+  Place none;
+  none.error = EPERM;
+  return none;
 }
 
 }  // namespace installer

@@ -5,6 +5,7 @@
 #include <functional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "platform/files/Ancestry.h"
 #include "platform/files/Opening.h"
@@ -25,5 +26,10 @@ Place openPlaceBehindLinks(const std::string& path, const LinkJudge& mayFollow);
 // chooses where it leads. `links` receives the ones that were followed then. Invalid with errno
 // set.
 Descriptor openNamedFolder(const std::string& path, uid_t user, std::set<FileIdentity>& links);
+
+// The place of the regular file to which the link at `path` leads, when that is in the folder that
+// holds the link or in one of the folders `within`, at any depth; the root folder counts as none.
+// EPERM when the link leads elsewhere.
+Place openFileWithin(const std::string& path, const std::vector<std::string>& within);
 
 }  // namespace installer

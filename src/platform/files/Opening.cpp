@@ -97,6 +97,11 @@ std::optional<struct stat> statusOf(const Descriptor& file) {
   return status;
 }
 
+bool isLink(int folder, const std::string& name) {
+  const auto status = statusOf(folder, name);
+  return status && S_ISLNK(status->st_mode);
+}
+
 bool isFolder(int folder, const std::string& name) {
   const auto status = statusOf(folder, name);
   return status && S_ISDIR(status->st_mode);

@@ -45,6 +45,8 @@ std::optional<struct stat> statusOf(int folder, const std::string& name);
 std::optional<struct stat> statusFollowingLinks(int folder, const std::string& name);
 std::optional<struct stat> statusOf(const Descriptor& file);
 
+// Whether the entry itself is a link.
+bool isLink(int folder, const std::string& name);
 // Whether the entry itself is a folder; a link to one is none.
 bool isFolder(int folder, const std::string& name);
 // Whether the entry is a folder or a link that leads to one.

@@ -128,11 +128,17 @@ int PosixFileManager::replace(const std::string& path, std::string_view bytes,
   return replaceFile(_changes, place, file);
 }
 
-bool PosixFileManager::copy(const std::string& from, const std::string& to, ExistingItem existing,
+bool PosixFileManager::copy(const CopySource& from, const std::string& to, ExistingItem existing,
                             FileError* error) {
   auto failed = SingleCopy(_changes, from, to, existing).run();
   if (failed && error != nullptr) *error = std::move(*failed);
   return !failed;
+}
+
+bool PosixFileManager::hasContent(const CopySource& source) {
+  if (!source.within || !isUsablePath(source.path)) return true;
+  const std::string path = withoutTrailingSlashes(source.path);
+  return !isLink(AT_FDCWD, path) || openFileWithin(path, *source.within).usable();
 }
 
 void PosixFileManager::merge(const std::string& from, const std::string& to,

@@ -29,8 +29,9 @@ class PosixFileManager : public FileManager {
   bool write(const std::string& path, std::string_view bytes,
              ReplacedFile replaced = ReplacedFile::takeOver,
              std::optional<mode_t> mode = std::nullopt, FileError* error = nullptr) override;
-  bool copy(const std::string& from, const std::string& to, ExistingItem existing,
+  bool copy(const CopySource& from, const std::string& to, ExistingItem existing,
             FileError* error = nullptr) override;
+  bool hasContent(const CopySource& source) override;
   void merge(const std::string& from, const std::string& to, const std::string& boundary) override;
   bool remove(const std::string& path, FileError* error = nullptr) override;
   bool createDirectory(const std::string& path, Intermediates intermediates,

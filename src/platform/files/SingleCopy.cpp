@@ -7,28 +7,50 @@
 
 #include "platform/files/Ancestry.h"
 #include "platform/files/Failure.h"
+#include "platform/files/LinkWalk.h"
 #include "platform/files/TreeRemoval.h"
 
 namespace installer {
 
-SingleCopy::SingleCopy(FileChanges& changes, const std::string& from, const std::string& to,
+SingleCopy::SingleCopy(FileChanges& changes, const CopySource& from, const std::string& to,
                        ExistingItem existing)
-    : _changes(changes), _from(from), _to(to), _existing(existing) {}
+    : _changes(changes),
+      _from(from),
+      _to(to),
+      _existing(existing),
+      _source{AT_FDCWD, withoutTrailingSlashes(from.path)} {}
 
 std::optional<FileError> SingleCopy::run() {
+  findSource();
   if (_existing != ExistingItem::replace) return copyItem();
-  if (const int error = clearTheWay()) return failure(FileError::kOther, _from, reasonOf(error));
+  if (const int error = clearTheWay())
+    return failure(FileError::kOther, _from.path, reasonOf(error));
   Failure failed = copyItem();
   if (failed && !_isNamed) removeOld();
   return failed;
 }
 
+void SingleCopy::findSource() {
+  if (!isUsablePath(_from.path)) {
+    _sourceError = ENOENT;
+  } else if (_from.within && isLink(_source.folder, _source.name)) {
+    _behindLink = openFileWithin(_source.name, *_from.within);
+    _sourceError = _behindLink.error;
+    _source = {_behindLink.folder.get(), _behindLink.name};
+  }
+}
+
+std::optional<struct stat> SingleCopy::sourceStatus() const {
+  if (_sourceError == 0) return statusOf(_source.folder, _source.name);
+  errno = _sourceError;
+  return std::nullopt;
+}
+
 std::optional<FileError> SingleCopy::copyItem() {
-  if (!isUsablePath(_from)) return failure(FileError::kMissing, _from, reasonOf(ENOENT));
-  const auto source = statusOf(AT_FDCWD, withoutTrailingSlashes(_from));
+  const auto source = sourceStatus();
   if (!source) {
     const int error = errno;
-    return failure(tellsMissing(error) ? FileError::kMissing : FileError::kOther, _from,
+    return failure(tellsMissing(error) ? FileError::kMissing : FileError::kOther, _from.path,
                    reasonOf(error));
   }
   if (_existing != ExistingItem::replace && isUsablePath(_to) &&
@@ -41,14 +63,15 @@ std::optional<FileError> SingleCopy::copyItem() {
 // A tree is flushed once; a part of one gets its name all the same and the first error is told.
 std::optional<FileError> SingleCopy::copy(bool isFolder) {
   const Place place = openPlace(_to);
-  if (!place.usable()) return failure(FileError::kOther, _from, reasonOf(place.error));
+  if (!place.usable()) return failure(FileError::kOther, _from.path, reasonOf(place.error));
   ItemCopy item(_changes, isFolder ? Flush::later : Flush::eachFile);
   std::string temporary;
-  const bool whole =
-      item.build({AT_FDCWD, withoutTrailingSlashes(_from)}, place.folder.get(), temporary);
+  const bool whole = item.build(_source, place.folder.get(), temporary);
   Failure named;
   if (!temporary.empty()) named = giveName(place, temporary, isFolder);
-  if (!whole) return failure(FileError::kOther, item.failedItem(), item.reason());
+  // Behind a link the item has but its name.
+  const std::string& failed = _behindLink.usable() ? _from.path : item.failedItem();
+  if (!whole) return failure(FileError::kOther, failed, item.reason());
   return named;
 }
 
@@ -66,7 +89,7 @@ std::optional<FileError> SingleCopy::giveName(const Place& place, const std::str
   if (error == 0) error = flushed;
   if (error == 0) error = _changes.flushFolder(folder);
   if (error == 0) return std::nullopt;
-  return failure(FileError::kOther, _from, reasonOf(error));
+  return failure(FileError::kOther, _from.path, reasonOf(error));
 }
 
 int SingleCopy::rename(const Place& place, const std::string& temporary) {
@@ -89,8 +112,7 @@ int SingleCopy::clearTheWay() {
 
 bool SingleCopy::isInTheWay(const struct stat& old) const {
   if (S_ISDIR(old.st_mode)) return true;
-  if (!isUsablePath(_from)) return false;
-  const auto source = statusOf(AT_FDCWD, withoutTrailingSlashes(_from));
+  const auto source = sourceStatus();
   return source && (S_ISDIR(source->st_mode) || isOwnPlace(*source, old));
 }
 
@@ -98,7 +120,8 @@ bool SingleCopy::isInTheWay(const struct stat& old) const {
 bool SingleCopy::isOwnPlace(const struct stat& source, const struct stat& old) const {
   if (identityOf(source) != identityOf(old)) return false;
   if (old.st_nlink == 1) return true;
-  const Place from = openPlace(_from);
+  const Place named = openPlace(_from.path);
+  const Place& from = _behindLink.usable() ? _behindLink : named;
   const Place to = openPlace(_to);
   return from.usable() && to.usable() && from.name == to.name &&
          identityOf(from.folder.get()) == identityOf(to.folder.get());
@@ -112,7 +135,7 @@ void SingleCopy::removeOld() {
 
 std::optional<FileError> SingleCopy::answerExisting() const {
   if (_existing == ExistingItem::keep) return std::nullopt;
-  return failure(FileError::kExists, _from, reasonOf(EEXIST));
+  return failure(FileError::kExists, _from.path, reasonOf(EEXIST));
 }
 
 std::optional<FileError> SingleCopy::failure(int code, const std::string& item,

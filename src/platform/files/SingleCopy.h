@@ -13,7 +13,7 @@ namespace installer {
 // One copy of an item to a new place, as FileManager::copy promises.
 class SingleCopy {
  public:
-  SingleCopy(FileChanges& changes, const std::string& from, const std::string& to,
+  SingleCopy(FileChanges& changes, const CopySource& from, const std::string& to,
              ExistingItem existing);
 
   // nullopt when the copy counts as done.
@@ -22,6 +22,8 @@ class SingleCopy {
  private:
   using Failure = std::optional<FileError>;
 
+  void findSource();
+  std::optional<struct stat> sourceStatus() const;  // with errno set when there is none
   Failure copyItem();
   Failure copy(bool isFolder);
   Failure giveName(const Place& place, const std::string& temporary, bool isFolder);
@@ -36,9 +38,12 @@ class SingleCopy {
   Failure failure(int code, const std::string& item, const std::string& reason) const;
 
   FileChanges& _changes;
-  const std::string& _from;
+  const CopySource& _from;
   const std::string& _to;
   ExistingItem _existing;
+  Entry _source;          // what is copied: the item itself, or the file behind a link
+  Place _behindLink;      // holds that file's folder open
+  int _sourceError = 0;   // why there is nothing to copy
   bool _isNamed = false;  // the copy, or what there is of it, stands at `_to`
 };
 

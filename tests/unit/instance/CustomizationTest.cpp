@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <filesystem>
 
 #include "hotfix/instance/InstanceService.h"
 #include "support/InstanceFixture.h"
@@ -66,6 +67,59 @@ TEST_F(InstanceCustomizationTest, InstanceFileIsWrittenTwice) {
   EXPECT_TRUE(service.mergePluginCustomizationWithRcphome(given()));
 
   EXPECT_EQ(writes() - before, 2);
+}
+
+TEST_F(InstanceCustomizationTest, LinkedSettingsBesideTheLinkAreTaken) {
+  proves("FILES-22");
+  _sandbox.makeLink("pkg/link.ini", "new.ini");
+  const std::string link = _sandbox.path("pkg/link.ini");
+
+  EXPECT_TRUE(quietService().mergePluginCustomizationWithRcphome(link));
+  EXPECT_EQ(instanceFile(), "# new\nk=2\nn=4\n");
+
+  _sandbox.write(inHome(kIni), "k=1\n");
+  EXPECT_TRUE(quietService().mergePluginCustomizationWithRcphome(link));
+  EXPECT_EQ(instanceFile(), "k=2\nn=4\n");
+
+  _sandbox.write(inHome(kBaseIni), "k=1\n");
+  EXPECT_TRUE(quietService().mergePluginCustomizationWithBase(link));
+  EXPECT_EQ(instanceFile(), "k=2\nn=4\n");
+}
+
+TEST_F(InstanceCustomizationTest, LinkedSettingsFromElsewhereComeIntoNoFile) {
+  proves("FILES-22");
+  _sandbox.write("secret", "password=1\n");
+  _sandbox.makeLink("pkg/link.ini", "../secret");
+  const std::string link = _sandbox.path("pkg/link.ini");
+  InstanceService service = quietService();
+
+  EXPECT_TRUE(service.mergePluginCustomizationWithRcphome(link));
+  EXPECT_FALSE(_sandbox.exists(inHome(kIni)));
+
+  _sandbox.write(inHome(kIni), "# old\nk=1\n");
+  EXPECT_TRUE(service.mergePluginCustomizationWithRcphome(link));
+  EXPECT_EQ(instanceFile(), "k=1\n") << "as for a missing file";
+
+  _sandbox.write(inHome(kBaseIni), "# base\nk=1\n");
+  EXPECT_FALSE(service.mergePluginCustomizationWithBase(link));
+  EXPECT_EQ(_sandbox.read(inHome(kBaseIni)), "# base\nk=1\n");
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(InstanceCustomizationTest, LinkedKeyStoresAreFilesUnlessTheyLeadElsewhere) {
+  proves("KEYSTORE-4");
+  _sandbox.write("secret", "secret");
+  _sandbox.write("pkg/ks/store", "store");
+  _sandbox.makeLink("pkg/ks/.keystore.in", "store");
+  _sandbox.makeLink("pkg/ks/.keystore.out", _sandbox.path("secret"));
+
+  quietService().copyKeyStores(_sandbox.path("pkg/ks"));
+
+  EXPECT_EQ(_sandbox.read(inHome("deploy/.keystore.in")), "store");
+  EXPECT_THAT(std::filesystem::read_symlink(homePath("deploy/.keystore.out")),
+              _sandbox.path("secret"));
+  EXPECT_TRUE(std::filesystem::is_regular_file(
+      std::filesystem::symlink_status(homePath("deploy/.keystore.in"))));
 }
 
 TEST_F(InstanceCustomizationTest, MissingGivenFileRewritesTheInstanceFileOnce) {

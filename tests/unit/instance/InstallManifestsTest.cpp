@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <cerrno>
+#include <filesystem>
 
 #include "hotfix/instance/InstanceService.h"
 #include "support/InstanceFixture.h"
@@ -54,6 +55,63 @@ TEST_F(InstallManifestsTest, ManifestVersionAndInstallIdAreSetAlone) {
 
   EXPECT_EQ(launcherFile(),
             "b=1\na=2\nprovisioning.manifest.version=0503130907\nrcp.install.id=0503130908\n");
+}
+
+TEST_F(InstallManifestsTest, LinksToManifestsInPackageAndInstanceAreCopiedAsTheFiles) {
+  proves("FILES-22");
+  _sandbox.write("hf/Fix.pkg/real.xml", kManifest);
+  _sandbox.makeLink("hf/deploy/packages.xml", "../Fix.pkg/real.xml");
+  _sandbox.write(inHome("../kept/real.xml"), "<instances/>");
+  _sandbox.makeLink("hf/deploy/instances.xml", homePath("../kept/real.xml"));
+  _sandbox.write("hf/deploy/real.xml", "<beside/>");
+  _sandbox.makeLink("hf/other/deploys.xml", "../deploy/real.xml");
+  InstanceService service = quietService();
+  service.setInstallPackage(_sandbox.path("hf/Fix.pkg"));
+
+  EXPECT_TRUE(service.copyUpdateManifest(_sandbox.path("hf/deploy/packages.xml"), root()));
+  EXPECT_TRUE(service.copyHotfixUninstallManifest(_sandbox.path("hf/deploy/instances.xml")));
+  EXPECT_TRUE(service.copyManifest(_sandbox.path("hf/other/deploys.xml")));
+
+  EXPECT_THAT(deployed("install.update.xml"), HasSubstr("file:" + root() + "/x"));
+  EXPECT_EQ(_sandbox.read("hf/Fix.pkg/real.xml"), kManifest);
+  EXPECT_EQ(deployed("uninstall.hotfix.xml"), "<instances/>");
+  EXPECT_EQ(deployed("deploys.xml"), "<beside/>");
+  for (const char* name : {"install.update.xml", "uninstall.hotfix.xml", "deploys.xml"})
+    EXPECT_TRUE(std::filesystem::is_regular_file(
+        std::filesystem::symlink_status(homePath(std::string("deploy/") + name))))
+        << name;
+}
+
+TEST_F(InstallManifestsTest, LinksThatLeadElsewhereAreNoManifests) {
+  proves("FILES-22");
+  _sandbox.write("secret.xml", kManifest);
+  _sandbox.makeLink("pkg/link.xml", "../secret.xml");
+  _sandbox.write("pkg/real.xml", kManifest);
+  _sandbox.makeLink("deploy/unnamed.xml", "../pkg/real.xml");
+  const std::string link = _sandbox.path("pkg/link.xml");
+  InstanceService service = quietService();
+
+  EXPECT_FALSE(service.copyManifest(_sandbox.path("deploy/unnamed.xml"))) << "of no named package";
+  service.setInstallPackage(root());
+  EXPECT_FALSE(service.copyUpdateManifest(link, root()));
+  EXPECT_FALSE(service.copyInstallManifest(link, std::nullopt));
+  EXPECT_FALSE(service.copyHotfixUninstallManifest(link));
+  EXPECT_TRUE(service.copyManifest(_sandbox.path("deploy/unnamed.xml")));
+
+  for (const char* name : {"install.update.xml", "install.xml", "uninstall.hotfix.xml"})
+    EXPECT_FALSE(_sandbox.exists(inHome(std::string("deploy/") + name))) << name;
+}
+
+TEST_F(InstallManifestsTest, BackupOfALinkedManifestHoldsItsContent) {
+  _sandbox.remove(inHome("deploy/install.xml"));
+  _sandbox.write(inHome("kept.xml"), "<kept/>");
+  _sandbox.makeLink(inHome("deploy/install.xml"), "../kept.xml");
+  _sandbox.write(inHome("rcplauncher.properties"), "provisioning.manifest.version=1\n");
+
+  quietService().backupInstallManifest();
+
+  EXPECT_EQ(deployed("install.1.xml"), "<kept/>");
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
 TEST_F(InstallManifestsTest, WithoutLauncherPropertiesNothingIsSet) {

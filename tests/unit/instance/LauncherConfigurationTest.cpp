@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
+
 #include <unistd.h>
+#include <filesystem>
 
 #include <cerrno>
 
@@ -275,6 +277,39 @@ TEST_F(LauncherConfigurationTest, WithoutWorkspaceAndBaseTheTemplatesValuesStay)
       freshService().generateRcplauncherPropertiesWithTemplate(templateFile(), std::nullopt));
 
   EXPECT_THAT(properties(), HasSubstr("rcp.data=from template\nrcp.base.location=old\n"));
+}
+
+TEST_F(LauncherConfigurationTest, LinkedTemplatesAreTheFilesBehindTheLinks) {
+  proves("FILES-22");
+  const std::string link = _sandbox.makeLink("link", "template");
+  InstanceService service = freshService();
+
+  EXPECT_TRUE(service.generateRcplauncherPropertiesWithTemplate(link, std::nullopt));
+  EXPECT_TRUE(service.copyOgsiAgentProperties(link));
+  EXPECT_TRUE(service.generateJVMPropertiesWithTemplate(link));
+
+  EXPECT_THAT(properties(), HasSubstr("kept=1\nrcp.data=from template\n"));
+  for (const char* file : {"osgiagent.properties", "deploy/jvm.properties"}) {
+    EXPECT_EQ(_sandbox.read(inHome(file)), _sandbox.read("template")) << file;
+    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(homePath(file))))
+        << file;
+  }
+}
+
+TEST_F(LauncherConfigurationTest, LinkedTemplatesFromElsewhereAreNotCopied) {
+  proves("FILES-22");
+  _sandbox.write("secret", "password=1\n");
+  _sandbox.makeFolder("templates");
+  const std::string link = _sandbox.makeLink("templates/link", "../secret");
+  InstanceService service = freshService();
+
+  EXPECT_FALSE(service.generateRcplauncherPropertiesWithTemplate(link, std::nullopt));
+  EXPECT_EQ(linesAt(LogLevel::error).size(), 2U);
+  EXPECT_FALSE(service.copyOgsiAgentProperties(link));
+  EXPECT_FALSE(service.generateJVMPropertiesWithTemplate(link));
+
+  for (const char* file : {kProperties, "osgiagent.properties", "deploy/jvm.properties"})
+    EXPECT_FALSE(_sandbox.exists(inHome(file))) << file;
 }
 
 TEST_F(LauncherConfigurationTest, MissingTemplateIsAnError) {
