@@ -6,6 +6,8 @@
 #include <string>
 #include <utility>
 
+#include "base/Characters.h"
+
 namespace installer::PropertyList {
 
 namespace {
@@ -26,49 +28,13 @@ bool isAscii(std::string_view bytes) {
   return true;
 }
 
-void appendUtf8(char32_t character, std::string& text) {
-  const auto tail = [&](int shift) {
-    text += static_cast<char>(0x80 | ((character >> shift) & 0x3F));
-  };
-  if (character < 0x80) {
-    text += static_cast<char>(character);
-  } else if (character < 0x800) {
-    text += static_cast<char>(0xC0 | (character >> 6));
-    tail(0);
-  } else if (character < 0x10000) {
-    text += static_cast<char>(0xE0 | (character >> 12));
-    tail(6);
-    tail(0);
-  } else {
-    text += static_cast<char>(0xF0 | (character >> 18));
-    tail(12);
-    tail(6);
-    tail(0);
-  }
-}
-
-bool isHighHalf(std::uint64_t unit) {
-  return unit >= 0xD800 && unit < 0xDC00;
-}
-bool isLowHalf(std::uint64_t unit) {
-  return unit >= 0xDC00 && unit < 0xE000;
-}
-
 // nullopt when a half of a surrogate pair stands alone.
 std::optional<std::string> textFromUtf16(std::string_view bytes) {
-  std::string text;
-  for (std::size_t at = 0; at < bytes.size(); at += 2) {
-    const std::uint64_t unit = bigEndian(bytes.substr(at, 2));
-    if (isLowHalf(unit)) return std::nullopt;
-    if (!isHighHalf(unit)) {
-      appendUtf8(static_cast<char32_t>(unit), text);
-      continue;
-    }
-    at += 2;
-    const std::uint64_t low = bigEndian(bytes.substr(at, 2));  // 0 behind the end
-    if (!isLowHalf(low)) return std::nullopt;
-    appendUtf8(static_cast<char32_t>(0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00)), text);
-  }
+  std::u16string units;
+  for (std::size_t at = 0; at < bytes.size(); at += 2)
+    units += static_cast<char16_t>(bigEndian(bytes.substr(at, 2)));
+  std::string text = fromUnits(units);
+  if (!isUtf8(text)) return std::nullopt;
   return text;
 }
 

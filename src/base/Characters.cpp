@@ -1,7 +1,6 @@
 #include "base/Characters.h"
 
 #include <array>
-#include <optional>
 
 namespace installer {
 
@@ -24,7 +23,8 @@ std::size_t lengthAnnouncedBy(unsigned char lead) {
   return lead < 0xF8 ? 4 : 1;
 }
 
-// What two to four bytes spell; nullopt when they are no sequence, or a longer one than needed.
+// What two to four bytes spell, halves of pairs among it; nullopt when they are no sequence, or a
+// longer one than needed.
 std::optional<char32_t> spelledBy(std::string_view sequence) {
   char32_t character = static_cast<unsigned char>(sequence[0]) & (0x7Fu >> sequence.size());
   for (const char next : sequence.substr(1)) {
@@ -36,6 +36,17 @@ std::optional<char32_t> spelledBy(std::string_view sequence) {
   return character;
 }
 
+// nullopt at a byte that begins nothing.
+std::optional<DecodedCharacter> sequenceAt(std::string_view text, std::size_t at) {
+  const auto lead = static_cast<unsigned char>(text[at]);
+  if (lead < kSmallest[0]) return DecodedCharacter{lead, 1};
+  const std::size_t length = lengthAnnouncedBy(lead);
+  if (length == 1 || text.size() - at < length) return std::nullopt;
+  const std::optional<char32_t> character = spelledBy(text.substr(at, length));
+  if (!character) return std::nullopt;
+  return DecodedCharacter{*character, length};
+}
+
 bool isHighHalf(char32_t unit) {
   return unit >= kFirstHighHalf && unit < kFirstLowHalf;
 }
@@ -43,10 +54,13 @@ bool isLowHalf(char32_t unit) {
   return unit >= kFirstLowHalf && unit < kBehindLowHalves;
 }
 
+bool isHalf(char32_t character) {
+  return isHighHalf(character) || isLowHalf(character);
+}
+
 bool isXmlCharacter(char32_t character) {
   if (character < 0x20) return character == '\t' || character == '\n' || character == '\r';
-  return !isHighHalf(character) && !isLowHalf(character) && character != 0xFFFE &&
-         character != 0xFFFF;
+  return !isHalf(character) && character != 0xFFFE && character != 0xFFFF;
 }
 
 char tail(char32_t character, int shift) {
@@ -56,11 +70,21 @@ char tail(char32_t character, int shift) {
 }  // namespace
 
 DecodedCharacter decodeCharacter(std::string_view text, std::size_t at) {
-  const auto lead = static_cast<unsigned char>(text[at]);
-  const std::size_t length = lengthAnnouncedBy(lead);
-  if (length > 1 && text.size() - at >= length)
-    if (const auto character = spelledBy(text.substr(at, length))) return {*character, length};
-  return {lead, 1};
+  return sequenceAt(text, at).value_or(DecodedCharacter{static_cast<unsigned char>(text[at]), 1});
+}
+
+std::optional<DecodedCharacter> decodeUtf8(std::string_view text, std::size_t at) {
+  const std::optional<DecodedCharacter> decoded = sequenceAt(text, at);
+  return decoded && isHalf(decoded->character) ? std::nullopt : decoded;
+}
+
+bool isUtf8(std::string_view text) {
+  for (std::size_t at = 0; at < text.size();) {
+    const std::optional<DecodedCharacter> decoded = decodeUtf8(text, at);
+    if (!decoded) return false;
+    at += decoded->length;
+  }
+  return true;
 }
 
 void appendCharacter(char32_t character, std::string& to) {

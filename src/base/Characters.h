@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,13 @@ struct DecodedCharacter {
 
 // The character at byte `at`, which must be inside the text.
 DecodedCharacter decodeCharacter(std::string_view text, std::size_t at);
+
+// The same by the letter of UTF-8; nullopt where it has no character: at a byte that begins none,
+// and at half of a surrogate pair.
+std::optional<DecodedCharacter> decodeUtf8(std::string_view text, std::size_t at);
+
+// Whether the text is UTF-8 from end to end.
+bool isUtf8(std::string_view text);
 
 // `character` is at most U+10FFFF and may be half of a surrogate pair.
 void appendCharacter(char32_t character, std::string& to);

@@ -4,6 +4,9 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
+
+#include "base/Characters.h"
 
 namespace installer::letterCase {
 
@@ -13,35 +16,33 @@ constexpr std::size_t kLongestFolding = 3;  // characters
 
 struct Character {
   std::string_view bytes;
-  utf8proc_int32_t point = -1;  // -1 for a byte that begins no character
+  std::optional<char32_t> point;  // absent for a byte that begins no character
 };
 
 // Takes the first character, or a byte that begins none, off the text, which must not be empty.
 Character takeCharacter(std::string_view& text) {
-  Character first;
-  const utf8proc_ssize_t length =
-      utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
-                       static_cast<utf8proc_ssize_t>(text.size()), &first.point);
-  first.bytes = text.substr(0, length > 0 ? static_cast<std::size_t>(length) : 1);
+  Character first{text.substr(0, 1), std::nullopt};
+  if (const std::optional<DecodedCharacter> decoded = decodeUtf8(text, 0))
+    first = {text.substr(0, decoded->length), decoded->character};
   text.remove_prefix(first.bytes.size());
   return first;
 }
 
-void appendPoint(utf8proc_int32_t point, std::string& to) {
-  utf8proc_uint8_t encoded[4];
-  const utf8proc_ssize_t written = utf8proc_encode_char(point, encoded);
-  to.append(reinterpret_cast<const char*>(encoded), static_cast<std::size_t>(written));
+char32_t lower(char32_t point) {
+  return static_cast<char32_t>(utf8proc_tolower(static_cast<utf8proc_int32_t>(point)));
 }
 
 void appendFolded(const Character& character, std::string& to) {
-  if (character.point < 0) {
+  if (!character.point) {
     to += character.bytes;
     return;
   }
+  const auto point = static_cast<utf8proc_int32_t>(*character.point);
   std::array<utf8proc_int32_t, kLongestFolding> points;
-  const utf8proc_ssize_t count = utf8proc_decompose_char(character.point, points.data(),
-                                                         points.size(), UTF8PROC_CASEFOLD, nullptr);
-  for (utf8proc_ssize_t i = 0; i < count; ++i) appendPoint(points[static_cast<std::size_t>(i)], to);
+  const utf8proc_ssize_t count =
+      utf8proc_decompose_char(point, points.data(), points.size(), UTF8PROC_CASEFOLD, nullptr);
+  for (utf8proc_ssize_t i = 0; i < count; ++i)
+    appendCharacter(static_cast<char32_t>(points[static_cast<std::size_t>(i)]), to);
 }
 
 std::string folded(std::string_view text) {
@@ -56,10 +57,10 @@ std::string lowered(std::string_view text) {
   std::string result;
   while (!text.empty()) {
     const Character character = takeCharacter(text);
-    if (character.point < 0)
+    if (!character.point)
       result += character.bytes;
     else
-      appendPoint(utf8proc_tolower(character.point), result);
+      appendCharacter(lower(*character.point), result);
   }
   return result;
 }

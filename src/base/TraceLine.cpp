@@ -3,6 +3,9 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <optional>
+
+#include "base/Characters.h"
 
 namespace installer {
 namespace {
@@ -13,50 +16,7 @@ constexpr std::array kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
 // In the order of the levels' numbers, the first being LogLevel::error.
 constexpr std::array kLevels = {"Error", "Warning", "Notice", "Info"};
 
-unsigned byteAt(std::string_view text, std::size_t place) {
-  return static_cast<unsigned char>(text[place]);
-}
-
-bool isContinuation(unsigned byte) {
-  return (byte & 0xC0U) == 0x80U;
-}
-
-// How many bytes a character with this first byte has; 0 for a byte that begins none.
-std::size_t lengthOf(unsigned firstByte) {
-  if (firstByte < 0x80) return 1;
-  if (firstByte < 0xC2) return 0;
-  if (firstByte < 0xE0) return 2;
-  if (firstByte < 0xF0) return 3;
-  return firstByte < 0xF5 ? 4 : 0;
-}
-
-// Longer forms than needed, halves of surrogate pairs and numbers beyond Unicode show in the
-// second byte of three or four.
-bool isAllowedPair(unsigned first, unsigned second) {
-  switch (first) {
-    case 0xE0:
-      return second >= 0xA0;
-    case 0xED:
-      return second < 0xA0;
-    case 0xF0:
-      return second >= 0x90;
-    case 0xF4:
-      return second < 0x90;
-    default:
-      return true;
-  }
-}
-
-// The length of the UTF-8 character at the text's beginning; 0 when there is none.
-std::size_t characterLength(std::string_view text) {
-  const std::size_t length = lengthOf(byteAt(text, 0));
-  if (length > text.size()) return 0;
-  for (std::size_t place = 1; place < length; ++place)
-    if (!isContinuation(byteAt(text, place))) return 0;
-  return length < 3 || isAllowedPair(byteAt(text, 0), byteAt(text, 1)) ? length : 0;
-}
-
-std::string escapedCode(unsigned number) {
+std::string escapedCode(char32_t number) {
   switch (number) {
     case '\n':
       return "\\n";
@@ -65,15 +25,12 @@ std::string escapedCode(unsigned number) {
     case '\t':
       return "\\t";
     default:
-      return fmt::format("\\x{:02x}", number);
+      return fmt::format("\\x{:02x}", static_cast<unsigned>(number));
   }
 }
 
-std::string escapedCharacter(std::string_view character) {
-  const unsigned first = byteAt(character, 0);
-  if (character.size() == 1 && (first < 0x20 || first == 0x7F)) return escapedCode(first);
-  const bool isC1 = first == 0xC2 && byteAt(character, 1) < 0xA0;
-  return isC1 ? escapedCode(byteAt(character, 1)) : std::string(character);
+bool isControl(char32_t character) {
+  return character < 0x20 || (character >= 0x7F && character < 0xA0);
 }
 
 const char* nameOf(LogLevel level) {
@@ -85,11 +42,13 @@ const char* nameOf(LogLevel level) {
 std::string escapedMessage(std::string_view message) {
   if (message.ends_with('\n')) message.remove_suffix(1);
   std::string line;
-  while (!message.empty()) {
-    const std::size_t length = characterLength(message);
-    line +=
-        length == 0 ? escapedCode(byteAt(message, 0)) : escapedCharacter(message.substr(0, length));
-    message.remove_prefix(length == 0 ? 1 : length);
+  for (std::size_t at = 0; at < message.size();) {
+    const std::optional<DecodedCharacter> decoded = decodeUtf8(message, at);
+    const auto [character, length] =
+        decoded.value_or(DecodedCharacter{static_cast<unsigned char>(message[at]), 1});
+    const bool shown = decoded && !isControl(character);
+    line += shown ? std::string(message.substr(at, length)) : escapedCode(character);
+    at += length;
   }
   return line;
 }

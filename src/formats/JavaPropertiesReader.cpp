@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <utility>
 
+#include "base/Characters.h"
+
 namespace installer {
 
 namespace {
@@ -34,13 +36,7 @@ bool isEscapable(char character) {
 }
 
 void appendLatin1(char character, std::string& to) {
-  const auto number = static_cast<unsigned char>(character);
-  if (number < 0x80) {
-    to += character;
-    return;
-  }
-  to += static_cast<char>(0xC0u | number >> 6);
-  to += static_cast<char>(0x80u | (number & 0x3Fu));
+  appendCharacter(static_cast<unsigned char>(character), to);
 }
 
 // Reads line by line; what one line leaves behind for the next are its flags.
