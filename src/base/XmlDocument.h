@@ -1,20 +1,14 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
-struct _xmlDoc;
+#include "hotfix/base/XmlDocument.h"
 
 // XML documents that are read, changed in places and written back with everything else as it was.
 namespace installer::xml {
-
-struct DocumentDeleter {
-  void operator()(_xmlDoc* document) const;
-};
-using Document = std::unique_ptr<_xmlDoc, DocumentDeleter>;
 
 // Of one document. Texts do not count: each has another kind of node beside it.
 inline constexpr std::size_t kMaximumNodes = 1'000'000;

@@ -101,9 +101,10 @@ class RootReplacement {
     return true;
   }
 
+  // A piece is work even when it adds nothing.
   bool append(std::string_view text, std::string& value) {
-    if (text.size() > _left || value.size() + text.size() > kMaximumValue) return false;
-    _left -= text.size();
+    if (text.size() >= _left || value.size() + text.size() > kMaximumValue) return false;
+    _left -= text.size() + 1;
     value += text;
     return true;
   }
@@ -114,14 +115,10 @@ class RootReplacement {
 
 }  // namespace
 
-void InstallManifest::DocumentDeleter::operator()(::_xmlDoc* document) const {
-  xml::DocumentDeleter()(document);
-}
-
 InstallManifest::InstallManifest(std::string file) : _pathToManifest(std::move(file)) {
   const std::optional<std::string> bytes = Platform::current().files->read(_pathToManifest);
   if (!bytes) return;
-  _xmlDoc.reset(xml::parse(*bytes).release());
+  _xmlDoc = xml::parse(*bytes);
   if (_xmlDoc) xml::reindent(*_xmlDoc);
 }
 

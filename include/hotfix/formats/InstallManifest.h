@@ -1,12 +1,10 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 
 #include "hotfix/base/DeletedForNull.h"
-
-struct _xmlDoc;
+#include "hotfix/base/XmlDocument.h"
 
 namespace installer {
 
@@ -52,12 +50,8 @@ class InstallManifest {
   /// @endcond
 
  private:
-  struct DocumentDeleter {
-    void operator()(::_xmlDoc* document) const;
-  };
-
   std::string _pathToManifest;
-  std::unique_ptr<::_xmlDoc, DocumentDeleter> _xmlDoc;  // null when the file could not be parsed
+  xml::Document _xmlDoc;  // null when the file could not be parsed
 };
 
 }  // namespace installer
