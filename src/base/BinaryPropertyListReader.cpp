@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/Characters.h"
+#include "base/PropertyListDate.h"
 
 namespace installer::PropertyList {
 
@@ -35,7 +36,7 @@ std::optional<std::string> textFromUtf16(std::string_view bytes) {
     units += static_cast<char16_t>(bigEndian(bytes.substr(at, 2)));
   std::string text = fromUnits(units);
   if (!isUtf8(text)) return std::nullopt;
-  return text;
+  return asXmlCharacters(text);
 }
 
 // The fixed block at the end of the file.
@@ -203,7 +204,7 @@ class Reader {
   std::optional<Value> date(const Head& head) const {
     const std::optional<double> seconds = head.count == 3 ? doubleAt(head.body) : std::nullopt;
     if (!seconds) return std::nullopt;
-    return Value(Date{*seconds});
+    return Value(tellableDate({*seconds}));
   }
 
   // The bytes of a text or of data, counted against the bound.
@@ -228,7 +229,7 @@ class Reader {
     }
     const std::optional<std::string_view> bytes = content(head.body, head.count);
     if (!bytes || !isAscii(*bytes)) return std::nullopt;
-    return std::string(*bytes);
+    return asXmlCharacters(*bytes);
   }
 
   std::optional<Value> text(const Head& head) {

@@ -35,9 +35,14 @@ int numberAt(std::string_view text, std::size_t at, std::size_t digits) {
   return number;
 }
 
-long daysFromEpoch(sys_days day) {
+constexpr long daysFromEpoch(sys_days day) {
   return (day - kEpoch).count();
 }
+
+// The first and the last second that have a year of four digits.
+constexpr double kEarliest = daysFromEpoch(std::chrono::year{kFirstYear} / 1 / 1) * kSecondsADay;
+constexpr double kLatest =
+    daysFromEpoch(std::chrono::year{kLastYear + 1} / 1 / 1) * kSecondsADay - 1;
 
 }  // namespace
 
@@ -57,13 +62,14 @@ std::optional<Date> dateFromText(std::string_view text) {
   return Date{static_cast<double>(seconds)};
 }
 
+Date tellableDate(const Date& date) {
+  if (!(date.seconds >= kEarliest)) return {kEarliest};
+  return std::floor(date.seconds) > kLatest ? Date{kLatest} : date;
+}
+
 std::optional<std::string> textFromDate(const Date& date) {
-  constexpr year_month_day first{std::chrono::year{kFirstYear} / 1 / 1};
-  constexpr year_month_day afterLast{std::chrono::year{kLastYear + 1} / 1 / 1};
   const double whole = std::floor(date.seconds);
-  const auto earliest = static_cast<double>(daysFromEpoch(first) * kSecondsADay);
-  const auto tooLate = static_cast<double>(daysFromEpoch(afterLast) * kSecondsADay);
-  if (!(whole >= earliest && whole < tooLate)) return std::nullopt;  // NaN is neither
+  if (!(whole >= kEarliest && whole <= kLatest)) return std::nullopt;  // NaN is neither
   const auto seconds = static_cast<long>(whole);
   const long secondOfDay = ((seconds % kSecondsADay) + kSecondsADay) % kSecondsADay;
   const sys_days days = kEpoch + std::chrono::days{(seconds - secondOfDay) / kSecondsADay};

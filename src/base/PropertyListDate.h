@@ -15,4 +15,8 @@ std::optional<Date> dateFromText(std::string_view text);
 // The whole second in which the date lies; nullopt when it has no four-digit year.
 std::optional<std::string> textFromDate(const Date& date);
 
+// The date itself or, for one without a four-digit year, the nearest second that has one; the
+// earliest for what is no number.
+Date tellableDate(const Date& date);
+
 }  // namespace installer::PropertyList

@@ -93,5 +93,19 @@ TEST(PropertyListDateTest, LeapDaysOfFullCenturiesExist) {
   EXPECT_EQ(textFromDate(*dateFromText("2000-02-29T12:34:56Z")), "2000-02-29T12:34:56Z");
 }
 
+TEST(PropertyListDateTest, DatesThatCannotBeToldAreNearestToOneThatCan) {
+  proves("LIST-21");
+  const Date first = *dateFromText("0001-01-01T00:00:00Z");
+  const Date last = *dateFromText("9999-12-31T23:59:59Z");
+
+  for (const double seconds : {first.seconds - 0.25, first.seconds - 1, -1e300, -HUGE_VAL})
+    EXPECT_EQ(tellableDate({seconds}), first) << seconds;
+  EXPECT_EQ(tellableDate({std::nan("")}), first);
+  for (const double seconds : {last.seconds + 1, 1e300, HUGE_VAL})
+    EXPECT_EQ(tellableDate({seconds}), last) << seconds;
+  for (const double seconds : {first.seconds, -0.25, 0.0, 10.75, last.seconds, last.seconds + 0.5})
+    EXPECT_EQ(tellableDate({seconds}), Date{seconds}) << seconds;
+}
+
 }  // namespace
 }  // namespace installer::PropertyList

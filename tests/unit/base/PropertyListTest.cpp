@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cmath>
 #include <limits>
+#include <string_view>
 
 #include "support/BinaryList.h"
 #include "support/Proves.h"
@@ -14,6 +15,7 @@
 namespace installer::PropertyList {
 namespace {
 
+using namespace std::string_view_literals;
 using test::asciiObject;
 using test::BinaryList;
 using test::object;
@@ -220,6 +222,23 @@ TEST(PropertyListSerializeTest, ReferencesOfBinaryListsSurviveTheRewrite) {
 
   ASSERT_TRUE(bytes);
   EXPECT_EQ(parse(*bytes), Value(Dictionary{{"k", Uid{9}}}));
+}
+
+TEST(PropertyListSerializeTest, WhatABinaryListHoldsCanBeTold) {
+  proves("LIST-21");
+  const BinaryList list{{object(0xD3, "\x01\x02\x03\x04\x05\x06"), asciiObject("\x01"),
+                         asciiObject("wide"), asciiObject("date"), asciiObject("a\x1F\tb"),
+                         object(0x62, "\xFF\xFE\x20\xAC"sv),
+                         object(0x33, "\x7F\xF8\0\0\0\0\0\0"sv)}};
+
+  const std::optional<Value> read = parse(list.bytes());
+
+  ASSERT_TRUE(read);
+  const std::optional<std::string> bytes = serialize(*read);
+  ASSERT_TRUE(bytes);
+  EXPECT_EQ(parse(*bytes), read);
+  EXPECT_EQ(textForKey(*read->as<Dictionary>(), "\uFFFD"), "a\uFFFD\tb");
+  EXPECT_EQ(textForKey(*read->as<Dictionary>(), "wide"), "\uFFFD\u20AC");
 }
 
 // --- Files ---------------------------------------------------------------------------------------
