@@ -11,8 +11,10 @@ namespace installer::PropertyList {
 
 namespace {
 
+constexpr std::string_view kBlanks = " \t\n\v\f\r";
+
 bool isTrueText(std::string_view text) {
-  std::size_t at = std::min(text.find_first_not_of(" \t"), text.size());
+  std::size_t at = std::min(text.find_first_not_of(kBlanks), text.size());
   if (at < text.size() && (text[at] == '+' || text[at] == '-')) ++at;
   at = text.find_first_not_of('0', at);
   if (at == std::string_view::npos) return false;

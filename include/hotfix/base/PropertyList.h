@@ -101,8 +101,8 @@ std::optional<std::string> serialize(const Value& value);
 std::optional<std::string> textForKey(const Dictionary& dictionary, std::string_view key);
 
 /// The platform's reading of a value as a truth: a boolean as it is, a number other than 0, a text
-/// that begins (after blanks, one sign and zeros) with Y, y, T, t or a digit from 1 to 9. False for
-/// a missing key and for every other type.
+/// that begins (after white space, line breaks among it, one sign and zeros) with Y, y, T, t or a
+/// digit from 1 to 9. False for a missing key and for every other type.
 bool booleanForKey(const Dictionary& dictionary, std::string_view key);
 
 /// @cond

@@ -72,6 +72,8 @@ TEST(PropertyListLookupTest, TruthsAreReadAsThePlatformDoes) {
                              Value("tango"), Value("1"),
                              Value("9"),     Value("5 apples"),
                              Value("007"),   Value("  \t1"),
+                             Value("\n1"),   Value("\r\n \ttrue"),
+                             Value("\v1"),   Value("\f-1"),
                              Value("+1"),    Value("-1"),
                              Value("-007"),  Value(" +0y"),
                              Value("0T"),    Value("2"),
@@ -84,31 +86,13 @@ TEST(PropertyListLookupTest, TruthsAreReadAsThePlatformDoes) {
 
 TEST(PropertyListLookupTest, EverythingElseIsFalse) {
   proves("LIST-8");
-  for (const Value& value : {Value(false),
-                             Value(0),
-                             Value(0.0),
-                             Value(""),
-                             Value(" "),
-                             Value("0"),
-                             Value("000"),
-                             Value("NO"),
-                             Value("no"),
-                             Value("false"),
-                             Value("on"),
-                             Value("x1"),
-                             Value("--1"),
-                             Value("+-1"),
-                             Value("- 1"),
-                             Value("\n1"),
-                             Value("0 1"),
-                             Value("+"),
-                             Value("-"),
-                             Value(" -"),
-                             Value(Data{"1"}),
-                             Value(Date{1}),
-                             Value(Uid{1}),
-                             Value(Array{true}),
-                             Value(Dictionary{{"k", true}})})
+  for (const Value& value :
+       {Value(false),   Value(0),       Value(0.0),         Value(""),
+        Value(" "),     Value("0"),     Value("000"),       Value("NO"),
+        Value("no"),    Value("false"), Value("on"),        Value("x1"),
+        Value("--1"),   Value("+-1"),   Value("- 1"),       Value("0 1"),
+        Value("+"),     Value("-"),     Value(" -"),        Value(Data{"1"}),
+        Value(Date{1}), Value(Uid{1}),  Value(Array{true}), Value(Dictionary{{"k", true}})})
     EXPECT_FALSE(booleanForKey({{"k", value}}, "k"))
         << ::testing::PrintToString(value.as<std::string>());
 }
