@@ -13,17 +13,13 @@ namespace installer {
 
 namespace {
 
-constexpr int kUnsupportedCharacters = 3;
-constexpr int kRunning = 6;
-constexpr int kNotInstalled = 8;
-
 bool hasSupportedPaths() {
   const RunState& state = runState();
   log(LogLevel::info, "Check whether the unsupported characters are contained.");
   if (!InstallUtil::containUnSupportedCharacters(state._pathToInstallPackage) &&
       !InstallUtil::containUnSupportedCharacters(state._pathToInstallDestination))
     return true;
-  InstallUtil::sendErrorMessage(kUnsupportedCharacters, {});
+  InstallUtil::sendErrorMessage(ErrorCode::unsupportedCharacters, {});
   return false;
 }
 
@@ -39,7 +35,7 @@ bool isInstalled(const std::optional<std::string>& rcpHome) {
   const RunState& state = runState();
   std::vector<std::string> details = {state._pathToInstallDestination};
   if (const auto application = state._package.applicationName()) details.push_back(*application);
-  InstallUtil::sendErrorMessage(kNotInstalled, details);
+  InstallUtil::sendErrorMessage(ErrorCode::notInstalled, details);
   return false;
 }
 
@@ -50,7 +46,7 @@ bool isStopped() {
   const std::optional<std::string>& bundleName = state._package.bundleName;
   const std::optional<std::string> bundle = resolveBundle();
   if (!bundleName || !bundle || !InstallUtil::checkBundleIsRunning(*bundle)) return true;
-  InstallUtil::sendErrorMessage(kRunning, {*bundleName});
+  InstallUtil::sendErrorMessage(ErrorCode::applicationRunning, {*bundleName});
   log(LogLevel::info, "The target platform {} is running.", *bundleName);
   return false;
 }

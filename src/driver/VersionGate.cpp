@@ -16,11 +16,10 @@ bool isHigherHotfixVersionInstalled() {
   log(LogLevel::info, "Installed hotfix version: {}.", orNull(installed));
   if (!current || !installed || *current >= *installed) return false;
   log(LogLevel::error, "Higher version hotfix has been installed.");
-  constexpr int kHigherInstalled = 7;
   std::vector<std::string> details;
   if (const auto bundle = state._package.bundleIn(state._pathToInstallDestination))
     details.push_back(*bundle);
-  InstallUtil::sendErrorMessage(kHigherInstalled, details);
+  InstallUtil::sendErrorMessage(ErrorCode::higherHotfixInstalled, details);
   return true;
 }
 

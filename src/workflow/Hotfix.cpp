@@ -11,8 +11,7 @@ namespace installer {
 namespace {
 
 bool refuseManifest(const std::string& manifest) {
-  constexpr int kManifestMissing = 4;
-  InstallUtil::sendErrorMessage(kManifestMissing, {manifest});
+  InstallUtil::sendErrorMessage(ErrorCode::manifestNotCopied, {manifest});
   return false;
 }
 

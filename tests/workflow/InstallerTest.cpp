@@ -146,7 +146,7 @@ TEST_F(InstallerTest, DataFolderIsTakenFromTheFourthPlaceOnly) {
 
 TEST_F(InstallerTest, TooFewArgumentsAreAUsageLineBehindTheResetRecord) {
   proves("ARGS-2");
-  InstallUtil::sendErrorMessage(6, {"old"});
+  InstallUtil::sendErrorMessage(ErrorCode::applicationRunning, {"old"});
   for (const auto& arguments : {std::vector<std::string>(), {package()}}) {
     _sandbox.clearLog();
     ::testing::internal::CaptureStderr();

@@ -8,6 +8,7 @@
 #include "hotfix/base/DeletedForNull.h"
 #include "hotfix/base/PropertyList.h"
 #include "hotfix/platform/ProcessKeys.h"
+#include "hotfix/util/ErrorCode.h"
 
 namespace installer {
 
@@ -27,7 +28,7 @@ class InstallUtil {
   /// Replaces the record on the pasteboard; an absent record is ignored.
   static void sendErrorMessage(const std::optional<PropertyList::Dictionary>& message);
   /// Builds the record {ERROR_CODE, ERROR_DETAILS} and sends it.
-  static void sendErrorMessage(int code, const std::vector<std::string>& details);
+  static void sendErrorMessage(ErrorCode code, const std::vector<std::string>& details);
 
   /// The record on the pasteboard, whoever put it there; nullopt when there is none.
   static std::optional<PropertyList::Dictionary> getErrorMessage();

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,6 +17,7 @@
 #include <vector>
 
 #include "base/TraceLine.h"
+#include "hotfix/util/ErrorCode.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
 #include "instance/ProvisioningCommand.h"
@@ -69,17 +72,22 @@ std::string withoutBackquotes(const std::string& cell) {
   return cell.substr(1, cell.size() - 2);
 }
 
-// The rows of all tables under one heading up to the next one, whose first cell is in backquotes.
-Table tableUnder(const std::string& heading) {
+// The rows of all tables of a document under one heading up to the next one, whose first cell is in
+// backquotes.
+Table tableIn(const std::string& document, const std::string& heading) {
   Table table;
   bool inside = false;
-  std::istringstream lines(contentOf(HOTFIX_SOURCE_DIR "/docs/files-and-codes.md"));
+  std::istringstream lines(contentOf(HOTFIX_SOURCE_DIR "/" + document));
   for (std::string line; std::getline(lines, line);) {
     if (line.starts_with('#')) inside = line.substr(line.find(' ') + 1) == heading;
     if (inside && line.starts_with("| `")) table.push_back(cellsOf(line));
   }
   EXPECT_FALSE(table.empty()) << "no table under " << heading;
   return table;
+}
+
+Table tableUnder(const std::string& heading) {
+  return tableIn("docs/files-and-codes.md", heading);
 }
 
 std::vector<std::string> firstColumnOf(const Table& table) {
@@ -237,30 +245,85 @@ TEST(FilesAndCodesTest, ToolsAreStartedWithTheDocumentedOptions) {
   }
 }
 
-TEST(FilesAndCodesTest, ErrorCodesAreThoseThatAreSent) {
-  const std::regex named("constexpr int (k\\w+) = ([0-9]+);");
-  const std::regex sent("sendErrorMessage\\(\\s*(k\\w+|[0-9]+),");
-  std::set<std::string> codes;
-  for (const auto& [path, text] : sources()) {
-    if (!path.ends_with(".cpp")) continue;
-    std::map<std::string, std::string> constants;
-    for (std::sregex_iterator at(text.begin(), text.end(), named), end; at != end; ++at) {
-      constants[(*at)[1]] = (*at)[2];
-    }
-    for (std::sregex_iterator at(text.begin(), text.end(), sent), end; at != end; ++at) {
-      const std::string code = (*at)[1];
-      codes.insert(constants.contains(code) ? constants.at(code) : code);
-    }
-  }
+// --- Error codes ---------------------------------------------------------------------------------
 
-  EXPECT_EQ(namesUnder("Error codes"), codes);
+std::string numberOf(ErrorCode code) {
+  return std::to_string(static_cast<int>(code));
 }
 
-TEST(FilesAndCodesTest, ReadmeAndTablesAgreeOnTheErrorCodes) {
-  const std::string readme = contentOf(HOTFIX_SOURCE_DIR "/README.md");
-  for (const std::string& code : namesUnder("Error codes")) {
-    EXPECT_THAT(readme, HasSubstr("\n| `" + code + "` |"));
+TEST(FilesAndCodesTest, EveryErrorCodeIsDescribedOnceAndNoneIsRetired) {
+  std::set<int> numbers(kRetiredErrorCodes.begin(), kRetiredErrorCodes.end());
+  for (const ErrorDescription& error : kErrors)
+    EXPECT_TRUE(numbers.insert(static_cast<int>(error.code)).second) << numberOf(error.code);
+
+  const std::string header = sources().at("hotfix/util/ErrorCode.h");
+  const std::regex enumerator("\n  (\\w+) = ([0-9]+),");
+  std::set<std::string> described;
+  for (const ErrorDescription& error : kErrors) described.insert(numberOf(error.code));
+  std::set<std::string> declared;
+  for (std::sregex_iterator at(header.begin(), header.end(), enumerator), end; at != end; ++at)
+    declared.insert((*at)[2]);
+  EXPECT_EQ(declared, described);
+}
+
+// The operation that sends takes nothing but the codes, and nobody else makes a record.
+TEST(FilesAndCodesTest, EveryErrorCodeIsSent) {
+  const std::regex used("ErrorCode::(\\w+)");
+  std::set<std::string> described;
+  std::set<std::string> sent;
+  std::set<std::string> makers;
+  for (const auto& [path, text] : sources()) {
+    auto& codes = path == "hotfix/util/ErrorCode.h" ? described : sent;
+    for (std::sregex_iterator at(text.begin(), text.end(), used), end; at != end; ++at)
+      codes.insert((*at)[1]);
+    if (text.find("\"ERROR_CODE\"") != std::string::npos) makers.insert(path);
   }
+
+  EXPECT_EQ(sent, described);
+  EXPECT_EQ(makers, (std::set<std::string>{"util/InstallUtilErrors.cpp"}));
+}
+
+TEST(FilesAndCodesTest, TablesDescribeTheErrorCodesAsTheHeaderDoes) {
+  Table full;
+  Table brief;
+  for (const ErrorDescription& error : kErrors) {
+    const std::string number = "`" + numberOf(error.code) + "`";
+    const std::string meaning(error.meaning);
+    const std::string details(error.details);
+    full.push_back({number, meaning, std::string(error.sender), details});
+    brief.push_back({number, meaning, details});
+  }
+
+  EXPECT_EQ(tableUnder("Error codes"), full);
+  EXPECT_EQ(tableIn("README.md", "Error codes"), brief);
+}
+
+TEST(FilesAndCodesTest, ManualPageDescribesTheErrorCodesAsTheHeaderDoes) {
+  std::string expected;
+  for (const ErrorDescription& error : kErrors) {
+    std::string meaning(error.meaning);
+    meaning.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(meaning.front())));
+    expected += ".TP .B " + numberOf(error.code) + " " + meaning +
+                ". Details: " + std::string(error.details) + ". ";
+  }
+  std::string page = contentOf(HOTFIX_SOURCE_DIR "/packaging/HotfixInstaller.8");
+  std::replace(page.begin(), page.end(), '\n', ' ');
+
+  EXPECT_THAT(page, HasSubstr(" " + expected + ".PP Codes 1, 2 and 5 are retired. "));
+}
+
+TEST(FilesAndCodesTest, FlowChartTellsWhenEachErrorCodeIsSent) {
+  const std::string readme = contentOf(HOTFIX_SOURCE_DIR "/README.md");
+  const std::size_t begin = readme.find("```mermaid");
+  const std::string chart = readme.substr(begin, readme.find("\n```\n", begin) - begin);
+  const std::regex mentioned("code ([0-9]+)");
+  std::set<std::string> numbers;
+  for (std::sregex_iterator at(chart.begin(), chart.end(), mentioned), end; at != end; ++at)
+    numbers.insert((*at)[1]);
+
+  std::set<std::string> expected;
+  for (const ErrorDescription& error : kErrors) expected.insert(numberOf(error.code));
+  EXPECT_EQ(numbers, expected);
 }
 
 TEST(FilesAndCodesTest, DocumentedCharactersAndNoOthersAreRefused) {

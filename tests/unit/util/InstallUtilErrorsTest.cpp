@@ -17,7 +17,7 @@ class InstallUtilErrorsTest : public ::testing::Test {
 
 TEST_F(InstallUtilErrorsTest, InitializedPasteboardHoldsCodeZeroWithoutDetails) {
   proves("RECORD-6");
-  InstallUtil::sendErrorMessage(8, {"x"});
+  InstallUtil::sendErrorMessage(ErrorCode::notInstalled, {"x"});
 
   InstallUtil::initInternalPasteboard(true);
 
@@ -27,7 +27,7 @@ TEST_F(InstallUtilErrorsTest, InitializedPasteboardHoldsCodeZeroWithoutDetails) 
 
 TEST_F(InstallUtilErrorsTest, UninitializedPasteboardIsEmpty) {
   proves("RECORD-6");
-  InstallUtil::sendErrorMessage(8, {"x"});
+  InstallUtil::sendErrorMessage(ErrorCode::notInstalled, {"x"});
 
   InstallUtil::initInternalPasteboard(false);
 
@@ -36,7 +36,7 @@ TEST_F(InstallUtilErrorsTest, UninitializedPasteboardIsEmpty) {
 
 TEST_F(InstallUtilErrorsTest, RecordKeepsCodeAndDetailsInOrder) {
   proves("RECORD-6");
-  InstallUtil::sendErrorMessage(8, {"/dest", "Quillmere.app"});
+  InstallUtil::sendErrorMessage(ErrorCode::notInstalled, {"/dest", "Quillmere.app"});
 
   const Dictionary expected{{"ERROR_CODE", 8}, {"ERROR_DETAILS", Array{"/dest", "Quillmere.app"}}};
   EXPECT_EQ(InstallUtil::getErrorMessage(), expected);
@@ -44,7 +44,7 @@ TEST_F(InstallUtilErrorsTest, RecordKeepsCodeAndDetailsInOrder) {
 
 TEST_F(InstallUtilErrorsTest, DetailsThatXmlCannotHoldStillMakeARecord) {
   proves("ODD-5");
-  InstallUtil::sendErrorMessage(8, {"/\xFF", "\x01"});
+  InstallUtil::sendErrorMessage(ErrorCode::notInstalled, {"/\xFF", "\x01"});
 
   const Dictionary expected{{"ERROR_CODE", 8},
                             {"ERROR_DETAILS", Array{"/\xC3\xBF", "\xEF\xBF\xBD"}}};
@@ -53,8 +53,8 @@ TEST_F(InstallUtilErrorsTest, DetailsThatXmlCannotHoldStillMakeARecord) {
 
 TEST_F(InstallUtilErrorsTest, LastRecordSentWins) {
   proves("RECORD-3");
-  InstallUtil::sendErrorMessage(3, {});
-  InstallUtil::sendErrorMessage(6, {"Quillmere"});
+  InstallUtil::sendErrorMessage(ErrorCode::unsupportedCharacters, {});
+  InstallUtil::sendErrorMessage(ErrorCode::applicationRunning, {"Quillmere"});
 
   ASSERT_TRUE(InstallUtil::getErrorMessage());
   EXPECT_EQ(*InstallUtil::getErrorMessage()->find("ERROR_CODE"), PropertyList::Value(6));
@@ -62,7 +62,7 @@ TEST_F(InstallUtilErrorsTest, LastRecordSentWins) {
 
 TEST_F(InstallUtilErrorsTest, AbsentRecordIsIgnored) {
   proves("RECORD-6");
-  InstallUtil::sendErrorMessage(6, {"Quillmere"});
+  InstallUtil::sendErrorMessage(ErrorCode::applicationRunning, {"Quillmere"});
   const auto before = InstallUtil::getErrorMessage();
 
   InstallUtil::sendErrorMessage(std::optional<Dictionary>());
