@@ -13,7 +13,7 @@ using std::chrono::sys_days;
 using std::chrono::year_month_day;
 
 constexpr std::string_view kPattern = "dddd-dd-ddTdd:dd:ddZ";  // "d" is a digit
-constexpr long kSecondsADay = 24 * 60 * 60;
+constexpr long kSecondsADay = 24L * 60 * 60;
 constexpr sys_days kEpoch = std::chrono::year{2001} / 1 / 1;
 constexpr int kFirstYear = 1;
 constexpr int kLastYear = 9999;

@@ -28,7 +28,7 @@ std::vector<std::string> hotfixArguments(const std::string& locale,
                                          const std::string& updateSiteList,
                                          const std::string& rcpData) {
   std::vector<std::string> list = leadingArguments(kUpdate, locale);
-  list.push_back("-DprovisioningOperation=update");
+  list.emplace_back("-DprovisioningOperation=update");
   list.push_back("-DprovUpdateSiteListOverride=file:" + updateSiteList);
   appendMemoryLimits(list);
   list.insert(list.end(), {"-data", rcpData});

@@ -69,10 +69,11 @@ void StringUtil::addHexDigits(char16_t character, std::string& toString) {
 std::string StringUtil::convertUnicode2Characters(std::string_view string) {
   const std::u16string units = toUnits(string);
   std::u16string converted;
-  for (std::u16string_view rest = units; !rest.empty();) {
+  for (std::size_t place = 0; place < units.size();) {
+    const auto rest = std::u16string_view(units).substr(place);
     const bool escape = isUnicodeEscape(rest);
-    converted += escape ? unitSpelledBy(rest.substr(2, 4)) : rest.front();
-    rest.remove_prefix(escape ? kEscapeLength : 1);
+    converted += escape ? unitSpelledBy(rest.substr(2, 4)) : units[place];
+    place += escape ? kEscapeLength : 1;
   }
   return fromUnits(converted);
 }
