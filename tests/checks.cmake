@@ -16,6 +16,11 @@ if(TARGET docs)
   hotfix_add_check(docs ${DOXYGEN_EXECUTABLE} ${HOTFIX_DOXYFILE})
 endif()
 
+# The linters. clang-tidy takes minutes for what has changed and has nothing else to run beside it.
+hotfix_add_check(cppcheck ${PROJECT_SOURCE_DIR}/scripts/tidy ${PROJECT_BINARY_DIR} cppcheck)
+hotfix_add_check(clang_tidy ${PROJECT_SOURCE_DIR}/scripts/tidy ${PROJECT_BINARY_DIR} clang-tidy)
+set_tests_properties(check.clang_tidy PROPERTIES LABELS "check;slow" TIMEOUT 1800 PROCESSORS 2)
+
 hotfix_add_check(promises ${PROJECT_SOURCE_DIR}/scripts/check-promises)
 
 # Every test file has a test in one of the programs. This concerns all tests: without the sample's
