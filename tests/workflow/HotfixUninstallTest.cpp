@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "hotfix/instance/InstanceService.h"
 #include "instance/ProvisioningCommand.h"
 #include "support/PackageFixture.h"
 #include "support/Proves.h"

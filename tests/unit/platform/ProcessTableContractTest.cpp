@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "hotfix/platform/ProcessKeys.h"
 #include "support/FakeProcessTable.h"
 #include "support/Proves.h"
 
@@ -18,8 +19,8 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-constexpr std::string_view kExecutable = ProcessTable::kExecutableKey;
-constexpr std::string_view kName = ProcessTable::kNameKey;
+constexpr std::string_view kExecutable = processKey::kExecutable;
+constexpr std::string_view kName = processKey::kName;
 
 TEST_P(ProcessTableContractTest, TellsThisProcessByItsPath) {
   EXPECT_THAT(_table->valuesForKey("CFBundleExecutable"), Contains(_self));
