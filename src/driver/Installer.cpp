@@ -50,7 +50,9 @@ std::optional<std::string> chooseRcpData(const std::vector<std::string>& argumen
 void warnOfForeignLink(const std::string& rcpData) {
   FileManager& files = *Platform::current().files;
   if (files.isDirectory(rcpData) && !files.mayEnter(rcpData))
-    log(LogLevel::warning, "The rcp data folder {} is another user's link, leave its files alone.",
+    log(LogLevel::warning,
+        "The rcp data folder {} can not be entered, or only through another user's link: leave its "
+        "files alone.",
         rcpData);
 }
 

@@ -8,6 +8,7 @@
 #include "hotfix/platform/PropertyListFile.h"
 #include "platform/Exists.h"
 #include "platform/Log.h"
+#include "platform/Reported.h"
 
 namespace installer {
 
@@ -42,8 +43,10 @@ std::optional<std::string> resolveBundle() {
   const RunState& state = runState();
   const HotfixPackage& package = state._package;
   if (package.bundleName && !package.allowMultiInstance) {
-    const std::optional<std::string> registered =
-        RegisterFile(*package.bundleName).getProductPath();
+    const RegisterFile registration(*package.bundleName);
+    // The package's own name for the bundle stands in, but nobody shall think that none was there.
+    reported::tellUnreadable(registration.readError());
+    const std::optional<std::string> registered = registration.getProductPath();
     if (exists(registered)) return registered;
   }
   return package.bundleIn(state._pathToInstallDestination);

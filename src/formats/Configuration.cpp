@@ -32,7 +32,10 @@ std::optional<PropertyList::Dictionary> trustedEntries() {
   const auto bytes = platform.files->readUnlinked(filePath(), &owner, &error);
   if (bytes && platform.users->trusts(owner)) return PropertyList::parseDictionary(*bytes);
   if (!bytes && error.code == FileError::kMissing) return PropertyList::Dictionary();
-  if (!bytes && mayBeOurs(error)) return std::nullopt;
+  if (!bytes && mayBeOurs(error)) {
+    reported::tell(error);
+    return std::nullopt;
+  }
   logOnce(LogLevel::warning, "The file {} is not a plain file of a trusted user, ignore it.",
           filePath());
   return PropertyList::Dictionary();

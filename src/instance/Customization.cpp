@@ -37,7 +37,7 @@ void removeKeyStores(const std::string& folder) {
 }  // namespace
 
 bool InstanceService::mergePluginCustomizationWithBase(const std::optional<std::string>& path) {
-  if (!_pathToRcphome || !path || !exists(*path) || !hasContent(*path)) return false;
+  if (!_pathToRcphome || !path || !exists(*path)) return false;
   const std::optional<std::string> version = getBaseVersion();
   if (!version) return false;
   const std::string baseFile = InstanceLayout::baseCustomization(*_pathToRcphome, *version);
@@ -53,11 +53,11 @@ bool InstanceService::mergePluginCustomizationWithRcphome(const std::optional<st
   if (!path || !hasRcphomeFolder()) return false;
   const std::string file = InstanceLayout::customization(*_pathToRcphome);
   if (!exists(file)) {
-    (void)copyContent(*path, file);
+    (void)copyAsGiven(*path, file);
     return true;
   }
   JavaProperties settings(file, FailedSave::isPassedOver);
-  if (hasContent(*path)) (void)settings.mergeWithJavaProperties(*path);
+  (void)settings.mergeWithJavaProperties(*path);
   // The merge has saved already unless `path` is missing; the file is then put into our form alone.
   (void)settings.savePropertiesToFile(std::nullopt);
   return true;
@@ -71,8 +71,7 @@ void InstanceService::copyKeyStores(const std::string& path) {
   for (const std::string& name : keyStoresIn(path)) {
     const std::string from = path::appendingComponent(path, name);
     const std::string to = path::appendingComponent(folder, name);
-    // A link that leads elsewhere is nobody's content and may come along.
-    (void)(hasContent(from) ? copyContent(from, to) : copyItem(from, to));
+    (void)copyAsGiven(from, to);
     log(LogLevel::info, "Copy keystore file '{}' from {} to {}.", name, from, to);
   }
 }

@@ -22,8 +22,7 @@ constexpr const char* kBundleID = "installedHotfixBundleID";
 // the instance for a fresh one.
 Properties recordIn(const std::string& rcpHome) {
   Properties record(InstanceLayout::installInfo(rcpHome));
-  const std::optional<FileError>& error = record.readError();
-  if (error && error->code != FileError::kMissing) reported::tell(*error);
+  reported::tellUnreadable(record.readError());
   return record;
 }
 

@@ -92,6 +92,11 @@ bool InstanceService::copyContent(const std::string& from, const std::string& to
          shouldProceedAfterError(error, from, to);
 }
 
+// A link that leads elsewhere is nobody's content and may come along as the link that it is.
+bool InstanceService::copyAsGiven(const std::string& from, const std::string& to) const {
+  return hasContent(from) ? copyContent(from, to) : copyItem(from, to);
+}
+
 bool InstanceService::hasContent(const std::string& path) const {
   return Platform::current().files->hasContent({path, contentFolders()});
 }

@@ -125,6 +125,7 @@ bool InstanceService::generateJVMPropertiesWithTemplate(const std::optional<std:
   const std::string target = InstanceLayout::jvmProperties(*_pathToRcphome);
   FileError error;
   if (path && platform.files->exists(*path, &error)) {
+    if (!hasContent(*path)) return false;
     (void)platform.files->remove(target);
     return copyContent(*path, target);
   }

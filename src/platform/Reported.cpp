@@ -25,6 +25,10 @@ void tell(const FileError& error) {
   logOnce(LogLevel::error, "{}", error.description);
 }
 
+void tellUnreadable(const std::optional<FileError>& error) {
+  if (error && error->code != FileError::kMissing) tell(*error);
+}
+
 bool exists(const std::string& path) {
   FileError error;
   const bool there = files().exists(path, &error);

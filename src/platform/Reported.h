@@ -15,6 +15,8 @@ namespace installer::reported {
 
 // Writes the line.
 void tell(const FileError& error);
+// The same for a file that is there; what is missing, or was read, is no failure.
+void tellUnreadable(const std::optional<FileError>& error);
 
 // What cannot be looked at is told and does not count as existing. What is missing is no failure.
 bool exists(const std::string& path);

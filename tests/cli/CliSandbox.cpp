@@ -548,10 +548,6 @@ std::vector<ChildRecord> CliSandbox::children(const std::string& role) const {
   return _children->records(role);
 }
 
-void CliSandbox::forgetChildren() const {
-  _children->forget();
-}
-
 std::vector<TraceLine> CliSandbox::trace() const {
   std::vector<TraceLine> lines;
   std::istringstream text(readFile("/tmp/install_trace.log").value_or(""));

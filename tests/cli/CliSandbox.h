@@ -145,7 +145,6 @@ class CliSandbox {
   // In the order of the starts.
   std::vector<ChildRecord> children() const;
   std::vector<ChildRecord> children(const std::string& role) const;
-  void forgetChildren() const;
 
   // --- What a run leaves -------------------------------------------------------------------------
 

@@ -576,7 +576,8 @@ TEST_F(PermissionsTest, LinksAreNotFollowed) {
 }
 
 constexpr const char* kForeignLink =
-    "The rcp data folder /data is another user's link, leave its files alone.";
+    "The rcp data folder /data can not be entered, or only through another user's link: leave its "
+    "files alone.";
 
 TEST_F(PermissionsTest, DataAndSharedFolderThatAreLinksAreHandedOver) {
   proves("RIGHTS-9");

@@ -330,6 +330,7 @@ TEST_F(RegisteredTest, DamagedRegistrationIsIgnoredAndKept) {
   EXPECT_EQ(0, install().status);
 
   EXPECT_EQ("not a list", _sandbox.readFile(file));
+  EXPECT_THAT(_sandbox.texts("Error"), ElementsAre(HasSubstr(file)));
 }
 
 TEST_F(RegisteredTest, BinaryRegistrationIsRead) {

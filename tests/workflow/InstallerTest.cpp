@@ -174,6 +174,7 @@ TEST_F(InstallerTest, MissingWorkspaceFlagDoublesTheInstallation) {
 }
 
 TEST_F(InstallerTest, MissingManifestStopsBothOfTwoInstallations) {
+  proves("SUCCESS-6");
   _sandbox.remove("data/.config");
   _sandbox.remove("HF/deploy/install.hotfix.xml");
   RecordingPasteboard pasteboard;

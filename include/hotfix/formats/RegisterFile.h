@@ -5,6 +5,7 @@
 
 #include "hotfix/base/DeletedForNull.h"
 #include "hotfix/formats/Properties.h"
+#include "hotfix/platform/FileError.h"
 
 namespace installer {
 
@@ -24,6 +25,9 @@ class RegisterFile {
   std::optional<std::string> getPathToRcpHome() const;
   /// The installed application bundle.
   std::optional<std::string> getProductPath() const;
+  /// Why there are no values: FileError::kMissing without a file, another code for one that is
+  /// there and cannot be read or is no property list; nullopt when it was read.
+  const std::optional<FileError>& readError() const { return _properties.readError(); }
   /// The folder of the file, whether it exists or not.
   const std::string& getRegisterDirectory() const { return _registerDirectoryLocation; }
 

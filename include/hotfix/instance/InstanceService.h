@@ -279,6 +279,7 @@ class InstanceService {
   void copyStagingFolder(const std::optional<std::string>& location) const;
   bool copyItem(const std::string& from, const std::string& to, FileError* error = nullptr) const;
   bool copyContent(const std::string& from, const std::string& to) const;
+  bool copyAsGiven(const std::string& from, const std::string& to) const;
   bool hasContent(const std::string& path) const;
   std::vector<std::string> contentFolders() const;
   bool hasRcphomeFolder() const;

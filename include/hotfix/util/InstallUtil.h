@@ -13,8 +13,7 @@
 namespace installer {
 
 /// Operations of the installer without state: its errors, the processes and bundles of the machine,
-/// files and receipts, tracing and locale, the manifest version. All work on Platform::current();
-/// none throws.
+/// files and receipts, tracing and locale, the manifest version. None throws.
 class InstallUtil {
  public:
   InstallUtil() = delete;

@@ -149,7 +149,9 @@ TEST_F(ConfigurationTest, FileThatCannotBeReadTakesNothingAndStays) {
   EXPECT_FALSE(configuration.setProperty("1", "a"));
   EXPECT_FALSE(configuration.saveConfiguration());
 
-  EXPECT_THAT(_sandbox.log(), IsEmpty());
+  EXPECT_THAT(_sandbox.log(),
+              ElementsAre(Says(LogLevel::error, "\"" + _sandbox.path(kFile) +
+                                                    "\" cannot be read: Input/output error")));
   _sandbox.files().stopFailing();
   EXPECT_EQ(_sandbox.readPlist(kFile), (Dictionary{{"theirs", 5}}));
 }

@@ -86,23 +86,24 @@ TEST_F(InstanceCustomizationTest, LinkedSettingsBesideTheLinkAreTaken) {
   EXPECT_EQ(instanceFile(), "k=2\nn=4\n");
 }
 
-TEST_F(InstanceCustomizationTest, LinkedSettingsFromElsewhereComeIntoNoFile) {
+TEST_F(InstanceCustomizationTest, LinkedSettingsFromElsewhereAreMergedAndCopiedAsALink) {
   proves("FILES-22");
-  _sandbox.write("secret", "password=1\n");
-  _sandbox.makeLink("pkg/link.ini", "../secret");
+  _sandbox.write("common/settings.ini", "k=2\n");
+  _sandbox.makeLink("pkg/link.ini", "../common/settings.ini");
   const std::string link = _sandbox.path("pkg/link.ini");
   InstanceService service = quietService();
 
   EXPECT_TRUE(service.mergePluginCustomizationWithRcphome(link));
-  EXPECT_FALSE(_sandbox.exists(inHome(kIni)));
+  EXPECT_EQ(std::filesystem::read_symlink(homePath(kIni)), "../common/settings.ini");
+  ASSERT_TRUE(std::filesystem::remove(homePath(kIni)));
 
   _sandbox.write(inHome(kIni), "# old\nk=1\n");
   EXPECT_TRUE(service.mergePluginCustomizationWithRcphome(link));
-  EXPECT_EQ(instanceFile(), "k=1\n") << "as for a missing file";
+  EXPECT_EQ(instanceFile(), "k=2\n");
 
   _sandbox.write(inHome(kBaseIni), "# base\nk=1\n");
-  EXPECT_FALSE(service.mergePluginCustomizationWithBase(link));
-  EXPECT_EQ(_sandbox.read(inHome(kBaseIni)), "# base\nk=1\n");
+  EXPECT_TRUE(service.mergePluginCustomizationWithBase(link));
+  EXPECT_EQ(_sandbox.read(inHome(kBaseIni)), "k=2\n");
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 

@@ -312,6 +312,17 @@ TEST_F(LauncherConfigurationTest, LinkedTemplatesFromElsewhereAreNotCopied) {
     EXPECT_FALSE(_sandbox.exists(inHome(file))) << file;
 }
 
+TEST_F(LauncherConfigurationTest, LinkedTemplateFromElsewhereLeavesOldOptionsWhereTheyAre) {
+  _sandbox.write("secret", "-Xmx1m");
+  _sandbox.makeFolder("templates");
+  const std::string link = _sandbox.makeLink("templates/link", "../secret");
+  _sandbox.write(inHome("deploy/jvm.properties"), "old");
+
+  EXPECT_FALSE(freshService().generateJVMPropertiesWithTemplate(link));
+
+  EXPECT_EQ(_sandbox.read(inHome("deploy/jvm.properties")), "old");
+}
+
 TEST_F(LauncherConfigurationTest, MissingTemplateIsAnError) {
   proves("SETUP-7");
   EXPECT_FALSE(freshService().generateRcplauncherPropertiesWithTemplate(_sandbox.path("none"),
