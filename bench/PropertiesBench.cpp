@@ -14,7 +14,7 @@ static void propertiesRoundtrip(benchmark::State& state, const BenchData& data, 
     JavaProperties properties(file + ".properties");
     const JavaProperties merged(file + ".merge.properties");
     for (const std::string& key : merged.propertyNames())
-      properties.setProperty(merged.getPropertyForKey(key), key);
+      (void)properties.setProperty(merged.getPropertyForKey(key), key);  // each has a value
     if (!properties.savePropertiesToFile(saved)) state.SkipWithError("not saved");
   }
 }

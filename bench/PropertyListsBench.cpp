@@ -9,7 +9,7 @@ static void setKey(benchmark::State& state, const std::string& file, const std::
   for (auto _ : state) {
     Properties store(file);
     if (!store.setProperty("2.0.0", "hotfixVersion")) state.SkipWithError("not loaded");
-    store.savePropertiesToFile(saved);
+    if (!store.savePropertiesToFile(saved)) state.SkipWithError("not saved");
   }
   state.SetLabel("written as XML");
 }

@@ -28,6 +28,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!files.write(manifestFile(), bytes)) return 0;
   InstallManifest manifest(manifestFile());
   if (manifest.replaceInstallerRootWith("/a & <b>"))
-    (void)manifest.saveInstallManifestAs(std::nullopt);
+    (void)manifest.saveInstallManifestAs(std::nullopt);  // must not crash, may fail
   return 0;
 }

@@ -11,6 +11,6 @@ std::string encodeBase64(std::string_view bytes);
 
 // White space counts for nothing. nullopt for any other character outside the alphabet and for a
 // text whose length or padding is wrong.
-std::optional<std::string> decodeBase64(std::string_view text);
+[[nodiscard]] std::optional<std::string> decodeBase64(std::string_view text);
 
 }  // namespace installer

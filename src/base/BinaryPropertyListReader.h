@@ -16,6 +16,6 @@ inline constexpr std::string_view kBinaryMagic = "bplist0";
 // no document may hold as U+FFFD, a date beyond the years 1 to 9999 as the first or last second in
 // them. Somebody else's value would otherwise keep the whole list from being written. Types that no
 // property list holds (null, sets, links) make the list unreadable.
-std::optional<Value> readBinary(std::string_view bytes);
+[[nodiscard]] std::optional<Value> readBinary(std::string_view bytes);
 
 }  // namespace installer::PropertyList

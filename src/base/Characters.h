@@ -20,7 +20,7 @@ DecodedCharacter decodeCharacter(std::string_view text, std::size_t at);
 
 // The same by the letter of UTF-8; nullopt where it has no character: at a byte that begins none,
 // and at half of a surrogate pair.
-std::optional<DecodedCharacter> decodeUtf8(std::string_view text, std::size_t at);
+[[nodiscard]] std::optional<DecodedCharacter> decodeUtf8(std::string_view text, std::size_t at);
 
 // Whether the text is UTF-8 from end to end.
 bool isUtf8(std::string_view text);

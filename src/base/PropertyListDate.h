@@ -10,10 +10,10 @@
 namespace installer::PropertyList {
 
 // nullopt for any other form and for a day or time that does not exist.
-std::optional<Date> dateFromText(std::string_view text);
+[[nodiscard]] std::optional<Date> dateFromText(std::string_view text);
 
 // The whole second in which the date lies; nullopt when it has no four-digit year.
-std::optional<std::string> textFromDate(const Date& date);
+[[nodiscard]] std::optional<std::string> textFromDate(const Date& date);
 
 // The date itself or, for one without a four-digit year, the nearest second that has one; the
 // earliest for what is no number.

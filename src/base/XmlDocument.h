@@ -26,6 +26,6 @@ void reindent(_xmlDoc& document);
 // The document in the encoding that it declares, UTF-8 without one. What the encoding lacks becomes
 // character references. nullopt when the document has come to hold what XML cannot tell (control
 // characters, say).
-std::optional<std::string> serialize(_xmlDoc& document);
+[[nodiscard]] std::optional<std::string> serialize(_xmlDoc& document);
 
 }  // namespace installer::xml

@@ -29,7 +29,7 @@ class Parser {
   Parser& operator=(const Parser&) = delete;
 
   // Whether the whole document is well-formed and within the bounds, and nobody refused it.
-  bool read();
+  [[nodiscard]] bool read();
 
   // What the library's own handlers have built; null without them.
   Document takeDocument();
@@ -51,8 +51,8 @@ class Parser {
 
   xmlSAXHandler guardedHandler() const;
   std::string_view decodedRest();
-  bool enter(int namespaces, int attributes);
-  bool atEnd() const;
+  [[nodiscard]] bool enter(int namespaces, int attributes);
+  [[nodiscard]] bool atEnd() const;
 
   static void startDocument(void* context);
   static void startElement(void* context, const xmlChar* name, const xmlChar* prefix,

@@ -11,6 +11,6 @@ namespace installer::PropertyList {
 // its last value at its first place. A document that declares anything (entities, elements,
 // attributes, notations) or uses entities of its own is unreadable, and nothing outside it is ever
 // loaded.
-std::optional<Value> readXml(std::string_view bytes);
+[[nodiscard]] std::optional<Value> readXml(std::string_view bytes);
 
 }  // namespace installer::PropertyList

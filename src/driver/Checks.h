@@ -9,6 +9,6 @@ namespace installer {
 // is installed, it is not running (unless the package may be installed all the same), and no higher
 // hotfix is installed. The first that fails sends its error record and ends them. True when all
 // pass. Reads runState().
-bool passesChecks(const std::optional<std::string>& rcpHome);
+[[nodiscard]] bool passesChecks(const std::optional<std::string>& rcpHome);
 
 }  // namespace installer

@@ -13,8 +13,9 @@ void setHotfixErrorStatus(bool status) {
   // Wide on purpose: whoever runs the graphical installer may take the marker away.
   constexpr mode_t kOpenToEverybody = 0777;
   const std::string owner = platform.users->consoleUserName().value_or("root");
-  (void)platform.files->createFile(platform.paths.errorMarker, "",
-                                   handedTo(owner, kOpenToEverybody));
+  const FileAttributes attributes = handedTo(owner, kOpenToEverybody);
+  const std::string& marker = platform.paths.errorMarker;
+  (void)platform.files->createFile(marker, "", attributes);  // the channel tells no failure
 }
 
 }  // namespace installer

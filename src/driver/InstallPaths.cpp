@@ -27,7 +27,8 @@ bool clientHasStartedOn(const std::string& rcpData) {
 void removeOldHotfix(const std::string& rcpHome, const std::string& rcpData) {
   if (!isOtherHotfixVersionInstalled()) return;
   log(LogLevel::info, "Found another hot fix, uninstall it before installing the new hot fix");
-  (void)HotfixUninstall(rcpHome, rcpData).uninstallOldHotfix();
+  HotfixUninstall removal(rcpHome, rcpData);
+  (void)removal.uninstallOldHotfix();  // the new hotfix is installed all the same
 }
 
 void updateUntouchedInstance(const std::string& rcpHome, const std::string& rcpData) {
@@ -45,10 +46,9 @@ bool runSuccessPath(const std::string& rcpHome, const std::string& rcpData) {
   const RunState& state = runState();
   Hotfix hotfix(state._pathToInstallPackage, state._pathToInstallDestination, rcpData);
   if (!clientHasStartedOn(rcpData)) {
-    // On purpose; only the answer of the second run counts.
     log(LogLevel::info,
         "Hot fix workspace flag file is missing, launching install new hotfix twice");
-    (void)hotfix.installNewHotfix();
+    (void)hotfix.installNewHotfix();  // only the answer of the second run counts
   }
   return hotfix.installNewHotfix();
 }

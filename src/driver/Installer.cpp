@@ -18,6 +18,10 @@ namespace installer {
 
 namespace {
 
+constexpr const char* kUsage =
+    "Usage: HotfixInstaller <pathToInstallPackage> <pathToInstallDestination> "
+    "[-rcpdata <pathToRcpData>]\n";
+
 // The mirrored trace of one run.
 class Trace {
  public:
@@ -92,10 +96,7 @@ int runInstaller(const std::vector<std::string>& arguments) {
   log(LogLevel::info, "Begin to install hotfix.");
   InstallUtil::initInternalPasteboard(true);
   if (arguments.size() < 3) {
-    (void)std::fputs(
-        "Usage: HotfixInstaller <pathToInstallPackage> <pathToInstallDestination> "
-        "[-rcpdata <pathToRcpData>]\n",
-        stderr);
+    (void)std::fputs(kUsage, stderr);  // the status tells it too
     return 1;
   }
   runState() = RunState();

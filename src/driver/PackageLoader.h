@@ -13,6 +13,6 @@ void loadPackage();
 // The application bundle that the package in runState() is for: <destination>/<bundleName>.app, or,
 // unless the package allows several instances, the existing bundle that the product's registration
 // names. nullopt when the package does not name its bundle.
-std::optional<std::string> resolveBundle();
+[[nodiscard]] std::optional<std::string> resolveBundle();
 
 }  // namespace installer

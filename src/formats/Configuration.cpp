@@ -59,13 +59,15 @@ bool Configuration::setProperty(const std::optional<std::string>& value,
 bool Configuration::saveConfiguration() const {
   if (!_internalProperties._dict) return false;
   const std::optional<std::string> bytes = PropertyList::serialize(*_internalProperties._dict);
+  if (!bytes) return true;
+  const std::string file = filePath();
   // As with every property store, a refusing disk does not change the answer.
-  if (bytes) (void)reported::write(filePath(), *bytes, ReplacedFile::forget, kReadableByAll);
+  (void)reported::write(file, *bytes, ReplacedFile::forget, kReadableByAll);  // leaves its line
   return true;
 }
 
 void Configuration::cleanupConfiguration() {
-  (void)reported::remove(filePath());
+  (void)reported::remove(filePath());  // a missing file is as good as a removed one
   _internalProperties.removeAllProperties();
 }
 

@@ -11,6 +11,6 @@ namespace installer {
 // The features of an install manifest, in document order, owned by the document: of each
 // installfeature the first requirements' own. nullopt, after an error line that names it, when a
 // level above them is missing.
-std::optional<std::vector<_xmlNode*>> manifestFeatures(const _xmlDoc& document);
+[[nodiscard]] std::optional<std::vector<_xmlNode*>> manifestFeatures(const _xmlDoc& document);
 
 }  // namespace installer

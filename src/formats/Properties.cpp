@@ -45,8 +45,8 @@ void Properties::removeAllProperties() {
 bool Properties::savePropertiesToFile(const std::optional<std::string>& path) const {
   if (!_dict) return false;
   const std::optional<std::string> target = path ? path::expandingTilde(*path) : _file;
-  // Callers carry on whatever the disk says; what they stored is lost then, and the line tells it.
-  if (target) (void)PropertyList::writeDictionary(*_dict, *target);
+  // Callers carry on whatever the disk says; what they stored is lost then.
+  if (target) (void)PropertyList::writeDictionary(*_dict, *target);  // its line tells a failure
   return true;
 }
 

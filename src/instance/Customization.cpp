@@ -29,7 +29,7 @@ std::vector<std::string> keyStoresIn(const std::string& folder) {
 void removeKeyStores(const std::string& folder) {
   for (const std::string& name : keyStoresIn(folder)) {
     const std::string file = path::appendingComponent(folder, name);
-    (void)Platform::current().files->remove(file);
+    (void)Platform::current().files->remove(file);  // one that stays stops nothing, silently
     log(LogLevel::info, "Delete existing keystore files '{}' from {}.", name, file);
   }
 }
@@ -44,8 +44,9 @@ bool InstanceService::mergePluginCustomizationWithBase(const std::optional<std::
   if (!exists(baseFile)) return true;
   JavaProperties settings(baseFile, FailedSave::isPassedOver);
   if (settings.readError()) return true;  // without its settings the instance's would be lost
-  (void)settings.mergeWithJavaProperties(*path);
-  (void)settings.savePropertiesToFile(InstanceLayout::customization(*_pathToRcphome));
+  (void)settings.mergeWithJavaProperties(*path);  // whatever comes of it is saved for the instance
+  const std::string file = InstanceLayout::customization(*_pathToRcphome);
+  (void)settings.savePropertiesToFile(file);  // a refusing disk does not change the answer
   return true;
 }
 
@@ -53,13 +54,13 @@ bool InstanceService::mergePluginCustomizationWithRcphome(const std::optional<st
   if (!path || !hasRcphomeFolder()) return false;
   const std::string file = InstanceLayout::customization(*_pathToRcphome);
   if (!exists(file)) {
-    (void)copyAsGiven(*path, file);
+    (void)copyAsGiven(*path, file);  // what can not be copied does not change the answer
     return true;
   }
   JavaProperties settings(file, FailedSave::isPassedOver);
-  (void)settings.mergeWithJavaProperties(*path);
-  // The merge has saved already unless `path` is missing; the file is then put into our form alone.
-  (void)settings.savePropertiesToFile(std::nullopt);
+  (void)settings.mergeWithJavaProperties(*path);  // saves already, unless `path` is missing
+  // Without a merge the file is put into our form alone.
+  (void)settings.savePropertiesToFile(std::nullopt);  // a refusing disk changes no answer
   return true;
 }
 
@@ -71,7 +72,7 @@ void InstanceService::copyKeyStores(const std::string& path) {
   for (const std::string& name : keyStoresIn(path)) {
     const std::string from = path::appendingComponent(path, name);
     const std::string to = path::appendingComponent(folder, name);
-    (void)copyAsGiven(from, to);
+    (void)copyAsGiven(from, to);  // failures are passed over, silently
     log(LogLevel::info, "Copy keystore file '{}' from {} to {}.", name, from, to);
   }
 }
@@ -80,7 +81,7 @@ void InstanceService::copyExtras(const std::optional<std::string>& path) {
   if (!path || !_pathToRcphome || entriesOf(*path).empty()) return;
   const std::string target = InstanceLayout::extras(*_pathToRcphome);
   log(LogLevel::info, "Begin to copy files from {} to {} ", *path, target);
-  (void)InstallUtil::copyFolderFrom(*path, target);
+  (void)InstallUtil::copyFolderFrom(*path, target);  // a merge answers false, whatever it did
 }
 
 void InstanceService::updatePermissions(bool rcphome, const std::optional<std::string>& workspace) {
@@ -90,8 +91,8 @@ void InstanceService::updatePermissions(bool rcphome, const std::optional<std::s
   if (workspace) folders.push_back(*workspace);
   // Together, because a link in the home can lead to the workspace.
   const Platform& platform = Platform::current();
-  (void)platform.files->changeAttributesBelowAll(
-      folders, handedTo(platform.users->consoleUserName(), kSharedMode));
+  const FileAttributes attributes = handedTo(platform.users->consoleUserName(), kSharedMode);
+  (void)platform.files->changeAttributesBelowAll(folders, attributes);  // passed over, silently
 }
 
 void InstanceService::updatePermissions(bool rcphome, bool updateWorkspace) {

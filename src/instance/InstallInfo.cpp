@@ -72,15 +72,17 @@ void InstanceService::storeInstallInfo(const std::string& key,
   if (!_pathToRcphome) return;
   Properties record = recordIn(*_pathToRcphome);
   if (isMissing(record)) record = Properties();
-  (void)record.setProperty(value, key);
-  (void)record.savePropertiesToFile(InstanceLayout::installInfo(*_pathToRcphome));
+  (void)record.setProperty(value, key);  // refused by a record that can not be read
+  const std::string file = InstanceLayout::installInfo(*_pathToRcphome);
+  (void)record.savePropertiesToFile(file);  // goes unnoticed but for the line of the file layer
 }
 
 void InstanceService::changeInstallInfo(const std::string& key,
                                         const std::optional<std::string>& value) {
   if (!_pathToRcphome) return;
   Properties record(InstanceLayout::installInfo(*_pathToRcphome));
-  if (record.setProperty(value, key)) (void)record.savePropertiesToFile(std::nullopt);
+  if (!record.setProperty(value, key)) return;
+  (void)record.savePropertiesToFile(std::nullopt);  // as above
 }
 
 std::optional<std::string> InstanceService::getInstalledVersion() const {

@@ -17,8 +17,8 @@ constexpr const char* kInstallID = "rcp.install.id";
 
 void setAndSave(JavaProperties& properties, const char* key,
                 const std::optional<std::string>& value) {
-  (void)properties.setProperty(value, key);
-  (void)properties.savePropertiesToFile(std::nullopt);
+  (void)properties.setProperty(value, key);             // an absent value is refused with a line
+  (void)properties.savePropertiesToFile(std::nullopt);  // the file layer tells a failure
 }
 
 bool resolveInstallerRoot(const std::string& manifest, const std::string& root) {
@@ -26,7 +26,7 @@ bool resolveInstallerRoot(const std::string& manifest, const std::string& root) 
   InstallManifest document(manifest);
   const std::string replacement = "file:" + root;
   log(LogLevel::info, "Get ${{installer.root}} : {}.", replacement);
-  (void)document.replaceInstallerRootWith(replacement);
+  (void)document.replaceInstallerRootWith(replacement);  // the save is what counts
   log(LogLevel::info, "Save install manifest.");
   return document.saveInstallManifestAs(std::nullopt);
 }
@@ -74,10 +74,11 @@ void InstanceService::backupInstallManifest() {
     return;
   }
   const std::string manifest = InstanceLayout::installManifest(*_pathToRcphome);
-  if (reported::exists(manifest))
-    (void)reported::copy({manifest, contentFolders()},
-                         InstanceLayout::deployed(*_pathToRcphome, "install." + version + ".xml"),
-                         ExistingItem::keep);
+  const std::string backup =
+      InstanceLayout::deployed(*_pathToRcphome, "install." + version + ".xml");
+  if (!reported::exists(manifest)) return;
+  const CopySource source{manifest, contentFolders()};
+  (void)reported::copy(source, backup, ExistingItem::keep);  // a missing backup stops nothing
 }
 
 bool InstanceService::copyUpdateManifest(

@@ -28,7 +28,8 @@ InstanceService::InstanceService(const std::optional<std::string>& pathToRcphome
   FileManager& files = *Platform::current().files;
   log(LogLevel::info, "The pathToRcphome is: {}.", orNull(pathToRcphome));
   const std::optional<std::string> location = newInstallLocation();
-  if (pathToRcphome) (void)files.createDirectory(*pathToRcphome, Intermediates::create);
+  if (pathToRcphome)
+    (void)files.createDirectory(*pathToRcphome, Intermediates::create);  // looked at below
   copyStagingFolder(location);
   if (!pathToRcphome || !files.exists(*pathToRcphome)) {
     log(LogLevel::error, "No file at: {}!", orNull(pathToRcphome));

@@ -15,8 +15,8 @@ namespace {
 
 void writeLink(const std::string& file, const std::string& target) {
   JavaProperties link(file, FailedSave::isPassedOver);
-  (void)link.setProperty(target, "path");
-  (void)link.savePropertiesToFile(std::nullopt);
+  (void)link.setProperty(target, "path");         // both texts are there
+  (void)link.savePropertiesToFile(std::nullopt);  // the saves are not looked at
 }
 
 bool makeFolderUnlessThere(const std::string& folder, const FileAttributes& attributes) {
@@ -57,15 +57,16 @@ bool InstanceService::copyLauncherTemplate(const std::string& path) const {
 
 void InstanceService::setIdentity(JavaProperties& launcherProperties) const {
   const std::string version = InstallUtil::generateNewManifestVersion();
-  (void)launcherProperties.setProperty(version, "rcp.install.id");
-  (void)launcherProperties.setProperty(version, "provisioning.manifest.version");
+  (void)launcherProperties.setProperty(version, "rcp.install.id");  // both texts are there
+  (void)launcherProperties.setProperty(version, "provisioning.manifest.version");  // here too
 }
 
 void InstanceService::setBaseLocation(JavaProperties& launcherProperties) const {
-  if (const std::optional<std::string> version = getBaseVersion())
-    (void)launcherProperties.setProperty(
-        "${rcp.home}/rcp/eclipse/plugins/" + std::string(InstanceLayout::kBasePlugin) + *version,
-        "rcp.base.location");
+  const std::optional<std::string> version = getBaseVersion();
+  if (!version) return;
+  const std::string location =
+      "${rcp.home}/rcp/eclipse/plugins/" + std::string(InstanceLayout::kBasePlugin) + *version;
+  (void)launcherProperties.setProperty(location, "rcp.base.location");  // both texts are there
 }
 
 bool InstanceService::generateRcplauncherPropertiesWithTemplate(
@@ -83,11 +84,12 @@ bool InstanceService::generateRcplauncherPropertiesWithTemplate(
   JavaProperties properties(InstanceLayout::launcherProperties(*_pathToRcphome),
                             FailedSave::isPassedOver);
   setIdentity(properties);
-  (void)properties.setProperty("file:/${rcp.home}/rcp/deploy/install.xml", "provisioning.manifest");
+  constexpr const char* kManifest = "file:/${rcp.home}/rcp/deploy/install.xml";
+  (void)properties.setProperty(kManifest, "provisioning.manifest");  // both texts are there
   setBaseLocation(properties);
-  if (workspace) (void)properties.setProperty(workspace, "rcp.data");
+  if (workspace) (void)properties.setProperty(workspace, "rcp.data");  // both texts are there
   log(LogLevel::info, "Save rcplauncher.properties.");
-  (void)properties.savePropertiesToFile(std::nullopt);
+  (void)properties.savePropertiesToFile(std::nullopt);  // the save is not looked at
   return true;
 }
 
@@ -126,7 +128,7 @@ bool InstanceService::generateJVMPropertiesWithTemplate(const std::optional<std:
   FileError error;
   if (path && platform.files->exists(*path, &error)) {
     if (!hasContent(*path)) return false;
-    (void)platform.files->remove(target);
+    (void)platform.files->remove(target);  // the copy tells what comes of it
     return copyContent(*path, target);
   }
   // A template that may be there is no reason to empty what is there.

@@ -65,7 +65,7 @@ int InstanceService::getProvisioningResult() const {
 
 void InstanceService::removeProvisionRCFile() {
   if (const std::optional<std::string> file = existingResult(_pathToRcphome))
-    (void)reported::remove(*file);
+    (void)reported::remove(*file);  // a file that stays is read again, as before this run
 }
 
 }  // namespace installer

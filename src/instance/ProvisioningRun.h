@@ -16,6 +16,7 @@ void runProvisioning(const std::optional<std::string>& launcher,
 
 // Whether the last run of the instance succeeded. Another answer than the two that tell success is
 // an error line, which names the places of the launcher's logs as well; no answer is none.
-bool provisioningSucceeded(const InstanceService& service, const std::string& rcpData);
+[[nodiscard]] bool provisioningSucceeded(const InstanceService& service,
+                                         const std::string& rcpData);
 
 }  // namespace installer

@@ -25,20 +25,20 @@ class ChildProcesses {
   // Starts the command with standard output and standard error on the null device. The answer is a
   // handle for wait(), which must follow; nullopt when it cannot be started, `reason` then says
   // why.
-  virtual std::optional<int> start(const Command& command, std::string* reason) = 0;
+  [[nodiscard]] virtual std::optional<int> start(const Command& command, std::string* reason) = 0;
 
   // Returns when the child has ended: nullopt when it ended by itself, whatever its exit status,
   // else the signal that ended it, with the system's words: "signal 9 (Killed)".
-  virtual std::optional<std::string> wait(int child) = 0;
+  [[nodiscard]] virtual std::optional<std::string> wait(int child) = 0;
 
   // Runs the command with a pipe as its standard output (standard error on the null device), reads
   // its first line of at most 1022 bytes, waits for its end and answers the line without the line
   // feed. nullopt when it cannot be started or writes nothing.
-  virtual std::optional<std::string> firstLine(const Command& command) = 0;
+  [[nodiscard]] virtual std::optional<std::string> firstLine(const Command& command) = 0;
 
   // Hands the text to the system's shell, waits, and answers the wait status, -1 when no shell can
   // be started. The shell inherits standard output and error.
-  virtual int shell(const std::string& commandLine) = 0;
+  [[nodiscard]] virtual int shell(const std::string& commandLine) = 0;
 };
 
 }  // namespace installer

@@ -44,7 +44,7 @@ enum class Intermediates { create, refuse };
 enum class ReplacedFile { takeOver, forget };
 
 // What an attempt to take a folder's lock came to.
-struct LockAttempt {
+struct [[nodiscard]] LockAttempt {
   // Whether another process has the lock.
   bool busy = false;
   // Keeps the lock as long as a copy of it lives; null when it could not be had.
@@ -84,35 +84,38 @@ class FileManager {
   virtual bool entryExists(const std::string& path) = 0;
 
   // The user id of the entry itself, links not followed; nullopt when there is none.
-  virtual std::optional<uid_t> owner(const std::string& path) = 0;
+  [[nodiscard]] virtual std::optional<uid_t> owner(const std::string& path) = 0;
 
   // The names in the folder, sorted by byte, without "." and ".."; nullopt when it cannot be
   // listed.
-  virtual std::optional<std::vector<std::string>> list(const std::string& folder) = 0;
+  [[nodiscard]] virtual std::optional<std::vector<std::string>> list(const std::string& folder) = 0;
 
   // The bytes of a regular file (links followed) of at most kMaximumRead; nullopt for anything
   // else: missing, unreadable, too long, or no regular file.
-  virtual std::optional<std::string> read(const std::string& path, FileError* error = nullptr) = 0;
+  [[nodiscard]] virtual std::optional<std::string> read(const std::string& path,
+                                                        FileError* error = nullptr) = 0;
 
   // As read(), for a file that other users could have planted in a folder open to all: the last
   // component is not followed if it is a link. `owner`, if any, receives the file's user id.
-  virtual std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner,
-                                                  FileError* error = nullptr) = 0;
+  [[nodiscard]] virtual std::optional<std::string> readUnlinked(const std::string& path,
+                                                                uid_t* owner,
+                                                                FileError* error = nullptr) = 0;
 
   // Replaces or creates the file at `path`: temporary file in the same folder, all bytes, fsync,
   // rename, fsync of the folder. A link at `path` is replaced, never written through. A new file
   // (and with ReplacedFile::forget every file) has mode 0666 less the creation mask, or exactly
   // `mode` when it is given.
-  virtual bool write(const std::string& path, std::string_view bytes,
-                     ReplacedFile replaced = ReplacedFile::takeOver,
-                     std::optional<mode_t> mode = std::nullopt, FileError* error = nullptr) = 0;
+  [[nodiscard]] virtual bool write(const std::string& path, std::string_view bytes,
+                                   ReplacedFile replaced = ReplacedFile::takeOver,
+                                   std::optional<mode_t> mode = std::nullopt,
+                                   FileError* error = nullptr) = 0;
 
   // Copies a file, a link (as a link) or a whole tree to `to`, whose parent must exist. Permission
   // bits (without set-id bits) and modification times are kept, owners are the process's. Stops at
   // the first item that cannot be copied; what was copied until then keeps its name. A folder
   // cannot be copied into itself.
-  virtual bool copy(const CopySource& from, const std::string& to, ExistingItem existing,
-                    FileError* error = nullptr) = 0;
+  [[nodiscard]] virtual bool copy(const CopySource& from, const std::string& to,
+                                  ExistingItem existing, FileError* error = nullptr) = 0;
   // Whether the source is no link whose content is wanted in vain.
   virtual bool hasContent(const CopySource& source) = 0;
 
@@ -127,25 +130,26 @@ class FileManager {
 
   // Removes the entry, a folder with all below it; links are removed, not followed. False when
   // something is left or nothing was there.
-  virtual bool remove(const std::string& path, FileError* error = nullptr) = 0;
+  [[nodiscard]] virtual bool remove(const std::string& path, FileError* error = nullptr) = 0;
 
   // Makes a folder: mode 0777 less the creation mask, or the attributes. With
   // Intermediates::create an existing folder counts as made (its attributes stay); without it is a
   // failure. A folder whose attributes cannot be applied is removed again and counts as failed.
-  virtual bool createDirectory(const std::string& path, Intermediates intermediates,
-                               const std::optional<FileAttributes>& attributes = std::nullopt,
-                               FileError* error = nullptr) = 0;
+  [[nodiscard]] virtual bool createDirectory(
+      const std::string& path, Intermediates intermediates,
+      const std::optional<FileAttributes>& attributes = std::nullopt,
+      FileError* error = nullptr) = 0;
 
   // Puts a new file with these bytes in place of whatever file or link stands at `path`; a folder
   // there makes it fail. Attributes are applied by descriptor before the file gets its name; an
   // owner that cannot be given is passed over.
-  virtual bool createFile(const std::string& path, std::string_view bytes,
-                          const FileAttributes& attributes) = 0;
+  [[nodiscard]] virtual bool createFile(const std::string& path, std::string_view bytes,
+                                        const FileAttributes& attributes) = 0;
 
   // Whether `path` is a folder that changeAttributesBelow() enters: a link to one must, like every
   // other link that is then on the way, have one name and belong to root or the effective user.
   // Whoever owns a link chooses where it leads.
-  virtual bool mayEnter(const std::string& path) = 0;
+  [[nodiscard]] virtual bool mayEnter(const std::string& path) = 0;
 
   // Applies the attributes to everything below the folders at all depths, not to the folders
   // themselves. All are opened before anything changes, and a link that names one of them keeps its
@@ -153,16 +157,17 @@ class FileManager {
   // target never. A file with several links whose owner is not the new owner is left alone and
   // counts as failed. Goes on after failures; true when every change succeeded. False when a folder
   // does not exist or may not be entered.
-  virtual bool changeAttributesBelowAll(const std::vector<std::string>& folders,
-                                        const FileAttributes& attributes) = 0;
-  bool changeAttributesBelow(const std::string& folder, const FileAttributes& attributes) {
+  [[nodiscard]] virtual bool changeAttributesBelowAll(const std::vector<std::string>& folders,
+                                                      const FileAttributes& attributes) = 0;
+  [[nodiscard]] bool changeAttributesBelow(const std::string& folder,
+                                           const FileAttributes& attributes) {
     return changeAttributesBelowAll({folder}, attributes);
   }
 
   // Opens a log file for writing from its start, mode 0644 when new, without following a link. A
   // file that is not a regular one with one name and owned by this process is removed and created
   // anew. The descriptor is the caller's until closeLog(); -1 when it cannot be had.
-  virtual int openLog(const std::string& path) = 0;
+  [[nodiscard]] virtual int openLog(const std::string& path) = 0;
   // Closes what openLog() answered; nothing happens for -1.
   virtual void closeLog(int descriptor) = 0;
 

@@ -8,6 +8,6 @@ namespace installer {
 // The Java home that the host's own conventions tell, beyond the two places of macOS: JAVA_HOME
 // when it is set, else the folder of the "java" on PATH (links resolved, "bin/java" removed).
 // nullopt when neither tells one, and always on macOS.
-std::optional<std::string> hostJavaHome();
+[[nodiscard]] std::optional<std::string> hostJavaHome();
 
 }  // namespace installer

@@ -20,7 +20,7 @@ class Pasteboard {
   // Replaces the record.
   virtual void setRecord(const PropertyList::Dictionary& record) = 0;
   // The record; nullopt when there is none or it is no dictionary.
-  virtual std::optional<PropertyList::Dictionary> record() = 0;
+  [[nodiscard]] virtual std::optional<PropertyList::Dictionary> record() = 0;
 };
 
 }  // namespace installer

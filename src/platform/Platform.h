@@ -37,7 +37,7 @@ struct Platform {
 };
 
 // Puts another platform in force for its own lifetime; scopes nest.
-class ScopedPlatform {
+class [[nodiscard]] ScopedPlatform {
  public:
   explicit ScopedPlatform(Platform& platform);
   ScopedPlatform(const ScopedPlatform&) = delete;

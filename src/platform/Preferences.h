@@ -20,7 +20,7 @@ class Preferences {
   virtual ~Preferences() = default;
 
   // All values of a domain; nullopt when the user has none.
-  virtual std::optional<PropertyList::Dictionary> domain(std::string_view name) = 0;
+  [[nodiscard]] virtual std::optional<PropertyList::Dictionary> domain(std::string_view name) = 0;
 };
 
 }  // namespace installer

@@ -21,12 +21,12 @@ void tellUnreadable(const std::optional<FileError>& error);
 // What cannot be looked at is told and does not count as existing. What is missing is no failure.
 bool exists(const std::string& path);
 
-bool write(const std::string& path, std::string_view bytes,
-           ReplacedFile replaced = ReplacedFile::takeOver,
-           std::optional<mode_t> mode = std::nullopt);
-bool copy(const CopySource& from, const std::string& to, ExistingItem existing);
+[[nodiscard]] bool write(const std::string& path, std::string_view bytes,
+                         ReplacedFile replaced = ReplacedFile::takeOver,
+                         std::optional<mode_t> mode = std::nullopt);
+[[nodiscard]] bool copy(const CopySource& from, const std::string& to, ExistingItem existing);
 
 // False without a line when nothing was there.
-bool remove(const std::string& path);
+[[nodiscard]] bool remove(const std::string& path);
 
 }  // namespace installer::reported

@@ -20,7 +20,7 @@ class SystemLog {
   virtual void write(LogLevel level, std::string_view message) = 0;
 
   // Mirrors every following line into the open descriptor, which stays the caller's. 0 on success.
-  virtual int addFile(int descriptor) = 0;
+  [[nodiscard]] virtual int addFile(int descriptor) = 0;
   // Ends the mirroring. The descriptor is not closed.
   virtual void removeFile(int descriptor) = 0;
 };

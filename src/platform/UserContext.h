@@ -23,26 +23,26 @@ class UserContext {
   virtual ~UserContext() = default;
 
   // The variable's value, which may be empty; nullopt when it is unset.
-  virtual std::optional<std::string> environment(const std::string& variable) = 0;
+  [[nodiscard]] virtual std::optional<std::string> environment(const std::string& variable) = 0;
 
   // The name of the process's effective user; nullopt when the user database does not know it.
-  virtual std::optional<std::string> currentUserName() = 0;
+  [[nodiscard]] virtual std::optional<std::string> currentUserName() = 0;
   virtual uid_t effectiveUserId() = 0;
 
-  virtual std::optional<User> findUser(const std::string& name) = 0;
-  virtual std::optional<gid_t> findGroup(const std::string& name) = 0;
+  [[nodiscard]] virtual std::optional<User> findUser(const std::string& name) = 0;
+  [[nodiscard]] virtual std::optional<gid_t> findGroup(const std::string& name) = 0;
 
   // Changes the effective user; false, with nothing changed, when the system refuses.
-  virtual bool setEffectiveUserId(uid_t uid) = 0;
+  [[nodiscard]] virtual bool setEffectiveUserId(uid_t uid) = 0;
 
   // The user in front of the machine: the value of USER, even when it is empty or unknown, else
   // currentUserName().
-  std::optional<std::string> consoleUserName() {
+  [[nodiscard]] std::optional<std::string> consoleUserName() {
     if (auto user = environment("USER")) return user;
     return currentUserName();
   }
   // That user; nullopt when the user database does not know them.
-  std::optional<User> consoleUser() {
+  [[nodiscard]] std::optional<User> consoleUser() {
     const std::optional<std::string> name = consoleUserName();
     return name ? findUser(*name) : std::nullopt;
   }

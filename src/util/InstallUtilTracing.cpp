@@ -8,11 +8,10 @@
 namespace installer {
 
 bool InstallUtil::shouldWriteTraces() {
-  // Support needs the trace of every run, so the preference is read for its users' sake and not
-  // heeded.
+  constexpr const char* kEnabled = "com.kiv.rcp.install.mac.traceEnable";
   const auto preferences = Platform::current().preferences->domain("com.kiv.rcp.install.mac");
-  if (preferences)
-    (void)PropertyList::booleanForKey(*preferences, "com.kiv.rcp.install.mac.traceEnable");
+  // Support needs the trace of every run: the preference is read for its users' sake alone.
+  if (preferences) (void)PropertyList::booleanForKey(*preferences, kEnabled);  // not heeded
   return true;
 }
 

@@ -45,7 +45,8 @@ void HotfixInstallation::updateProvisionManifestVersion() {
 
 void HotfixInstallation::mergePluginCustomization() {
   const std::string& customization = _preference.locations.customization;
-  if (exists(customization)) (void)_service.mergePluginCustomizationWithRcphome(customization);
+  if (exists(customization))
+    (void)_service.mergePluginCustomizationWithRcphome(customization);  // does not stop the run
 }
 
 void HotfixInstallation::copyKeyStores() {
@@ -99,12 +100,12 @@ void HotfixInstallation::storePackageIdentity() {
 }
 
 void HotfixInstallation::setupConfiguratioForResultPanel() const {
-  (void)reported::remove(Platform::current().paths.staleResultPanel);
+  (void)reported::remove(Platform::current().paths.staleResultPanel);  // mostly there is none
   Configuration configuration;
-  (void)configuration.setProperty(_pathToRcpData, "P_RCPDATA");
+  (void)configuration.setProperty(_pathToRcpData, "P_RCPDATA");  // both texts are there
   log(LogLevel::info, "workspace is {}\n", _pathToRcpData);
-  (void)configuration.setProperty(_pathToRcpHome, "pathToRcpHome");
-  (void)configuration.saveConfiguration();
+  (void)configuration.setProperty(_pathToRcpHome, "pathToRcpHome");  // both texts are there
+  (void)configuration.saveConfiguration();                           // for the panel's eyes only
 }
 
 bool HotfixInstallation::installWithManifest() {

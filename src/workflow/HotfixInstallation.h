@@ -32,7 +32,7 @@ class HotfixInstallation {
   void prepareInstance();
   void startProvisioning();
   void updateHotfixVersion();
-  bool provision();
+  [[nodiscard]] bool provision();
   void storePackageIdentity();
   void setupConfiguratioForResultPanel() const;
 

@@ -28,13 +28,13 @@ struct HotfixPackage {
   Locations locations;
 
   // <bundleName>.app; nullopt without a name.
-  std::optional<std::string> applicationName() const;
+  [[nodiscard]] std::optional<std::string> applicationName() const;
   // The application in the folder; nullopt without a name.
-  std::optional<std::string> bundleIn(const std::string& folder) const;
+  [[nodiscard]] std::optional<std::string> bundleIn(const std::string& folder) const;
   // <bundle>/<frameworkPath>/rcp; nullopt without a framework path.
-  std::optional<std::string> rcpHomeIn(const std::string& bundle) const;
+  [[nodiscard]] std::optional<std::string> rcpHomeIn(const std::string& bundle) const;
   // The home in the application in the folder; nullopt without one of the two.
-  std::optional<std::string> rcpHomeBelow(const std::string& folder) const;
+  [[nodiscard]] std::optional<std::string> rcpHomeBelow(const std::string& folder) const;
 
   // The entries as they stand in the description: what the driver goes by.
   static HotfixPackage describedBy(const PropertyList::Dictionary& properties);
@@ -46,7 +46,7 @@ struct HotfixPackage {
   // The package's hotfix.plist.
   static std::string propertiesFile(const std::string& package);
   // Its entries; nullopt when the package, the file or a dictionary in it is missing.
-  static std::optional<PropertyList::Dictionary> properties(
+  [[nodiscard]] static std::optional<PropertyList::Dictionary> properties(
       const std::optional<std::string>& package);
 };
 

@@ -14,12 +14,12 @@ namespace installer {
 
 namespace {
 
-// The graphical installer reads these lines; a closed standard output loses them and nothing else.
+// The graphical installer reads these lines.
 template <class... Arguments>
 void print(fmt::format_string<Arguments...> format, Arguments&&... arguments) {
   const std::string line = fmt::format(format, std::forward<Arguments>(arguments)...) + "\n";
-  (void)std::fwrite(line.data(), 1, line.size(), stdout);
-  (void)std::fflush(stdout);
+  (void)std::fwrite(line.data(), 1, line.size(), stdout);  // a closed output loses the line alone
+  (void)std::fflush(stdout);                               // here too
 }
 
 void printMissing(const std::string& file) {

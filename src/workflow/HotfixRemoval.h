@@ -17,7 +17,7 @@ class HotfixRemoval {
   [[nodiscard]] bool uninstallOldHotfix();
 
  private:
-  bool copyUninstallManifest();
+  [[nodiscard]] bool copyUninstallManifest();
   void startProvisioning();
   void removeHotfixReceipt();
   void clearRecords();

@@ -196,7 +196,7 @@ TEST_P(KeptTest, StaysWhatItWas) {
   }, after{};
   ASSERT_EQ(0, lstat(_sandbox.host(GetParam().path).c_str(), &before));
 
-  (void)install();
+  (void)install();  // what it leaves is looked at
 
   ASSERT_EQ(0, lstat(_sandbox.host(GetParam().path).c_str(), &after));
   EXPECT_EQ(before.st_ino, after.st_ino);
@@ -342,7 +342,7 @@ TEST_F(BadInputTest, EmptyFrameworkPathMeansTheBundleItself) {
   writePreferences();
   _sandbox.writeFile("/Applications/Quillmere.app/rcp/deploy/install.xml", "x");
 
-  (void)install();
+  (void)install();  // what it leaves is looked at
 
   EXPECT_THAT(_sandbox.texts(),
               Contains("Check the target platform under /Applications/Quillmere.app/rcp."));

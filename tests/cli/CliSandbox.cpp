@@ -105,7 +105,7 @@ const auto* const kEnvironment = ::testing::AddGlobalTestEnvironment(new WorldEn
 
 [[noreturn]] void giveUp(const std::string& what) {
   const std::string line = "sandbox: " + what + ": " + strerror(errno) + "\n";
-  (void)!write(2, line.data(), line.size());
+  (void)!write(2, line.data(), line.size());  // nobody else to tell
   _exit(126);
 }
 
@@ -125,7 +125,7 @@ void bindReadOnly(const std::string& source, const std::string& target) {
   unsigned long flags = MS_BIND | MS_REMOUNT | MS_RDONLY;
   if ((status.f_flag & ST_NOSUID) != 0) flags |= MS_NOSUID;
   if ((status.f_flag & ST_NODEV) != 0) flags |= MS_NODEV;
-  (void)mount(nullptr, target.c_str(), nullptr, flags, nullptr);
+  (void)mount(nullptr, target.c_str(), nullptr, flags, nullptr);  // stays writable then
 }
 
 // The folders of shared libraries; on most systems those of the root are links into /usr.
@@ -146,8 +146,10 @@ void bindLibraries(const std::string& root) {
 void bindBuildTree(const std::string& root) {
   const std::string tree = HOTFIX_BINARY_DIR;
   if (tree.rfind("/tmp/", 0) == 0) return;
-  fs::create_directories(root + tree);
-  (void)mount(tree.c_str(), (root + tree).c_str(), nullptr, MS_BIND | MS_REC, nullptr);
+  const std::string inside = root + tree;
+  fs::create_directories(inside);
+  const unsigned long flags = MS_BIND | MS_REC;
+  (void)mount(tree.c_str(), inside.c_str(), nullptr, flags, nullptr);  // no counters then
 }
 
 void mountEverything(const std::string& root) {
@@ -188,7 +190,7 @@ void startBackground(const std::vector<std::string>& command, const RunOptions& 
   if (fork() == 0) execute(command, options);
   close(started[1]);
   char nothing;
-  (void)!read(started[0], &nothing, 1);
+  (void)!read(started[0], &nothing, 1);  // its end tells enough
   close(started[0]);
 }
 
@@ -228,7 +230,7 @@ struct Ends {
   int status = 0;
   pid_t ended = 0;
   while ((ended = wait(&status)) != program && ended > 0) continue;
-  (void)!write(ends.report, &status, sizeof status);
+  (void)!write(ends.report, &status, sizeof status);  // no report is one too
   _exit(0);
 }
 
@@ -236,7 +238,7 @@ struct Ends {
 int inputFrom(const std::string& text) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) return -1;
-  (void)!write(ends[1], text.data(), text.size());
+  (void)!write(ends[1], text.data(), text.size());  // the program reads less then
   close(ends[1]);
   return ends[0];
 }

@@ -195,7 +195,7 @@ TEST_F(CollectionTest, HomeOutsideContentsMacOSHasNoVersion) {
   _sandbox.writeFile(home + "/deploy/install.xml", "x");
   _sandbox.writeFile(home + "/collectionutility.jar", "jar");
 
-  (void)install();
+  (void)install();  // what it leaves is looked at
 
   EXPECT_TRUE(watch.covers(java().arguments.at(5)));
   EXPECT_EQ(home + "/collectionutility.jar", java().arguments.at(1));

@@ -44,7 +44,7 @@ TEST_P(FewArgumentsTest, LeavesTraceAndResetRecordButTouchesNothingElse) {
   proves("ARGS-2");
   const auto before = _sandbox.tree("/Applications");
 
-  (void)_sandbox.run(GetParam());
+  (void)_sandbox.run(GetParam());  // what it leaves is looked at
 
   EXPECT_THAT(_sandbox.texts(), ElementsAre("Begin to install hotfix."));
   EXPECT_EQ((ErrorRecord{0, {}}), errorRecord());

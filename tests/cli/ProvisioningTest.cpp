@@ -459,7 +459,7 @@ TEST_P(ResultTest, StaysInPlaceAfterTheInstall) {
   proves("RESULT-7");
   _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), GetParam().text));
 
-  (void)install();
+  (void)install();  // what it leaves is looked at
 
   EXPECT_EQ(GetParam().text, _sandbox.readFile(_instance.result()));
 }
@@ -587,7 +587,7 @@ TEST_F(ProvisioningTest, LauncherThatMayNotRunIsLoggedWithItsReason) {
   proves("LAUNCH-7");
   _sandbox.setMode(_instance.launcher(), 0644);
 
-  (void)install();
+  (void)install();  // what it leaves is looked at
 
   EXPECT_THAT(_sandbox.texts("Error"), Contains(::testing::AllOf(HasSubstr(_instance.launcher()),
                                                                  HasSubstr("ermission denied"))));

@@ -46,7 +46,7 @@ TEST_P(VersionsTest, DecideWhetherThePackageIsRefused) {
 
 TEST_P(VersionsTest, AreLoggedPackageFirst) {
   proves("VERSION-3");
-  (void)install();
+  (void)install();  // what it leaves is looked at
 
   const auto texts = _sandbox.texts();
   const auto current =
@@ -57,7 +57,7 @@ TEST_P(VersionsTest, AreLoggedPackageFirst) {
 
 TEST_P(VersionsTest, AnyInstalledOneThatIsNotRefusedIsRemovedFirst) {
   proves("VERSION-6");
-  (void)install();
+  (void)install();  // what it leaves is looked at
 
   const bool removed =
       ::testing::Value(_sandbox.texts(), Contains("Found another hot fix, uninstall it before "

@@ -70,7 +70,7 @@ void useWorkflows(const std::string& folder) {
   show("skip", HotfixPolicy(folder).isSkipRunningCheck());
   show("uninstalled", HotfixUninstall(folder + "/rcp", folder + "/data").uninstallOldHotfix());
   Hotfix hotfix(folder, folder, folder + "/data");
-  (void)hotfix;
+  (void)hotfix;  // made, not run
   show("driver", reinterpret_cast<void*>(&runInstaller) != nullptr);
 }
 

@@ -93,7 +93,7 @@ TEST_F(InstallerTest, PreferenceForTracesIsReadAtTheStartAndAtTheEnd) {
 
   EXPECT_EQ(run(std::vector<std::string>()), 1);
 
-  (void)::testing::internal::GetCapturedStderr();
+  (void)::testing::internal::GetCapturedStderr();  // ends the capture
   const uid_t user = _sandbox.users().userList[0].uid;
   EXPECT_THAT(_sandbox.users().switches, ElementsAre(user, self, user, self));
 }

@@ -98,7 +98,7 @@ class OrderedDictionary {
  private:
   static constexpr std::size_t kFree = std::numeric_limits<std::size_t>::max();
 
-  std::optional<std::size_t> placeOf(std::string_view key) const {
+  [[nodiscard]] std::optional<std::size_t> placeOf(std::string_view key) const {
     if (_slots.empty()) return std::nullopt;
     for (std::size_t slot = firstSlot(key); _slots[slot] != kFree; slot = nextSlot(slot))
       if (_entries[_slots[slot]].first == key) return _slots[slot];

@@ -86,19 +86,20 @@ inline constexpr std::size_t kMaximumObjects = 1'000'000;  ///< values in one li
 
 /// Reads an XML or binary list from memory. XML may be in any encoding that it declares. nullopt
 /// when `bytes` is not a property list, is damaged, or exceeds the bounds above.
-std::optional<Value> parse(std::string_view bytes);
+[[nodiscard]] std::optional<Value> parse(std::string_view bytes);
 
 /// The same for a list whose root is a dictionary; nullopt for any other root, too.
-std::optional<Dictionary> parseDictionary(std::string_view bytes);
+[[nodiscard]] std::optional<Dictionary> parseDictionary(std::string_view bytes);
 
 /// The XML form, UTF-8, one element a line, tab-indented, with a line feed at the end. nullopt when
 /// the value cannot be told in XML without loss (a control character in a text, say): the bytes are
 /// read back and compared before they are handed out. The one loss accepted is a date's part of a
 /// second: the whole second in which the date lies is written. Years end with 9999.
-std::optional<std::string> serialize(const Value& value);
+[[nodiscard]] std::optional<std::string> serialize(const Value& value);
 
 /// The text stored under `key`; nullopt when the key is missing or holds another type.
-std::optional<std::string> textForKey(const Dictionary& dictionary, std::string_view key);
+[[nodiscard]] std::optional<std::string> textForKey(const Dictionary& dictionary,
+                                                    std::string_view key);
 
 /// The platform's reading of a value as a truth: a boolean as it is, a number other than 0, a text
 /// that begins (after white space, line breaks among it, one sign and zeros) with Y, y, T, t or a

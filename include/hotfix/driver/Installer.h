@@ -12,6 +12,6 @@ namespace installer {
 /// The answer is the exit status: 0 when the hotfix was installed, 1 in every other case. It
 /// resets error record and trace, and knows nothing of an earlier run in the process; one at a
 /// time.
-int runInstaller(const std::vector<std::string>& arguments);
+[[nodiscard]] int runInstaller(const std::vector<std::string>& arguments);
 
 }  // namespace installer

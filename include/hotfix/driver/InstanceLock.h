@@ -13,7 +13,7 @@ namespace installer {
 /// holds it sees an instance that no other run is changing. It is advisory, it leaves no file, and
 /// children do not inherit it. A process that holds it may take it again, as runInstaller() does in
 /// a program that holds it already.
-class InstanceLock {
+class [[nodiscard]] InstanceLock {
  public:
   /// Waits until no other process works on the rcp home [notice, and once more after ten seconds],
   /// then holds it. A missing home is not made and not waited for.
@@ -40,7 +40,7 @@ class InstanceLock {
   /// @endcond
 
  private:
-  bool take(const std::vector<std::string>& rcpHomes);
+  [[nodiscard]] bool take(const std::vector<std::string>& rcpHomes);
 
   std::vector<std::shared_ptr<const void>> _holds;
   bool _isHeld = false;

@@ -19,13 +19,13 @@ class Configuration {
   Configuration();
 
   /// The text stored under `key`; nullopt when it is missing or no text.
-  std::optional<std::string> getPropertyValueForKey(const std::string& key) const;
+  [[nodiscard]] std::optional<std::string> getPropertyValueForKey(const std::string& key) const;
   /// As Properties::setProperty.
-  bool setProperty(const std::optional<std::string>& value,
-                   const std::optional<std::string>& forKey);
+  [[nodiscard]] bool setProperty(const std::optional<std::string>& value,
+                                 const std::optional<std::string>& forKey);
   /// Always to the fixed file, readable for everybody; the result of Properties' save
   /// [error].
-  bool saveConfiguration() const;
+  [[nodiscard]] bool saveConfiguration() const;
   /// Removes the file [error] and empties the store.
   void cleanupConfiguration();
 

@@ -35,12 +35,12 @@ class InstallManifest {
   /// domain-object / first object-data / first install / each installfeature / first requirements /
   /// each feature, direct children only. False after an error line that names the missing level;
   /// false without a line when there is no document. The file is untouched until the save.
-  bool replaceInstallerRootWith(const std::string& replacement);
+  [[nodiscard]] bool replaceInstallerRootWith(const std::string& replacement);
 
   /// Writes the re-indented document to `path`, or over the loaded file for nullopt. False without
   /// a document, when it has come to hold what XML cannot tell (a control character in the replaced
   /// root, say), or when the disk refuses [error]; the old file is then untouched.
-  bool saveInstallManifestAs(const std::optional<std::string>& path) const;
+  [[nodiscard]] bool saveInstallManifestAs(const std::optional<std::string>& path) const;
 
   /// @cond
   // No text is nullptr; an absent one is std::nullopt.

@@ -36,14 +36,14 @@ class JavaProperties {
   void initDictionary();
 
   /// Why the bound file, which is there, could not be read; nullopt when it was read or is missing.
-  const std::optional<FileError>& readError() const { return _readError; }
+  [[nodiscard]] const std::optional<FileError>& readError() const { return _readError; }
 
   /// The value, its escapes as they stand in the file; nullopt when the key is absent.
-  std::optional<std::string> getPropertyForKey(const std::string& key) const;
+  [[nodiscard]] std::optional<std::string> getPropertyForKey(const std::string& key) const;
 
   /// True when stored. An absent value or key is refused: one error line, nothing changes, false.
-  bool setProperty(const std::optional<std::string>& value,
-                   const std::optional<std::string>& forKey);
+  [[nodiscard]] bool setProperty(const std::optional<std::string>& value,
+                                 const std::optional<std::string>& forKey);
 
   /// Nothing happens when the key is absent.
   void removePropertyForKey(const std::string& key);
@@ -57,12 +57,12 @@ class JavaProperties {
   /// the bound file for nullopt. False when there is no target, the bound file could not be read,
   /// or the disk refuses [error, unless passed over]; the old file is then untouched. The binding
   /// does not change.
-  bool savePropertiesToFile(const std::optional<std::string>& path) const;
+  [[nodiscard]] bool savePropertiesToFile(const std::optional<std::string>& path) const;
 
   /// Takes over every entry of the properties file at `path`, which wins on a clash, and saves to
   /// the bound file: the save's result. True at once for nullopt, false when no file is there;
   /// nothing is changed or saved then.
-  bool mergeWithJavaProperties(const std::optional<std::string>& path);
+  [[nodiscard]] bool mergeWithJavaProperties(const std::optional<std::string>& path);
 
   /// @cond
   // No text is nullptr; an absent one is std::nullopt.

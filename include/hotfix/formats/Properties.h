@@ -23,18 +23,19 @@ class Properties {
 
   /// Why there is no dictionary: FileError::kMissing when there is no file, another code when
   /// there is one that cannot be read. nullopt when there is a dictionary.
-  const std::optional<FileError>& readError() const { return _readError; }
+  [[nodiscard]] const std::optional<FileError>& readError() const { return _readError; }
 
   /// The text stored under `key`; nullopt for an absent or missing key and for what is no text.
-  std::optional<std::string> getPropertyForKey(const std::optional<std::string>& key) const;
+  [[nodiscard]] std::optional<std::string> getPropertyForKey(
+      const std::optional<std::string>& key) const;
   /// Whether the key has a value, be it one of another type than text.
   bool hasPropertyForKey(const std::string& key) const;
 
   /// Stores the value, or removes the key for an absent value. False without a dictionary or a key.
   /// A path of other bytes than UTF-8 is stored as the text that XML can hold, so that the save
   /// keeps the rest.
-  bool setProperty(const std::optional<std::string>& value,
-                   const std::optional<std::string>& forKey);
+  [[nodiscard]] bool setProperty(const std::optional<std::string>& value,
+                                 const std::optional<std::string>& forKey);
 
   /// Nothing happens for an absent or missing key. In memory only, until the next save.
   void removePropertyForKey(const std::optional<std::string>& key);
@@ -44,7 +45,7 @@ class Properties {
   /// Writes an XML list to `path`, "~" expanded, or to the bound file for nullopt. False without a
   /// dictionary; true otherwise, also when there is no target or the disk refuses [error], by
   /// design.
-  bool savePropertiesToFile(const std::optional<std::string>& path) const;
+  [[nodiscard]] bool savePropertiesToFile(const std::optional<std::string>& path) const;
 
   /// @cond
   // No text is nullptr; an absent one is std::nullopt.

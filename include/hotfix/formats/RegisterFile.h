@@ -18,13 +18,13 @@ class RegisterFile {
   explicit RegisterFile(const std::string& productName);
 
   /// The folder in which the product was installed.
-  std::optional<std::string> getOldInstallLocation() const;
+  [[nodiscard]] std::optional<std::string> getOldInstallLocation() const;
   /// The hotfix that was recorded last; nullopt when none was.
-  std::optional<std::string> getHotfixVersion() const;
+  [[nodiscard]] std::optional<std::string> getHotfixVersion() const;
   /// That folder's "rcp"; nullopt when the folder is not recorded.
-  std::optional<std::string> getPathToRcpHome() const;
+  [[nodiscard]] std::optional<std::string> getPathToRcpHome() const;
   /// The installed application bundle.
-  std::optional<std::string> getProductPath() const;
+  [[nodiscard]] std::optional<std::string> getProductPath() const;
   /// Why there are no values: FileError::kMissing without a file, another code for one that is
   /// there and cannot be read or is no property list; nullopt when it was read.
   const std::optional<FileError>& readError() const { return _properties.readError(); }

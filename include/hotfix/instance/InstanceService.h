@@ -44,10 +44,12 @@ class InstanceService {
 
   /// Binds to the folders of an instance that is there already; nullopt for an absent path and for
   /// one that is no folder. Makes and copies nothing and writes no line: the way to ask questions.
-  static std::optional<InstanceService> existing(const std::optional<std::string>& pathToRcphome);
+  [[nodiscard]] static std::optional<InstanceService> existing(
+      const std::optional<std::string>& pathToRcphome);
   /// The same with the folder of the instance's data, which is not looked at.
-  static std::optional<InstanceService> existing(const std::optional<std::string>& pathToRcphome,
-                                                 const std::optional<std::string>& pathToRcpData);
+  [[nodiscard]] static std::optional<InstanceService> existing(
+      const std::optional<std::string>& pathToRcphome,
+      const std::optional<std::string>& pathToRcpData);
 
   /// The rcp home, as it was given; nullopt without one.
   const std::optional<std::string>& pathToRcphome() const { return _pathToRcphome; }
@@ -69,22 +71,22 @@ class InstanceService {
   bool hasInstanceInstalled() const;
   /// The greatest version, compared as plain text, among the base plug-in folders: what stands
   /// between the first and the second "_" of their names. nullopt without one.
-  std::optional<std::string> getBaseVersion() const;
+  [[nodiscard]] std::optional<std::string> getBaseVersion() const;
   /// CFBundleShortVersionString of the application bundle around the rcp home.
-  std::optional<std::string> getInstalledTargetVersion() const;
+  [[nodiscard]] std::optional<std::string> getInstalledTargetVersion() const;
 
   // Keys of installInfo.plist. Readers answer nullopt for a missing file or key. Version and flag
   // writers create the file; a failing save changes no answer. A file that is there but cannot be
   // read, or is no property list, answers as a missing one [error] and is never written over.
 
   /// The platform's version; nullopt when none is recorded [info].
-  std::optional<std::string> getInstalledVersion() const;
+  [[nodiscard]] std::optional<std::string> getInstalledVersion() const;
   /// Records the platform's version, in a new file when there is none; nothing happens for nullopt.
   void setInstalledVersion(const std::optional<std::string>& version);
   /// Records the hotfix's version, in a new file when there is none; nullopt removes it.
   void updateHotfixVersion(const std::optional<std::string>& version);
   /// The version of the hotfix that is applied; nullopt when there is none.
-  std::optional<std::string> getCurrentHotfixVersion() const;
+  [[nodiscard]] std::optional<std::string> getCurrentHotfixVersion() const;
   /// Whether a hotfix's version is recorded.
   bool isHotfixApplied() const;
   /// Records whether the running check may be skipped, as the text "true" or "false", in a new file
@@ -98,7 +100,7 @@ class InstanceService {
   /// Records the hotfix package's bundle identifier, nothing in a missing file; nullopt removes it.
   void saveHotfixBundleID(const std::optional<std::string>& bundleID);
   /// The recorded identifier; nullopt when there is none.
-  std::optional<std::string> getInstalledHotfixBundleID() const;
+  [[nodiscard]] std::optional<std::string> getInstalledHotfixBundleID() const;
   /// Removes that record; nothing happens without the file.
   void deleteInstalledHotfixBundleID();
 
@@ -123,20 +125,21 @@ class InstanceService {
   /// the root, and the copy is re-indented; false then means that the copy lies there unresolved.
   /// False when the copy fails; what was there is gone all the same, unless it could not be
   /// replaced.
-  bool copyUpdateManifest(const std::string& manifest,
-                          const std::optional<std::string>& replaceInstallerRootWith);
+  [[nodiscard]] bool copyUpdateManifest(const std::string& manifest,
+                                        const std::optional<std::string>& replaceInstallerRootWith);
   /// The same for deploy/install.xml.
-  bool copyInstallManifest(const std::string& manifest,
-                           const std::optional<std::string>& replaceInstallerRootWith);
+  [[nodiscard]] bool copyInstallManifest(
+      const std::string& manifest, const std::optional<std::string>& replaceInstallerRootWith);
   /// The same for the file `toFile` of the deploy folder. Without an rcp home [error, info] the
   /// fixed one is taken, for this and all later operations.
-  bool copyInstallManifest(const std::string& manifest, const std::string& toFile,
-                           const std::optional<std::string>& replaceInstallerRootWith);
+  [[nodiscard]] bool copyInstallManifest(
+      const std::string& manifest, const std::string& toFile,
+      const std::optional<std::string>& replaceInstallerRootWith);
   /// The same under the manifest's own name, placeholders kept. False for an absent or missing
   /// manifest or rcp home.
-  bool copyManifest(const std::optional<std::string>& manifest);
+  [[nodiscard]] bool copyManifest(const std::optional<std::string>& manifest);
   /// Replaces deploy/uninstall.hotfix.xml by a copy; nothing is logged, not even a failure.
-  bool copyHotfixUninstallManifest(const std::optional<std::string>& manifest);
+  [[nodiscard]] bool copyHotfixUninstallManifest(const std::optional<std::string>& manifest);
 
   // --- Provisioning (Provisioning.cpp) -----------------------------------------------------------
 
@@ -148,7 +151,7 @@ class InstanceService {
   void startProvisioningWithCleanUp(const std::optional<std::string>& pathToLauncher);
   /// What the last run left in .provisioning_rc beside the rcp home: 0 for the codes 0 and 2, -1
   /// for every other code and for a missing home, file or code.
-  int getProvisioningResult() const;
+  [[nodiscard]] int getProvisioningResult() const;
   /// Removes what an earlier run left there.
   void removeProvisionRCFile();
 
@@ -160,26 +163,26 @@ class InstanceService {
   /// "shared"); other keys of existing link files stay. A missing links folder is made with mode
   /// 0775 for the console user, group "admin" [warning when that fails]. False without an eclipse
   /// folder; the saves are not looked at.
-  bool generateLinks();
+  [[nodiscard]] bool generateLinks();
   /// Copies the template to rcplauncher.properties, which must not exist yet (one retry) and sets
   /// the ids, the manifest's location, the base version if there is one, and rcp.data if a
   /// workspace is given [info, error]. Without an rcp home the fixed one is taken from then on. The
   /// save is not looked at.
-  bool generateRcplauncherPropertiesWithTemplate(const std::string& path,
-                                                 const std::optional<std::string>& workspace);
+  [[nodiscard]] bool generateRcplauncherPropertiesWithTemplate(
+      const std::string& path, const std::optional<std::string>& workspace);
   /// Gives an existing rcplauncher.properties new ids and the current base version: the save's
   /// result.
-  bool updateRcpLauncherProperties();
+  [[nodiscard]] bool updateRcpLauncherProperties();
   /// Copies the template to osgiagent.properties; false for a missing template [error] and, without
   /// a line, for an existing file.
-  bool copyOgsiAgentProperties(const std::string& path);
+  [[nodiscard]] bool copyOgsiAgentProperties(const std::string& path);
   /// Replaces deploy/jvm.properties by a copy of the template, or by an empty file when the
   /// template is absent or missing; a missing deploy folder is made for the current user [error].
   /// False for a template that cannot be looked at; the old file stays then.
-  bool generateJVMPropertiesWithTemplate(const std::optional<std::string>& path);
+  [[nodiscard]] bool generateJVMPropertiesWithTemplate(const std::optional<std::string>& path);
   /// The rcp data folder: the one given at creation, else rcp.data of rcplauncher.properties with
   /// "${env.HOME}" replaced by HOME when that is set; nullopt when neither is known.
-  std::optional<std::string> getWorkspace() const;
+  [[nodiscard]] std::optional<std::string> getWorkspace() const;
 
   // --- Customization, key stores, extras, permissions (Customization.cpp) ------------------------
 
@@ -187,11 +190,11 @@ class InstanceService {
   /// where the new value wins, and saves the result there and as the instance's own. True, with
   /// nothing done, when the base plug-in has no such file; false when `path` or the base plug-in is
   /// missing.
-  bool mergePluginCustomizationWithBase(const std::optional<std::string>& path);
+  [[nodiscard]] bool mergePluginCustomizationWithBase(const std::optional<std::string>& path);
   /// The same into the instance's plugin_customization.ini, which is copied from `path` byte for
   /// byte when there is none. False for an absent path or a missing rcp home only. Both say nothing
   /// of files that cannot be read or written, and leave unreadable ones as they are.
-  bool mergePluginCustomizationWithRcphome(const std::optional<std::string>& path);
+  [[nodiscard]] bool mergePluginCustomizationWithRcphome(const std::optional<std::string>& path);
   /// Replaces all key stores (names that begin with ".keystore", ignoring case) of the deploy
   /// folder by those of the folder at `path`, be they none [info]. Failures are passed over.
   void copyKeyStores(const std::string& path);
@@ -208,15 +211,16 @@ class InstanceService {
 
   /// The dictionaries of addonInfo.plist's array "addons", in order; nullopt without the file,
   /// empty when it cannot be read [error] or has no such array.
-  std::optional<std::vector<PropertyList::Dictionary>> getAllAddonRegistryInfo() const;
+  [[nodiscard]] std::optional<std::vector<PropertyList::Dictionary>> getAllAddonRegistryInfo()
+      const;
   /// A copy of the first entry with that ID, case-sensitive.
-  std::optional<PropertyList::Dictionary> getRegistryInfoForAddon(
+  [[nodiscard]] std::optional<PropertyList::Dictionary> getRegistryInfoForAddon(
       const std::optional<std::string>& addon) const;
   /// The version in that entry; nullopt without the entry or a text there.
-  std::optional<std::string> getAddonInstalledVersion(
+  [[nodiscard]] std::optional<std::string> getAddonInstalledVersion(
       const std::optional<std::string>& addon) const;
   /// The bundle identifier in that entry; nullopt without the entry or a text there.
-  std::optional<std::string> getAddonInstalledBundleID(
+  [[nodiscard]] std::optional<std::string> getAddonInstalledBundleID(
       const std::optional<std::string>& addon) const;
   /// Changes nothing, on purpose: the registry belongs to the installers of add-ons.
   void removeRegistryInfoforAddon(const std::optional<std::string>& addon) const;
@@ -277,20 +281,21 @@ class InstanceService {
   InstanceService() = default;
 
   void copyStagingFolder(const std::optional<std::string>& location) const;
-  bool copyItem(const std::string& from, const std::string& to, FileError* error = nullptr) const;
-  bool copyContent(const std::string& from, const std::string& to) const;
-  bool copyAsGiven(const std::string& from, const std::string& to) const;
+  [[nodiscard]] bool copyItem(const std::string& from, const std::string& to,
+                              FileError* error = nullptr) const;
+  [[nodiscard]] bool copyContent(const std::string& from, const std::string& to) const;
+  [[nodiscard]] bool copyAsGiven(const std::string& from, const std::string& to) const;
   bool hasContent(const std::string& path) const;
   std::vector<std::string> contentFolders() const;
   bool hasRcphomeFolder() const;
   void takeFallbackRcphome();
-  std::optional<std::string> installInfoValue(const std::string& key) const;
+  [[nodiscard]] std::optional<std::string> installInfoValue(const std::string& key) const;
   void storeInstallInfo(const std::string& key, const std::optional<std::string>& value);
   void changeInstallInfo(const std::string& key, const std::optional<std::string>& value);
   void setLauncherProperty(const std::string& key, const std::string& value);
   void setIdentity(JavaProperties& launcherProperties) const;
   void setBaseLocation(JavaProperties& launcherProperties) const;
-  bool copyLauncherTemplate(const std::string& path) const;
+  [[nodiscard]] bool copyLauncherTemplate(const std::string& path) const;
   void startProvisioning(const std::optional<std::string>& pathToLauncher,
                          std::string_view operation) const;
 

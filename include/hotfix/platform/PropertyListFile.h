@@ -12,13 +12,13 @@ namespace installer::PropertyList {
 
 /// Reads the file at `path` as a list whose root is a dictionary. nullopt when there is no regular
 /// file, it cannot be read, or it holds anything else. Nothing is logged.
-std::optional<Dictionary> readDictionary(const std::string& path);
+[[nodiscard]] std::optional<Dictionary> readDictionary(const std::string& path);
 /// The same; `error` receives why there is none: FileError::kMissing when there is no file.
-std::optional<Dictionary> readDictionary(const std::string& path, FileError& error);
+[[nodiscard]] std::optional<Dictionary> readDictionary(const std::string& path, FileError& error);
 
 /// Replaces the file at `path` by the XML form. False when it cannot be told in XML or the disk
 /// refuses [error]; the old file is then untouched.
-bool writeDictionary(const Dictionary& dictionary, const std::string& path);
+[[nodiscard]] bool writeDictionary(const Dictionary& dictionary, const std::string& path);
 
 /// @cond
 // No text is nullptr; an absent one is std::nullopt.

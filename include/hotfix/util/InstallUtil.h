@@ -30,13 +30,13 @@ class InstallUtil {
   static void sendErrorMessage(ErrorCode code, const std::vector<std::string>& details);
 
   /// The record on the pasteboard, whoever put it there; nullopt when there is none.
-  static std::optional<PropertyList::Dictionary> getErrorMessage();
+  [[nodiscard]] static std::optional<PropertyList::Dictionary> getErrorMessage();
 
   // --- Processes and bundles ---------------------------------------------------------------------
 
   /// Hands a whole command line to the system's shell, waits, and answers the wait status
   /// unchanged; -1 when no shell can be started. The shell writes to our standard output and error.
-  static int startProvisionWithArgs(const std::string& args);
+  [[nodiscard]] static int startProvisionWithArgs(const std::string& args);
 
   /// The values that the running processes have under a key of hotfix/platform/ProcessKeys.h,
   /// in the order of the process list; those that have none are left out.
@@ -51,11 +51,11 @@ class InstallUtil {
   static bool checkBundleIsRunning(const std::string& path, std::string_view kCFBundleKey);
 
   /// `path` up to the last ".app" that "/Contents/MacOS" follows (case-sensitive); else nullopt.
-  static std::optional<std::string> getBundlePath(std::string_view path);
+  [[nodiscard]] static std::optional<std::string> getBundlePath(std::string_view path);
 
   /// CFBundleIdentifier from the bundle's Contents/Info.plist, "~" expanded; nullopt when file or
   /// text is missing.
-  static std::optional<std::string> getBundleID(const std::string& path);
+  [[nodiscard]] static std::optional<std::string> getBundleID(const std::string& path);
 
   /// The application's name above an rcp home: upward to the first component that ends in "app",
   /// its text before the first dot. Without one "/" (for a relative path "") after an error line.
@@ -74,12 +74,13 @@ class InstallUtil {
   /// - entries that only the destination has stay;
   /// - a link in the destination that leads out of the application bundle around it, or into the
   ///   source, is replaced and not followed.
-  static bool copyFolderFrom(const std::optional<std::string>& source,
-                             const std::optional<std::string>& to);
+  [[nodiscard]] static bool copyFolderFrom(const std::optional<std::string>& source,
+                                           const std::optional<std::string>& to);
 
   /// Gives everything below the folder, not the folder itself, to the console user: group "admin",
   /// mode 0775. True when every change succeeded; false for an absent or missing folder.
-  static bool changeAttributesForDirectory(const std::optional<std::string>& directory);
+  [[nodiscard]] static bool changeAttributesForDirectory(
+      const std::optional<std::string>& directory);
 
   /// Lets the system forget the package's receipt and waits for it; nothing for an absent
   /// identifier or on a system without receipts. No outcome is reported.
@@ -98,14 +99,14 @@ class InstallUtil {
   /// Opens the trace file anew and mirrors the system log into it: 0, or -1 when it cannot be had.
   /// The descriptor stays open until the process ends; openTraceFile() is for who wants to close
   /// it.
-  static int setupTraceOutput();
+  [[nodiscard]] static int setupTraceOutput();
   /// The opened and mirrored trace file's descriptor, the caller's to end with closeTraceFile(); -1
   /// when it cannot be had.
-  static int openTraceFile();
+  [[nodiscard]] static int openTraceFile();
   /// The same with a file of the caller's own at `path`, next to the trace file or without it. What
   /// the file held is gone; one that is a link, has several names or is another user's is replaced
   /// by a new one (mode 0644).
-  static int openTraceFile(const std::string& path);
+  [[nodiscard]] static int openTraceFile(const std::string& path);
   /// Ends the mirroring into what openTraceFile() answered and closes it; nothing happens for -1.
   static void closeTraceFile(int descriptor);
 

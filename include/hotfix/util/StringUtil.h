@@ -34,8 +34,8 @@ class StringUtil {
 
   /// The 16-bit unit at `index` as a text of its own; nullopt for an absent text and for an index
   /// that is negative or not below the length in units.
-  static std::optional<std::string> charAtIndex(long index,
-                                                const std::optional<std::string>& ofString);
+  [[nodiscard]] static std::optional<std::string> charAtIndex(
+      long index, const std::optional<std::string>& ofString);
 
   /// `source` with every occurrence of `target` replaced, searched from the end backwards ("aaa"
   /// with "aa" replaced by "b" gives "ab"). An empty target occurs nowhere.
@@ -54,12 +54,12 @@ class StringUtil {
 
   /// The volume that holds `path`: the folder directly below "/Volumes" on the way up, else "/".
   /// nullopt for nullopt. A leading "~" is expanded; the disk is not consulted.
-  static std::optional<std::string> getVolume(const std::optional<std::string>& path);
+  [[nodiscard]] static std::optional<std::string> getVolume(const std::optional<std::string>& path);
 
   /// `pattern` with its "%@" replaced by the strings in order; missing ones are empty, surplus ones
   /// ignored, nothing else is a directive. nullopt for an absent pattern.
-  static std::optional<std::string> bindString(const std::optional<std::string>& pattern,
-                                               const std::vector<std::string>& with);
+  [[nodiscard]] static std::optional<std::string> bindString(
+      const std::optional<std::string>& pattern, const std::vector<std::string>& with);
 
   /// @cond
   // A text is no truth: "false" would count as true.

@@ -29,7 +29,7 @@ class Hotfix {
   /// The whole workflow. Only a manifest that cannot be brought into the instance stops it (error
   /// record 4); whatever else goes wrong, all steps are made, and the answer is whether the
   /// provisioning run succeeded. Only then is the hotfix's version recorded.
-  bool installNewHotfix();
+  [[nodiscard]] bool installNewHotfix();
 
   /// @cond
   // No text is nullptr; an absent one is std::nullopt.

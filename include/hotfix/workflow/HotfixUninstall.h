@@ -28,7 +28,7 @@ class HotfixUninstall {
   /// True when the features are gone. The recorded version is cleared once provisioning has run,
   /// whatever came of it; receipt, skip flag and bundle identifier only after success. Failures go
   /// to the log and, as texts that the graphical installer knows, to standard output.
-  bool uninstallOldHotfix();
+  [[nodiscard]] bool uninstallOldHotfix();
 
   /// @cond
   // No text is nullptr; an absent one is std::nullopt.

@@ -18,12 +18,12 @@ struct FileIdentity {
 };
 
 FileIdentity identityOf(const struct stat& status);
-std::optional<FileIdentity> identityOf(int file);
+[[nodiscard]] std::optional<FileIdentity> identityOf(int file);
 
 // The open folder and all folders above it up to the root; nullopt when the way up is barred.
-std::optional<std::set<FileIdentity>> ancestryOf(int folder);
+[[nodiscard]] std::optional<std::set<FileIdentity>> ancestryOf(int folder);
 
 // Whether the open folder is the other one or below it; nullopt when the way up is barred.
-std::optional<bool> isInside(int folder, const FileIdentity& other);
+[[nodiscard]] std::optional<bool> isInside(int folder, const FileIdentity& other);
 
 }  // namespace installer

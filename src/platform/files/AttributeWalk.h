@@ -23,7 +23,7 @@ class AttributeWalk {
 
   // True when everything below the folder has the attributes in the end; a part of the ownership
   // that is not known cannot be had.
-  bool changeBelow(Descriptor folder);
+  [[nodiscard]] bool changeBelow(Descriptor folder);
 
  private:
   void walk(Descriptor folder, int depth);

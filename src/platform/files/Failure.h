@@ -23,6 +23,6 @@ FileError readFailure(const std::string& path, int error);
 
 // Whether the error number says that nothing is there. Whatever else keeps us from an item, it may
 // well be there.
-bool tellsMissing(int error);
+[[nodiscard]] bool tellsMissing(int error);
 
 }  // namespace installer

@@ -27,35 +27,37 @@ class FileChanges {
   static std::string freeTemporaryName(int folder);
 
   // New entries; EEXIST when the name is taken. The creation mask applies to the modes.
-  int createFile(int folder, const std::string& name, mode_t mode, Descriptor& file);
-  int makeFolder(int folder, const std::string& name, mode_t mode);
-  int makeLink(int folder, const std::string& name, const std::string& target);
+  [[nodiscard]] int createFile(int folder, const std::string& name, mode_t mode, Descriptor& file);
+  [[nodiscard]] int makeFolder(int folder, const std::string& name, mode_t mode);
+  [[nodiscard]] int makeLink(int folder, const std::string& name, const std::string& target);
 
-  int write(int file, std::string_view bytes);
-  int copyBytes(int from, int to);  // from the offset of `from` to its end
-  int truncate(int file);
+  [[nodiscard]] int write(int file, std::string_view bytes);
+  [[nodiscard]] int copyBytes(int from, int to);  // from the offset of `from` to its end
+  [[nodiscard]] int truncate(int file);
 
-  int flush(int file);
-  int flushFolder(int folder);  // a file system that cannot flush folders counts as done
-  int flushFileSystem(int folder);
+  [[nodiscard]] int flush(int file);
+  [[nodiscard]] int flushFolder(
+      int folder);  // a file system that cannot flush folders counts as done
+  [[nodiscard]] int flushFileSystem(int folder);
 
   // Within one folder.
-  int rename(int folder, const std::string& from, const std::string& to);
-  int renameKeepingExisting(int folder, const std::string& from, const std::string& to);
+  [[nodiscard]] int rename(int folder, const std::string& from, const std::string& to);
+  [[nodiscard]] int renameKeepingExisting(int folder, const std::string& from,
+                                          const std::string& to);
 
-  int unlink(int folder, const std::string& name);
-  int removeEmptyFolder(int folder, const std::string& name);
+  [[nodiscard]] int unlink(int folder, const std::string& name);
+  [[nodiscard]] int removeEmptyFolder(int folder, const std::string& name);
 
   // On files and folders that are open.
-  int changeOwner(int file, uid_t owner, gid_t group);
-  int changeMode(int file, mode_t mode);
+  [[nodiscard]] int changeOwner(int file, uid_t owner, gid_t group);
+  [[nodiscard]] int changeMode(int file, mode_t mode);
 
   // On descriptors that only name an entry.
-  int changeOwnerOfItem(int item, uid_t owner, gid_t group);
-  int changeModeOfItem(int item, mode_t mode);
+  [[nodiscard]] int changeOwnerOfItem(int item, uid_t owner, gid_t group);
+  [[nodiscard]] int changeModeOfItem(int item, mode_t mode);
 
  private:
-  int copyInBlocks(int from, int to);
+  [[nodiscard]] int copyInBlocks(int from, int to);
 
   Door _refusal;
   std::vector<char> _block;  // for bytes that pass through our own memory, kept for the next file

@@ -21,6 +21,6 @@ struct NewFile {
 // Puts the file in place of whatever file or link stands there: temporary file, all bytes, owner,
 // mode, fsync, rename, fsync of the folder. A folder there is a failure. After a failure before the
 // rename nothing has changed. Answers 0 or the system's error number.
-int replaceFile(FileChanges& changes, const Place& place, const NewFile& file);
+[[nodiscard]] int replaceFile(FileChanges& changes, const Place& place, const NewFile& file);
 
 }  // namespace installer

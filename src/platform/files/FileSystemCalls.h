@@ -11,30 +11,31 @@
 namespace installer::syscalls {
 
 // Renames within or between open folders; EEXIST when something stands at the new name.
-int renameKeepingExisting(int fromFolder, const char* from, int toFolder, const char* to);
+[[nodiscard]] int renameKeepingExisting(int fromFolder, const char* from, int toFolder,
+                                        const char* to);
 
 // Writes everything that is pending on the file system of the open folder.
-int flushFileSystem(int folder);
+[[nodiscard]] int flushFileSystem(int folder);
 
 // Writes what is pending for one open file or folder down to the medium.
-int flushFile(int file);
+[[nodiscard]] int flushFile(int file);
 
 // Moves up to `length` bytes between the files' offsets inside the kernel; 0 at the end of `from`.
 // Systems or file systems without such a call fail.
 ssize_t copyRange(int from, int to, std::size_t length);
 
 // A descriptor that only names the entry, be it a link, pipe or device: nothing is opened.
-int openItem(int folder, const char* name);
+[[nodiscard]] int openItem(int folder, const char* name);
 
 // The target of the link that a descriptor of openItem() names; its length, cut at `size` bytes.
 ssize_t readLink(int item, char* target, std::size_t size);
 
 // On a descriptor of openItem(). The mode of a link cannot be changed.
-int changeOwnerOfItem(int item, uid_t owner, gid_t group);
-int changeModeOfItem(int item, mode_t mode);
+[[nodiscard]] int changeOwnerOfItem(int item, uid_t owner, gid_t group);
+[[nodiscard]] int changeModeOfItem(int item, mode_t mode);
 
 // The folder above an open folder; the root is above itself.
-int openFolderAbove(int folder);
+[[nodiscard]] int openFolderAbove(int folder);
 
 timespec modificationTime(const struct stat& status);
 

@@ -56,7 +56,7 @@ int makeOwnedFolder(FileChanges& changes, const std::string& path, const Ownersh
   const Descriptor folder = openFolder(parent, place.name);
   const int error =
       folder.valid() ? applyAttributes(changes, folder.get(), ownership, mode) : errno;
-  if (error != 0) (void)changes.removeEmptyFolder(parent, place.name);
+  if (error != 0) (void)changes.removeEmptyFolder(parent, place.name);  // the first error counts
   return error;
 }
 

@@ -13,10 +13,10 @@ namespace installer {
 // Both answer 0 or the system's error number; EEXIST when something is at the path already.
 
 // Makes every missing folder above the last component of the path, mode 0777 less the mask.
-int makeFoldersAbove(FileChanges& changes, const std::string& path);
+[[nodiscard]] int makeFoldersAbove(FileChanges& changes, const std::string& path);
 
 // Makes the last folder with exactly this ownership and mode, or not at all.
-int makeOwnedFolder(FileChanges& changes, const std::string& path, const Ownership& ownership,
-                    mode_t mode);
+[[nodiscard]] int makeOwnedFolder(FileChanges& changes, const std::string& path,
+                                  const Ownership& ownership, mode_t mode);
 
 }  // namespace installer

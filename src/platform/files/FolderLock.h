@@ -7,6 +7,6 @@
 namespace installer {
 
 // Takes the folder's advisory lock, as FileManager::tryLock promises.
-LockAttempt tryLockFolder(const std::string& folder);
+[[nodiscard]] LockAttempt tryLockFolder(const std::string& folder);
 
 }  // namespace installer

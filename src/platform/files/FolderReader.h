@@ -23,7 +23,7 @@ class FolderReader {
   ~FolderReader();
 
   // The next name other than "." and ".."; nullopt at the end or after an error.
-  std::optional<std::string> next();
+  [[nodiscard]] std::optional<std::string> next();
 
   // Begins again at the first name.
   void rewind();

@@ -82,8 +82,9 @@ bool ItemCopy::copyLink(const Entry& source, const Entry& copy, const struct sta
   const auto target = targetOf(source);
   if (!target) return check(errno);
   if (!check(_changes.makeLink(copy.folder, copy.name, *target))) return false;
-  // Not every file system keeps times of links.
-  (void)::utimensat(copy.folder, copy.name.c_str(), timesOf(status).data(), AT_SYMLINK_NOFOLLOW);
+  const auto times = timesOf(status);
+  const char* const name = copy.name.c_str();
+  (void)::utimensat(copy.folder, name, times.data(), AT_SYMLINK_NOFOLLOW);  // not kept everywhere
   return true;
 }
 
@@ -102,7 +103,7 @@ bool ItemCopy::fillFolder(Descriptor from, const Entry& copy, const struct stat&
                           int depth) {
   const Descriptor to = openFolder(copy.folder, copy.name);
   if (!to.valid()) {
-    (void)check(errno);
+    (void)check(errno);  // remembers the error; the answer is known
     (void)_changes.removeEmptyFolder(copy.folder, copy.name);  // nothing was copied
     return false;
   }
@@ -122,8 +123,7 @@ bool ItemCopy::copyEntries(Descriptor from, int to, int depth) {
 }
 
 int ItemCopy::giveModeAndTime(int descriptor, const struct stat& status) {
-  // Not every file system keeps times.
-  (void)::futimens(descriptor, timesOf(status).data());
+  (void)::futimens(descriptor, timesOf(status).data());  // not every file system keeps times
   return _changes.changeMode(descriptor, status.st_mode & kKeptModeBits);
 }
 

@@ -30,25 +30,27 @@ class ItemCopy {
 
   // Stops at the first item that cannot be copied and answers false. `temporary` receives the name
   // of what was copied, be it a part of a tree; empty when that is nothing.
-  bool build(const Entry& source, int destination, std::string& temporary);
+  [[nodiscard]] bool build(const Entry& source, int destination, std::string& temporary);
 
   // After a failure: the path of the item, beginning with the entry's name, and why.
   const std::string& failedItem() const { return _failedItem; }
   const std::string& reason() const { return _reason; }
 
  private:
-  bool copyEntry(const Entry& source, const Entry& copy, int depth);
-  bool copyFile(const Entry& source, const Entry& copy);
-  bool copyLink(const Entry& source, const Entry& copy, const struct stat& status);
-  bool copyFolder(const Entry& source, const Entry& copy, const struct stat& status, int depth);
+  [[nodiscard]] bool copyEntry(const Entry& source, const Entry& copy, int depth);
+  [[nodiscard]] bool copyFile(const Entry& source, const Entry& copy);
+  [[nodiscard]] bool copyLink(const Entry& source, const Entry& copy, const struct stat& status);
+  [[nodiscard]] bool copyFolder(const Entry& source, const Entry& copy, const struct stat& status,
+                                int depth);
 
-  int fillFile(int from, int to);
-  bool fillFolder(Descriptor from, const Entry& copy, const struct stat& status, int depth);
-  bool copyEntries(Descriptor from, int to, int depth);
-  int giveModeAndTime(int descriptor, const struct stat& status);
+  [[nodiscard]] int fillFile(int from, int to);
+  [[nodiscard]] bool fillFolder(Descriptor from, const Entry& copy, const struct stat& status,
+                                int depth);
+  [[nodiscard]] bool copyEntries(Descriptor from, int to, int depth);
+  [[nodiscard]] int giveModeAndTime(int descriptor, const struct stat& status);
 
   bool check(int error);
-  bool fail(const std::string& reason);
+  [[nodiscard]] bool fail(const std::string& reason);
 
   FileChanges& _changes;
   Flush _flush;

@@ -32,9 +32,9 @@ Descriptor createAnew(FileChanges& changes, const Place& place) {
   (void)changes.unlink(folder, place.name);  // what stays there makes the creation fail
   Descriptor file;
   if (changes.createFile(folder, place.name, kLogMode, file) != 0) return {};
-  // Whatever the creation mask says, others read the log; they may still when this fails.
-  (void)changes.changeMode(file.get(), kLogMode);
-  (void)::fcntl(file.get(), F_SETFL, O_APPEND);
+  // Whatever the creation mask says, others read the log.
+  (void)changes.changeMode(file.get(), kLogMode);  // they may still when this fails
+  (void)::fcntl(file.get(), F_SETFL, O_APPEND);    // can not fail for an open file
   return file;
 }
 

@@ -7,6 +7,6 @@ namespace installer {
 
 // Opens the log file at the place for writing from its start, as FileManager::openLog promises. The
 // caller owns the descriptor; -1 when it cannot be had.
-int openLogFile(FileChanges& changes, const Place& place);
+[[nodiscard]] int openLogFile(FileChanges& changes, const Place& place);
 
 }  // namespace installer

@@ -41,9 +41,9 @@ Descriptor openRegularFile(int folder, const std::string& name);
 Descriptor openRegularFileFollowingLinks(int folder, const std::string& name);
 
 // The status of the entry itself, not of what a link leads to. nullopt with errno set.
-std::optional<struct stat> statusOf(int folder, const std::string& name);
-std::optional<struct stat> statusFollowingLinks(int folder, const std::string& name);
-std::optional<struct stat> statusOf(const Descriptor& file);
+[[nodiscard]] std::optional<struct stat> statusOf(int folder, const std::string& name);
+[[nodiscard]] std::optional<struct stat> statusFollowingLinks(int folder, const std::string& name);
+[[nodiscard]] std::optional<struct stat> statusOf(const Descriptor& file);
 
 // Whether the entry itself is a link.
 bool isLink(int folder, const std::string& name);

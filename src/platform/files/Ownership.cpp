@@ -27,7 +27,8 @@ void giveOwnershipIfPossible(FileChanges& changes, int file, const Ownership& ow
   if (::fstat(file, &status) == 0 && !differs(status, ownership)) return;
   if (changes.changeOwner(file, ownership.ownerOrSame(), ownership.groupOrSame()) == 0) return;
   // Who may not give a file away can often still choose among his own groups.
-  (void)changes.changeOwner(file, static_cast<uid_t>(-1), ownership.groupOrSame());
+  constexpr auto kSameOwner = static_cast<uid_t>(-1);
+  (void)changes.changeOwner(file, kSameOwner, ownership.groupOrSame());  // "if possible"
 }
 
 }  // namespace installer

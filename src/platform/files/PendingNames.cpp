@@ -48,9 +48,8 @@ void PendingNames::flush() {
   std::set<dev_t> flushed;
   for (const Descriptor* folder : _folders) {
     const auto status = statusOf(*folder);
-    // Passed over: the copies are complete for every reader, only a power failure could tell.
     if (status && flushed.insert(status->st_dev).second) {
-      (void)_changes.flushFileSystem(folder->get());
+      (void)_changes.flushFileSystem(folder->get());  // only a power failure could tell
     }
   }
 }
@@ -61,8 +60,9 @@ void PendingNames::giveName(const Waiting& copy) {
                         ? replace(copy)
                         : _changes.renameKeepingExisting(folder, copy.temporary, copy.name);
   if (error == 0) return;
-  (void)removeEntry(_changes, folder, copy.temporary);
-  if (copy.taken == TakenName::replace) (void)removeEntry(_changes, folder, copy.name);
+  (void)removeEntry(_changes, folder, copy.temporary);  // failures are passed over in merges
+  if (copy.taken != TakenName::replace) return;
+  (void)removeEntry(_changes, folder, copy.name);  // the old entry goes even so
 }
 
 // A rename replaces a file or link by itself, without a moment in which there is none.
@@ -71,7 +71,7 @@ int PendingNames::replace(const Waiting& copy) {
   const auto old = statusOf(folder, copy.name);
   const auto fresh = statusOf(folder, copy.temporary);
   const bool hasFolder = (old && S_ISDIR(old->st_mode)) || (fresh && S_ISDIR(fresh->st_mode));
-  if (old && hasFolder) (void)removeEntry(_changes, folder, copy.name);
+  if (old && hasFolder) (void)removeEntry(_changes, folder, copy.name);  // the rename will tell
   return _changes.rename(folder, copy.temporary, copy.name);
 }
 

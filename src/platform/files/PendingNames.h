@@ -41,7 +41,7 @@ class PendingNames {
 
   void flush();
   void giveName(const Waiting& copy);
-  int replace(const Waiting& copy);
+  [[nodiscard]] int replace(const Waiting& copy);
 
   FileChanges& _changes;
   std::size_t _maximumFolders;

@@ -49,14 +49,14 @@ class PosixFileManager : public FileManager {
  protected:
   // Asked before each change to the disk: 0 to go on, or the error number that the change is to
   // fail with. Lets a test see how every step's failure ends.
-  virtual int refusal(FileOperation operation);
+  [[nodiscard]] virtual int refusal(FileOperation operation);
 
  private:
-  int replace(const std::string& path, std::string_view bytes, ReplacedFile replaced,
-              std::optional<mode_t> mode);
-  int removeAt(const std::string& path);
-  int makeFolder(const std::string& path, bool withFoldersAbove,
-                 const std::optional<FileAttributes>& attributes);
+  [[nodiscard]] int replace(const std::string& path, std::string_view bytes, ReplacedFile replaced,
+                            std::optional<mode_t> mode);
+  [[nodiscard]] int removeAt(const std::string& path);
+  [[nodiscard]] int makeFolder(const std::string& path, bool withFoldersAbove,
+                               const std::optional<FileAttributes>& attributes);
 
   UserContext& _users;
   FileChanges _changes;

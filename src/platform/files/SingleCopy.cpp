@@ -80,7 +80,7 @@ std::optional<FileError> SingleCopy::giveName(const Place& place, const std::str
   const int folder = place.folder.get();
   const int flushed = isFolder ? _changes.flushFileSystem(folder) : 0;
   const int named = rename(place, temporary);
-  if (named != 0) (void)removeEntry(_changes, folder, temporary);
+  if (named != 0) (void)removeEntry(_changes, folder, temporary);  // the first error counts
   if (named == EEXIST && _existing != ExistingItem::replace) {
     return answerExisting();  // somebody was quicker
   }
@@ -127,10 +127,10 @@ bool SingleCopy::isOwnPlace(const struct stat& source, const struct stat& old) c
          identityOf(from.folder.get()) == identityOf(to.folder.get());
 }
 
-// What stays now stays: the failure is told already.
 void SingleCopy::removeOld() {
   const Place place = openPlace(_to);
-  if (place.usable()) (void)removeEntry(_changes, place.folder.get(), place.name);
+  if (!place.usable()) return;
+  (void)removeEntry(_changes, place.folder.get(), place.name);  // the failure is told already
 }
 
 std::optional<FileError> SingleCopy::answerExisting() const {

@@ -17,19 +17,20 @@ class SingleCopy {
              ExistingItem existing);
 
   // nullopt when the copy counts as done.
-  std::optional<FileError> run();
+  [[nodiscard]] std::optional<FileError> run();
 
  private:
   using Failure = std::optional<FileError>;
 
   void findSource();
-  std::optional<struct stat> sourceStatus() const;  // with errno set when there is none
+  [[nodiscard]] std::optional<struct stat> sourceStatus()
+      const;  // with errno set when there is none
   Failure copyItem();
   Failure copy(bool isFolder);
   Failure giveName(const Place& place, const std::string& temporary, bool isFolder);
-  int rename(const Place& place, const std::string& temporary);
+  [[nodiscard]] int rename(const Place& place, const std::string& temporary);
 
-  int clearTheWay();
+  [[nodiscard]] int clearTheWay();
   bool isInTheWay(const struct stat& old) const;
   bool isOwnPlace(const struct stat& source, const struct stat& old) const;
   void removeOld();

@@ -85,23 +85,23 @@ void TreeMerge::mergeEntry(const Entry& source, const OpenFolder& destination, i
   mergeSubfolder(source, source.name, std::move(folder), destination, depth);
 }
 
-// The old entry goes even when nothing can take its place.
 void TreeMerge::replaceEntry(const Entry& source, const std::string& name,
                              const OpenFolder& destination) {
+  ItemCopy copy(_changes, Flush::later);
   std::string temporary;
-  (void)ItemCopy(_changes, Flush::later).build(source, destination->get(), temporary);
+  (void)copy.build(source, destination->get(), temporary);  // what could be copied gets the name
   if (temporary.empty()) {
-    (void)removeEntry(_changes, destination->get(), name);
+    (void)removeEntry(_changes, destination->get(), name);  // failures are passed over in merges
     return;
   }
   _pending.add(destination, std::move(temporary), name, TakenName::replace);
 }
 
-// A tree that could be copied in part only still gets its name.
 void TreeMerge::copyMissing(const Entry& source, const std::string& name,
                             const OpenFolder& destination) {
+  ItemCopy copy(_changes, Flush::later);
   std::string temporary;
-  (void)ItemCopy(_changes, Flush::later).build(source, destination->get(), temporary);
+  (void)copy.build(source, destination->get(), temporary);  // a part of a tree gets the name too
   if (!temporary.empty()) {
     _pending.add(destination, std::move(temporary), name, TakenName::keep);
   }

@@ -8,6 +8,6 @@ namespace installer {
 
 // Removes the entry `name` of the open folder, a folder with all below it, going on after failures.
 // 0 when it is gone, else the system's error number (ENOENT when there was nothing).
-int removeEntry(FileChanges& changes, int folder, const std::string& name);
+[[nodiscard]] int removeEntry(FileChanges& changes, int folder, const std::string& name);
 
 }  // namespace installer

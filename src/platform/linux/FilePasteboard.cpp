@@ -9,14 +9,14 @@ constexpr mode_t kMode = 0644;
 
 }  // namespace
 
-// The channel reports no failure of its own, so what the file manager answers is passed over.
 void FilePasteboard::clear() {
-  (void)_files.remove(_path);
+  (void)_files.remove(_path);  // the channel reports no failure of its own
 }
 
 void FilePasteboard::setRecord(const PropertyList::Dictionary& record) {
   const std::optional<std::string> text = PropertyList::serialize(record);
-  if (text) (void)_files.write(_path, *text, ReplacedFile::forget, kMode);
+  if (!text) return;
+  (void)_files.write(_path, *text, ReplacedFile::forget, kMode);  // nor does it report this one
 }
 
 std::optional<PropertyList::Dictionary> FilePasteboard::record() {

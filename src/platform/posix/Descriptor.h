@@ -19,8 +19,7 @@ class Descriptor {
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
   ~Descriptor() {
-    // Nothing can be done about a failed close; what matters was synchronised before.
-    if (_number >= 0) (void)::close(_number);
+    if (_number >= 0) (void)::close(_number);  // what matters was synchronised before
   }
 
   bool valid() const { return _number >= 0; }

@@ -19,9 +19,9 @@ std::string hostName() {
   return name.data();
 }
 
-// A line that cannot be written is lost: there is nobody to tell.
 void writeOnce(int descriptor, const std::string& line) {
-  (void)uninterrupted([&] { return ::write(descriptor, line.data(), line.size()); });
+  const auto write = [&] { return ::write(descriptor, line.data(), line.size()); };
+  (void)uninterrupted(write);  // a line that can not be written is lost: there is nobody to tell
 }
 
 }  // namespace

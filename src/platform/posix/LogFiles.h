@@ -17,7 +17,7 @@ class LogFiles {
   explicit LogFiles(Clock& clock);
 
   // 0, or -1 when the descriptor is not open. A descriptor added twice gets each line once.
-  int add(int descriptor);
+  [[nodiscard]] int add(int descriptor);
   void remove(int descriptor);
 
   // `message` is escaped already.

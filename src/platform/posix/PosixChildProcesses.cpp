@@ -72,7 +72,8 @@ class Spawn {
 // The wait status of the ended child; -1 when there is no such child.
 int waitFor(pid_t child) {
   int status = -1;
-  (void)uninterrupted([&] { return waitpid(child, &status, 0); });
+  const auto wait = [&] { return waitpid(child, &status, 0); };
+  (void)uninterrupted(wait);  // without such a child the status stays -1
   return status;
 }
 
@@ -124,7 +125,7 @@ std::optional<std::string> PosixChildProcesses::firstLine(const Command& command
   close(writeEnd);
   const std::optional<std::string> line = started ? readLine(readEnd) : std::nullopt;
   close(readEnd);  // before the wait: a child that goes on writing is told that nobody reads
-  if (started) (void)waitFor(child);
+  if (started) (void)waitFor(child);  // its line counts, not how it ended
   return line;
 }
 

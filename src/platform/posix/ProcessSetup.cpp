@@ -12,15 +12,15 @@ namespace {
 // The lowest free descriptor is handed out first, so each hole is filled by its own open.
 void fillStandardDescriptors() {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
-    if (fcntl(descriptor, F_GETFD) == -1) (void)open("/dev/null", O_RDWR);
+    if (fcntl(descriptor, F_GETFD) == -1) (void)open("/dev/null", O_RDWR);  // without it as before
 }
 
 }  // namespace
 
 void setUpProcess() {
   fillStandardDescriptors();
-  (void)std::signal(SIGPIPE, SIG_IGN);
-  (void)std::signal(SIGXFSZ, SIG_IGN);
+  (void)std::signal(SIGPIPE, SIG_IGN);  // the old handler is of no use
+  (void)std::signal(SIGXFSZ, SIG_IGN);  // nor is this one
   openlog("HotfixInstaller", LOG_PID, LOG_USER);
 }
 

@@ -685,12 +685,14 @@ TEST_F(InstallManifestTest, NothingStaysInMemory) {
       manifestWith("\n  <feature url='${installer.root}/u'>&who;</feature>\n  ");
   const std::string file = _sandbox.write(kManifest, bytes);
 
-  EXPECT_LT(test::bytesKeptBy([&] { (void)InstallManifest(file).replaceInstallerRootWith("r"); }),
+  EXPECT_LT(test::bytesKeptBy([&] {
+              (void)InstallManifest(file).replaceInstallerRootWith("r");  // the memory counts
+            }),
             1000);
   EXPECT_LT(test::bytesKeptBy([&] {
               const xml::Document document = xml::parse(bytes);
               xml::reindent(*document);
-              (void)xml::serialize(*document);
+              (void)xml::serialize(*document);  // the memory counts
             }),
             1000);
 }

@@ -63,7 +63,7 @@ TEST(PosixClockTest, PausesForTheTimeAskedForWhateverSignalArrives) {
 
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(20));
   EXPECT_EQ(arrived, 1);
-  (void)sigaction(SIGALRM, &previous, nullptr);
+  (void)sigaction(SIGALRM, &previous, nullptr);  // the test is over
 }
 
 TEST(FakeClockTest, APauseTakesNoTimeAndRunsTheTestsAction) {

@@ -15,6 +15,11 @@ using ::testing::IsEmpty;
 
 class InstallUtilFilesTest : public ::testing::Test {
  protected:
+  // Brings "from" into an existing folder; a merge answers false, whatever it did.
+  void mergeInto(const std::string& folder) const {
+    EXPECT_FALSE(InstallUtil::copyFolderFrom(_sandbox.path("from"), folder));
+  }
+
   Sandbox _sandbox;
 };
 
@@ -95,7 +100,7 @@ TEST_F(InstallUtilFilesTest, MergeReplacesALinkThatLeadsOutOfTheApplication) {
   _sandbox.makeFolder(to);
   _sandbox.makeLink(to + "/sub", _sandbox.path("outside"));
 
-  (void)InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path(to));
+  mergeInto(_sandbox.path(to));
 
   EXPECT_FALSE(_sandbox.exists("outside/x"));
   EXPECT_EQ(_sandbox.read(to + "/sub/x"), "new");
@@ -109,7 +114,7 @@ TEST_F(InstallUtilFilesTest, MergeFollowsALinkInsideTheApplication) {
   _sandbox.makeFolder(to);
   _sandbox.makeLink(to + "/sub", "../../inside");
 
-  (void)InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path(to));
+  mergeInto(_sandbox.path(to));
 
   EXPECT_EQ(_sandbox.read("Q.app/Contents/MacOS/inside/x"), "new");
 }
@@ -120,7 +125,7 @@ TEST_F(InstallUtilFilesTest, MergeOutsideOfApplicationsStaysInsideTheDestination
   _sandbox.makeFolder("to");
   _sandbox.makeLink("to/sub", _sandbox.path("outside"));
 
-  (void)InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path("to"));
+  mergeInto(_sandbox.path("to"));
 
   EXPECT_FALSE(_sandbox.exists("outside/x"));
 }
@@ -132,7 +137,7 @@ TEST_F(InstallUtilFilesTest, DestinationOutsideOfApplicationsThatIsItselfALinkIs
   _sandbox.makeFolder("rcp/deploy");
   _sandbox.makeLink("rcp/deploy/extras", _sandbox.path("outside"));
 
-  (void)InstallUtil::copyFolderFrom(_sandbox.path("from"), _sandbox.path("rcp/deploy/extras"));
+  mergeInto(_sandbox.path("rcp/deploy/extras"));
 
   EXPECT_FALSE(_sandbox.exists("outside/x"));
   EXPECT_EQ(_sandbox.read("rcp/deploy/extras/x"), "new");

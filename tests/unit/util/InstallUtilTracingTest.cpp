@@ -43,8 +43,8 @@ TEST_F(InstallUtilTracingTest, PreferencesAreAskedForOnceEach) {
   FakePreferences preferences;
   _sandbox.platform().preferences = &preferences;
 
-  (void)InstallUtil::shouldWriteTraces();
-  (void)InstallUtil::getCurrentLocale();
+  (void)InstallUtil::shouldWriteTraces();  // the switch is looked at
+  (void)InstallUtil::getCurrentLocale();   // the switch is looked at
 
   EXPECT_THAT(preferences.asked, ElementsAre("com.kiv.rcp.install.mac", ".GlobalPreferences"));
 }
@@ -53,7 +53,7 @@ TEST_F(InstallUtilTracingTest, PreferenceIsReadAsTheConsoleUserAndTheUserIsResto
   proves("LOG-5", "USER-5");
   _sandbox.users().effectiveUser = 0;
 
-  (void)InstallUtil::shouldWriteTraces();
+  (void)InstallUtil::shouldWriteTraces();  // the switch is looked at
 
   EXPECT_THAT(_sandbox.users().switches, ElementsAre(501, 0));
 }

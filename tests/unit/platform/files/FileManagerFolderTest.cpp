@@ -181,13 +181,15 @@ TEST_F(FileManagerFolderTest, AFolderThatTurnsOutToBeSomebodyElsesIsNotGivenAway
   const uid_t other = statusOf("work").st_uid;
   // As on a file server that trusts no root of its clients.
   _files.beforeNext(FileOperation::kMakeDirectory, [&] {
-    (void)::setfsuid(other);
-    _files.beforeNext(FileOperation::kChangeOwner, [] { (void)::setfsuid(::geteuid()); });
+    (void)::setfsuid(other);  // answers the former one
+    _files.beforeNext(FileOperation::kChangeOwner, [] {
+      (void)::setfsuid(::geteuid());  // answers the former one
+    });
   });
 
   EXPECT_FALSE(create("work/folder", Intermediates::refuse, FileAttributes{"self", "own", 0775}));
 
-  (void)::setfsuid(::geteuid());
+  (void)::setfsuid(::geteuid());  // answers the former one
   EXPECT_THAT(_error.description, HasSubstr("Operation not permitted"));
   EXPECT_FALSE(isThere("work/folder"));
 }

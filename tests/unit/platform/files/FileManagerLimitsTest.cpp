@@ -150,8 +150,8 @@ TEST_F(FileManagerLimitsTest, EveryNumberOfDescriptorsLeavesFilesWhole) {
     _folder.makeFile("app/a/b/file", "old");
   };
   const auto change = [&] {
-    (void)_files.write(path("app/written"), "new");
-    (void)_files.copy(path("from"), path("app/copy"), ExistingItem::fail);
+    (void)_files.write(path("app/written"), "new");                         // a limit may refuse it
+    (void)_files.copy(path("from"), path("app/copy"), ExistingItem::fail);  // a limit may refuse it
     _files.merge(path("from"), path("app"), path("app"));
   };
   // First without a limit: sanitizers need descriptors of their own at the first call of each kind.

@@ -77,7 +77,7 @@ TEST_F(FileManagerRemoveTest, AFolderThatBecomesALinkIsNotEntered) {
     }
   });
 
-  (void)remove("tree");
+  (void)remove("tree");  // what is left is looked at
 
   EXPECT_TRUE(isThere("target/file"));
 }

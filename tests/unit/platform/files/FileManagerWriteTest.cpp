@@ -248,7 +248,7 @@ TEST_F(FileManagerWriteTest, AFullDiskLeavesTheOldFile) {
 
   EXPECT_TRUE(inChild([&] {
     const rlimit limit{1000, 1000};
-    (void)::signal(SIGXFSZ, SIG_IGN);
+    (void)::signal(SIGXFSZ, SIG_IGN);  // the child ends soon
     return ::setrlimit(RLIMIT_FSIZE, &limit) == 0 && !write("file", std::string(5000, 'x'));
   }));
 

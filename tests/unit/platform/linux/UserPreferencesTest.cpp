@@ -100,7 +100,8 @@ TEST_F(UserPreferencesTest, AreReadAsTheCurrentUserWhenTheSwitchIsRefused) {
 TEST_F(UserPreferencesTest, EndTheProcessWhenThereIsNoWayBack) {
   _users.refusedUsers = {0};
 
-  EXPECT_EXIT((void)_preferences.domain(kDomain), ::testing::ExitedWithCode(1), "");
+  EXPECT_EXIT((void)_preferences.domain(kDomain),  // ends before it answers
+              ::testing::ExitedWithCode(1), "");
 }
 
 TEST_F(UserPreferencesTest, ASecondReadSwitchesAgain) {

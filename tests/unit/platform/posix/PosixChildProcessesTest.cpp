@@ -278,7 +278,7 @@ TEST_F(PosixChildProcessesTest, AFailedStartLeavesNothingBehind) {
   proves("CHILD-6");
   const std::size_t descriptors = countOpenDescriptors();
 
-  (void)reasonFor({"/nowhere/tool", {}});
+  (void)reasonFor({"/nowhere/tool", {}});  // what it leaves is looked at
 
   EXPECT_EQ(countOpenDescriptors(), descriptors);
   expectNoChildren();
@@ -425,7 +425,7 @@ TEST_F(PosixChildProcessesTest, ShellInheritsOutputAndError) {
   {
     const ScopedDescriptor output(STDOUT_FILENO, _folder.path("out"), O_WRONLY | O_CREAT);
     const ScopedDescriptor error(STDERR_FILENO, _folder.path("err"), O_WRONLY | O_CREAT);
-    (void)_children.shell("echo to output; echo to error >&2");
+    (void)_children.shell("echo to output; echo to error >&2");  // what it leaves is looked at
   }
 
   EXPECT_EQ(_folder.content("out"), "to output\n");
@@ -435,7 +435,7 @@ TEST_F(PosixChildProcessesTest, ShellInheritsOutputAndError) {
 TEST_F(PosixChildProcessesTest, ShellHoldsNoOtherDescriptor) {
   const int inheritable = open("/dev/zero", O_RDONLY);
 
-  (void)_children.shell("'" + recordedChild() + "'");
+  (void)_children.shell("'" + recordedChild() + "'");  // what it leaves is looked at
   close(inheritable);
 
   EXPECT_THAT(onlyRecord().descriptors, SizeIs(3));
