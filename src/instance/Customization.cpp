@@ -37,7 +37,7 @@ void removeKeyStores(const std::string& folder) {
 }  // namespace
 
 bool InstanceService::mergePluginCustomizationWithBase(const std::optional<std::string>& path) {
-  if (!_pathToRcphome || !path || !exists(*path)) return false;
+  if (!_pathToRcphome || !path || !exists(*path) || !hasContent(*path)) return false;
   const std::optional<std::string> version = getBaseVersion();
   if (!version) return false;
   const std::string baseFile = InstanceLayout::baseCustomization(*_pathToRcphome, *version);
@@ -54,11 +54,11 @@ bool InstanceService::mergePluginCustomizationWithRcphome(const std::optional<st
   if (!path || !hasRcphomeFolder()) return false;
   const std::string file = InstanceLayout::customization(*_pathToRcphome);
   if (!exists(file)) {
-    (void)copyAsGiven(*path, file);  // what can not be copied does not change the answer
+    (void)copyContent(*path, file);  // what can not be copied does not change the answer
     return true;
   }
   JavaProperties settings(file, FailedSave::isPassedOver);
-  (void)settings.mergeWithJavaProperties(*path);  // saves already, unless `path` is missing
+  if (hasContent(*path)) (void)settings.mergeWithJavaProperties(*path);  // saves already
   // Without a merge the file is put into our form alone.
   (void)settings.savePropertiesToFile(std::nullopt);  // a refusing disk changes no answer
   return true;

@@ -40,7 +40,7 @@ void show(const char* what, bool value) {
 void useFormats(const std::string& folder) {
   const std::string file = path::appendingComponent(folder, "a.properties");
   JavaProperties properties(file);
-  properties.setProperty("value", "key");
+  if (!properties.setProperty("value", "key")) return;
   show("saved properties", properties.savePropertiesToFile(std::nullopt));
   show("read properties", JavaProperties(file).getPropertyForKey("key").value_or("nothing"));
 

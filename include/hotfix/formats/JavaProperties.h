@@ -30,6 +30,7 @@ class JavaProperties {
   /// object that refuses to save over it: the file is worth more than our entries. Nothing is
   /// logged before such a save.
   explicit JavaProperties(const std::optional<std::string>& file);
+  /// The same; `failedSave` says whether a save that fails leaves an error line.
   JavaProperties(const std::optional<std::string>& file, FailedSave failedSave);
 
   /// Reads the bound file into the entries; used by the constructor.

@@ -72,7 +72,7 @@ TEST_F(ConfigurationTest, MissingFileGivesAnEmptyStoreThatTakesValues) {
 TEST_F(ConfigurationTest, SavedValuesAreFoundByTheNextOne) {
   proves("CONFIG-1");
   Configuration first;
-  first.setProperty("/data", "P_RCPDATA");
+  EXPECT_TRUE(first.setProperty("/data", "P_RCPDATA"));
 
   EXPECT_TRUE(first.saveConfiguration());
 
@@ -83,7 +83,7 @@ TEST_F(ConfigurationTest, SavedValuesAreFoundByTheNextOne) {
 
 TEST_F(ConfigurationTest, UnsavedValuesStayInMemory) {
   proves("CONFIG-1");
-  Configuration().setProperty("1", "a");
+  EXPECT_TRUE(Configuration().setProperty("1", "a"));
 
   EXPECT_FALSE(_sandbox.exists(kFile));
 }
@@ -93,8 +93,8 @@ TEST_F(ConfigurationTest, ValuesOfOtherProgramsSurvive) {
   _sandbox.writePlist(kFile, {{"theirs", 5}, {"productName", "Q"}});
   Configuration configuration;
 
-  configuration.setProperty("1", "a");
-  configuration.saveConfiguration();
+  EXPECT_TRUE(configuration.setProperty("1", "a"));
+  EXPECT_TRUE(configuration.saveConfiguration());
 
   EXPECT_EQ(configuration.getPropertyValueForKey("productName"), "Q");
   EXPECT_EQ(_sandbox.readPlist(kFile),
@@ -107,7 +107,7 @@ TEST_F(ConfigurationTest, SavedFileIsReadableForAllWhateverItWas) {
   ASSERT_EQ(chmod(_sandbox.path(kFile).c_str(), 0600), 0);
   const mode_t mask = umask(077);
 
-  Configuration().saveConfiguration();
+  EXPECT_TRUE(Configuration().saveConfiguration());
 
   umask(mask);
   EXPECT_EQ(_sandbox.mode(kFile), 0644U);
@@ -119,7 +119,7 @@ TEST_F(ConfigurationTest, SavedFileBelongsToTheProcess) {
   _sandbox.writePlist(kFile, {{"a", "1"}});
   ASSERT_EQ(chown(_sandbox.path(kFile).c_str(), kStranger, kStranger), 0);
 
-  Configuration().saveConfiguration();
+  EXPECT_TRUE(Configuration().saveConfiguration());
 
   struct stat status {};
   ASSERT_EQ(stat(_sandbox.path(kFile).c_str(), &status), 0);
@@ -174,7 +174,7 @@ TEST_F(ConfigurationTest, WhatCannotBeToldIsNotWritten) {
   proves("CONFIG-4");
   _sandbox.writePlist(kFile, {{"a", "1"}});
   Configuration configuration;
-  configuration.setProperty("2", "\x01");
+  EXPECT_TRUE(configuration.setProperty("2", "\x01"));
 
   EXPECT_TRUE(configuration.saveConfiguration());
 
@@ -220,7 +220,7 @@ TEST_F(ConfigurationTest, CleanupRemovesFileAndValues) {
 TEST_F(ConfigurationTest, CleanupWithoutFileEmptiesTheStore) {
   proves("CONFIG-2");
   Configuration configuration;
-  configuration.setProperty("1", "a");
+  EXPECT_TRUE(configuration.setProperty("1", "a"));
 
   configuration.cleanupConfiguration();
 
@@ -327,9 +327,9 @@ TEST_F(ConfigurationTest, SaveReplacesALinkAndNotItsTarget) {
   _sandbox.writePlist("tmp/target", {{"a", "1"}});
   _sandbox.makeLink(kFile, "target");
   Configuration configuration;
-  configuration.setProperty("2", "b");
+  EXPECT_TRUE(configuration.setProperty("2", "b"));
 
-  configuration.saveConfiguration();
+  EXPECT_TRUE(configuration.saveConfiguration());
 
   EXPECT_EQ(_sandbox.readPlist("tmp/target"), (Dictionary{{"a", "1"}}));
   EXPECT_EQ(_sandbox.readPlist(kFile), (Dictionary{{"b", "2"}}));

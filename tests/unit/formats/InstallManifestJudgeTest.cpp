@@ -244,7 +244,7 @@ TEST(InstallManifestJudgeTest, RewritingARewrittenManifestChangesNothing) {
   const test::Sandbox sandbox;
   for (std::uint64_t seed = 1; seed <= 100; ++seed) {
     const std::string file = sandbox.write("tmp/m.xml", RandomManifest(seed).document());
-    InstallManifest(file).saveInstallManifestAs(std::nullopt);
+    EXPECT_TRUE(InstallManifest(file).saveInstallManifestAs(std::nullopt));
     const std::string once = sandbox.read("tmp/m.xml");
 
     EXPECT_TRUE(InstallManifest(file).saveInstallManifestAs(std::nullopt));

@@ -563,7 +563,7 @@ TEST_F(InstallManifestTest, SaveWritesElsewhereAndLeavesTheLoadedFile) {
   proves("DOCUMENT-13");
   const std::string manifest = manifestWith("<feature url='${installer.root}'/>");
   InstallManifest document(_sandbox.write(kManifest, manifest));
-  document.replaceInstallerRootWith("file:/pkg");
+  EXPECT_TRUE(document.replaceInstallerRootWith("file:/pkg"));
 
   EXPECT_TRUE(document.saveInstallManifestAs(_sandbox.path("tmp/out.xml")));
 
@@ -578,7 +578,7 @@ TEST_F(InstallManifestTest, ReplacingTwiceReplacesTheNewPlaceholders) {
 
   EXPECT_TRUE(document.replaceInstallerRootWith("${installer.root}/a"));
   EXPECT_TRUE(document.replaceInstallerRootWith("b"));
-  document.saveInstallManifestAs(std::nullopt);
+  EXPECT_TRUE(document.saveInstallManifestAs(std::nullopt));
 
   EXPECT_THAT(_sandbox.read(kManifest), HasSubstr("<feature url=\"b/a\"/>"));
 }

@@ -85,7 +85,7 @@ TEST_F(JavaPropertiesTest, TildeOfTheFileIsExpanded) {
   _sandbox.write("Users/tester/x.properties", "a=1\n");
 
   JavaProperties properties("~/x.properties");
-  properties.setProperty("2", "b");
+  EXPECT_TRUE(properties.setProperty("2", "b"));
 
   EXPECT_EQ(properties.getPropertyForKey("a"), "1");
   EXPECT_TRUE(properties.savePropertiesToFile(std::nullopt));
@@ -106,7 +106,7 @@ TEST_F(JavaPropertiesTest, UnreadableFileIsNotSavedOver) {
   proves("PROPERTIES-16");
   const std::string file = _sandbox.makeLink("tmp/x.properties", "/dev/null");
   JavaProperties properties(file);
-  properties.setProperty("1", "a");
+  EXPECT_TRUE(properties.setProperty("1", "a"));
 
   EXPECT_FALSE(properties.savePropertiesToFile(std::nullopt));
   EXPECT_FALSE(properties.savePropertiesToFile(file));
@@ -120,7 +120,7 @@ TEST_F(JavaPropertiesTest, FileThatCannotBeLookedAtIsNotSavedOver) {
   const std::string file = _sandbox.write("tmp/x.properties", "theirs=1\n");
   _sandbox.files().failReading(file, EIO);
   JavaProperties properties(file);
-  properties.setProperty("1", "a");
+  EXPECT_TRUE(properties.setProperty("1", "a"));
 
   EXPECT_FALSE(properties.savePropertiesToFile(std::nullopt));
   EXPECT_FALSE(properties.mergeWithJavaProperties(_sandbox.write("tmp/other", "b=1\n")));
@@ -140,7 +140,7 @@ TEST_F(JavaPropertiesTest, OnlyAFileThatIsThereCanBeUnreadable) {
 TEST_F(JavaPropertiesTest, EntriesOfAnUnreadableFileAreSavedElsewhere) {
   proves("PROPERTIES-16");
   JavaProperties properties(folderInPlaceOfFile());
-  properties.setProperty("1", "a");
+  EXPECT_TRUE(properties.setProperty("1", "a"));
 
   EXPECT_TRUE(properties.savePropertiesToFile(_sandbox.path("tmp/other")));
 
@@ -164,8 +164,8 @@ TEST_F(JavaPropertiesTest, ReadingAgainTakesTheFilesEntriesOver) {
   proves("PROPERTIES-20");
   const std::string file = _sandbox.write("tmp/x.properties", "a=1\n");
   JavaProperties properties(file);
-  properties.setProperty("changed", "a");
-  properties.setProperty("kept", "b");
+  EXPECT_TRUE(properties.setProperty("changed", "a"));
+  EXPECT_TRUE(properties.setProperty("kept", "b"));
 
   properties.initDictionary();
 
@@ -200,7 +200,7 @@ TEST_F(JavaPropertiesTest, EmptyTextsAreStored) {
 TEST_F(JavaPropertiesTest, AbsentValueIsRefusedWithTheReason) {
   proves("PROPERTIES-21");
   JavaProperties properties;
-  properties.setProperty("old", "rcp.install.id");
+  EXPECT_TRUE(properties.setProperty("old", "rcp.install.id"));
 
   EXPECT_FALSE(properties.setProperty(std::nullopt, "rcp.install.id"));
 
@@ -225,8 +225,8 @@ TEST_F(JavaPropertiesTest, AbsentKeyIsRefusedWithTheReason) {
 TEST_F(JavaPropertiesTest, RemovedKeyIsGone) {
   proves("PROPERTIES-20");
   JavaProperties properties;
-  properties.setProperty("1", "a");
-  properties.setProperty("2", "b");
+  EXPECT_TRUE(properties.setProperty("1", "a"));
+  EXPECT_TRUE(properties.setProperty("2", "b"));
 
   properties.removePropertyForKey("a");
   properties.removePropertyForKey("absent");
@@ -250,7 +250,7 @@ TEST_F(JavaPropertiesTest, SaveWritesBackToTheBoundFile) {
   proves("PROPERTIES-17");
   const std::string file = _sandbox.write("tmp/x.properties", "# comment\n\nb: 2\na b\n", 0640);
   JavaProperties properties(file);
-  properties.setProperty("x y", "new key");
+  EXPECT_TRUE(properties.setProperty("x y", "new key"));
 
   EXPECT_TRUE(properties.savePropertiesToFile(std::nullopt));
 
@@ -264,7 +264,7 @@ TEST_F(JavaPropertiesTest, SaveToAnotherPathKeepsTheBinding) {
   JavaProperties properties(file);
 
   EXPECT_TRUE(properties.savePropertiesToFile(_sandbox.path("tmp/other")));
-  properties.setProperty("2", "a");
+  EXPECT_TRUE(properties.setProperty("2", "a"));
   EXPECT_TRUE(properties.savePropertiesToFile(std::nullopt));
 
   EXPECT_EQ(_sandbox.read("tmp/other"), "a=1\n");
@@ -274,7 +274,7 @@ TEST_F(JavaPropertiesTest, SaveToAnotherPathKeepsTheBinding) {
 TEST_F(JavaPropertiesTest, SaveToAPathNeedsNoBoundFile) {
   proves("PROPERTIES-18");
   JavaProperties properties;
-  properties.setProperty("1", "a");
+  EXPECT_TRUE(properties.setProperty("1", "a"));
 
   EXPECT_TRUE(properties.savePropertiesToFile(_sandbox.path("tmp/x")));
 
@@ -285,7 +285,7 @@ TEST_F(JavaPropertiesTest, SaveToAPathNeedsNoBoundFile) {
 TEST_F(JavaPropertiesTest, TildeOfTheTargetIsExpanded) {
   proves("PROPERTIES-19");
   JavaProperties properties;
-  properties.setProperty("1", "a");
+  EXPECT_TRUE(properties.setProperty("1", "a"));
 
   EXPECT_TRUE(properties.savePropertiesToFile("~/x.properties"));
 
@@ -306,7 +306,7 @@ TEST_F(JavaPropertiesTest, NoEntriesAreSavedAsAnEmptyFile) {
 TEST_F(JavaPropertiesTest, FailedSaveAnswersFalseAndIsTold) {
   proves("PROPERTIES-17");
   JavaProperties properties;
-  properties.setProperty("1", "a");
+  EXPECT_TRUE(properties.setProperty("1", "a"));
 
   EXPECT_FALSE(properties.savePropertiesToFile(_sandbox.path("tmp/missing/x")));
 
@@ -331,7 +331,7 @@ TEST_F(JavaPropertiesTest, RefusedRenameKeepsTheOldFile) {
   proves("PROPERTIES-17");
   const std::string file = _sandbox.write("tmp/x.properties", "a: 1\n");
   JavaProperties properties(file);
-  properties.setProperty("2", "a");
+  EXPECT_TRUE(properties.setProperty("2", "a"));
   _sandbox.files().failNext(FileOperation::kRename, ENOSPC);
 
   EXPECT_FALSE(properties.savePropertiesToFile(std::nullopt));

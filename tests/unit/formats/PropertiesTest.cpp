@@ -38,7 +38,7 @@ TEST_F(PropertiesTest, NewStoreIsEmptyAndTakesValues) {
 TEST_F(PropertiesTest, NewStoreHasNowhereToSaveAndSaysYes) {
   proves("STORE-1");
   Properties properties;
-  properties.setProperty("1", "a");
+  EXPECT_TRUE(properties.setProperty("1", "a"));
 
   EXPECT_TRUE(properties.savePropertiesToFile(std::nullopt));
 
@@ -48,7 +48,7 @@ TEST_F(PropertiesTest, NewStoreHasNowhereToSaveAndSaysYes) {
 TEST_F(PropertiesTest, NewStoreSavesToANamedFile) {
   proves("STORE-1");
   Properties properties;
-  properties.setProperty("1", "a");
+  EXPECT_TRUE(properties.setProperty("1", "a"));
 
   EXPECT_TRUE(properties.savePropertiesToFile(_sandbox.path("tmp/a.plist")));
 
@@ -59,8 +59,8 @@ TEST_F(PropertiesTest, NewStoreSavesToANamedFile) {
 TEST_F(PropertiesTest, NamedFileIsNotRemembered) {
   proves("STORE-1");
   Properties properties;
-  properties.savePropertiesToFile(_sandbox.path("tmp/a.plist"));
-  properties.setProperty("1", "a");
+  EXPECT_TRUE(properties.savePropertiesToFile(_sandbox.path("tmp/a.plist")));
+  EXPECT_TRUE(properties.setProperty("1", "a"));
 
   EXPECT_TRUE(properties.savePropertiesToFile(std::nullopt));
 
@@ -128,7 +128,7 @@ TEST_F(PropertiesTest, ValuesThatAreNoTextsReadAsAbsentAndSurviveARewrite) {
   Properties properties(_sandbox.writePlist("tmp/a.plist", before));
 
   EXPECT_EQ(properties.getPropertyForKey("z"), std::nullopt);
-  properties.setProperty("2", "a");
+  EXPECT_TRUE(properties.setProperty("2", "a"));
   EXPECT_TRUE(properties.savePropertiesToFile(std::nullopt));
 
   const Dictionary after = _sandbox.readPlist("tmp/a.plist");
@@ -183,8 +183,8 @@ TEST_F(PropertiesTest, TwoStoresMeetThroughTheDiskOnly) {
   Properties first(file);
   Properties second(file);
 
-  first.setProperty("2", "a");
-  first.savePropertiesToFile(std::nullopt);
+  EXPECT_TRUE(first.setProperty("2", "a"));
+  EXPECT_TRUE(first.savePropertiesToFile(std::nullopt));
 
   EXPECT_EQ(second.getPropertyForKey("a"), "1");
   EXPECT_EQ(Properties(file).getPropertyForKey("a"), "2");
@@ -195,7 +195,7 @@ TEST_F(PropertiesTest, SaveKeepsTheModeOfTheFile) {
   Properties properties(_sandbox.writePlist("tmp/a.plist", {{"a", "1"}}));
   ASSERT_EQ(chmod(_sandbox.path("tmp/a.plist").c_str(), 0640), 0);
 
-  properties.savePropertiesToFile(std::nullopt);
+  EXPECT_TRUE(properties.savePropertiesToFile(std::nullopt));
 
   EXPECT_EQ(_sandbox.mode("tmp/a.plist"), 0640U);
 }
@@ -203,7 +203,7 @@ TEST_F(PropertiesTest, SaveKeepsTheModeOfTheFile) {
 TEST_F(PropertiesTest, RefusingDiskChangesNoAnswerKeepsTheFileAndIsTold) {
   proves("STORE-6");
   Properties properties(_sandbox.writePlist("tmp/a.plist", {{"a", "1"}}));
-  properties.setProperty("2", "a");
+  EXPECT_TRUE(properties.setProperty("2", "a"));
   _sandbox.files().failAt(1, ENOSPC);
 
   EXPECT_TRUE(properties.savePropertiesToFile(std::nullopt));
@@ -249,9 +249,9 @@ TEST_F(PropertiesTest, TildeIsTheHomeFolderWhenReadAndWhenSaved) {
 
   Properties properties("~/a.plist");
   EXPECT_EQ(properties.getPropertyForKey("a"), "1");
-  properties.setProperty("2", "a");
-  properties.savePropertiesToFile(std::nullopt);
-  properties.savePropertiesToFile("~/b.plist");
+  EXPECT_TRUE(properties.setProperty("2", "a"));
+  EXPECT_TRUE(properties.savePropertiesToFile(std::nullopt));
+  EXPECT_TRUE(properties.savePropertiesToFile("~/b.plist"));
 
   EXPECT_EQ(_sandbox.readPlist("tmp/a.plist"), (Dictionary{{"a", "2"}}));
   EXPECT_EQ(_sandbox.readPlist("tmp/b.plist"), (Dictionary{{"a", "2"}}));

@@ -71,9 +71,9 @@ TEST_F(LogFilesTest, EachLineTellsTheTimeOfItsWriting) {
 }
 
 TEST_F(LogFilesTest, EveryFileGetsEveryLine) {
-  _files.add(open("one"));
+  EXPECT_EQ(_files.add(open("one")), 0);
   _files.write(LogLevel::info, "first");
-  _files.add(open("two"));
+  EXPECT_EQ(_files.add(open("two")), 0);
   _files.write(LogLevel::info, "second");
 
   EXPECT_EQ(_folder.content("one"),
@@ -85,8 +85,8 @@ TEST_F(LogFilesTest, ARemovedFileGetsNothingMoreAndStaysOpen) {
   proves("LOG-9");
   const int one = open("one");
   const int two = open("two");
-  _files.add(one);
-  _files.add(two);
+  EXPECT_EQ(_files.add(one), 0);
+  EXPECT_EQ(_files.add(two), 0);
 
   _files.remove(one);
   _files.write(LogLevel::info, "text");
@@ -97,7 +97,7 @@ TEST_F(LogFilesTest, ARemovedFileGetsNothingMoreAndStaysOpen) {
 }
 
 TEST_F(LogFilesTest, RemovingWhatWasNeverAddedChangesNothing) {
-  _files.add(open("log"));
+  EXPECT_EQ(_files.add(open("log")), 0);
 
   _files.remove(12345);
   _files.write(LogLevel::info, "text");
@@ -124,10 +124,10 @@ TEST_F(LogFilesTest, AClosedDescriptorIsRefused) {
 TEST_F(LogFilesTest, AFileThatCannotBeWrittenLosesItsLinesOnly) {
   proves("LOG-4");
   open("readable");
-  _files.add(open("readable", O_RDONLY));
-  _files.add(open("full", O_WRONLY | O_CREAT));
+  EXPECT_EQ(_files.add(open("readable", O_RDONLY)), 0);
+  EXPECT_EQ(_files.add(open("full", O_WRONLY | O_CREAT)), 0);
   ASSERT_EQ(_files.add(::open("/dev/full", O_WRONLY)), 0);
-  _files.add(open("log"));
+  EXPECT_EQ(_files.add(open("log")), 0);
 
   _files.write(LogLevel::info, "text");
 
@@ -140,7 +140,7 @@ TEST_F(LogFilesTest, ALineIsOneWrite) {
   proves("LOG-4");
   int ends[2] = {-1, -1};
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_DGRAM, 0, ends), 0);
-  _files.add(ends[1]);
+  EXPECT_EQ(_files.add(ends[1]), 0);
 
   _files.write(LogLevel::notice, "a long enough text");
   char message[512] = {};
@@ -188,7 +188,7 @@ TEST_F(LogFilesTest, ASignalLosesNoLine) {
   int ends[2] = {-1, -1};
   ASSERT_EQ(pipe(ends), 0);
   fill(ends[1]);
-  _files.add(ends[1]);
+  EXPECT_EQ(_files.add(ends[1]), 0);
 
   const pid_t reader = interruptThenRead(ends[0], ends[1], _folder.path("read"));
   _files.write(LogLevel::info, "text");
@@ -210,7 +210,7 @@ class HostNameTest : public LogFilesTest {
   std::string hostToldFor(const std::optional<std::string>& name) {
     systemName = name;
     LogFiles files(_clock);
-    files.add(open("log", O_WRONLY | O_CREAT | O_TRUNC));
+    EXPECT_EQ(files.add(open("log", O_WRONLY | O_CREAT | O_TRUNC)), 0);
     files.write(LogLevel::info, "text");
     const std::string line = _folder.content("log").substr(std::string("Mar  9 14:05:07 ").size());
     return line.substr(0, line.find(' '));
