@@ -60,7 +60,7 @@ bool Configuration::saveConfiguration() const {
   if (!_internalProperties._dict) return false;
   const std::optional<std::string> bytes = PropertyList::serialize(*_internalProperties._dict);
   if (!bytes) return true;
-  const std::string file = filePath();
+  const std::string& file = filePath();
   // As with every property store, a refusing disk does not change the answer.
   (void)reported::write(file, *bytes, ReplacedFile::forget, kReadableByAll);  // leaves its line
   return true;
