@@ -27,6 +27,7 @@
 #include <vector>
 
 #include "children/OpenDescriptors.h"
+#include "children/PercentCoding.h"
 
 extern char** environ;
 
@@ -36,35 +37,6 @@ using Fields = std::vector<std::string>;
 
 constexpr int kNoFolder = 97;  // exit status when there is nowhere to leave a record
 constexpr int kBadScript = 98;
-
-std::string encoded(const std::string& text) {
-  static const char* digits = "0123456789ABCDEF";
-  std::string result;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte > 0x20 && byte < 0x7F && byte != '%') {
-      result += c;
-    } else {
-      result += '%';
-      result += digits[byte >> 4];
-      result += digits[byte & 15];
-    }
-  }
-  return result;
-}
-
-std::string decoded(const std::string& text) {
-  std::string result;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '%') {
-      result += text[i];
-      continue;
-    }
-    result += static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16));
-    i += 2;
-  }
-  return result;
-}
 
 std::string contents(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -108,10 +80,10 @@ std::string snapshot(const std::string& path) {
 class Record {
  public:
   void add(const std::string& key, const std::string& value) {
-    _text += key + "\t" + encoded(value) + "\n";
+    _text += key + "\t" + percentEncoded(value) + "\n";
   }
   void add(const std::string& key, const std::string& name, const std::string& value) {
-    _text += key + "\t" + encoded(name) + "\t" + encoded(value) + "\n";
+    _text += key + "\t" + percentEncoded(name) + "\t" + percentEncoded(value) + "\n";
   }
   const std::string& text() const { return _text; }
 
@@ -201,7 +173,7 @@ std::vector<Fields> readScript(const std::string& folder, const std::string& rol
   for (std::string line; std::getline(lines, line);) {
     Fields fields;
     std::istringstream parts(line);
-    for (std::string part; std::getline(parts, part, '\t');) fields.push_back(decoded(part));
+    for (std::string part; std::getline(parts, part, '\t');) fields.push_back(percentDecoded(part));
     fields.resize(std::max<std::size_t>(fields.size(), 3));
     steps.push_back(fields);
   }

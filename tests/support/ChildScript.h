@@ -55,7 +55,4 @@ struct ChildRecord {
   std::optional<std::string> fileAt(const std::string& path) const;
 };
 
-std::string percentEncoded(std::string_view text);
-std::string percentDecoded(std::string_view text);
-
 }  // namespace installer::test
