@@ -266,6 +266,26 @@ TEST(FilesAndCodesTest, EveryErrorCodeIsDescribedOnceAndNoneIsRetired) {
   EXPECT_EQ(declared, described);
 }
 
+// Whether a source makes a code of a number, which need not be one that the header describes.
+bool makesErrorCodesOfNumbers(const std::string& source) {
+  static const std::regex cast(
+      "_cast<[^>]*\\bErrorCode\\b|\\bErrorCode\\s*\\w*\\s*\\{|"
+      "\\bErrorCode\\s*\\(|\\(\\s*ErrorCode\\s*\\)");
+  return std::regex_search(source, cast);
+}
+
+TEST(FilesAndCodesTest, NoErrorCodeIsMadeOfANumber) {
+  for (const char* const cast :
+       {"static_cast<ErrorCode>(5)", "bit_cast<const installer::ErrorCode>(five)", "ErrorCode(5)",
+        "ErrorCode{5}", "ErrorCode code{5};", "(ErrorCode)5", "reinterpret_cast<ErrorCode&>(five)"})
+    EXPECT_TRUE(makesErrorCodesOfNumbers(cast)) << cast;
+  for (const char* const other :
+       {"enum class ErrorCode : int {", "void send(ErrorCode code) {", "static_cast<int>(code)"})
+    EXPECT_FALSE(makesErrorCodesOfNumbers(other)) << other;
+
+  for (const auto& [path, text] : sources()) EXPECT_FALSE(makesErrorCodesOfNumbers(text)) << path;
+}
+
 // The operation that sends takes nothing but the codes, and nobody else makes a record.
 TEST(FilesAndCodesTest, EveryErrorCodeIsSent) {
   const std::regex used("ErrorCode::(\\w+)");
@@ -281,6 +301,22 @@ TEST(FilesAndCodesTest, EveryErrorCodeIsSent) {
 
   EXPECT_EQ(sent, described);
   EXPECT_EQ(makers, (std::set<std::string>{"util/InstallUtilErrors.cpp"}));
+}
+
+// "1, 2 and 5", the retired codes as a sentence lists them.
+std::string retiredCodes() {
+  std::string list;
+  for (std::size_t at = 0; at < kRetiredErrorCodes.size(); ++at) {
+    const bool last = at + 1 == kRetiredErrorCodes.size();
+    if (at != 0) list += last ? " and " : ", ";
+    list += std::to_string(kRetiredErrorCodes[at]);
+  }
+  return list;
+}
+
+TEST(FilesAndCodesTest, DocumentNamesTheRetiredErrorCodes) {
+  EXPECT_THAT(contentOf(HOTFIX_SOURCE_DIR "/docs/files-and-codes.md"),
+              HasSubstr("\n" + retiredCodes() + " are retired and never sent.\n"));
 }
 
 TEST(FilesAndCodesTest, TablesDescribeTheErrorCodesAsTheHeaderDoes) {
@@ -309,7 +345,7 @@ TEST(FilesAndCodesTest, ManualPageDescribesTheErrorCodesAsTheHeaderDoes) {
   std::string page = contentOf(HOTFIX_SOURCE_DIR "/packaging/HotfixInstaller.8");
   std::replace(page.begin(), page.end(), '\n', ' ');
 
-  EXPECT_THAT(page, HasSubstr(" " + expected + ".PP Codes 1, 2 and 5 are retired. "));
+  EXPECT_THAT(page, HasSubstr(" " + expected + ".PP Codes " + retiredCodes() + " are retired. "));
 }
 
 TEST(FilesAndCodesTest, FlowChartTellsWhenEachErrorCodeIsSent) {
