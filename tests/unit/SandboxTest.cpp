@@ -76,7 +76,7 @@ TEST(SandboxTest, ServicesActOnTheSameMachine) {
   EXPECT_THAT(sandbox.log(), ElementsAre(Says(LogLevel::notice, "1 lines")));
   EXPECT_THAT(sandbox.children().started(), ElementsAre(Command{"/tool", {"x"}}));
   EXPECT_EQ(sandbox.children().running(), 0U);
-  EXPECT_EQ(sandbox.readPlist(platform.paths.pasteboard), (PropertyList::Dictionary{{"a", "b"}}));
+  EXPECT_EQ(sandbox.pasteboard().record(), (PropertyList::Dictionary{{"a", "b"}}));
   EXPECT_THAT(platform.processes->valuesForKey("CFBundleName"), ElementsAre("tool"));
   EXPECT_EQ(platform.clock->localTime().tm_year, 125);
   EXPECT_EQ(platform.preferences->domain("x"), (PropertyList::Dictionary{{"c", "d"}}));

@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <optional>
+#include <string>
+
 #include "support/FakePreferences.h"
 
 namespace installer::test {
@@ -19,10 +22,15 @@ TEST_P(PreferencesContractTest, AnswersAllValuesOfADomain) {
 }
 
 TEST_P(PreferencesContractTest, AnswersTheGlobalDomain) {
-  _subject->store(std::string(Preferences::kGlobalDomain), {{"AppleLocale", "de_DE"}});
+  _subject->store(std::string(Preferences::kGlobalDomain), {{"HotfixTest", "value"}});
 
-  EXPECT_THAT(_preferences.domain(".GlobalPreferences"),
-              Optional(Dictionary{{"AppleLocale", "de_DE"}}));
+  // Where the domain is that of a real user it holds more.
+  const std::optional<Dictionary> global = _preferences.domain(".GlobalPreferences");
+
+  ASSERT_TRUE(global.has_value());
+  const PropertyList::Value* const value = global->find("HotfixTest");
+  ASSERT_NE(value, nullptr);
+  EXPECT_EQ(*value, PropertyList::Value("value"));
 }
 
 TEST_P(PreferencesContractTest, ADomainThatTheUserDoesNotHaveIsAbsent) {

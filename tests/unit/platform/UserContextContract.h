@@ -14,11 +14,13 @@ namespace installer::test {
 // The variable that the suite sets and unsets.
 inline constexpr const char* kContractVariable = "HOTFIX_TEST_VARIABLE";
 
-// One implementation with the means to set a variable and to say which user is known to run it.
+// One implementation with the means to set a variable, and what it has to tell of root.
 class UserContextSubject {
  public:
   virtual ~UserContextSubject() = default;
   virtual UserContext& users() = 0;
+  virtual std::string homeOfRoot() = 0;
+  virtual std::string groupOfRoot() = 0;
   virtual void setVariable(const std::optional<std::string>& value) = 0;
 };
 

@@ -34,8 +34,8 @@ TEST_P(UserContextContractTest, FindsRoot) {
   EXPECT_EQ(root->name, "root");
   EXPECT_EQ(root->uid, 0U);
   EXPECT_EQ(root->gid, 0U);
-  EXPECT_EQ(root->home, "/root");
-  EXPECT_EQ(_users.findGroup("root"), 0U);
+  EXPECT_EQ(root->home, _subject->homeOfRoot());
+  EXPECT_EQ(_users.findGroup(_subject->groupOfRoot()), 0U);
 }
 
 TEST_P(UserContextContractTest, UnknownNamesAreAbsent) {
@@ -65,10 +65,12 @@ class FakeSubject : public UserContextSubject {
  public:
   FakeSubject() {
     _users.userList = {{.name = "root", .uid = 0, .gid = 0, .home = "/root"}};
-    _users.groups = {{"root", 0}};
+    _users.groups = {{"wheel", 0}};
     _users.effectiveUser = 0;
   }
   UserContext& users() override { return _users; }
+  std::string homeOfRoot() override { return "/root"; }
+  std::string groupOfRoot() override { return "wheel"; }
   void setVariable(const std::optional<std::string>& value) override {
     if (value)
       _users.variables[kContractVariable] = *value;

@@ -1,4 +1,3 @@
-#include <sys/fsuid.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -172,26 +171,6 @@ TEST_F(FileManagerFolderTest, ANewFolderIsPrivateUntilItHasItsAttributes) {
   EXPECT_TRUE(create("folder", Intermediates::refuse, FileAttributes{"self", "own", 0777}));
 
   EXPECT_EQ(mode, 0700u);
-}
-
-TEST_F(FileManagerFolderTest, AFolderThatTurnsOutToBeSomebodyElsesIsNotGivenAway) {
-  proves("FILES-16");
-  if (!isRoot()) GTEST_SKIP() << "only root can make other users' entries";
-  giveToOrdinaryUser(_folder.makeFolder("work"));
-  const uid_t other = statusOf("work").st_uid;
-  // As on a file server that trusts no root of its clients.
-  _files.beforeNext(FileOperation::kMakeDirectory, [&] {
-    (void)::setfsuid(other);  // answers the former one
-    _files.beforeNext(FileOperation::kChangeOwner, [] {
-      (void)::setfsuid(::geteuid());  // answers the former one
-    });
-  });
-
-  EXPECT_FALSE(create("work/folder", Intermediates::refuse, FileAttributes{"self", "own", 0775}));
-
-  (void)::setfsuid(::geteuid());  // answers the former one
-  EXPECT_THAT(_error.description, HasSubstr("Operation not permitted"));
-  EXPECT_FALSE(isThere("work/folder"));
 }
 
 TEST_F(FileManagerFolderTest, AnOrdinaryUserCannotGiveAFolderAway) {

@@ -7,8 +7,8 @@
 
 #include "support/ChildRun.h"
 #include "support/Proves.h"
-#include "support/linux/RefusedCall.h"
 #include "unit/platform/files/FileManagerFixture.h"
+#include "unit/platform/linux/RefusedCall.h"
 
 namespace installer::test {
 namespace {

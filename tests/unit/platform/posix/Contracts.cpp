@@ -1,5 +1,8 @@
 // The services that every POSIX system has, in the contract suites.
 
+#include <grp.h>
+#include <pwd.h>
+
 #include "platform/posix/PosixChildProcesses.h"
 #include "platform/posix/PosixClock.h"
 #include "platform/posix/PosixUserContext.h"
@@ -44,6 +47,8 @@ INSTANTIATE_TEST_SUITE_P(Posix, ChildProcessesContractTest,
 class SystemUsers : public UserContextSubject {
  public:
   UserContext& users() override { return _users; }
+  std::string homeOfRoot() override { return ::getpwuid(0)->pw_dir; }
+  std::string groupOfRoot() override { return ::getgrgid(0)->gr_name; }
   void setVariable(const std::optional<std::string>& value) override {
     _variable.emplace(kContractVariable, value);
   }

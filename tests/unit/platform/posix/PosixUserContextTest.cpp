@@ -1,10 +1,14 @@
 #include "platform/posix/PosixUserContext.h"
 
 #include <gmock/gmock.h>
+#include <grp.h>
+#include <pwd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <optional>
+#include <string>
+#include <utility>
 
 #include "support/Proves.h"
 
@@ -21,6 +25,26 @@ int inOwnProcess(Work work) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+// A user of this system who is not root and has another group's number; nullopt when there is none.
+std::optional<User> someUser() {
+  std::optional<User> found;
+  setpwent();
+  while (const passwd* const entry = found ? nullptr : getpwent())
+    if (entry->pw_uid != 0 && entry->pw_uid != entry->pw_gid)
+      found = User{entry->pw_name, entry->pw_uid, entry->pw_gid, entry->pw_dir};
+  endpwent();
+  return found;
+}
+
+// The system's last group, with its number.
+std::pair<std::string, gid_t> lastGroup() {
+  std::pair<std::string, gid_t> last;
+  setgrent();
+  while (const group* const entry = getgrent()) last = {entry->gr_name, entry->gr_gid};
+  endgrent();
+  return last;
+}
+
 // --- The system's own database and rights --------------------------------------------------------
 
 class PosixUserContextTest : public ::testing::Test {
@@ -30,18 +54,24 @@ class PosixUserContextTest : public ::testing::Test {
 
 TEST_F(PosixUserContextTest, FindsUserWithIdsAndHomeOfTheirOwn) {
   proves("USER-2");
-  const std::optional<User> user = _users.findUser("games");
+  const std::optional<User> listed = someUser();
+  ASSERT_TRUE(listed.has_value());
+
+  const std::optional<User> user = _users.findUser(listed->name);
 
   ASSERT_TRUE(user.has_value());
-  EXPECT_EQ(user->name, "games");
-  EXPECT_EQ(user->uid, 5U);
-  EXPECT_EQ(user->gid, 60U);
-  EXPECT_EQ(user->home, "/usr/games");
+  EXPECT_EQ(user->name, listed->name);
+  EXPECT_EQ(user->uid, listed->uid);
+  EXPECT_EQ(user->gid, listed->gid);
+  EXPECT_EQ(user->home, listed->home);
 }
 
 TEST_F(PosixUserContextTest, FindsGroups) {
   proves("USER-2");
-  EXPECT_EQ(_users.findGroup("games"), 60U);
+  const auto [name, number] = lastGroup();
+
+  EXPECT_NE(number, 0U);
+  EXPECT_EQ(_users.findGroup(name), number);
 }
 
 TEST_F(PosixUserContextTest, TellsTheEffectiveUser) {
@@ -52,9 +82,14 @@ TEST_F(PosixUserContextTest, ChangesTheEffectiveUserAndNoOther) {
   proves("USER-5");
   if (geteuid() != 0) GTEST_SKIP() << "only root may change its user";
 
+  const std::optional<User> user = someUser();
+  ASSERT_TRUE(user.has_value());
+
   EXPECT_EQ(inOwnProcess([&] {
-              if (!_users.setEffectiveUserId(5) || geteuid() != 5 || getuid() != 0) return 1;
-              if (_users.effectiveUserId() != 5 || _users.currentUserName() != "games") return 2;
+              const uid_t id = user->uid;
+              if (!_users.setEffectiveUserId(id) || geteuid() != id || getuid() != 0) return 1;
+              if (_users.effectiveUserId() != id || _users.currentUserName() != user->name)
+                return 2;
               return _users.setEffectiveUserId(0) && geteuid() == 0 ? 0 : 3;
             }),
             0);

@@ -1,4 +1,4 @@
-#include "support/linux/RefusedCall.h"
+#include "unit/platform/linux/RefusedCall.h"
 
 #include <linux/filter.h>
 #include <linux/seccomp.h>
