@@ -25,7 +25,7 @@ hotfix_add_check(promises ${PROJECT_SOURCE_DIR}/scripts/check-promises)
 
 # Every test file has a test in one of the programs. This concerns all tests: without the sample's
 # there is nothing to say.
-if(HOTFIX_BUILD_SAMPLE)
+if(TARGET sample-tests)
   list(TRANSFORM HOTFIX_TEST_PROGRAMS REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE programs)
   hotfix_add_check(test_files ${PROJECT_SOURCE_DIR}/scripts/check-test-files ${programs})
 endif()
@@ -83,7 +83,7 @@ set_tests_properties(package.demo PROPERTIES SKIP_RETURN_CODE 77)
 
 # What all these tests have shown: a passed test for each promise, the sample's among them. It comes
 # last; ctest learns what to wait for when it learns of the tests.
-if(HOTFIX_BUILD_SAMPLE)
+if(TARGET sample-tests)
   get_property(tests GLOBAL PROPERTY HOTFIX_RECORDED_TESTS)
   foreach(program IN LISTS HOTFIX_TEST_PROGRAMS)
     list(APPEND tests "\${${program}_TESTS}")

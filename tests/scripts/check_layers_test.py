@@ -89,7 +89,7 @@ class CheckLayersTest(unittest.TestCase):
                 self.assertRefused("src/platform/A.cpp:1", "conditional compilation")
 
     def testConditionsAreAcceptedInTheFoldersOfSystems(self):
-        for folder in ("files", "posix", "linux", "macos"):
+        for folder in ("files", "posix", "linux", "a-new-one"):
             self.write(f"src/platform/{folder}/A.cpp", "#ifdef __GLIBC__", "#endif")
 
         self.assertAccepted()

@@ -1,5 +1,6 @@
 """The check of the test files finds those that the build forgot."""
 
+import platform
 import subprocess
 import tempfile
 import unittest
@@ -8,6 +9,7 @@ from pathlib import Path
 from fakeprogram import makeProgram
 
 ROOT = Path(__file__).resolve().parents[2]
+OTHER_SYSTEM = "linux" if platform.system() == "Darwin" else "macos"
 
 
 class CheckTestFilesTest(unittest.TestCase):
@@ -53,6 +55,15 @@ class CheckTestFilesTest(unittest.TestCase):
                 self.assertEqual(result.returncode, 1)
                 self.assertEqual(result.stdout, f"{lost}: none of its tests is in a test program\n")
                 Path(lost).unlink()
+
+    def testFilesForAnotherSystemAreLeftOut(self):
+        known = self.write("unit/ATest.cpp", "TEST(A, B) {}\n")
+        for folder, status in ((OTHER_SYSTEM, 0), ("elsewhere", 1)):
+            (self._tests / "unit" / "platform" / folder).mkdir(parents=True)
+            other = self.write(f"unit/platform/{folder}/BTest.cpp", "TEST(B, C) {}\n")
+
+            self.assertEqual(self.check({"A.B": (known, "passed")}).returncode, status, folder)
+            Path(other).unlink()
 
     def testADisabledTestIsRefused(self):
         for name in ("A.DISABLED_B", "DISABLED_A.B", "I/DISABLED_A.B/0", "I/A.DISABLED_B/0"):

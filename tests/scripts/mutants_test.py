@@ -2,6 +2,7 @@
 
 import importlib.machinery
 import importlib.util
+import platform
 import sys
 import tempfile
 import unittest
@@ -111,6 +112,18 @@ class MutantsTest(unittest.TestCase):
                      "negation removed", "number changed", "answer changed"):
             self.assertEqual(self.faults(text, kind), [], kind)
         self.assertEqual(len(self.faults(text, "text changed")), 1)
+
+    def testSourcesOfOtherSystemsAreLeftAlone(self):
+        (self._root / "cmake").mkdir()
+        (self._root / "cmake" / "System.cmake").write_text(
+            f"set(HOTFIX_SYSTEM_{platform.system()} here)\nset(HOTFIX_SYSTEM_Elsewhere there)\n")
+        for folder in ("files", "here", "there"):
+            path = self._root / "src" / "platform" / folder / "A.cpp"
+            path.parent.mkdir(parents=True)
+            path.write_text("bool f() {\n  return true;\n}\n")
+
+        self.assertEqual({fault.file for fault in mutants.allFaults([])},
+                         {"src/platform/files/A.cpp", "src/platform/here/A.cpp"})
 
     def testTreesAreCopiedAndWhatIsTheSameKeepsItsTime(self):
         source, target = self._root / "source", self._root / "target"

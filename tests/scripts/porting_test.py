@@ -3,23 +3,30 @@ source was written for."""
 
 import re
 import subprocess
+import sys
 import tempfile
 import unittest
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(ROOT / "scripts"))
+
+from systems import systemsOf
+
 PLATFORM = ROOT / "src" / "platform"
-SYSTEMS = {"Linux": "linux", "Darwin": "macos"}
+SYSTEMS = systemsOf(ROOT)
 SHARED = ["files", "posix"]
 SOURCES = {".cpp", ".mm"}
 
 
-def rowsBelow(heading):
-    """The table below the heading of the page: one list of cells a row, without the header row."""
+def rowsBelow(heading, table=1):
+    """A table below the heading of the page: one list of cells a row, without the header row."""
     page = (ROOT / "docs" / "porting.md").read_text(encoding="utf-8")
     section = page.split(f"## {heading}\n")[1].split("\n## ")[0]
-    lines = [line for line in section.splitlines() if line.startswith("|")]
-    return [[cell.strip() for cell in line.strip("|").split("|")] for line in lines[2:]]
+    tables = re.findall(r"(?:^\|.*\n?)+", section, re.MULTILINE)
+    return [[cell.strip() for cell in line.strip("|").split("|")]
+            for line in tables[table - 1].splitlines()[2:]]
 
 
 def names(cell):
@@ -49,8 +56,9 @@ class PortingTest(unittest.TestCase):
         self.assertEqual(listed, services)
 
     def testEveryListedServiceIsImplementedWhereThePageSays(self):
-        for contract, linux, macos in rowsBelow("Services"):
-            for cell, system in ((linux, "linux"), (macos, "macos")):
+        for contract, *cells in rowsBelow("Services"):
+            self.assertEqual(len(cells), len(SYSTEMS))
+            for cell, system in zip(cells, SYSTEMS.values()):
                 [name] = names(cell)
                 found = [folder for folder in SHARED + [system]
                          if (PLATFORM / folder / f"{name}.h").exists()]
@@ -59,14 +67,15 @@ class PortingTest(unittest.TestCase):
                 self.assertIn(f" : public {names(contract)[0]} ", code)
 
     def testEverySystemSuppliesTheSameFunctions(self):
-        linux, macos = (seamsOf(folder) for folder in SYSTEMS.values())
-        self.assertTrue(linux)
+        first, *others = (seamsOf(folder) for folder in SYSTEMS.values())
+        self.assertTrue(first)
 
-        self.assertEqual(linux, macos)
+        for other in others:
+            self.assertEqual(other, first)
 
     def testEveryFunctionThatTheLinkerFindsIsListed(self):
         rows = rowsBelow("Functions found by the linker")
-        expected = {name: "each system" for name in seamsOf("linux")}
+        expected = {name: "each system" for name in seamsOf(next(iter(SYSTEMS.values())))}
         expected |= {name: "posix" for name in seamsOf("posix")}
 
         self.assertEqual({Path(names(row[0])[0]).stem: row[2] for row in rows}, expected)
@@ -81,6 +90,45 @@ class PortingTest(unittest.TestCase):
 
         self.assertEqual(len(rows), 13)
         self.assertIn("supply the thirteen things", page)
+
+
+def sourcesIn(folder):
+    return {path.name for path in folder.iterdir()} if folder.is_dir() else set()
+
+
+class SystemListTest(unittest.TestCase):
+    def testEachFolderOfASystemIsListed(self):
+        folders = {path.name for path in PLATFORM.iterdir() if path.is_dir()}
+
+        self.assertEqual(folders - set(SHARED), set(SYSTEMS.values()))
+        self.assertEqual(len(SYSTEMS), 2)
+
+    # A new system is named in the list and gets its folders: nothing else of the build, and no
+    # script, names one.
+    def testTheFoldersAreNamedInTheListOnly(self):
+        named = re.compile(r"\b(" + "|".join(SYSTEMS.values()) + r")\b")
+        files = [ROOT / "CMakeLists.txt", ROOT / "CMakePresets.json", *ROOT.glob("*/CMakeLists.txt"),
+                 *ROOT.glob("*/*.cmake"), *(path for path in (ROOT / "scripts").iterdir()
+                                            if path.is_file())]
+        self.assertGreater(len(files), 30)
+
+        holders = [path.relative_to(ROOT).as_posix() for path in files
+                   if named.search(path.read_text(encoding="utf-8"))]
+
+        self.assertEqual(holders, ["cmake/System.cmake"])
+
+    # What the tests ask a system for, each beside the one of the others.
+    def testEverySystemSuppliesTheTestsWithTheSame(self):
+        for place in ("support", "children"):
+            asked = {path.name for path in (ROOT / "tests" / place).glob("*/*")
+                     if path.parent.name in SYSTEMS.values()}
+            self.assertTrue(asked)
+            listed = {Path(names(row[0])[0]) for row in rowsBelow("Services", 2)}
+            self.assertEqual({path.name for path in listed if path.parts[1] == place}, asked)
+            for folder in SYSTEMS.values():
+                self.assertLessEqual(asked, sourcesIn(ROOT / "tests" / place / folder), folder)
+        for folder in SYSTEMS.values():
+            self.assertIn("Contracts.cpp", sourcesIn(ROOT / "tests/unit/platform" / folder), folder)
 
 
 class SystemChoiceTest(unittest.TestCase):
