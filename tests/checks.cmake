@@ -76,6 +76,7 @@ hotfix_add_package_step(headers PROVES LIBRARY-2)
 hotfix_add_package_step(exports PROVES LIBRARY-3)
 hotfix_add_package_step(hardening PROVES LIBRARY-4)
 hotfix_add_package_step(guide PROVES LIBRARY-5)
+hotfix_add_package_step(subdirectory PROVES LIBRARY-10)
 hotfix_add_package_step(packager)
 hotfix_add_package_step(demo)
 # The story needs mounts of its own.
