@@ -6,7 +6,7 @@
 #include "hotfix/instance/InstanceService.h"
 #include "hotfix/util/InstallUtil.h"
 #include "hotfix/workflow/HotfixPolicy.h"
-#include "platform/FileManager.h"
+#include "platform/Exists.h"
 #include "platform/Log.h"
 
 namespace installer {
@@ -24,7 +24,7 @@ bool hasSupportedPaths() {
 }
 
 bool holdsInstance(const std::optional<std::string>& rcpHome) {
-  if (!rcpHome || !Platform::current().files->exists(*rcpHome)) return false;
+  if (!rcpHome || !exists(*rcpHome)) return false;
   log(LogLevel::info, "Check the target platform under {}.", *rcpHome);
   return InstanceService(rcpHome).hasInstanceInstalled();
 }

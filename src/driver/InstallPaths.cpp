@@ -8,7 +8,7 @@
 #include "hotfix/workflow/Hotfix.h"
 #include "hotfix/workflow/HotfixUninstall.h"
 #include "instance/InstanceLayout.h"
-#include "platform/FileManager.h"
+#include "platform/Exists.h"
 #include "platform/Log.h"
 
 namespace installer {
@@ -21,7 +21,7 @@ std::optional<std::string> launcherIn(const std::optional<std::string>& rcpHome)
 }
 
 bool clientHasStartedOn(const std::string& rcpData) {
-  return Platform::current().files->exists(InstanceLayout::workspaceFlag(rcpData));
+  return exists(InstanceLayout::workspaceFlag(rcpData));
 }
 
 void removeOldHotfix(const std::string& rcpHome, const std::string& rcpData) {

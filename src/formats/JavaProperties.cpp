@@ -3,6 +3,7 @@
 #include "formats/JavaPropertiesReader.h"
 #include "formats/JavaPropertiesWriter.h"
 #include "hotfix/platform/HomeFolders.h"
+#include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Reported.h"
@@ -89,7 +90,7 @@ bool JavaProperties::savePropertiesToFile(const std::optional<std::string>& path
 
 bool JavaProperties::mergeWithJavaProperties(const std::optional<std::string>& path) {
   if (!path) return true;
-  if (!files().exists(path::expandingTilde(*path))) return false;
+  if (!exists(path::expandingTilde(*path))) return false;
   const JavaProperties other(path);
   for (const auto& [key, value] : other._dict) _dict.set(key, value);
   return savePropertiesToFile(std::nullopt);

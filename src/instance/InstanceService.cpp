@@ -3,6 +3,7 @@
 #include "hotfix/base/Path.h"
 #include "hotfix/formats/Configuration.h"
 #include "hotfix/util/InstallUtil.h"
+#include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/UserContext.h"
@@ -25,13 +26,13 @@ InstanceService::InstanceService(const std::optional<std::string>& pathToRcphome
 
 InstanceService::InstanceService(const std::optional<std::string>& pathToRcphome,
                                  const std::optional<std::string>& pathToRcpData) {
-  FileManager& files = *Platform::current().files;
   log(LogLevel::info, "The pathToRcphome is: {}.", orNull(pathToRcphome));
   const std::optional<std::string> location = newInstallLocation();
   if (pathToRcphome)
-    (void)files.createDirectory(*pathToRcphome, Intermediates::create);  // looked at below
+    (void)Platform::current().files->createDirectory(  // looked at below
+        *pathToRcphome, Intermediates::create);
   copyStagingFolder(location);
-  if (!pathToRcphome || !files.exists(*pathToRcphome)) {
+  if (!exists(pathToRcphome)) {
     log(LogLevel::error, "No file at: {}!", orNull(pathToRcphome));
     return;
   }

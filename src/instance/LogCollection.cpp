@@ -3,7 +3,8 @@
 #include "hotfix/instance/InstanceService.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
-#include "platform/FileManager.h"
+#include "platform/ChildProcesses.h"
+#include "platform/Exists.h"
 #include "platform/JavaRuntime.h"
 #include "platform/Log.h"
 #include "util/ChildStart.h"
@@ -54,8 +55,7 @@ void InstanceService::collectLogFiles(const std::optional<std::string>& productN
     return;
   }
   log(LogLevel::info, "_pathToRcphome is {}.", orNull(_pathToRcphome));
-  if (!_pathToRcphome ||
-      !Platform::current().files->exists(InstanceLayout::logCollectionTool(*_pathToRcphome))) {
+  if (!_pathToRcphome || !exists(InstanceLayout::logCollectionTool(*_pathToRcphome))) {
     log(LogLevel::info, "No log files are gathered as there is no collectionutility.jar under {}. ",
         orNull(_pathToRcphome));
     return;

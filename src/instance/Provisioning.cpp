@@ -8,8 +8,7 @@
 #include "instance/InstanceLayout.h"
 #include "instance/ProvisioningCommand.h"
 #include "instance/ProvisioningRun.h"
-#include "platform/FileManager.h"
-#include "platform/Platform.h"
+#include "platform/Exists.h"
 #include "platform/Reported.h"
 
 namespace installer {
@@ -31,10 +30,9 @@ bool tellsSuccess(std::string_view code) {
 
 // The result file of the instance; nullopt when there is neither instance nor file.
 std::optional<std::string> existingResult(const std::optional<std::string>& rcpHome) {
-  FileManager& files = *Platform::current().files;
-  if (!rcpHome || !files.exists(path::expandingTilde(*rcpHome))) return std::nullopt;
+  if (!rcpHome || !exists(path::expandingTilde(*rcpHome))) return std::nullopt;
   const std::string file = InstanceLayout::provisioningResult(*rcpHome);
-  if (!files.exists(file)) return std::nullopt;
+  if (!exists(file)) return std::nullopt;
   return file;
 }
 

@@ -8,9 +8,14 @@
 
 namespace installer {
 
-// Whether there is something at the path, links followed; false for an absent path.
+// Whether there is something at the path, links followed.
+inline bool exists(const std::string& path) {
+  return Platform::current().files->exists(path);
+}
+
+// The same; false for an absent path.
 inline bool exists(const std::optional<std::string>& path) {
-  return path && Platform::current().files->exists(*path);
+  return path && exists(*path);
 }
 
 }  // namespace installer

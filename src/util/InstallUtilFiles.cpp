@@ -1,6 +1,7 @@
 #include "hotfix/base/Path.h"
 #include "hotfix/util/InstallUtil.h"
 #include "hotfix/util/StringUtil.h"
+#include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 #include "platform/UserContext.h"
@@ -12,10 +13,10 @@ namespace installer {
 bool InstallUtil::copyFolderFrom(const std::optional<std::string>& source,
                                  const std::optional<std::string>& to) {
   FileManager& files = *Platform::current().files;
-  if (!source || !to || !files.exists(*source)) return false;
+  if (!source || !to || !exists(*source)) return false;
   // "." is the folder itself where the source is a link to one.
   const std::string item = files.isDirectory(*source) ? *source + "/." : *source;
-  if (!files.exists(*to)) return files.copy(item, *to, ExistingItem::keep);
+  if (!exists(*to)) return files.copy(item, *to, ExistingItem::keep);
   // A link of the destination may lead around inside the application, never out of it; outside of
   // applications none is followed.
   files.merge(*source, *to, getBundlePath(*to).value_or(""));
@@ -29,9 +30,8 @@ bool InstallUtil::changeAttributesForDirectory(const std::optional<std::string>&
 }
 
 void InstallUtil::removeReceipt(const std::optional<std::string>& packageIdentifier) {
-  Platform& platform = Platform::current();
-  const std::string& tool = platform.paths.receiptTool;
-  if (!packageIdentifier || !platform.files->exists(tool)) return;
+  const std::string& tool = Platform::current().paths.receiptTool;
+  if (!packageIdentifier || !exists(tool)) return;
   (void)runChild({tool, {"--forget", *packageIdentifier}});  // however it ends, we go on
 }
 

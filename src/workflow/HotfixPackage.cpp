@@ -101,7 +101,7 @@ std::string HotfixPackage::propertiesFile(const std::string& package) {
 }
 
 std::optional<Dictionary> HotfixPackage::properties(const std::optional<std::string>& package) {
-  if (!package || !exists(package)) return std::nullopt;
+  if (!package || !exists(*package)) return std::nullopt;
   return PropertyList::readDictionary(propertiesFile(*package));
 }
 

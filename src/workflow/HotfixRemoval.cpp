@@ -6,7 +6,7 @@
 #include "instance/InstanceLayout.h"
 #include "instance/ProvisioningCommand.h"
 #include "instance/ProvisioningRun.h"
-#include "platform/FileManager.h"
+#include "platform/Exists.h"
 #include "platform/Log.h"
 #include "platform/Reported.h"
 
@@ -37,9 +37,8 @@ HotfixRemoval::HotfixRemoval(const std::string& pathToRcphome, const std::string
       _instance(pathToRcphome, pathToRcpData) {}
 
 bool HotfixRemoval::copyUninstallManifest() {
-  FileManager& files = *Platform::current().files;
   const std::string manifest = InstanceLayout::uninstallManifest(_pathToRcpHome);
-  if (!files.exists(manifest)) {
+  if (!exists(manifest)) {
     log(LogLevel::error,
         "File {} was not found. Provisioning process failed to launch or was terminated before "
         "status could be determined.",

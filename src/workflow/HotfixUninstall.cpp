@@ -8,7 +8,7 @@ namespace installer {
 
 HotfixUninstall::HotfixUninstall(const std::optional<std::string>& pathToRcphome,
                                  const std::optional<std::string>& pathToRcpData) {
-  if (!pathToRcphome || !exists(pathToRcphome)) return;
+  if (!pathToRcphome || !exists(*pathToRcphome)) return;
   _removal = std::make_unique<HotfixRemoval>(
       *pathToRcphome, pathToRcpData.value_or(InstanceLayout::defaultRcpData(*pathToRcphome)));
 }
