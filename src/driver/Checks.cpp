@@ -58,8 +58,10 @@ bool isNewEnough() {
 
 }  // namespace
 
-bool passesChecks(const std::optional<std::string>& rcpHome) {
-  return hasSupportedPaths() && isInstalled(rcpHome) && isStopped() && isNewEnough();
+std::optional<std::string> rcpHomePassingChecks() {
+  const std::optional<std::string>& rcpHome = runState()._rcpHome;
+  const bool passed = hasSupportedPaths() && isInstalled(rcpHome) && isStopped() && isNewEnough();
+  return passed ? rcpHome : std::nullopt;
 }
 
 }  // namespace installer

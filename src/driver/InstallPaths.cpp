@@ -20,18 +20,19 @@ std::optional<std::string> launcherIn(const std::optional<std::string>& rcpHome)
   return InstanceLayout::launcher(*rcpHome);
 }
 
-bool clientHasStartedOn(const std::string& rcpData) {
-  return exists(InstanceLayout::workspaceFlag(rcpData));
+bool clientHasStartedOn(const std::optional<std::string>& rcpData) {
+  return rcpData && exists(InstanceLayout::workspaceFlag(*rcpData));
 }
 
-void removeOldHotfix(const std::string& rcpHome, const std::string& rcpData) {
+void removeOldHotfix(const std::string& rcpHome, const std::optional<std::string>& rcpData) {
   if (!isOtherHotfixVersionInstalled()) return;
   log(LogLevel::info, "Found another hot fix, uninstall it before installing the new hot fix");
   HotfixUninstall removal(rcpHome, rcpData);
   (void)removal.uninstallOldHotfix();  // the new hotfix is installed all the same
 }
 
-void updateUntouchedInstance(const std::string& rcpHome, const std::string& rcpData) {
+void updateUntouchedInstance(const std::string& rcpHome,
+                             const std::optional<std::string>& rcpData) {
   InstanceService service(rcpHome, rcpData);
   service.startProvisioningWithUpdate(InstanceLayout::launcher(rcpHome));
   service.updateInstallIDWithProvManVer();
@@ -39,7 +40,7 @@ void updateUntouchedInstance(const std::string& rcpHome, const std::string& rcpD
 
 }  // namespace
 
-bool runSuccessPath(const std::string& rcpHome, const std::string& rcpData) {
+bool runSuccessPath(const std::string& rcpHome, const std::optional<std::string>& rcpData) {
   log(LogLevel::info, "Success");
   removeOldHotfix(rcpHome, rcpData);
   updateUntouchedInstance(rcpHome, rcpData);

@@ -11,7 +11,8 @@ namespace installer {
 // All checks passed: removes an older hotfix, lets the untouched instance provision once, and
 // installs, twice when no client has ever started on the rcp data. The answer of the last
 // installation; what goes wrong before it is passed over.
-[[nodiscard]] bool runSuccessPath(const std::string& rcpHome, const std::string& rcpData);
+[[nodiscard]] bool runSuccessPath(const std::string& rcpHome,
+                                  const std::optional<std::string>& rcpData);
 
 // A check failed: brings the instance back to a consistent state and leaves the error marker.
 void runFailurePath(const std::optional<std::string>& rcpHome,

@@ -12,7 +12,6 @@
 #include "instance/InstanceLayout.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
-#include "workflow/HotfixPackage.h"
 
 namespace installer {
 
@@ -60,30 +59,25 @@ void warnOfForeignLink(const std::string& rcpData) {
         rcpData);
 }
 
-// Keeps other runs from every instance that this one may change: the workflow takes the bundle by
-// the package's name for it, whatever the registration calls it. nullopt when the package does not
+// Keeps other runs from every instance that this one may change; nullopt when the package does not
 // tell.
 std::optional<InstanceLock> lockInstances() {
   const RunState& state = runState();
-  const std::optional<std::string> rcpHome = state.rcpHome();
-  if (!rcpHome) return std::nullopt;
-  const std::optional<std::string> ofWorkflow =
-      HotfixPackage::resolvedFor(state._pathToInstallPackage, state._properties)
-          .rcpHomeBelow(state._pathToInstallDestination);
-  return InstanceLock(*rcpHome, ofWorkflow.value_or(*rcpHome));
+  if (!state._rcpHome) return std::nullopt;
+  return InstanceLock(*state._rcpHome, state._rcpHomeOfWorkflow.value_or(*state._rcpHome));
 }
 
 bool installPackage(const std::vector<std::string>& arguments) {
   loadPackage();
-  const std::optional<std::string> rcpHome = runState().rcpHome();
+  const std::optional<std::string>& rcpHome = runState()._rcpHome;
   const std::optional<std::string> rcpData = chooseRcpData(arguments, rcpHome);
   if (rcpData) warnOfForeignLink(*rcpData);
   // First of all: what another run has at work in the bundle is not the application, and what the
   // checks find must hold until the end of the run.
   const std::optional<InstanceLock> lock = lockInstances();
-  const bool passed = passesChecks(rcpHome);
-  const bool installed = passed && runSuccessPath(*rcpHome, *rcpData);
-  if (!passed) runFailurePath(rcpHome, rcpData);
+  const std::optional<std::string> checked = rcpHomePassingChecks();
+  const bool installed = checked && runSuccessPath(*checked, rcpData);
+  if (!checked) runFailurePath(rcpHome, rcpData);
   runLogCollection(rcpHome, rcpData);
   return installed;
 }

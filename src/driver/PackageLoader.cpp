@@ -1,7 +1,5 @@
 #include "driver/PackageLoader.h"
 
-#include <utility>
-
 #include "driver/RunState.h"
 #include "hotfix/base/Path.h"
 #include "hotfix/formats/RegisterFile.h"
@@ -14,27 +12,22 @@ namespace installer {
 
 namespace {
 
-// Adds the entries of hotfix.plist; false, with one line, when there are none to add.
-bool readProperties() {
-  RunState& state = runState();
+// The entries of hotfix.plist; nullopt, with one line, when there are none.
+std::optional<PropertyList::Dictionary> readProperties() {
+  const RunState& state = runState();
   if (!exists(state._pathToInstallPackage)) {
     log(LogLevel::error, "There is no install package at {}.", state._pathToInstallPackage);
-    return false;
+    return std::nullopt;
   }
   const std::string file = HotfixPackage::propertiesFile(state._pathToInstallPackage);
   if (!exists(file)) {
     log(LogLevel::error, "There is no hotfix description at {}.", file);
-    return false;
+    return std::nullopt;
   }
-  auto properties = PropertyList::readDictionary(file);
-  if (!properties) {
+  std::optional<PropertyList::Dictionary> properties = PropertyList::readDictionary(file);
+  if (!properties)
     log(LogLevel::error, "The hotfix description {} can not be read as a property list.", file);
-    return false;
-  }
-  state._package = HotfixPackage::describedBy(*properties);
-  state._properties = std::move(*properties);
-  state._properties.remove("rcpHome");  // ours to derive, not the package's to tell
-  return true;
+  return properties;
 }
 
 }  // namespace
@@ -53,8 +46,10 @@ std::optional<std::string> resolveBundle() {
 }
 
 void loadPackage() {
-  if (!readProperties()) return;
+  const std::optional<PropertyList::Dictionary> properties = readProperties();
+  if (!properties) return;
   RunState& state = runState();
+  state._package = HotfixPackage::describedBy(*properties);
   const std::optional<std::string> bundle = resolveBundle();
   if (!bundle) {
     log(LogLevel::error, "The hotfix description names no bundleName.");
@@ -62,10 +57,10 @@ void loadPackage() {
   }
   if (!state._package.allowMultiInstance)
     state._pathToInstallDestination = path::deletingLastComponent(*bundle);
-  if (const auto rcpHome = state._package.rcpHomeIn(*bundle))
-    state._properties.set("rcpHome", *rcpHome);
-  else
-    log(LogLevel::error, "The hotfix description names no frameworkPath.");
+  state._rcpHome = state._package.rcpHomeIn(*bundle);
+  if (!state._rcpHome) log(LogLevel::error, "The hotfix description names no frameworkPath.");
+  state._rcpHomeOfWorkflow = HotfixPackage::resolvedFor(state._pathToInstallPackage, *properties)
+                                 .rcpHomeBelow(state._pathToInstallDestination);
 }
 
 }  // namespace installer

@@ -5,9 +5,9 @@
 
 namespace installer {
 
-// Reads the package's hotfix.plist into runState(), finds the application bundle, and derives
-// rcpHome. Where a registered bundle is found, the destination becomes the folder that holds it. A
-// package that does not tell enough leaves rcpHome unset, with one error line that says why.
+// Reads the package's hotfix.plist into runState(), finds the application bundle, and derives the
+// rcp homes. Where a registered bundle is found, the destination becomes the folder that holds it.
+// A package that does not tell enough leaves them unset, with one error line that says why.
 void loadPackage();
 
 // The application bundle that the package in runState() is for: <destination>/<bundleName>.app, or,

@@ -3,7 +3,6 @@
 #include <optional>
 #include <string>
 
-#include "hotfix/base/PropertyList.h"
 #include "workflow/HotfixPackage.h"
 
 namespace installer {
@@ -12,13 +11,13 @@ namespace installer {
 struct RunState {
   std::string _pathToInstallPackage;      // the package folder, first argument
   std::string _pathToInstallDestination;  // second argument, or the registered bundle's folder
-  PropertyList::Dictionary _properties;   // the package's hotfix.plist and the derived rcpHome
-  HotfixPackage _package;                 // what the same entries say, as they stand
+  HotfixPackage _package;                 // the package's hotfix.plist, its texts as they stand
 
   // The home of the instance that the checks look at; nullopt when the package does not tell.
-  std::optional<std::string> rcpHome() const {
-    return PropertyList::textForKey(_properties, "rcpHome");
-  }
+  std::optional<std::string> _rcpHome;
+  // The home that the workflow changes, mostly the same: it takes the bundle by the package's name
+  // for it, whatever the registration calls it. nullopt as above.
+  std::optional<std::string> _rcpHomeOfWorkflow;
 };
 
 RunState& runState();

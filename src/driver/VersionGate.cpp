@@ -11,7 +11,7 @@ bool isHigherHotfixVersionInstalled() {
   const RunState& state = runState();
   const std::optional<std::string>& current = state._package.version;
   const std::optional<std::string> installed =
-      InstanceService(state.rcpHome()).getCurrentHotfixVersion();
+      InstanceService(state._rcpHome).getCurrentHotfixVersion();
   log(LogLevel::info, "Current hotfix version: {}.", orNull(current));
   log(LogLevel::info, "Installed hotfix version: {}.", orNull(installed));
   if (!current || !installed || *current >= *installed) return false;
@@ -24,7 +24,7 @@ bool isHigherHotfixVersionInstalled() {
 }
 
 bool isOtherHotfixVersionInstalled() {
-  return InstanceService(runState().rcpHome()).getCurrentHotfixVersion().has_value();
+  return InstanceService(runState()._rcpHome).getCurrentHotfixVersion().has_value();
 }
 
 }  // namespace installer

@@ -17,9 +17,9 @@ void runProvisioning(const std::optional<std::string>& launcher,
     log(LogLevel::error, "{} was ended by {}.", *launcher, *signal);
 }
 
-bool provisioningSucceeded(const InstanceService& service, const std::string& rcpData) {
+bool provisioningSucceeded(const InstanceService& service, const std::string& rcpHome,
+                           const std::string& rcpData) {
   if (service.getProvisioningResult() != -1) return true;
-  const std::string& rcpHome = *service.pathToRcphome();
   const std::optional<std::string> answer =
       JavaProperties(InstanceLayout::provisioningResult(rcpHome)).getPropertyForKey("rc");
   if (answer)

@@ -14,9 +14,10 @@ namespace installer {
 void runProvisioning(const std::optional<std::string>& launcher,
                      const std::vector<std::string>& arguments);
 
-// Whether the last run of the instance succeeded. Another answer than the two that tell success is
-// an error line, which names the places of the launcher's logs as well; no answer is none.
-[[nodiscard]] bool provisioningSucceeded(const InstanceService& service,
+// Whether the last run of the service's instance, at `rcpHome`, succeeded. Another answer than the
+// two that tell success is an error line, which names the places of the launcher's logs as well; no
+// answer is none.
+[[nodiscard]] bool provisioningSucceeded(const InstanceService& service, const std::string& rcpHome,
                                          const std::string& rcpData);
 
 }  // namespace installer

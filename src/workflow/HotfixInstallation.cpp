@@ -87,7 +87,7 @@ void HotfixInstallation::updateHotfixVersion() {
 bool HotfixInstallation::provision() {
   log(LogLevel::info, "Start provisioning system. ");
   startProvisioning();
-  const bool succeeded = provisioningSucceeded(_service, _pathToRcpData);
+  const bool succeeded = provisioningSucceeded(_service, _pathToRcpHome, _pathToRcpData);
   if (succeeded) updateHotfixVersion();
   return succeeded;
 }

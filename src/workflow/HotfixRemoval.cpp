@@ -89,7 +89,7 @@ bool HotfixRemoval::uninstallOldHotfix() {
   _instance.updateProvisionManifestVersion(InstallUtil::generateNewManifestVersion());
   startProvisioning();
   _instance.updateHotfixVersion(std::nullopt);
-  if (!provisioningSucceeded(_instance, _pathToRcpData)) {
+  if (!provisioningSucceeded(_instance, _pathToRcpHome, _pathToRcpData)) {
     constexpr const char* kUnexpected =
         "Unexpected results have occurred during the provisioning operation. For additional "
         "information, please refer to the logs.";

@@ -18,7 +18,7 @@ class ProvisioningRunTest : public InstanceFixture {
   bool succeeded() {
     const InstanceService service(home());
     _sandbox.clearLog();
-    return provisioningSucceeded(service, "/data");
+    return provisioningSucceeded(service, home(), "/data");
   }
   void answer(const std::string& text) { _sandbox.write(inHome("../.provisioning_rc"), text); }
   std::string line(const std::string& answer) const {
