@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "base/QuietXml.h"
-#include "base/XmlDocument.h"
+#include "hotfix/base/XmlDocument.h"
 
 namespace installer::xml {
 

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "base/Characters.h"
-#include "base/XmlDocument.h"
+#include "base/XmlRewriting.h"
 #include "formats/ManifestFeatures.h"
 #include "hotfix/util/StringUtil.h"
 #include "platform/FileManager.h"

@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-#include "base/XmlDocument.h"
+#include "base/XmlRewriting.h"
 #include "formats/ManifestFeatures.h"
 #include "support/Memory.h"
 #include "support/Proves.h"

@@ -1,4 +1,4 @@
-#include "base/XmlDocument.h"
+#include "base/XmlRewriting.h"
 
 #include <libxml/SAX2.h>
 #include <libxml/entities.h>

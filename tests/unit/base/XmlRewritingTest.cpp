@@ -1,4 +1,4 @@
-#include "base/XmlDocument.h"
+#include "base/XmlRewriting.h"
 
 #include <gtest/gtest.h>
 #include <libxml/tree.h>
@@ -36,14 +36,14 @@ std::string fillers(std::size_t nodes) {
   return repeated(full, nodes / kNodesOfAFull) + repeated("<f/>", nodes % kNodesOfAFull);
 }
 
-TEST(XmlDocumentTest, AMillionNodesAreReadAndNotOneMore) {
+TEST(XmlRewritingTest, AMillionNodesAreReadAndNotOneMore) {
   proves("DOCUMENT-14");
   EXPECT_TRUE(parse("<m>" + repeated("<a/>", kMaximumNodes - 1) + "</m>"));
 
   EXPECT_FALSE(parse("<m>" + repeated("<a/>", kMaximumNodes) + "</m>"));
 }
 
-TEST(XmlDocumentTest, TextsAreNoNodesOfTheirOwn) {
+TEST(XmlRewritingTest, TextsAreNoNodesOfTheirOwn) {
   EXPECT_TRUE(parse("<m>x" + repeated("<a/>\n", kMaximumNodes - 1) + "</m>"));
 }
 
@@ -92,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(All, NodeKinds,
 
 // --- What would take quadratic time --------------------------------------------------------------
 
-TEST(XmlDocumentTest, ElementsHaveAtMostSixtyFourAttributes) {
+TEST(XmlRewritingTest, ElementsHaveAtMostSixtyFourAttributes) {
   proves("DOCUMENT-14");
   EXPECT_TRUE(parse("<m" + attributes(64) + "/>"));
   EXPECT_FALSE(parse("<m" + attributes(65) + "/>"));
@@ -108,14 +108,14 @@ std::string namespaces(char letter, std::size_t count) {
   return text;
 }
 
-TEST(XmlDocumentTest, AtMostSixtyFourNamespacesAreInScope) {
+TEST(XmlRewritingTest, AtMostSixtyFourNamespacesAreInScope) {
   const std::string half = "<b" + namespaces('b', 32) + "/>";
 
   EXPECT_TRUE(parse("<m" + namespaces('m', 32) + ">" + half + half + "</m>"));
   EXPECT_FALSE(parse("<m" + namespaces('m', 33) + ">" + half + "</m>"));
 }
 
-TEST(XmlDocumentTest, AtMost4096AttributesAreDeclared) {
+TEST(XmlRewritingTest, AtMost4096AttributesAreDeclared) {
   const auto declaring = [](std::size_t count) {
     std::string lists;
     for (std::size_t number = 0; number < count; ++number)
@@ -127,14 +127,14 @@ TEST(XmlDocumentTest, AtMost4096AttributesAreDeclared) {
   EXPECT_FALSE(parse(declaring(4097)));
 }
 
-TEST(XmlDocumentTest, MarkupIsShort) {
+TEST(XmlRewritingTest, MarkupIsShort) {
   const std::string name(kMaximumMarkup, 'a');
 
   EXPECT_FALSE(parse("<m " + name + "=''/>"));
   EXPECT_FALSE(parse("<!DOCTYPE m [<!ATTLIST m a (" + name + ") #IMPLIED>]><m/>"));
 }
 
-TEST(XmlDocumentTest, MarkupOfAnEntityIsShort) {
+TEST(XmlRewritingTest, MarkupOfAnEntityIsShort) {
   const auto used = [](std::size_t blanks) {
     return "<!DOCTYPE m [<!ENTITY e '<a" + std::string(blanks, ' ') + "/>'>]><m>&e;</m>";
   };
@@ -143,7 +143,7 @@ TEST(XmlDocumentTest, MarkupOfAnEntityIsShort) {
   EXPECT_FALSE(parse(used(kMaximumMarkup)));
 }
 
-TEST(XmlDocumentTest, ParameterEntitiesInsertSoMuchTogether) {
+TEST(XmlRewritingTest, ParameterEntitiesInsertSoMuchTogether) {
   const auto inserting = [](std::size_t times) {
     return "<!DOCTYPE m [<!ENTITY % e '" + std::string(1024, ' ') + "'>" + repeated("%e;", times) +
            "]><m/>";
@@ -156,11 +156,11 @@ TEST(XmlDocumentTest, ParameterEntitiesInsertSoMuchTogether) {
 }
 
 // Behind an error nobody knows any more what is a tag. This one would take hours.
-TEST(XmlDocumentTest, NothingIsReadBehindTheFirstError) {
+TEST(XmlRewritingTest, NothingIsReadBehindTheFirstError) {
   EXPECT_FALSE(parse("<m>&#1;<a ' <b" + attributes(1'000'000) + "/></m>"));
 }
 
-TEST(XmlDocumentTest, NothingIsReadBehindTheFirstErrorOfAnEntity) {
+TEST(XmlRewritingTest, NothingIsReadBehindTheFirstErrorOfAnEntity) {
   EXPECT_FALSE(parse("<!DOCTYPE m [<!ENTITY e \"<a>&#38;#1;<a '<b" + attributes(200'000) +
                      "/></a>\">]><m>&e;</m>"));
 }
