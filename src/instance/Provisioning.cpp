@@ -28,12 +28,10 @@ bool tellsSuccess(std::string_view code) {
   return number == 0 || (number == 2 && !negative);
 }
 
-// The result file of the instance; nullopt when there is neither instance nor file.
-std::optional<std::string> existingResult(const std::optional<std::string>& rcpHome) {
+// The place of the instance's result file; nullopt when there is no instance.
+std::optional<std::string> resultFile(const std::optional<std::string>& rcpHome) {
   if (!rcpHome || !exists(path::expandingTilde(*rcpHome))) return std::nullopt;
-  const std::string file = InstanceLayout::provisioningResult(*rcpHome);
-  if (!exists(file)) return std::nullopt;
-  return file;
+  return InstanceLayout::provisioningResult(*rcpHome);
 }
 
 }  // namespace
@@ -55,14 +53,15 @@ void InstanceService::startProvisioningWithCleanUp(
 }
 
 int InstanceService::getProvisioningResult() const {
-  const std::optional<std::string> file = existingResult(_pathToRcphome);
-  if (!file) return -1;
+  const std::optional<std::string> file = resultFile(_pathToRcphome);
+  if (!file || !exists(*file)) return -1;
   const std::optional<std::string> code = JavaProperties(*file).getPropertyForKey("rc");
   return code && tellsSuccess(*code) ? 0 : -1;
 }
 
 void InstanceService::removeProvisionRCFile() {
-  if (const std::optional<std::string> file = existingResult(_pathToRcphome))
+  const std::optional<std::string> file = resultFile(_pathToRcphome);
+  if (file && reported::exists(*file))
     (void)reported::remove(*file);  // a file that stays is read again, as before this run
 }
 

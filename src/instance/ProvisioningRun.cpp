@@ -2,10 +2,32 @@
 
 #include "hotfix/formats/JavaProperties.h"
 #include "instance/InstanceLayout.h"
+#include "platform/Exists.h"
 #include "platform/Log.h"
+#include "platform/Reported.h"
 #include "util/ChildStart.h"
 
 namespace installer {
+
+namespace {
+
+// Why there was no success, as far as the result file tells.
+void tellFailure(const std::string& rcpHome, const std::string& rcpData) {
+  const std::string file = InstanceLayout::provisioningResult(rcpHome);
+  const std::string logs = InstanceLayout::workspaceLog(rcpData);
+  const JavaProperties result(file);
+  if (const std::optional<std::string> answer = result.getPropertyForKey("rc"))
+    log(LogLevel::error,
+        "The provisioning answered {}; the logs of the launcher are in {} and in {}.", *answer,
+        rcpHome, logs);
+  else if (result.readError())
+    reported::tell(*result.readError());
+  else if (exists(file))
+    log(LogLevel::error, "\"{}\" holds no rc; the logs of the launcher are in {} and in {}.", file,
+        rcpHome, logs);
+}
+
+}  // namespace
 
 void runProvisioning(const std::optional<std::string>& launcher,
                      const std::vector<std::string>& arguments) {
@@ -20,12 +42,7 @@ void runProvisioning(const std::optional<std::string>& launcher,
 bool provisioningSucceeded(const InstanceService& service, const std::string& rcpHome,
                            const std::string& rcpData) {
   if (service.getProvisioningResult() != -1) return true;
-  const std::optional<std::string> answer =
-      JavaProperties(InstanceLayout::provisioningResult(rcpHome)).getPropertyForKey("rc");
-  if (answer)
-    log(LogLevel::error,
-        "The provisioning answered {}; the logs of the launcher are in {} and in {}.", *answer,
-        rcpHome, InstanceLayout::workspaceLog(rcpData));
+  tellFailure(rcpHome, rcpData);
   return false;
 }
 

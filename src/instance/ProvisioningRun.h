@@ -14,9 +14,10 @@ namespace installer {
 void runProvisioning(const std::optional<std::string>& launcher,
                      const std::vector<std::string>& arguments);
 
-// Whether the last run of the service's instance, at `rcpHome`, succeeded. Another answer than the
-// two that tell success is an error line, which names the places of the launcher's logs as well; no
-// answer is none.
+// Whether the last run of the service's instance, at `rcpHome`, succeeded. What the result file
+// holds instead is one error line: another answer than the two that tell success, or none, with the
+// places of the launcher's logs; or why it cannot be read. A missing file is told by whatever kept
+// the launcher from writing it.
 [[nodiscard]] bool provisioningSucceeded(const InstanceService& service, const std::string& rcpHome,
                                          const std::string& rcpData);
 

@@ -197,6 +197,28 @@ TEST_F(FailureTest, AnswerToARemovalIsToldBeforeTheRemovalFails) {
                                     HasSubstr("Unexpected results have occurred")));
 }
 
+TEST_F(FailureTest, ResultFileWithoutAnAnswerIsTold) {
+  proves("RESULT-8");
+  hotfixRun(ChildScript().write(_instance.result(), "code=0\n"));
+
+  EXPECT_EQ(1, install().status);
+
+  EXPECT_THAT(
+      errors(),
+      ElementsAre("\"" + _instance.result() + "\" holds no rc; the logs of the launcher are in " +
+                  _instance.home() + " and in " + _instance.data() + "/.metadata/.log."));
+}
+
+TEST_F(FailureTest, FolderInThePlaceOfTheResultFileIsTold) {
+  proves("RESULT-4", "RESULT-8");
+  hotfixRun(ChildScript().folder(_instance.result()));
+
+  EXPECT_EQ(1, install().status);
+
+  EXPECT_THAT(errors(),
+              ElementsAre("\"" + _instance.result() + "\" cannot be read: Is a directory"));
+}
+
 TEST_F(FailureTest, LauncherEndedByASignalIsTold) {
   proves("LAUNCH-10");
   hotfixRun(ChildScript().kill(SIGKILL));

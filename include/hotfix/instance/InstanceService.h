@@ -152,7 +152,7 @@ class InstanceService {
   /// What the last run left in .provisioning_rc beside the rcp home: 0 for the codes 0 and 2, -1
   /// for every other code and for a missing home, file or code.
   [[nodiscard]] int getProvisioningResult() const;
-  /// Removes what an earlier run left there.
+  /// Removes what an earlier run left there [error].
   void removeProvisionRCFile();
 
   // --- Launcher and runtime configuration (LauncherConfiguration.cpp) ----------------------------

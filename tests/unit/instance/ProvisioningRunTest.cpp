@@ -21,6 +21,9 @@ class ProvisioningRunTest : public InstanceFixture {
     return provisioningSucceeded(service, home(), "/data");
   }
   void answer(const std::string& text) { _sandbox.write(inHome("../.provisioning_rc"), text); }
+  std::string resultFile() const {
+    return _sandbox.path("Applications/Quillmere.app/Contents/MacOS/.provisioning_rc");
+  }
   std::string line(const std::string& answer) const {
     return "3 The provisioning answered " + answer + "; the logs of the launcher are in " + home() +
            " and in /data/.metadata/.log.";
@@ -44,13 +47,32 @@ TEST_F(ProvisioningRunTest, OtherAnswersAreToldAsTheyAre) {
   }
 }
 
-TEST_F(ProvisioningRunTest, NoAnswerIsAFailureWithoutALine) {
+TEST_F(ProvisioningRunTest, NoResultFileIsAFailureWithoutALine) {
+  proves("RESULT-8");
   EXPECT_FALSE(succeeded());
   EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
 
+TEST_F(ProvisioningRunTest, ResultFileWithoutAnAnswerIsTold) {
+  proves("RESULT-8");
   answer("other=1\n");
+
   EXPECT_FALSE(succeeded());
-  EXPECT_THAT(_sandbox.log(), IsEmpty());
+
+  EXPECT_THAT(numberedLines(), ElementsAre("3 \"" + resultFile() +
+                                           "\" holds no rc; the logs of the launcher are in " +
+                                           home() + " and in /data/.metadata/.log."));
+}
+
+TEST_F(ProvisioningRunTest, ResultFileThatCannotBeReadIsTold) {
+  proves("RESULT-8");
+  answer("rc=0\n");
+  _sandbox.files().failReading(resultFile(), EACCES);
+
+  EXPECT_FALSE(succeeded());
+
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("3 \"" + resultFile() + "\" cannot be read: Permission denied"));
 }
 
 TEST_F(ProvisioningRunTest, LauncherThatASignalEndsIsTold) {

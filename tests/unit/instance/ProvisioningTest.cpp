@@ -238,6 +238,21 @@ TEST_F(InstanceProvisioningTest, OldResultStaysWhenTheHomeIsGone) {
   EXPECT_TRUE(_sandbox.exists("Applications/Quillmere.app/Contents/MacOS/.provisioning_rc"));
 }
 
+TEST_F(InstanceProvisioningTest, OldResultThatCannotBeLookedAtIsTold) {
+  proves("FILES-21");
+  writeResult("rc=0\n");
+  const std::string file =
+      _sandbox.path("Applications/Quillmere.app/Contents/MacOS/.provisioning_rc");
+  InstanceService service(home());
+  _sandbox.files().failReading(file, EACCES);
+  _sandbox.clearLog();
+
+  service.removeProvisionRCFile();
+
+  EXPECT_THAT(numberedLines(),
+              ElementsAre("3 \"" + file + "\" cannot be looked at: Permission denied"));
+}
+
 TEST_F(InstanceProvisioningTest, LinkToNothingIsNoOldResult) {
   proves("RESULT-6");
   _sandbox.makeLink(inHome("../.provisioning_rc"), "nothing");
