@@ -29,14 +29,11 @@ bool isAscii(std::string_view bytes) {
   return true;
 }
 
-// nullopt when a half of a surrogate pair stands alone.
-std::optional<std::string> textFromUtf16(std::string_view bytes) {
+std::string textFromUtf16(std::string_view bytes) {
   std::u16string units;
   for (std::size_t at = 0; at < bytes.size(); at += 2)
     units += static_cast<char16_t>(bigEndian(bytes.substr(at, 2)));
-  std::string text = fromUnits(units);
-  if (!isUtf8(text)) return std::nullopt;
-  return asXmlCharacters(text);
+  return asXmlCharacters(fromUnits(units));
 }
 
 // The fixed block at the end of the file.
@@ -225,7 +222,8 @@ class Reader {
     if (head.count > kMaximumContent) return std::nullopt;
     if (head.kind == 0x6) {
       const std::optional<std::string_view> units = content(head.body, head.count * 2);
-      return units ? textFromUtf16(*units) : std::nullopt;
+      if (!units) return std::nullopt;
+      return textFromUtf16(*units);
     }
     const std::optional<std::string_view> bytes = content(head.body, head.count);
     if (!bytes || !isAscii(*bytes)) return std::nullopt;

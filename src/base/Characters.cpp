@@ -78,15 +78,6 @@ std::optional<DecodedCharacter> decodeUtf8(std::string_view text, std::size_t at
   return decoded && isHalf(decoded->character) ? std::nullopt : decoded;
 }
 
-bool isUtf8(std::string_view text) {
-  for (std::size_t at = 0; at < text.size();) {
-    const std::optional<DecodedCharacter> decoded = decodeUtf8(text, at);
-    if (!decoded) return false;
-    at += decoded->length;
-  }
-  return true;
-}
-
 void appendCharacter(char32_t character, std::string& to) {
   if (character < 0x80) {
     to += static_cast<char>(character);

@@ -22,9 +22,6 @@ DecodedCharacter decodeCharacter(std::string_view text, std::size_t at);
 // and at half of a surrogate pair.
 [[nodiscard]] std::optional<DecodedCharacter> decodeUtf8(std::string_view text, std::size_t at);
 
-// Whether the text is UTF-8 from end to end.
-bool isUtf8(std::string_view text);
-
 // `character` is at most U+10FFFF and may be half of a surrogate pair.
 void appendCharacter(char32_t character, std::string& to);
 

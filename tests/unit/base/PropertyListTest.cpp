@@ -212,7 +212,7 @@ TEST(PropertyListSerializeTest, WhatABinaryListHoldsCanBeTold) {
   proves("LIST-21");
   const BinaryList list{{object(0xD3, "\x01\x02\x03\x04\x05\x06"), asciiObject("\x01"),
                          asciiObject("wide"), asciiObject("date"), asciiObject("a\x1F\tb"),
-                         object(0x62, "\xFF\xFE\x20\xAC"sv),
+                         object(0x63, "\xFF\xFE\x20\xAC\xD8\x00"sv),
                          object(0x33, "\x7F\xF8\0\0\0\0\0\0"sv)}};
 
   const std::optional<Value> read = parse(list.bytes());
@@ -222,7 +222,7 @@ TEST(PropertyListSerializeTest, WhatABinaryListHoldsCanBeTold) {
   ASSERT_TRUE(bytes);
   EXPECT_EQ(parse(*bytes), read);
   EXPECT_EQ(textForKey(*read->as<Dictionary>(), "\uFFFD"), "a\uFFFD\tb");
-  EXPECT_EQ(textForKey(*read->as<Dictionary>(), "wide"), "\uFFFD\u20AC");
+  EXPECT_EQ(textForKey(*read->as<Dictionary>(), "wide"), "\uFFFD\u20AC\uFFFD");
 }
 
 // --- Files ---------------------------------------------------------------------------------------
