@@ -15,9 +15,12 @@ namespace installer {
 
 namespace {
 
+using HeldFolders = std::map<FileIdentity, std::weak_ptr<const Descriptor>>;
+
 // What this process holds. A descriptor that is closed gives the lock back.
-std::map<FileIdentity, std::weak_ptr<const Descriptor>>& heldFolders() {
-  static std::map<FileIdentity, std::weak_ptr<const Descriptor>> folders;
+HeldFolders& heldFolders() {
+  static HeldFolders folders;
+  std::erase_if(folders, [](const auto& entry) { return entry.second.expired(); });
   return folders;
 }
 
@@ -28,12 +31,13 @@ LockAttempt tryLockFolder(const std::string& folder) {
   Descriptor descriptor = openFolderFollowingLinks(AT_FDCWD, folder);
   const auto identity = identityOf(descriptor.get());
   if (!identity) return {};
-  std::weak_ptr<const Descriptor>& held = heldFolders()[*identity];
-  if (const auto hold = held.lock()) return {.busy = false, .hold = hold};
+  HeldFolders& held = heldFolders();
+  if (const auto found = held.find(*identity); found != held.end())
+    return {.busy = false, .hold = found->second.lock()};
   if (uninterrupted([&] { return ::flock(descriptor.get(), LOCK_EX | LOCK_NB); }) != 0)
     return {.busy = errno == EWOULDBLOCK, .hold = nullptr};
   const auto hold = std::make_shared<const Descriptor>(std::move(descriptor));
-  held = hold;
+  held.emplace(*identity, hold);
   return {.busy = false, .hold = hold};
 }
 

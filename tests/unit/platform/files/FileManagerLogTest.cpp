@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -7,6 +8,7 @@
 
 #include "support/ChildRun.h"
 #include "support/FolderHolder.h"
+#include "support/Memory.h"
 #include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
@@ -264,6 +266,19 @@ TEST_F(FileManagerLockTest, AFolderThatThisProcessHoldsIsHeldOnceMore) {
   third.hold.reset();
 
   EXPECT_FALSE(isLocked(folder));
+}
+
+TEST_F(FileManagerLockTest, NothingIsKeptOfFoldersThatAreHeldNoMore) {
+  std::size_t turns = 0;
+  std::size_t held = 0;
+
+  const std::ptrdiff_t kept = bytesKeptBy([&] {
+    const std::string folder = _folder.makeFolder(fmt::format("folder{}", ++turns));
+    if (_files.tryLock(folder).hold) ++held;
+  });
+
+  EXPECT_EQ(held, turns);
+  EXPECT_LT(kept, 2000);  // what the library itself keeps
 }
 
 TEST_F(FileManagerLockTest, TwoFoldersAreTwoLocks) {
