@@ -75,6 +75,8 @@ bool installPackage(const std::vector<std::string>& arguments) {
   // First of all: what another run has at work in the bundle is not the application, and what the
   // checks find must hold until the end of the run.
   const std::optional<InstanceLock> lock = lockInstances();
+  // The run that was waited for may have sent an error, which would stand beside our status.
+  if (lock && lock->hasWaited()) InstallUtil::initInternalPasteboard(true);
   const std::optional<std::string> checked = rcpHomePassingChecks();
   const bool installed = checked && runSuccessPath(*checked, rcpData);
   if (!checked) runFailurePath(rcpHome, rcpData);

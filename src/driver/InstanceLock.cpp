@@ -31,6 +31,7 @@ InstanceLock::InstanceLock(const std::string& rcpHome, const std::string& otherR
   std::chrono::milliseconds waited{0};
   while (!take({rcpHome, otherRcpHome})) {
     tellOfWaiting(waited);
+    _hasWaited = true;
     Platform::current().clock->pause(kPause);
     waited += kPause;
   }

@@ -353,6 +353,25 @@ TEST_F(TwoRunsTest, SecondWaitsBeforeAFailurePathToo) {
   EXPECT_EQ("cleanup", _sandbox.children("rcplauncher").at(2).arguments.at(4));
 }
 
+TEST_F(TwoRunsTest, RecordOfTheFirstDoesNotStandBesideTheSecondsStatus) {
+  proves("LOCK-6");
+  _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
+  Package broken = _package;
+  broken.folder = "/Volumes/broken/in/Fix.pkg";
+  buildPackage(broken);
+  _sandbox.remove(broken.deployFile("install.hotfix.xml"));
+  RunningProgram first = _sandbox.start({broken.folder, _destination});
+  ASSERT_TRUE(comesTrue([&] { return launches() == 1; }));
+  RunningProgram second = _sandbox.start({_package.folder, _destination});
+
+  EXPECT_TRUE(comesTrue([&] { return secondWaits(); }));
+  _sandbox.writeFile("/tmp/go", "");
+
+  EXPECT_EQ(1, first.finish().status);
+  EXPECT_EQ(0, second.finish().status);
+  EXPECT_EQ((ErrorRecord{0, {}}), errorRecord());
+}
+
 TEST_F(TwoRunsTest, AnotherInstanceIsNotWaitedFor) {
   proves("LOCK-3");
   Instance other{"/opt/Quillmere.app"};

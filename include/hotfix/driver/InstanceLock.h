@@ -34,6 +34,10 @@ class [[nodiscard]] InstanceLock {
   /// nothing then keeps others away from it.
   bool isHeld() const { return _isHeld; }
 
+  /// Whether another process had a home when this one asked for it. What both write, the error
+  /// record among it, may by now tell of the other.
+  bool hasWaited() const { return _hasWaited; }
+
   /// @cond
   // No text is nullptr.
   HOTFIX_DELETED_FOR_NULL(explicit InstanceLock);
@@ -44,6 +48,7 @@ class [[nodiscard]] InstanceLock {
 
   std::vector<std::shared_ptr<const void>> _holds;
   bool _isHeld = false;
+  bool _hasWaited = false;
 };
 
 }  // namespace installer

@@ -42,6 +42,7 @@ TEST_F(InstanceLockTest, AFreeInstanceIsHeldAtOnceAsLongAsTheLockLives) {
   {
     const InstanceLock lock(_home);
     EXPECT_TRUE(lock.isHeld());
+    EXPECT_FALSE(lock.hasWaited());
     EXPECT_TRUE(isLocked(_home));
   }
 
@@ -58,6 +59,7 @@ TEST_F(InstanceLockTest, AHeldInstanceIsWaitedForWithOneNotice) {
   const InstanceLock lock(_home);
 
   EXPECT_TRUE(lock.isHeld());
+  EXPECT_TRUE(lock.hasWaited());
   EXPECT_TRUE(isLocked(_home));
   EXPECT_EQ(_sandbox.clock().paused(), milliseconds(300));
   EXPECT_THAT(_sandbox.log(), ElementsAre(kWaits));
