@@ -10,7 +10,6 @@
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
-#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -33,6 +32,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+using test::giveUp;
+using test::mountRoot;
+
 // --- The namespace of the whole test program -----------------------------------------------------
 
 struct World {
@@ -47,45 +49,12 @@ World& world() {
   return instance;
 }
 
-bool writeWhole(const char* path, const std::string& text) {
-  const int file = open(path, O_WRONLY | O_CLOEXEC);
-  if (file < 0) return false;
-  const bool done = write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-  close(file);
-  return done;
-}
-
-// Real root needs no user namespace and keeps all user ids; anybody else becomes the root of one.
-bool enterNamespaces() {
-  const uid_t user = geteuid();
-  const gid_t group = getegid();
-  if (user == 0 && unshare(CLONE_NEWNS) == 0) return true;
-  if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
-  writeWhole("/proc/self/setgroups", "deny");
-  return writeWhole("/proc/self/uid_map", "0 " + std::to_string(user) + " 1\n") &&
-         writeWhole("/proc/self/gid_map", "0 " + std::to_string(group) + " 1\n");
-}
-
-bool canGiveAway(const std::string& folder) {
-  const std::string probe = folder + "/probe";
-  const int file = open(probe.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
-  const bool given = file >= 0 && fchown(file, CliSandbox::kAlice, CliSandbox::kAdmin) == 0;
-  close(file);
-  unlink(probe.c_str());
-  return given;
-}
-
 std::optional<std::string> buildWorld(World& made) {
   char folder[] = "/tmp/hotfix-cli-XXXXXX";
   if (mkdtemp(folder) == nullptr) return "no temporary folder: " + std::string(strerror(errno));
   made.folder = folder;
-  if (!enterNamespaces())
-    return "no mount namespace (run as root, or allow user namespaces): " +
-           std::string(strerror(errno));
-  if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-      mount("tmpfs", folder, "tmpfs", MS_NODEV, "mode=0755") != 0)
-    return "no private file system: " + std::string(strerror(errno));
-  made.manyUsers = canGiveAway(made.folder);
+  if (auto refusal = test::enterPrivateMounts(made.folder)) return refusal;
+  made.manyUsers = test::canGiveAway(made.folder);
   return std::nullopt;
 }
 
@@ -102,70 +71,6 @@ class WorldEnvironment : public ::testing::Environment {
 const auto* const kEnvironment = ::testing::AddGlobalTestEnvironment(new WorldEnvironment);
 
 // --- One run: mounts, process 1, the program -----------------------------------------------------
-
-[[noreturn]] void giveUp(const std::string& what) {
-  const std::string line = "sandbox: " + what + ": " + strerror(errno) + "\n";
-  (void)!write(2, line.data(), line.size());  // nobody else to tell
-  _exit(126);
-}
-
-void bindFile(const std::string& source, const std::string& target) {
-  if (access(source.c_str(), F_OK) != 0) return;
-  close(open(target.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0755));
-  if (mount(source.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) != 0)
-    giveUp("bind " + source);
-}
-
-void bindReadOnly(const std::string& source, const std::string& target) {
-  fs::create_directories(target);
-  if (mount(source.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0)
-    giveUp("bind " + source);
-  struct statvfs status {};
-  statvfs(target.c_str(), &status);
-  unsigned long flags = MS_BIND | MS_REMOUNT | MS_RDONLY;
-  if ((status.f_flag & ST_NOSUID) != 0) flags |= MS_NOSUID;
-  if ((status.f_flag & ST_NODEV) != 0) flags |= MS_NODEV;
-  (void)mount(nullptr, target.c_str(), nullptr, flags, nullptr);  // stays writable then
-}
-
-// The folders of shared libraries; on most systems those of the root are links into /usr.
-void bindLibraries(const std::string& root) {
-  for (const char* folder : {"/usr/lib", "/usr/lib64", "/usr/lib32"})
-    if (fs::is_directory(folder)) bindReadOnly(folder, root + folder);
-  for (const char* folder : {"/lib", "/lib64", "/lib32", "/bin"}) {
-    std::error_code ignored;
-    if (fs::is_symlink(folder)) {
-      fs::create_symlink(fs::read_symlink(folder), root + folder, ignored);
-    } else if (fs::is_directory(folder)) {
-      bindReadOnly(folder, root + folder);
-    }
-  }
-}
-
-// The build tree at its own path, for the counters of a build that measures coverage.
-void bindBuildTree(const std::string& root) {
-  const std::string tree = HOTFIX_BINARY_DIR;
-  if (tree.rfind("/tmp/", 0) == 0) return;
-  const std::string inside = root + tree;
-  fs::create_directories(inside);
-  const unsigned long flags = MS_BIND | MS_REC;
-  (void)mount(tree.c_str(), inside.c_str(), nullptr, flags, nullptr);  // no counters then
-}
-
-void mountEverything(const std::string& root) {
-  bindLibraries(root);
-  bindBuildTree(root);
-  for (const char* device : {"null", "zero", "full", "random", "urandom"})
-    bindFile(std::string("/dev/") + device, root + "/dev/" + device);
-  bindFile("/bin/sh", root + "/usr/bin/sh");
-  bindFile("/etc/ld.so.cache", root + "/etc/ld.so.cache");
-  bindFile(HOTFIX_PROGRAM, root + CliSandbox::kProgram);
-  bindFile(test::recordedChild(), root + CliSandbox::kChild);
-  const std::string proc = root + "/proc";
-  if (mount("proc", proc.c_str(), "proc", 0, nullptr) != 0 &&
-      mount("/proc", proc.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0)
-    giveUp("mount /proc");
-}
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
   std::vector<char*> result;
@@ -222,7 +127,7 @@ struct Ends {
   dup2(ends.out, 1);
   dup2(ends.err, 2);
   umask(0);
-  mountEverything(root);
+  mountRoot(root, HOTFIX_PROGRAM);
   if (chroot(root.c_str()) != 0 || chdir("/") != 0) giveUp("change root");
   for (const auto& program : options.background) startBackground(program, options);
   const pid_t program = fork();
@@ -363,17 +268,13 @@ bool CliSandbox::hasManyUsers() {
 CliSandbox::CliSandbox() {
   umask(022);
   _root = world().folder + "/" + std::to_string(++world().sandboxes);
-  for (const char* folder :
-       {"", "/usr", "/usr/bin", "/usr/sbin", "/usr/libexec", "/etc", "/dev", "/proc", "/Library",
-        "/Applications", "/Users", "/Users/alice", "/Users/bob", "/Volumes", "/control", "/root"})
-    mkdir(host(folder).c_str(), 0755);
+  test::makeRootFolders(_root);
   makeFolder("/tmp", 01777);
   _children.emplace(host("/control"));
   if (hasManyUsers()) {
     giveTo("/Users/alice", kAlice, kAlice);
     giveTo("/Users/bob", kBob, kBob);
   }
-  writeFile("/etc/nsswitch.conf", "passwd: files\ngroup: files\n");
   writeUserDatabase(true);
 }
 
@@ -585,12 +486,7 @@ int CliSandbox::listenToSystemLog() const {
 }
 
 void CliSandbox::writeUserDatabase(bool withAdmin) const {
-  writeFile("/etc/passwd",
-            "root:x:0:0:root:/root:/bin/sh\n"
-            "alice:x:1000:1000:Alice:/Users/alice:/bin/sh\n"
-            "bob:x:1001:1001:Bob:/Users/bob:/bin/sh\n");
-  writeFile("/etc/group", std::string("root:x:0:\n") + (withAdmin ? "admin:x:80:alice\n" : "") +
-                              "alice:x:1000:\nbob:x:1001:\n");
+  test::writeUserDatabase(_root, withAdmin);
 }
 
 }  // namespace installer::cli

@@ -12,6 +12,7 @@
 
 #include "support/ChildFolder.h"
 #include "support/ChildScript.h"
+#include "support/linux/PrivateRoot.h"
 
 namespace installer::cli {
 
@@ -79,11 +80,11 @@ struct Ownership {
 // the program. Paths in this interface are the ones that the program sees.
 class CliSandbox {
  public:
-  static constexpr const char* kProgram = "/control/HotfixInstaller";
-  static constexpr const char* kChild = "/control/child";
-  static constexpr uid_t kAlice = 1000;
-  static constexpr uid_t kBob = 1001;
-  static constexpr gid_t kAdmin = 80;
+  static constexpr const char* kProgram = test::kProgramInRoot;
+  static constexpr const char* kChild = test::kChildInRoot;
+  static constexpr uid_t kAlice = test::kAlice;
+  static constexpr uid_t kBob = test::kBob;
+  static constexpr gid_t kAdmin = test::kAdmin;
 
   // Whether this process got a mount namespace of its own; the reason when it did not.
   static std::optional<std::string> refusal();
