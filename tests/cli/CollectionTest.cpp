@@ -123,6 +123,8 @@ TEST_F(CollectionTest, InstallerWaitsForTheTool) {
   options.limit = std::chrono::milliseconds(400);
 
   EXPECT_EQ(-1, install(options).status) << "ended although the tool was still at work";
+
+  EXPECT_THAT(_sandbox.children("java"), ::testing::SizeIs(1));
 }
 
 TEST_F(CollectionTest, GivenDataIsTheWorkspace) {

@@ -203,6 +203,8 @@ TEST_F(EntryTest, FolderInPlaceOfTheInstallManifestCountsAsInstalled) {
   _sandbox.makeFolder(_instance.deploy("install.xml"));
 
   EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
 }
 
 TEST_F(EntryTest, FrameworkPathIsTakenFromTheList) {
@@ -305,6 +307,9 @@ TEST_F(RegisteredTest, RegistrationOfAnotherProductIsIgnored) {
                                {{"pathToProduct", ListValue::string("/opt/other/Quillmere.app")}}));
 
   EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
+  EXPECT_THAT(_sandbox.list("/opt/other/Quillmere.app"), IsEmpty());
 }
 
 TEST_F(RegisteredTest, RegistrationWithoutProductPathIsIgnored) {
@@ -313,6 +318,8 @@ TEST_F(RegisteredTest, RegistrationWithoutProductPathIsIgnored) {
                   ListValue::dictionary({{"oldInstallLocation", ListValue::string("/opt/other")}}));
 
   EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
 }
 
 TEST_F(RegisteredTest, ProductPathThatIsNoTextIsIgnored) {
@@ -320,6 +327,8 @@ TEST_F(RegisteredTest, ProductPathThatIsNoTextIsIgnored) {
   registerProduct("Quillmere", ListValue::dictionary({{"pathToProduct", ListValue::integer(7)}}));
 
   EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
 }
 
 TEST_F(RegisteredTest, DamagedRegistrationIsIgnoredAndKept) {
@@ -418,7 +427,14 @@ TEST_P(TruthTest, DecidesWhetherTheRegistrationCounts) {
 
   const int status = install().status;
 
-  EXPECT_EQ(GetParam().severalInstances ? 0 : 1, status);
+  if (GetParam().severalInstances) {
+    EXPECT_EQ(0, status);
+    EXPECT_EQ("1.5", recorded("hotfixVersion"));
+  } else {
+    EXPECT_EQ(1, status) << "the registered folder holds no instance";
+    EXPECT_EQ((ErrorRecord{8, {"/opt/client", "Quillmere.app"}}), errorRecord());
+    EXPECT_EQ(std::nullopt, recorded("hotfixVersion"));
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, TruthTest,
@@ -448,6 +464,8 @@ TEST_F(RegisteredTest, MissingAllowMultiInstanceConsultsTheRegistration) {
   registerPath("/opt/client/Quillmere.app");
 
   EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
 }
 
 // --- The list's forms ----------------------------------------------------------------------------
@@ -484,6 +502,8 @@ TEST_F(EntryTest, ListInUtf16IsRead) {
   _sandbox.writeFile(_package.list(), wide);
 
   EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
 }
 
 TEST_F(EntryTest, ListWithByteOrderMarkIsRead) {
@@ -492,6 +512,8 @@ TEST_F(EntryTest, ListWithByteOrderMarkIsRead) {
                      "\xEF\xBB\xBF" + xmlList(ListValue::dictionary(_package.preferences)));
 
   EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
 }
 
 TEST_F(EntryTest, NamesBeyondAsciiAreTaken) {
@@ -600,6 +622,9 @@ TEST_F(RegisteredTest, CharactersOfTheGivenDestinationDoNotCountForARegisteredBu
   registerPath("/opt/client/Quillmere.app");
 
   EXPECT_EQ(0, _sandbox.run({_package.folder, "/no;where"}).status);
+
+  EXPECT_EQ((ErrorRecord{0, {}}), errorRecord());
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
 }
 
 TEST_F(EntryTest, CharactersOfBundleAndDataDoNotCount) {
@@ -610,6 +635,9 @@ TEST_F(EntryTest, CharactersOfBundleAndDataDoNotCount) {
   writePreferences();
 
   EXPECT_EQ(0, installWithData("/Users/alice/x;y").status);
+
+  EXPECT_EQ((ErrorRecord{0, {}}), errorRecord());
+  EXPECT_EQ("1.5", listAt(odd.info()).stringAt("hotfixVersion"));
 }
 
 TEST_F(EntryTest, EmptyDestinationIsNotRefusedForItsCharacters) {

@@ -408,6 +408,8 @@ TEST_F(ProvisioningTest, LaunchersStatusIsIgnored) {
   _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), "rc=0\n").exit(13));
 
   EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
 }
 
 TEST_F(ProvisioningTest, KilledLauncherIsJudgedByItsResultFile) {
@@ -415,6 +417,8 @@ TEST_F(ProvisioningTest, KilledLauncherIsJudgedByItsResultFile) {
   _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), "rc=0\n").kill(SIGSEGV));
 
   EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
 }
 
 TEST_F(ProvisioningTest, RunsFollowOneAnother) {
@@ -587,8 +591,9 @@ TEST_F(ProvisioningTest, LauncherThatMayNotRunIsLoggedWithItsReason) {
   proves("LAUNCH-7");
   _sandbox.setMode(_instance.launcher(), 0644);
 
-  (void)install();  // what it leaves is looked at
+  EXPECT_EQ(1, install().status);
 
+  EXPECT_EQ(std::nullopt, recorded("hotfixVersion"));
   EXPECT_THAT(_sandbox.texts("Error"), Contains(::testing::AllOf(HasSubstr(_instance.launcher()),
                                                                  HasSubstr("ermission denied"))));
 }

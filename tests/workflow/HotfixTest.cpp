@@ -99,6 +99,8 @@ TEST_F(HotfixTest, OldResultIsRemovedBeforeTheRun) {
   launcherAnswers("");
 
   EXPECT_FALSE(install());
+
+  EXPECT_FALSE(_sandbox.exists(inHome("../.provisioning_rc")));
 }
 
 TEST_F(HotfixTest, StampIsNewAndBackupOldWhenTheLauncherRuns) {

@@ -289,7 +289,11 @@ TEST_F(HotfixUninstallTest, LocaleIsReadOnceForBothRuns) {
 TEST_F(HotfixUninstallTest, SecondRemovalFindsNothing) {
   proves("REMOVE-7");
   EXPECT_TRUE(uninstall());
+  const auto starts = _sandbox.children().started();
+
   EXPECT_FALSE(uninstall());
+
+  EXPECT_EQ(_sandbox.children().started(), starts);
 }
 
 }  // namespace

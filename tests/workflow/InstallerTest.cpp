@@ -201,9 +201,11 @@ TEST_F(InstallerTest, OnlyTheSecondOfTwoInstallationsCounts) {
 
   play("rc=1\n", "rc=0\n");
   EXPECT_EQ(run(), 0);
+  EXPECT_EQ(hotfixRuns, 2);
   _sandbox.remove(inHome("installInfo.plist"));
   play("rc=0\n", "rc=1\n");
   EXPECT_EQ(run(), 1);
+  EXPECT_EQ(hotfixRuns, 2);
 }
 
 TEST_F(InstallerTest, OlderHotfixIsRemovedFirst) {
@@ -416,10 +418,14 @@ TEST_F(InstallerTest, VersionsAreComparedAsPlainText) {
   writeInfo({{"hotfixVersion", "1.9"}});
   describe("version", "1.10");
   EXPECT_EQ(run(), 1);
+  EXPECT_EQ(record(), code(7, {destination() + "/Quillmere.app"}));
+  EXPECT_EQ(*info().find("hotfixVersion"), Value("1.9"));
 
   writeInfo({{"hotfixVersion", "10"}});
   describe("version", "2");
   EXPECT_EQ(run(), 0);
+  EXPECT_EQ(record(), code(0, {}));
+  EXPECT_EQ(*info().find("hotfixVersion"), Value("2"));
 }
 
 TEST_F(InstallerTest, AbsentVersionsAreNoObstacle) {
@@ -454,6 +460,9 @@ TEST_F(InstallerTest, RegisteredBundleThatIsGoneIsPassedOver) {
   registerBundle(_sandbox.path("Gone.app"));
 
   EXPECT_EQ(run(), 0);
+
+  EXPECT_EQ(*info().find("hotfixVersion"), Value("6.2.3.1"));
+  EXPECT_FALSE(_sandbox.exists("Gone.app"));
 }
 
 TEST_F(InstallerTest, BundleRegisteredUnderAnotherNameSeparatesDriverAndWorkflow) {
@@ -755,6 +764,7 @@ TEST_F(ErrorStatusTest, MarkerIsMadeForAnUnknownUserToo) {
 
   setHotfixErrorStatus(false);
 
+  EXPECT_EQ(_sandbox.read(_sandbox.paths().errorMarker), "");
   EXPECT_EQ(_sandbox.mode(_sandbox.paths().errorMarker), 0777U);
 }
 
