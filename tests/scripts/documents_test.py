@@ -1,0 +1,27 @@
+"""What the documents list is what there is, where neither a compiler nor a program looks."""
+
+import re
+import unittest
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+
+
+def textOf(name):
+    return (ROOT / name).read_text(encoding="utf-8")
+
+
+class LibraryGuideTest(unittest.TestCase):
+    def testEveryPublicHeaderIsListedOnce(self):
+        section = textOf("docs/library.md").split("\n## What is where\n")[1].split("\n## ")[0]
+        rows = [line for line in section.splitlines() if line.startswith("| `")]
+        listed = [name for row in rows for name in re.findall(r"`(hotfix/[^`]+)`", row.split("|")[1])]
+        include = ROOT / "include"
+        headers = [path.relative_to(include).as_posix() for path in include.rglob("*.h")]
+        self.assertGreater(len(headers), 20)
+
+        self.assertEqual(sorted(listed), sorted(headers))
+
+
+if __name__ == "__main__":
+    unittest.main()
