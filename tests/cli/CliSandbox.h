@@ -137,9 +137,9 @@ class CliSandbox {
 
   // --- Children ----------------------------------------------------------------------------------
 
-  // Puts a program played by the helper at the path; its role is the path's last component.
+  // Puts a program played by the child program at the path; its role is the path's last component.
   void installChild(const std::string& path, mode_t mode = 0755) const;
-  // Puts a copy of the helper itself there, for programs whose own path in the process list counts.
+  // Puts a copy of the child program there, for programs whose own path in the process list counts.
   void copyChildProgram(const std::string& path) const;
   void script(const std::string& role, const ChildScript& script) const;
   void script(const std::string& role, int start, const ChildScript& script) const;

@@ -33,7 +33,7 @@ class RunningProgramTest : public ::testing::Test {
     if (_child) _children.wait(*_child);
   }
 
-  // Runs a copy of the helper until the end of the test; returns when it is known to be up.
+  // Runs a copy of the child program until the end of the test; returns when it is known to be up.
   std::string runCopy(const std::string& name) {
     const std::string copy = _folder.path(name);
     fs::copy_file(recordedChild(), copy);

@@ -79,7 +79,7 @@ class PosixChildProcessesTest : public ::testing::Test {
   // What each child does, in the child's own words: see children/RecordedChild.cpp.
   void script(const std::string& lines) { _played.script("RecordedChild", lines); }
 
-  Command helper(std::vector<std::string> arguments = {}) {
+  Command playedChild(std::vector<std::string> arguments = {}) {
     return {recordedChild(), std::move(arguments)};
   }
 
@@ -122,7 +122,7 @@ TEST_F(PosixChildProcessesTest, ArgumentsReachTheChildAsTheyAre) {
       "",          "a b",  "$HOME *", "\"quoted\" 'too'", "back\\slash", "two\nlines",
       "M\xC3\xBC", "\xFF", "-x=1"};
 
-  run(helper(arguments));
+  run(playedChild(arguments));
 
   EXPECT_EQ(onlyRecord().executable, recordedChild());
   EXPECT_THAT(onlyRecord().arguments, ElementsAreArray(arguments));
@@ -136,7 +136,7 @@ TEST_F(PosixChildProcessesTest, AChildHoldsStandardInputAndTheNullDeviceOnly) {
   const int inheritable = open(input.c_str(), O_RDONLY);
   const int high = fcntl(inheritable, F_DUPFD, 200);
 
-  run(helper());
+  run(playedChild());
   close(inheritable);
   close(high);
 
@@ -147,7 +147,7 @@ TEST_F(PosixChildProcessesTest, AChildHoldsStandardInputAndTheNullDeviceOnly) {
 TEST_F(PosixChildProcessesTest, AChildMayWriteToItsNullDevice) {
   script("print\tx\nerror\tx\nwrite\t" + _folder.path("done") + "\n");
 
-  run(helper());
+  run(playedChild());
 
   EXPECT_TRUE(std::filesystem::exists(_folder.path("done")));
 }
@@ -165,7 +165,7 @@ TEST_F(PosixChildProcessesTest, AChildHasDefaultSignalHandling) {
   for (const int signal : {SIGTERM, SIGCHLD, SIGUSR1, NSIG - 2}) sigaddset(&blocked, signal);
   sigprocmask(SIG_BLOCK, &blocked, &previous);
 
-  run(helper());
+  run(playedChild());
   sigprocmask(SIG_SETMASK, &previous, nullptr);
 
   EXPECT_THAT(onlyRecord().ignoredSignals, IsEmpty());
@@ -177,7 +177,7 @@ TEST_F(PosixChildProcessesTest, AChildInheritsEnvironmentFolderMaskAndUser) {
   const ScopedVariable variable("HOTFIX_TEST_VARIABLE", "a value");
   const mode_t mask = umask(027);
 
-  run(helper());
+  run(playedChild());
   umask(mask);
 
   EXPECT_THAT(onlyRecord().environment, Contains(Pair("HOTFIX_TEST_VARIABLE", "a value")));
@@ -190,7 +190,7 @@ TEST_F(PosixChildProcessesTest, StartReturnsWhileTheChildRuns) {
   proves("CHILD-5");
   script("await\t" + _folder.path("go") + "\nwrite\t" + _folder.path("done") + "\tdone\n");
 
-  const auto child = _children.start(helper(), nullptr);
+  const auto child = _children.start(playedChild(), nullptr);
   ASSERT_TRUE(child.has_value());
   const bool wasDone = std::filesystem::exists(_folder.path("done"));
   _folder.makeFile("go", "");
@@ -202,7 +202,7 @@ TEST_F(PosixChildProcessesTest, StartReturnsWhileTheChildRuns) {
 
 TEST_F(PosixChildProcessesTest, WaitLeavesNoChildBehind) {
   proves("CHILD-5");
-  run(helper());
+  run(playedChild());
 
   expectNoChildren();
 }
@@ -212,7 +212,7 @@ TEST_F(PosixChildProcessesTest, WaitReturnsHoweverTheChildEnds) {
   for (const char* ending : {"exit\t3\n", "kill\t15\n", "kill\t9\n"}) {
     script(ending);
 
-    run(helper());
+    run(playedChild());
 
     expectNoChildren();
   }
@@ -227,7 +227,7 @@ TEST_F(PosixChildProcessesTest, WaitTellsTheSignalThatEndedTheChild) {
   for (const auto& [ending, told] : endings) {
     script(ending);
 
-    const auto child = _children.start(helper(), nullptr);
+    const auto child = _children.start(playedChild(), nullptr);
 
     ASSERT_TRUE(child.has_value());
     EXPECT_EQ(_children.wait(*child), told) << ending;
@@ -239,7 +239,7 @@ TEST_F(PosixChildProcessesTest, SignalsDoNotCutTheWaitShort) {
   const ScopedAction action(SIGUSR1, passOver);
   script("signal-parent\t10\t50\nwrite\t" + _folder.path("done") + "\n");
 
-  run(helper());
+  run(playedChild());
 
   EXPECT_TRUE(std::filesystem::exists(_folder.path("done")));
   expectNoChildren();
@@ -271,7 +271,7 @@ TEST_F(PosixChildProcessesTest, WhatCannotBeExecutedIsTold) {
   EXPECT_EQ(reasonFor({_folder.path(), {}}), "Permission denied");
   EXPECT_EQ(reasonFor({_folder.makeFile("text", "echo x\n", 0755), {}}), "Exec format error");
   EXPECT_EQ(reasonFor({"", {}}), "No such file or directory");
-  EXPECT_EQ(reasonFor(helper({std::string(1 << 20, 'x')})), "Argument list too long");
+  EXPECT_EQ(reasonFor(playedChild({std::string(1 << 20, 'x')})), "Argument list too long");
 }
 
 TEST_F(PosixChildProcessesTest, AFailedStartLeavesNothingBehind) {
@@ -299,7 +299,7 @@ TEST_P(FirstLineTest, IsCutAtTheLineFeed) {
   proves("CHILD-7");
   script(GetParam().script);
 
-  EXPECT_EQ(_children.firstLine(helper()), GetParam().expected);
+  EXPECT_EQ(_children.firstLine(playedChild()), GetParam().expected);
 
   expectNoChildren();
 }
@@ -332,7 +332,7 @@ TEST_F(PosixChildProcessesTest, FirstLineGivesTheChildAPipeAndTheNullDevice) {
   const ScopedDescriptor standardInput(STDIN_FILENO, "/dev/zero", O_RDONLY);
   script("print\ta%0A\n");
 
-  EXPECT_EQ(_children.firstLine(helper({"--failfast"})), "a");
+  EXPECT_EQ(_children.firstLine(playedChild({"--failfast"})), "a");
 
   EXPECT_THAT(
       onlyRecord().descriptors,
@@ -344,7 +344,7 @@ TEST_F(PosixChildProcessesTest, FirstLineWaitsForTheChildsEnd) {
   proves("CHILD-7");
   script("print\ta%0A\nwrite\t" + _folder.path("done") + "\n");
 
-  EXPECT_EQ(_children.firstLine(helper()), "a");
+  EXPECT_EQ(_children.firstLine(playedChild()), "a");
 
   EXPECT_TRUE(std::filesystem::exists(_folder.path("done")));
 }
@@ -354,7 +354,7 @@ TEST_F(PosixChildProcessesTest, AChildThatGoesOnPrintingIsStopped) {
   const ScopedAction action(SIGPIPE, SIG_IGN);
   script("print\ta%0A\nfill\t1000000\nwrite\t" + _folder.path("done") + "\n");
 
-  EXPECT_EQ(_children.firstLine(helper()), "a");
+  EXPECT_EQ(_children.firstLine(playedChild()), "a");
 
   EXPECT_FALSE(std::filesystem::exists(_folder.path("done")));
   expectNoChildren();
@@ -364,7 +364,7 @@ TEST_F(PosixChildProcessesTest, SignalsDoNotCutTheLineShort) {
   const ScopedAction action(SIGUSR1, passOver);
   script("print\ta\nsignal-parent\t10\t50\nprint\tb%0A\n");
 
-  EXPECT_EQ(_children.firstLine(helper()), "ab");
+  EXPECT_EQ(_children.firstLine(playedChild()), "ab");
 }
 
 TEST_F(PosixChildProcessesTest, FirstLineLeavesNoDescriptorOpen) {
@@ -372,7 +372,7 @@ TEST_F(PosixChildProcessesTest, FirstLineLeavesNoDescriptorOpen) {
   const std::size_t descriptors = countOpenDescriptors();
   script("print\ta%0A\n");
 
-  EXPECT_EQ(_children.firstLine(helper()), "a");
+  EXPECT_EQ(_children.firstLine(playedChild()), "a");
   EXPECT_EQ(_children.firstLine({"/nowhere/tool", {}}), std::nullopt);
 
   EXPECT_EQ(countOpenDescriptors(), descriptors);
@@ -384,7 +384,7 @@ TEST_F(PosixChildProcessesTest, WithoutAPipeThereIsNoFirstLineAndNoStart) {
   {
     const ScopedLimit limit(RLIMIT_NOFILE, 64);
     const std::vector<int> descriptors = takeAllDescriptors();
-    line = _children.firstLine(helper());
+    line = _children.firstLine(playedChild());
     for (const int descriptor : descriptors) close(descriptor);
   }
 
