@@ -76,6 +76,17 @@ class FileManager {
   FileManager& operator=(const FileManager&) = delete;
   virtual ~FileManager() = default;
 
+  // Opens the folder once, for as long as a copy of the answer lives: whatever becomes of its name
+  // meanwhile, all paths below it are looked up beneath what was opened. Links on the way are
+  // followed to places inside it only; what leads elsewhere can neither be looked at nor changed. A
+  // folder that is missing is opened when it is there. One to which another user's link leads is
+  // opened when that user owns it; else all that can be asked is whether something is there.
+  // `newOwner`: the account that what is below the folder is handed to. A file with several names
+  // that somebody else owns counts as unreadable then, for it can be one that this user is not
+  // meant to see. Null, with nothing held, for the root.
+  [[nodiscard]] virtual std::shared_ptr<const void> hold(
+      const std::string& folder, const std::optional<std::string>& newOwner) = 0;
+
   // Links are followed: a dangling link does not exist.
   virtual bool exists(const std::string& path, FileError* error = nullptr) = 0;
   // Exists and is a folder, links followed.

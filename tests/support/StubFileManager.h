@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +18,9 @@ class StubFileManager : public FileManager {
   std::map<std::string, std::string> contents;  // by path; any other file cannot be read
   std::vector<std::string> names;               // what every folder holds
 
+  std::shared_ptr<const void> hold(const std::string&, const std::optional<std::string>&) override {
+    return nullptr;
+  }
   bool exists(const std::string&, FileError*) override { return true; }
   bool isDirectory(const std::string&) override { return true; }
   bool entryExists(const std::string&) override { return true; }

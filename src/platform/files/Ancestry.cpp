@@ -15,6 +15,10 @@ std::optional<FileIdentity> identityOf(int file) {
   return identityOf(status);
 }
 
+bool isBorrowed(const struct stat& file, std::optional<uid_t> owner) {
+  return owner && file.st_nlink > 1 && file.st_uid != *owner;
+}
+
 std::optional<std::set<FileIdentity>> ancestryOf(int folder) {
   std::set<FileIdentity> ancestry;
   Descriptor above;

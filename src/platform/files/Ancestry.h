@@ -20,6 +20,10 @@ struct FileIdentity {
 FileIdentity identityOf(const struct stat& status);
 [[nodiscard]] std::optional<FileIdentity> identityOf(int file);
 
+// Whether the file has several names and belongs to somebody else than `owner`, who could have
+// given it one of them. Never so where anybody may own it.
+bool isBorrowed(const struct stat& file, std::optional<uid_t> owner);
+
 // The open folder and all folders above it up to the root; nullopt when the way up is barred.
 [[nodiscard]] std::optional<std::set<FileIdentity>> ancestryOf(int folder);
 

@@ -34,6 +34,11 @@ ssize_t readLink(int item, char* target, std::size_t size);
 [[nodiscard]] int changeOwnerOfItem(int item, uid_t owner, gid_t group);
 [[nodiscard]] int changeModeOfItem(int item, mode_t mode);
 
+// Opens a folder for listing and as an anchor; links on the way, the last component's too, are
+// followed as long as none leads out of the open folder `above`. EXDEV when one does or is
+// absolute, ENOSYS where the system has no such call.
+[[nodiscard]] int openFolderBeneath(int above, const char* path);
+
 // The folder above an open folder; the root is above itself.
 [[nodiscard]] int openFolderAbove(int folder);
 

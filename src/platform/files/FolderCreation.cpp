@@ -1,6 +1,6 @@
 #include "platform/files/FolderCreation.h"
 
-#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,11 +14,18 @@ namespace {
 constexpr mode_t kDefaultMode = 0777;
 constexpr mode_t kPrivateMode = 0700;
 
-int makeFolderUnlessThere(FileChanges& changes, const std::string& path) {
-  if (leadsToFolder(AT_FDCWD, path)) return 0;
-  const int error = changes.makeFolder(AT_FDCWD, path, kDefaultMode);
+bool isThere(HeldFolders& folders, const std::string& path) {
+  const auto status = folders.item(path).status();
+  return status && S_ISDIR(status->st_mode);
+}
+
+int makeFolderUnlessThere(HeldFolders& folders, FileChanges& changes, const std::string& path) {
+  if (isThere(folders, path)) return 0;
+  const Place place = folders.place(path);
+  if (!place.usable()) return place.error;
+  const int error = changes.makeFolder(place.folder.get(), place.name, kDefaultMode);
   // Somebody else may have made it in between.
-  return error == EEXIST && leadsToFolder(AT_FDCWD, path) ? 0 : error;
+  return error == EEXIST && isThere(folders, path) ? 0 : error;
 }
 
 // Who may write into the folder above can have put another folder in the place of the new one.
@@ -38,19 +45,17 @@ int applyAttributes(FileChanges& changes, int folder, const Ownership& ownership
 
 }  // namespace
 
-int makeFoldersAbove(FileChanges& changes, const std::string& path) {
+int makeFoldersAbove(HeldFolders& folders, FileChanges& changes, const std::string& path) {
   for (auto slash = path.find('/', 1); slash != std::string::npos;
        slash = path.find('/', slash + 1)) {
     const std::string above = path.substr(0, slash);
-    if (const int error = makeFolderUnlessThere(changes, above)) return error;
+    if (const int error = makeFolderUnlessThere(folders, changes, above)) return error;
   }
   return 0;
 }
 
-int makeOwnedFolder(FileChanges& changes, const std::string& path, const Ownership& ownership,
+int makeOwnedFolder(FileChanges& changes, const Place& place, const Ownership& ownership,
                     mode_t mode) {
-  const Place place = openPlace(path);
-  if (!place.usable()) return place.error;
   const int parent = place.folder.get();
   if (const int error = changes.makeFolder(parent, place.name, kPrivateMode)) return error;
   const Descriptor folder = openFolder(parent, place.name);

@@ -1,6 +1,5 @@
 #include "platform/files/FolderLock.h"
 
-#include <fcntl.h>
 #include <sys/file.h>
 
 #include <cerrno>
@@ -8,35 +7,32 @@
 #include <utility>
 
 #include "platform/files/Ancestry.h"
-#include "platform/files/Opening.h"
 #include "platform/posix/Uninterrupted.h"
 
 namespace installer {
 
 namespace {
 
-using HeldFolders = std::map<FileIdentity, std::weak_ptr<const Descriptor>>;
+using LockedFolders = std::map<FileIdentity, std::weak_ptr<const Descriptor>>;
 
 // What this process holds. A descriptor that is closed gives the lock back.
-HeldFolders& heldFolders() {
-  static HeldFolders folders;
+LockedFolders& lockedFolders() {
+  static LockedFolders folders;
   std::erase_if(folders, [](const auto& entry) { return entry.second.expired(); });
   return folders;
 }
 
 }  // namespace
 
-LockAttempt tryLockFolder(const std::string& folder) {
-  if (!isUsablePath(folder)) return {};
-  Descriptor descriptor = openFolderFollowingLinks(AT_FDCWD, folder);
-  const auto identity = identityOf(descriptor.get());
+LockAttempt tryLockFolder(Descriptor folder) {
+  const auto identity = identityOf(folder.get());
   if (!identity) return {};
-  HeldFolders& held = heldFolders();
+  LockedFolders& held = lockedFolders();
   if (const auto found = held.find(*identity); found != held.end())
     return {.busy = false, .hold = found->second.lock()};
-  if (uninterrupted([&] { return ::flock(descriptor.get(), LOCK_EX | LOCK_NB); }) != 0)
+  if (uninterrupted([&] { return ::flock(folder.get(), LOCK_EX | LOCK_NB); }) != 0)
     return {.busy = errno == EWOULDBLOCK, .hold = nullptr};
-  const auto hold = std::make_shared<const Descriptor>(std::move(descriptor));
+  const auto hold = std::make_shared<const Descriptor>(std::move(folder));
   held.emplace(*identity, hold);
   return {.busy = false, .hold = hold};
 }

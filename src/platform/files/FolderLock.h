@@ -1,13 +1,12 @@
 #pragma once
 
-#include <string>
-
 #include "platform/FileManager.h"
+#include "platform/posix/Descriptor.h"
 
 namespace installer {
 
-// Takes the folder's advisory lock, as FileManager::tryLock promises. What the process holds is
-// remembered for the whole of it, without a guard: locks are taken and given back by one thread.
-[[nodiscard]] LockAttempt tryLockFolder(const std::string& folder);
+// Takes the open folder's advisory lock, as FileManager::tryLock promises. What the process holds
+// is remembered for the whole of it, without a guard: locks are taken and given back by one thread.
+[[nodiscard]] LockAttempt tryLockFolder(Descriptor folder);
 
 }  // namespace installer

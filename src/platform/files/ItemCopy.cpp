@@ -73,6 +73,7 @@ bool ItemCopy::copyFile(const Entry& source, const Entry& copy) {
 int ItemCopy::fillFile(int from, int to) {
   struct stat status {};
   if (::fstat(from, &status) != 0) return errno;
+  if (isBorrowed(status, _owner)) return EPERM;
   if (const int error = _changes.copyBytes(from, to)) return error;
   if (const int error = giveModeAndTime(to, status)) return error;
   return _flush == Flush::eachFile ? _changes.flush(to) : 0;

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <optional>
 #include <string>
 
 #include "platform/files/FileChanges.h"
@@ -26,7 +27,9 @@ enum class Flush {
 // process's. No pipe, socket or device is opened.
 class ItemCopy {
  public:
-  ItemCopy(FileChanges& changes, Flush flush) : _changes(changes), _flush(flush) {}
+  // `owner`: who may own source files with several names; anybody when absent.
+  ItemCopy(FileChanges& changes, Flush flush, std::optional<uid_t> owner = std::nullopt)
+      : _changes(changes), _flush(flush), _owner(owner) {}
 
   // Stops at the first item that cannot be copied and answers false. `temporary` receives the name
   // of what was copied, be it a part of a tree; empty when that is nothing.
@@ -54,6 +57,7 @@ class ItemCopy {
 
   FileChanges& _changes;
   Flush _flush;
+  std::optional<uid_t> _owner;
   std::string _item;  // under way
   std::string _failedItem;
   std::string _reason;

@@ -16,7 +16,6 @@ namespace installer {
 namespace {
 
 constexpr int kMaximumLinks = 40;  // as many as the system itself follows
-constexpr uid_t kRoot = 0;
 
 std::optional<std::string> targetOf(const Descriptor& link) {
   std::array<char, PATH_MAX> target;
@@ -27,7 +26,8 @@ std::optional<std::string> targetOf(const Descriptor& link) {
 
 class LinkWalk {
  public:
-  explicit LinkWalk(const LinkJudge& mayFollow) : _mayFollow(mayFollow) {}
+  LinkWalk(Descriptor start, const LinkJudge& mayFollow)
+      : _mayFollow(mayFollow), _folder(std::move(start)) {}
 
   Place run(const std::string& path) {
     Place place;
@@ -88,66 +88,10 @@ class LinkWalk {
   int _links = 0;
 };
 
-// The folders' identities, but for missing ones and the root, which would hold everything.
-std::set<FileIdentity> identitiesOf(const std::vector<std::string>& folders) {
-  std::set<FileIdentity> identities;
-  for (const std::string& folder : folders) {
-    const auto status =
-        isUsablePath(folder) ? statusFollowingLinks(AT_FDCWD, folder) : std::nullopt;
-    if (status) identities.insert(identityOf(*status));
-  }
-  if (const auto root = statusFollowingLinks(AT_FDCWD, "/")) identities.erase(identityOf(*root));
-  return identities;
-}
-
-bool isBelowOne(const Descriptor& folder, const std::set<FileIdentity>& others) {
-  const auto ancestry = ancestryOf(folder.get());
-  return ancestry && std::any_of(others.begin(), others.end(), [&](const FileIdentity& other) {
-           return ancestry->contains(other);
-         });
-}
-
-std::string folderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "." : path.substr(0, slash + 1);
-}
-
-bool isRegularFile(const Place& place) {
-  const auto status = statusOf(place.folder.get(), place.name);
-  return status && S_ISREG(status->st_mode);
-}
-
 }  // namespace
 
-Place openPlaceBehindLinks(const std::string& path, const LinkJudge& mayFollow) {
-  return LinkWalk(mayFollow).run(withoutTrailingSlashes(path));
-}
-
-Descriptor openNamedFolder(const std::string& path, uid_t user, std::set<FileIdentity>& links) {
-  const std::string named = withoutTrailingSlashes(path);
-  const auto status = statusOf(AT_FDCWD, named);
-  if (!status) return {};
-  if (!S_ISLNK(status->st_mode)) return openFolder(AT_FDCWD, named);
-  const Place place = openPlaceBehindLinks(named, [&](const struct stat& link) {
-    // One with a second name can have been made for another place.
-    const bool trusted = (link.st_uid == kRoot || link.st_uid == user) && link.st_nlink == 1;
-    if (trusted) links.insert(identityOf(link));
-    return trusted;
-  });
-  errno = place.error;
-  return place.usable() ? openFolder(place.folder.get(), place.name) : Descriptor();
-}
-
-Place openFileWithin(const std::string& path, const std::vector<std::string>& within) {
-  const std::string link = withoutTrailingSlashes(path);
-  Place file = openPlaceBehindLinks(link, [](const struct stat&) { return true; });
-  if (!file.usable()) return file;
-  std::vector<std::string> folders = within;
-  folders.push_back(folderOf(link));
-  if (isRegularFile(file) && isBelowOne(file.folder, identitiesOf(folders))) return file;
-  Place none;
-  none.error = EPERM;
-  return none;
+Place openPlaceBehindLinks(Descriptor start, const std::string& path, const LinkJudge& mayFollow) {
+  return LinkWalk(std::move(start), mayFollow).run(withoutTrailingSlashes(path));
 }
 
 }  // namespace installer

@@ -10,12 +10,6 @@ namespace installer {
 
 namespace {
 
-Place unusablePlace(int error) {
-  Place place;
-  place.error = error;
-  return place;
-}
-
 std::optional<struct stat> statusWithFlags(int folder, const std::string& name, int flags) {
   struct stat status {};
   if (::fstatat(folder, name.c_str(), &status, flags) != 0) return std::nullopt;
@@ -39,6 +33,12 @@ Descriptor openRegular(int folder, const std::string& name, int statusFlags, int
 
 }  // namespace
 
+Place noPlace(int error) {
+  Place place;
+  place.error = error;
+  return place;
+}
+
 bool isUsablePath(std::string_view path) {
   return !path.empty() && path.find('\0') == std::string_view::npos;
 }
@@ -49,13 +49,13 @@ std::string withoutTrailingSlashes(std::string_view path) {
 }
 
 Place openPlace(const std::string& path) {
-  if (!isUsablePath(path)) return unusablePlace(ENOENT);
+  if (!isUsablePath(path)) return noPlace(ENOENT);
   const std::string whole = withoutTrailingSlashes(path);
   const auto slash = whole.rfind('/');
   const bool hasFolder = slash != std::string::npos;
   Place place;
   place.name = hasFolder ? whole.substr(slash + 1) : whole;
-  if (place.name.empty()) return unusablePlace(EISDIR);  // the root
+  if (place.name.empty()) return noPlace(EISDIR);  // the root
   const std::string folder = hasFolder ? whole.substr(0, slash + 1) : ".";
   place.folder = openFolderFollowingLinks(AT_FDCWD, folder);
   if (!place.usable()) place.error = errno;

@@ -19,6 +19,9 @@ struct Place {
   bool usable() const { return folder.valid(); }
 };
 
+// Nowhere, for this reason.
+Place noPlace(int error);
+
 // A path as the system can take it: a zero byte would silently cut it short.
 bool isUsablePath(std::string_view path);
 

@@ -14,7 +14,7 @@
 #include "platform/files/FolderCreation.h"
 #include "platform/files/FolderLock.h"
 #include "platform/files/FolderReader.h"
-#include "platform/files/LinkWalk.h"
+#include "platform/files/LinkedContent.h"
 #include "platform/files/LogOpening.h"
 #include "platform/files/Opening.h"
 #include "platform/files/Ownership.h"
@@ -42,9 +42,13 @@ bool answerWithItem(int error, const std::string& path, std::string_view done, F
 
 // The bytes of a file just opened; errno is still that of a failed opening.
 std::optional<std::string> readOpened(const Descriptor& file, const std::string& path,
-                                      FileError* error) {
+                                      std::optional<uid_t> owner, FileError* error) {
   std::optional<std::string> bytes;
-  if (file.valid()) bytes = readWhole(file, FileManager::kMaximumRead);
+  const auto status = file.valid() ? statusOf(file) : std::nullopt;
+  if (status && isBorrowed(*status, owner))
+    errno = EPERM;
+  else if (status)
+    bytes = readWhole(file, FileManager::kMaximumRead);
   if (!bytes && error != nullptr) *error = readFailure(path, errno);
   return bytes;
 }
@@ -59,36 +63,42 @@ void takeOver(const struct stat& replaced, NewFile& file) {
 }  // namespace
 
 PosixFileManager::PosixFileManager(UserContext& users)
-    : _users(users), _changes([this](FileOperation operation) { return refusal(operation); }) {}
+    : _users(users),
+      _folders(users),
+      _changes([this](FileOperation operation) { return refusal(operation); }) {}
 
 int PosixFileManager::refusal(FileOperation) {
   return 0;
 }
 
+std::shared_ptr<const void> PosixFileManager::hold(const std::string& folder,
+                                                   const std::optional<std::string>& newOwner) {
+  const auto user = newOwner ? _users.findUser(*newOwner) : std::nullopt;
+  return _folders.hold(folder, user ? std::optional(user->uid) : std::nullopt);
+}
+
 bool PosixFileManager::exists(const std::string& path, FileError* error) {
-  const bool usable = isUsablePath(path);
-  if (usable && statusFollowingLinks(AT_FDCWD, path)) return true;
-  return answerWithItem(usable ? errno : ENOENT, path, "looked at", error);
+  if (_folders.glimpse(path).status()) return true;
+  return answerWithItem(errno, path, "looked at", error);
 }
 
 bool PosixFileManager::isDirectory(const std::string& path) {
-  return isUsablePath(path) && leadsToFolder(AT_FDCWD, path);
+  const auto status = _folders.glimpse(path).status();
+  return status && S_ISDIR(status->st_mode);
 }
 
 bool PosixFileManager::entryExists(const std::string& path) {
-  return isUsablePath(path) && statusOf(AT_FDCWD, withoutTrailingSlashes(path)).has_value();
+  return _folders.entry(path).status().has_value();
 }
 
 std::optional<uid_t> PosixFileManager::owner(const std::string& path) {
-  if (!isUsablePath(path)) return std::nullopt;
-  const auto status = statusOf(AT_FDCWD, withoutTrailingSlashes(path));
+  const auto status = _folders.entry(path).status();
   if (!status) return std::nullopt;
   return status->st_uid;
 }
 
 std::optional<std::vector<std::string>> PosixFileManager::list(const std::string& folder) {
-  if (!isUsablePath(folder)) return std::nullopt;
-  FolderReader reader(openFolderFollowingLinks(AT_FDCWD, folder));
+  FolderReader reader(_folders.item(folder).openFolder());
   std::vector<std::string> names;
   while (auto name = reader.next()) names.push_back(std::move(*name));
   if (reader.error() != 0) return std::nullopt;
@@ -97,19 +107,15 @@ std::optional<std::vector<std::string>> PosixFileManager::list(const std::string
 }
 
 std::optional<std::string> PosixFileManager::read(const std::string& path, FileError* error) {
-  errno = ENOENT;
-  const Descriptor file =
-      isUsablePath(path) ? openRegularFileFollowingLinks(AT_FDCWD, path) : Descriptor();
-  return readOpened(file, path, error);
+  return readOpened(_folders.item(path).openFile(), path, _folders.ownerOf(path), error);
 }
 
 std::optional<std::string> PosixFileManager::readUnlinked(const std::string& path, uid_t* owner,
                                                           FileError* error) {
-  errno = ENOENT;
-  const Descriptor file = isUsablePath(path) ? openRegularFile(AT_FDCWD, path) : Descriptor();
+  const Descriptor file = _folders.entry(path).openFile();
   const auto status = file.valid() ? statusOf(file) : std::nullopt;
   if (status && owner != nullptr) *owner = status->st_uid;
-  return readOpened(file, path, error);
+  return readOpened(file, path, _folders.ownerOf(path), error);
 }
 
 bool PosixFileManager::write(const std::string& path, std::string_view bytes, ReplacedFile replaced,
@@ -119,7 +125,7 @@ bool PosixFileManager::write(const std::string& path, std::string_view bytes, Re
 
 int PosixFileManager::replace(const std::string& path, std::string_view bytes,
                               ReplacedFile replaced, std::optional<mode_t> mode) {
-  const Place place = openPlace(path);
+  const Place place = _folders.place(path);
   if (!place.usable()) return place.error;
   NewFile file{bytes, mode, {}};
   const auto old = statusOf(place.folder.get(), place.name);
@@ -130,20 +136,21 @@ int PosixFileManager::replace(const std::string& path, std::string_view bytes,
 
 bool PosixFileManager::copy(const CopySource& from, const std::string& to, ExistingItem existing,
                             FileError* error) {
-  auto failed = SingleCopy(_changes, from, to, existing).run();
+  auto failed = SingleCopy(_folders, _changes, from, to, existing).run();
   if (failed && error != nullptr) *error = std::move(*failed);
   return !failed;
 }
 
 bool PosixFileManager::hasContent(const CopySource& source) {
   if (!source.within || !isUsablePath(source.path)) return true;
-  const std::string path = withoutTrailingSlashes(source.path);
-  return !isLink(AT_FDCWD, path) || openFileWithin(path, *source.within).usable();
+  const auto status = _folders.entry(source.path).status();
+  return !status || !S_ISLNK(status->st_mode) ||
+         openLinkedContent(_folders, source.path, *source.within).usable();
 }
 
 void PosixFileManager::merge(const std::string& from, const std::string& to,
                              const std::string& boundary) {
-  TreeMerge(_changes, boundary).run(from, to);
+  TreeMerge(_folders, _changes, boundary).run(from, to);
 }
 
 bool PosixFileManager::remove(const std::string& path, FileError* error) {
@@ -151,7 +158,7 @@ bool PosixFileManager::remove(const std::string& path, FileError* error) {
 }
 
 int PosixFileManager::removeAt(const std::string& path) {
-  const Place place = openPlace(path);
+  const Place place = _folders.place(path);
   if (!place.usable()) return place.error;
   if (place.name == "." || place.name == "..") return EINVAL;
   return removeEntry(_changes, place.folder.get(), place.name);
@@ -170,17 +177,19 @@ bool PosixFileManager::createDirectory(const std::string& path, Intermediates in
 int PosixFileManager::makeFolder(const std::string& path, bool withFoldersAbove,
                                  const std::optional<FileAttributes>& attributes) {
   if (!isUsablePath(path)) return ENOENT;
-  const std::string folder = withoutTrailingSlashes(path);
   if (withFoldersAbove) {
-    if (const int error = makeFoldersAbove(_changes, folder)) return error;
+    if (const int error = makeFoldersAbove(_folders, _changes, withoutTrailingSlashes(path)))
+      return error;
   }
-  if (!attributes) return _changes.makeFolder(AT_FDCWD, folder, kDefaultFolderMode);
-  return makeOwnedFolder(_changes, folder, resolveOwnership(_users, *attributes), attributes->mode);
+  const Place place = _folders.place(path);
+  if (!place.usable()) return place.error == EISDIR ? EEXIST : place.error;  // the root is there
+  if (!attributes) return _changes.makeFolder(place.folder.get(), place.name, kDefaultFolderMode);
+  return makeOwnedFolder(_changes, place, resolveOwnership(_users, *attributes), attributes->mode);
 }
 
 bool PosixFileManager::createFile(const std::string& path, std::string_view bytes,
                                   const FileAttributes& attributes) {
-  const Place place = openPlace(path);
+  const Place place = _folders.place(path);
   if (!place.usable()) return false;
   const NewFile file{bytes, attributes.mode, resolveOwnership(_users, attributes)};
   return replaceFile(_changes, place, file) == 0;
@@ -188,7 +197,7 @@ bool PosixFileManager::createFile(const std::string& path, std::string_view byte
 
 bool PosixFileManager::mayEnter(const std::string& path) {
   std::set<FileIdentity> links;
-  return isUsablePath(path) && openNamedFolder(path, _users.effectiveUserId(), links).valid();
+  return _folders.openNamedFolder(path, links).valid();
 }
 
 bool PosixFileManager::changeAttributesBelowAll(const std::vector<std::string>& folders,
@@ -197,8 +206,7 @@ bool PosixFileManager::changeAttributesBelowAll(const std::vector<std::string>& 
   std::vector<Descriptor> opened;
   bool succeeded = true;
   for (const std::string& path : folders) {
-    Descriptor folder;
-    if (isUsablePath(path)) folder = openNamedFolder(path, _users.effectiveUserId(), links);
+    Descriptor folder = _folders.openNamedFolder(path, links);
     if (folder.valid())
       opened.push_back(std::move(folder));
     else if (!exists(path) || isDirectory(path))
@@ -213,7 +221,7 @@ bool PosixFileManager::changeAttributesBelowAll(const std::vector<std::string>& 
 }
 
 int PosixFileManager::openLog(const std::string& path) {
-  const Place place = openPlace(path);
+  const Place place = _folders.place(path);
   return place.usable() ? openLogFile(_changes, place) : -1;
 }
 
@@ -222,7 +230,7 @@ void PosixFileManager::closeLog(int descriptor) {
 }
 
 LockAttempt PosixFileManager::tryLock(const std::string& folder) {
-  return tryLockFolder(folder);
+  return tryLockFolder(_folders.item(folder).openFolder());
 }
 
 }  // namespace installer

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,6 +10,7 @@
 #include "platform/UserContext.h"
 #include "platform/files/FileChanges.h"
 #include "platform/files/FileOperation.h"
+#include "platform/files/HeldFolders.h"
 
 namespace installer {
 
@@ -18,6 +20,8 @@ class PosixFileManager : public FileManager {
   // Account names are looked up in `users`, which must live at least as long.
   explicit PosixFileManager(UserContext& users);
 
+  [[nodiscard]] std::shared_ptr<const void> hold(
+      const std::string& folder, const std::optional<std::string>& newOwner) override;
   bool exists(const std::string& path, FileError* error = nullptr) override;
   std::optional<uid_t> owner(const std::string& path) override;
   bool isDirectory(const std::string& path) override;
@@ -59,6 +63,7 @@ class PosixFileManager : public FileManager {
                                const std::optional<FileAttributes>& attributes);
 
   UserContext& _users;
+  HeldFolders _folders;
   FileChanges _changes;
 };
 

@@ -1,24 +1,20 @@
 #include "platform/files/SingleCopy.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
 
 #include <cerrno>
 
 #include "platform/files/Ancestry.h"
 #include "platform/files/Failure.h"
-#include "platform/files/LinkWalk.h"
+#include "platform/files/ItemCopy.h"
+#include "platform/files/LinkedContent.h"
 #include "platform/files/TreeRemoval.h"
 
 namespace installer {
 
-SingleCopy::SingleCopy(FileChanges& changes, const CopySource& from, const std::string& to,
-                       ExistingItem existing)
-    : _changes(changes),
-      _from(from),
-      _to(to),
-      _existing(existing),
-      _source{AT_FDCWD, withoutTrailingSlashes(from.path)} {}
+SingleCopy::SingleCopy(HeldFolders& folders, FileChanges& changes, const CopySource& from,
+                       const std::string& to, ExistingItem existing)
+    : _folders(folders), _changes(changes), _from(from), _to(to), _existing(existing) {}
 
 std::optional<FileError> SingleCopy::run() {
   findSource();
@@ -31,48 +27,36 @@ std::optional<FileError> SingleCopy::run() {
 }
 
 void SingleCopy::findSource() {
-  if (!isUsablePath(_from.path)) {
-    _sourceError = ENOENT;
-  } else if (_from.within && isLink(_source.folder, _source.name)) {
-    _behindLink = openFileWithin(_source.name, *_from.within);
-    _sourceError = _behindLink.error;
-    _source = {_behindLink.folder.get(), _behindLink.name};
-  }
-}
-
-std::optional<struct stat> SingleCopy::sourceStatus() const {
-  if (_sourceError == 0) return statusOf(_source.folder, _source.name);
-  errno = _sourceError;
-  return std::nullopt;
+  _source = _folders.entry(_from.path);
+  const auto status = _source.status();
+  if (!_from.within || !status || !S_ISLNK(status->st_mode)) return;
+  _source = foundAt(openLinkedContent(_folders, _from.path, *_from.within));
+  _isBehindLink = true;
 }
 
 std::optional<FileError> SingleCopy::copyItem() {
-  const auto source = sourceStatus();
+  const auto source = _source.status();
   if (!source) {
     const int error = errno;
     return failure(tellsMissing(error) ? FileError::kMissing : FileError::kOther, _from.path,
                    reasonOf(error));
   }
-  if (_existing != ExistingItem::replace && isUsablePath(_to) &&
-      statusOf(AT_FDCWD, withoutTrailingSlashes(_to))) {
-    return answerExisting();
-  }
+  if (_existing != ExistingItem::replace && _folders.entry(_to).status()) return answerExisting();
   return copy(S_ISDIR(source->st_mode));
 }
 
 // A tree is flushed once; a part of one gets its name all the same and the first error is told.
 std::optional<FileError> SingleCopy::copy(bool isFolder) {
-  const Place place = openPlace(_to);
+  const Place place = _folders.place(_to);
   if (!place.usable()) return failure(FileError::kOther, _from.path, reasonOf(place.error));
-  ItemCopy item(_changes, isFolder ? Flush::later : Flush::eachFile);
+  ItemCopy item(_changes, isFolder ? Flush::later : Flush::eachFile, _folders.ownerOf(_from.path));
   std::string temporary;
-  const bool whole = item.build(_source, place.folder.get(), temporary);
+  const bool whole = item.build({_source.folder, _source.name}, place.folder.get(), temporary);
   Failure named;
   if (!temporary.empty()) named = giveName(place, temporary, isFolder);
-  // Behind a link the item has but its name.
-  const std::string& failed = _behindLink.usable() ? _from.path : item.failedItem();
-  if (!whole) return failure(FileError::kOther, failed, item.reason());
-  return named;
+  if (whole) return named;
+  const std::string below = item.failedItem().substr(_source.name.size());
+  return failure(FileError::kOther, withoutTrailingSlashes(_from.path) + below, item.reason());
 }
 
 std::optional<FileError> SingleCopy::giveName(const Place& place, const std::string& temporary,
@@ -101,10 +85,9 @@ int SingleCopy::rename(const Place& place, const std::string& temporary) {
 
 // Removes what a rename cannot replace. 0 when nothing of it is left.
 int SingleCopy::clearTheWay() {
-  if (!isUsablePath(_to)) return 0;
-  const auto old = statusOf(AT_FDCWD, withoutTrailingSlashes(_to));
+  const auto old = _folders.entry(_to).status();
   if (!old || !isInTheWay(*old)) return 0;
-  const Place place = openPlace(_to);
+  const Place place = _folders.place(_to);
   if (!place.usable()) return place.error;
   const int error = removeEntry(_changes, place.folder.get(), place.name);
   return error == ENOENT ? 0 : error;  // somebody was quicker
@@ -112,7 +95,7 @@ int SingleCopy::clearTheWay() {
 
 bool SingleCopy::isInTheWay(const struct stat& old) const {
   if (S_ISDIR(old.st_mode)) return true;
-  const auto source = sourceStatus();
+  const auto source = _source.status();
   return source && (S_ISDIR(source->st_mode) || isOwnPlace(*source, old));
 }
 
@@ -120,15 +103,15 @@ bool SingleCopy::isInTheWay(const struct stat& old) const {
 bool SingleCopy::isOwnPlace(const struct stat& source, const struct stat& old) const {
   if (identityOf(source) != identityOf(old)) return false;
   if (old.st_nlink == 1) return true;
-  const Place named = openPlace(_from.path);
-  const Place& from = _behindLink.usable() ? _behindLink : named;
-  const Place to = openPlace(_to);
-  return from.usable() && to.usable() && from.name == to.name &&
-         identityOf(from.folder.get()) == identityOf(to.folder.get());
+  const Place named = _folders.place(_from.path);
+  const Place to = _folders.place(_to);
+  const int folder = _isBehindLink ? _source.folder : named.folder.get();
+  const std::string& name = _isBehindLink ? _source.name : named.name;
+  return to.usable() && name == to.name && identityOf(folder) == identityOf(to.folder.get());
 }
 
 void SingleCopy::removeOld() {
-  const Place place = openPlace(_to);
+  const Place place = _folders.place(_to);
   if (!place.usable()) return;
   (void)removeEntry(_changes, place.folder.get(), place.name);  // the failure is told already
 }

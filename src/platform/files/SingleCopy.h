@@ -5,7 +5,7 @@
 
 #include "platform/FileManager.h"
 #include "platform/files/FileChanges.h"
-#include "platform/files/ItemCopy.h"
+#include "platform/files/HeldFolders.h"
 #include "platform/files/Opening.h"
 
 namespace installer {
@@ -13,8 +13,8 @@ namespace installer {
 // One copy of an item to a new place, as FileManager::copy promises.
 class SingleCopy {
  public:
-  SingleCopy(FileChanges& changes, const CopySource& from, const std::string& to,
-             ExistingItem existing);
+  SingleCopy(HeldFolders& folders, FileChanges& changes, const CopySource& from,
+             const std::string& to, ExistingItem existing);
 
   // nullopt when the copy counts as done.
   [[nodiscard]] std::optional<FileError> run();
@@ -23,8 +23,6 @@ class SingleCopy {
   using Failure = std::optional<FileError>;
 
   void findSource();
-  [[nodiscard]] std::optional<struct stat> sourceStatus()
-      const;  // with errno set when there is none
   Failure copyItem();
   Failure copy(bool isFolder);
   Failure giveName(const Place& place, const std::string& temporary, bool isFolder);
@@ -38,13 +36,13 @@ class SingleCopy {
   Failure answerExisting() const;
   Failure failure(int code, const std::string& item, const std::string& reason) const;
 
+  HeldFolders& _folders;
   FileChanges& _changes;
   const CopySource& _from;
   const std::string& _to;
   ExistingItem _existing;
-  Entry _source;          // what is copied: the item itself, or the file behind a link
-  Place _behindLink;      // holds that file's folder open
-  int _sourceError = 0;   // why there is nothing to copy
+  FoundEntry _source;  // what is copied: the item itself, or the file behind a link
+  bool _isBehindLink = false;
   bool _isNamed = false;  // the copy, or what there is of it, stands at `_to`
 };
 

@@ -1,7 +1,5 @@
 #include "platform/files/TreeMerge.h"
 
-#include <fcntl.h>
-
 #include <utility>
 
 #include "platform/files/FolderReader.h"
@@ -22,19 +20,18 @@ OpenFolder share(Descriptor folder) {
 
 }  // namespace
 
-TreeMerge::TreeMerge(FileChanges& changes, const std::string& boundary)
-    : _changes(changes), _pending(changes) {
-  if (!isUsablePath(boundary)) return;
-  if (const auto status = statusFollowingLinks(AT_FDCWD, boundary)) _boundary = identityOf(*status);
+TreeMerge::TreeMerge(HeldFolders& folders, FileChanges& changes, const std::string& boundary)
+    : _folders(folders), _changes(changes), _pending(changes) {
+  if (const auto status = folders.item(boundary).status()) _boundary = identityOf(*status);
 }
 
 void TreeMerge::run(const std::string& from, const std::string& to) {
-  if (!isUsablePath(from)) return;
-  const Entry source{AT_FDCWD, withoutTrailingSlashes(from)};
-  Descriptor folder = openFolderFollowingLinks(source.folder, source.name);
-  Place place = openPlace(to);
+  const FoundEntry source = _folders.entry(from);
+  Descriptor folder = _folders.item(from).openFolder();
+  Place place = _folders.place(to);
   if (!folder.valid() || !place.usable()) return;
-  mergeSubfolder(source, place.name, std::move(folder), share(std::move(place.folder)), 0);
+  mergeSubfolder({source.folder, source.name}, place.name, std::move(folder),
+                 share(std::move(place.folder)), 0);
   _pending.settle();
 }
 

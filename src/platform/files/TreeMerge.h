@@ -8,6 +8,7 @@
 
 #include "platform/files/Ancestry.h"
 #include "platform/files/FileChanges.h"
+#include "platform/files/HeldFolders.h"
 #include "platform/files/ItemCopy.h"
 #include "platform/files/PendingNames.h"
 #include "platform/posix/Descriptor.h"
@@ -19,7 +20,7 @@ namespace installer {
 class TreeMerge {
  public:
   // A boundary that does not exist contains nothing.
-  TreeMerge(FileChanges& changes, const std::string& boundary);
+  TreeMerge(HeldFolders& folders, FileChanges& changes, const std::string& boundary);
 
   void run(const std::string& from, const std::string& to);
 
@@ -36,6 +37,7 @@ class TreeMerge {
   bool leadsOut(int folder) const;
   bool isInSource(int folder, int enteredSource) const;
 
+  HeldFolders& _folders;
   FileChanges& _changes;
   PendingNames _pending;
   std::optional<FileIdentity> _boundary;

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <linux/openat2.h>
 #include <stdio.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -10,6 +11,7 @@
 #include <string>
 
 #include "platform/files/Opening.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace installer::syscalls {
 
@@ -72,6 +74,14 @@ int changeModeOfItem(int item, mode_t mode) {
   // very item of the descriptor.
   const std::string name = "/proc/self/fd/" + std::to_string(item);
   return ::chmod(name.c_str(), mode);
+}
+
+int openFolderBeneath(int above, const char* path) {
+  open_how how{};
+  how.flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+  return static_cast<int>(
+      uninterrupted([&] { return ::syscall(SYS_openat2, above, path, &how, sizeof how); }));
 }
 
 int openFolderAbove(int folder) {

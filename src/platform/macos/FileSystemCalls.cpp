@@ -43,6 +43,11 @@ int changeModeOfItem(int item, mode_t mode) {
   return ::fchmod(item, mode);
 }
 
+int openFolderBeneath(int /*above*/, const char* /*path*/) {
+  errno = ENOSYS;
+  return -1;
+}
+
 int openFolderAbove(int folder) {
   return ::openat(folder, "..", O_SEARCH | O_CLOEXEC);
 }

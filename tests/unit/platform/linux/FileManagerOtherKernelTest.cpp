@@ -56,6 +56,25 @@ TEST_F(FileManagerOtherKernelTest, CopiesGetTheirNamesWithoutAKeepingRename) {
   }
 }
 
+TEST_F(FileManagerOtherKernelTest, HeldFoldersAreNotLeftWithoutALookUpBeneath) {
+  proves("FILES-23");
+  _folder.makeFile("out/guarded", "secret");
+  _folder.makeFile("home/deploy/file", "own");
+  _folder.makeLink("home/inside", "deploy");
+  _folder.makeLink("home/outside", "../out");
+
+  for (const int error : {ENOSYS, EPERM}) {
+    EXPECT_TRUE(without(SYS_openat2, error, [&] {
+      const auto hold = _files.hold(path("home"), std::nullopt);
+      return _files.read(path("home/inside/file")) == "own" &&
+             _files.write(path("home/inside/file"), "own") &&
+             !_files.read(path("home/outside/guarded")) &&
+             !_files.write(path("home/outside/new"), "x");
+    })) << error;
+  }
+  EXPECT_THAT(pathsIn(snapshot("out")), ElementsAre("guarded"));
+}
+
 TEST_F(FileManagerOtherKernelTest, SomebodyQuickerIsNotReplacedWithoutAKeepingRename) {
   _folder.makeFile("file", "new");
   _folder.makeFile("tree/file", "new");

@@ -1,0 +1,246 @@
+#include "platform/files/HeldFolders.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "platform/files/Failure.h"
+#include "platform/files/FileSystemCalls.h"
+#include "platform/files/LinkWalk.h"
+#include "platform/files/PathBelow.h"
+
+namespace installer {
+
+namespace {
+
+constexpr uid_t kRoot = 0;
+
+FoundEntry notFound(int error) {
+  FoundEntry entry;
+  entry.error = error;
+  return entry;
+}
+
+FoundEntry atPath(std::string path, bool follow) {
+  FoundEntry entry;
+  entry.folder = AT_FDCWD;
+  entry.name = std::move(path);
+  entry.follow = follow;
+  return entry;
+}
+
+// The walk begins at the folder that was opened, if one was.
+Place behindLinks(FoundEntry entry, const LinkJudge& mayFollow) {
+  if (entry.error != 0) return noPlace(entry.error);
+  return openPlaceBehindLinks(std::move(entry.opened), entry.name, mayFollow);
+}
+
+bool isLink(const FoundEntry& entry) {
+  const auto status = entry.error == 0 ? entry.status() : std::nullopt;
+  return status && S_ISLNK(status->st_mode);
+}
+
+}  // namespace
+
+FoundEntry foundAt(Place place) {
+  FoundEntry entry;
+  entry.error = place.error;
+  entry.opened = std::move(place.folder);
+  entry.folder = entry.opened.get();
+  entry.name = std::move(place.name);
+  return entry;
+}
+
+std::optional<struct stat> FoundEntry::status() const {
+  errno = error;
+  if (error != 0) return std::nullopt;
+  return follow ? statusFollowingLinks(folder, name) : statusOf(folder, name);
+}
+
+Descriptor FoundEntry::openFile() const {
+  errno = error;
+  if (error != 0) return {};
+  return follow ? openRegularFileFollowingLinks(folder, name) : openRegularFile(folder, name);
+}
+
+Descriptor FoundEntry::openFolder() const {
+  errno = error;
+  if (error != 0) return {};
+  return follow ? openFolderFollowingLinks(folder, name) : installer::openFolder(folder, name);
+}
+
+std::shared_ptr<const void> HeldFolders::hold(const std::string& path,
+                                              std::optional<uid_t> newOwner) {
+  if (!isUsablePath(path) || hasNoComponents(path)) return nullptr;
+  std::erase_if(_held, [](const auto& held) { return held.expired(); });
+  for (const auto& known : _held) {
+    const auto held = known.lock();
+    if (held->path == path) return held;
+  }
+  const auto held = std::make_shared<HeldFolder>();
+  held->path = path;
+  held->newOwner = newOwner;
+  openAnew(*held);
+  _held.push_back(held);
+  return held;
+}
+
+// The innermost held folder around the path.
+std::optional<HeldFolders::Below> HeldFolders::find(const std::string& path, Itself itself) {
+  std::optional<Below> innermost;
+  for (const auto& known : _held) {
+    const auto held = known.lock();
+    if (!held) continue;
+    auto rest = restBelow(held->path, path);
+    if (!rest || (rest->empty() && itself == Itself::doesNot)) continue;
+    if (!innermost || rest->size() < innermost->rest.size())
+      innermost = Below{held.get(), std::move(*rest)};
+  }
+  return innermost;
+}
+
+// What was refused stays refused; what was missing can have been made meanwhile.
+bool HeldFolders::open(HeldFolder& held) {
+  if (!held.folder.valid() && tellsMissing(held.error)) openAnew(held);
+  return held.folder.valid();
+}
+
+void HeldFolders::openAnew(HeldFolder& held) {
+  std::set<uid_t> strangers;
+  held.links.clear();
+  const Place place = behindLinks(entry(held.path), [&](const struct stat& link) {
+    held.links.insert(identityOf(link));
+    if (!isTrusted(link)) strangers.insert(link.st_uid);
+    return link.st_nlink == 1;  // with a second name it can have been made for another place
+  });
+  held.error = place.error;
+  if (!place.usable()) return;
+  Descriptor folder(syscalls::openItem(place.folder.get(), place.name.c_str()));
+  const auto status = folder.valid() ? statusOf(folder) : std::nullopt;
+  held.error = status ? (S_ISDIR(status->st_mode) ? 0 : ENOTDIR) : errno;
+  if (held.error != 0) return;
+  const bool isNamed = isLink(entry(held.path));
+  if (!isNamed) held.links.clear();
+  held.mayEnter = !isNamed || strangers.empty();
+  strangers.erase(status->st_uid);
+  held.error = strangers.empty() ? 0 : EPERM;
+  if (held.error == 0) held.folder = std::move(folder);
+}
+
+bool HeldFolders::isTrusted(const struct stat& link) {
+  return link.st_nlink == 1 && (link.st_uid == kRoot || link.st_uid == _users.effectiveUserId());
+}
+
+// A system without such a call, and a link that names the place inside by an absolute path, are
+// judged by where they led.
+Descriptor HeldFolders::openBeneath(const HeldFolder& held, const std::string& rest) {
+  Descriptor folder(syscalls::openFolderBeneath(held.folder.get(), rest.c_str()));
+  if (folder.valid() || (errno != EXDEV && errno != ENOSYS && errno != EPERM && errno != EAGAIN))
+    return folder;
+  folder = openFolderFollowingLinks(held.folder.get(), rest);
+  const auto identity = identityOf(held.folder.get());
+  if (!folder.valid() || (identity && isInside(folder.get(), *identity).value_or(false)))
+    return folder;
+  errno = EPERM;
+  return {};
+}
+
+Place HeldFolders::place(const std::string& path) {
+  const auto below = isUsablePath(path) ? find(path, Itself::doesNot) : std::nullopt;
+  return below ? placeBelow(*below) : openPlace(path);
+}
+
+Place HeldFolders::placeBelow(const Below& below) {
+  if (!open(*below.held)) return noPlace(below.held->error);
+  const std::string rest = withoutTrailingSlashes(below.rest);
+  const std::size_t slash = rest.rfind('/');
+  const bool isDirect = slash == std::string::npos;
+  Place place;
+  place.name = isDirect ? rest : rest.substr(slash + 1);
+  if (place.name == "..") return noPlace(EPERM);
+  place.folder = openBeneath(*below.held, isDirect ? "." : rest.substr(0, slash));
+  if (!place.usable()) place.error = errno;
+  return place;
+}
+
+FoundEntry HeldFolders::entry(const std::string& path) {
+  if (!isUsablePath(path)) return notFound(ENOENT);
+  const auto below = find(path, Itself::doesNot);
+  return below ? foundAt(placeBelow(*below)) : atPath(withoutTrailingSlashes(path), false);
+}
+
+FoundEntry HeldFolders::item(const std::string& path) {
+  if (!isUsablePath(path)) return notFound(ENOENT);
+  const auto below = find(path, Itself::counts);
+  return below ? itemBelow(*below, path) : atPath(path, true);
+}
+
+FoundEntry HeldFolders::itemBelow(const Below& below, const std::string& path) {
+  if (!open(*below.held)) return notFound(below.held->error);
+  if (below.rest.empty()) return foundAt({openBeneath(*below.held, "."), ".", 0});
+  FoundEntry found = foundAt(placeBelow(below));
+  if (isLink(found)) {
+    Place place = behindLinks(std::move(found), [](const struct stat&) { return true; });
+    if (place.usable() && !isInHeldFolder(place)) return notFound(EPERM);
+    found = foundAt(std::move(place));
+  }
+  if (found.error == 0 && path.ends_with('/') && !isFolder(found.folder, found.name))
+    return notFound(ENOTDIR);
+  return found;
+}
+
+FoundEntry HeldFolders::glimpse(const std::string& path) {
+  if (!isUsablePath(path)) return notFound(ENOENT);
+  const auto below = find(path, Itself::counts);
+  if (!below || isRefused(*below->held)) return atPath(path, true);
+  if (below->rest.empty()) return itemBelow(*below, path);
+  FoundEntry found = foundAt(placeBelow(*below));
+  found.follow = true;
+  if (path.ends_with('/')) found.name += '/';
+  return found;
+}
+
+// Of a folder that is held itself, it is the name that lies elsewhere.
+bool HeldFolders::isInHeldFolder(const Place& place) const {
+  const auto around = ancestryOf(place.folder.get());
+  const auto item = statusOf(place.folder.get(), place.name);
+  return around && item && std::any_of(_held.begin(), _held.end(), [&](const auto& known) {
+           const auto held = known.lock();
+           const auto identity = held ? identityOf(held->folder.get()) : std::nullopt;
+           return identity && (around->contains(*identity) || identityOf(*item) == *identity);
+         });
+}
+
+bool HeldFolders::isRefused(HeldFolder& held) {
+  return !open(held) && !tellsMissing(held.error);
+}
+
+Descriptor HeldFolders::openNamedFolder(const std::string& path, std::set<FileIdentity>& links) {
+  errno = ENOENT;
+  if (!isUsablePath(path)) return {};
+  const auto below = find(path, Itself::counts);
+  if (below && below->rest.empty()) {
+    const bool mayEnter = open(*below->held) && below->held->mayEnter;
+    errno = below->held->error == 0 ? EPERM : below->held->error;
+    if (!mayEnter) return {};
+    links.insert(below->held->links.begin(), below->held->links.end());
+    return openBeneath(*below->held, ".");
+  }
+  FoundEntry named = entry(path);
+  if (!isLink(named)) return named.openFolder();
+  const Place place = behindLinks(std::move(named), [&](const struct stat& link) {
+    if (isTrusted(link)) links.insert(identityOf(link));
+    return isTrusted(link);
+  });
+  errno = place.error;
+  return place.usable() ? openFolder(place.folder.get(), place.name) : Descriptor();
+}
+
+std::optional<uid_t> HeldFolders::ownerOf(const std::string& path) {
+  const auto below = isUsablePath(path) ? find(path, Itself::doesNot) : std::nullopt;
+  return below ? below->held->newOwner : std::nullopt;
+}
+
+}  // namespace installer
