@@ -7,6 +7,7 @@
 #include "driver/InstallPaths.h"
 #include "driver/PackageLoader.h"
 #include "driver/RunState.h"
+#include "driver/WorkFolders.h"
 #include "hotfix/driver/InstanceLock.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
@@ -68,10 +69,18 @@ std::optional<InstanceLock> lockInstances() {
 }
 
 bool installPackage(const std::vector<std::string>& arguments) {
+  const RunState& state = runState();
+  WorkFolders folders;
+  folders.holdPackage(state._pathToInstallPackage);
   loadPackage();
-  const std::optional<std::string>& rcpHome = runState()._rcpHome;
+  const std::optional<std::string>& rcpHome = state._rcpHome;
   const std::optional<std::string> rcpData = chooseRcpData(arguments, rcpHome);
-  if (rcpData) warnOfForeignLink(*rcpData);
+  if (rcpHome) folders.holdInstance(*rcpHome);
+  if (state._rcpHomeOfWorkflow) folders.holdInstance(*state._rcpHomeOfWorkflow);
+  if (rcpData) {
+    folders.holdData(*rcpData);
+    warnOfForeignLink(*rcpData);
+  }
   // First of all: what another run has at work in the bundle is not the application, and what the
   // checks find must hold until the end of the run.
   const std::optional<InstanceLock> lock = lockInstances();

@@ -303,14 +303,14 @@ TEST_F(HostileTmpTest, LinksInTheInstanceAreReplacedNotWrittenThrough) {
   EXPECT_EQ(kPrecious, _sandbox.linkTarget(_instance.deploy("install.0101200000.xml")));
 }
 
-TEST_F(HostileTmpTest, CustomizationLinkIsReplacedByTheMergedFile) {
+TEST_F(HostileTmpTest, CustomizationLinkDoesNotPublishItsTarget) {
   proves("ODD-9");
   _sandbox.remove(_instance.customization());
   _sandbox.makeLink(_instance.customization(), kPrecious);
 
   EXPECT_EQ(0, install().status);
 
-  EXPECT_TRUE(_sandbox.isRegular(_instance.customization()));
+  EXPECT_TRUE(_sandbox.isLink(_instance.customization()));
 }
 
 TEST_F(HostileTmpTest, RecordsThroughALinkDoNotReachItsTarget) {

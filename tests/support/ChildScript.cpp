@@ -27,6 +27,12 @@ ChildScript& ChildScript::remove(const std::string& path) {
 ChildScript& ChildScript::folder(const std::string& path) {
   return add("folder", path);
 }
+ChildScript& ChildScript::rename(const std::string& from, const std::string& to) {
+  return add("rename", from, to);
+}
+ChildScript& ChildScript::link(const std::string& path, const std::string& target) {
+  return add("link", path, target);
+}
 ChildScript& ChildScript::print(std::string_view text) {
   return add("print", text);
 }

@@ -18,6 +18,8 @@ class ChildScript {
   ChildScript& write(const std::string& path, std::string_view bytes);
   ChildScript& remove(const std::string& path);
   ChildScript& folder(const std::string& path);
+  ChildScript& rename(const std::string& from, const std::string& to);
+  ChildScript& link(const std::string& path, const std::string& target);
   ChildScript& print(std::string_view text);
   ChildScript& printError(std::string_view text);
   // Goes on when something is at the path.
