@@ -16,6 +16,7 @@ using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
 using ::testing::Not;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
@@ -420,6 +421,56 @@ TEST_F(CollectionTest, JavaOnThePathIsTheLastChoiceWithLinksResolved) {
   ASSERT_EQ(0, install().status);
 
   EXPECT_EQ("/opt/jdk/bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, JavaThatOthersCouldExchangeIsNotStarted) {
+  proves("JAVA-5");
+  for (const char* home : {"/open", "/tmp/open", "/work/relative", "/opt/jdk"})
+    _sandbox.installChild(std::string(home) + "/bin/java");
+  _sandbox.setMode("/open", 0777);
+  _sandbox.setMode("/tmp/open/bin/java", 0775);
+  _sandbox.makeFolder("/tmp/empty", 01777);
+  RunOptions options;
+  options.directory = "/work";
+  options.set("JAVA_HOME", "relative");
+  options.set("PATH", "/tmp/empty:relative/bin:/open/bin:/tmp/open/bin:/opt/jdk/bin");
+
+  ASSERT_EQ(0, install(options).status);
+
+  EXPECT_EQ("/opt/jdk/bin/java", java().executable);
+  const std::string passedOver = " is passed over: ";
+  EXPECT_THAT(_sandbox.texts("Warning"),
+              IsSupersetOf({"The Java at relative/bin/java" + passedOver + "the path is relative.",
+                            "The Java at /open/bin/java" + passedOver + "others can write /open.",
+                            "The Java at /tmp/open/bin/java" + passedOver +
+                                "others can write /tmp/open/bin/java."}));
+}
+
+TEST_F(CollectionTest, JavaOfRootInAStickyFolderIsRoots) {
+  proves("JAVA-5");
+  _sandbox.installChild("/tmp/jdk/bin/java");
+  RunOptions options;
+  options.set("JAVA_HOME", "/tmp/jdk");
+
+  ASSERT_EQ(0, install(options).status);
+
+  EXPECT_EQ("/tmp/jdk/bin/java", java().executable);
+}
+
+TEST_F(CollectionTest, JavaOfTheConsoleUserIsNotStartedByRoot) {
+  proves("JAVA-5");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
+  _sandbox.installChild("/Users/alice/jdk/bin/java");
+  RunOptions options;
+  options.set("JAVA_HOME", "/Users/alice/jdk");
+
+  ASSERT_EQ(0, install(options).status);
+
+  EXPECT_THAT(_sandbox.children("java"), IsEmpty());
+  EXPECT_THAT(_sandbox.texts("Warning"),
+              Contains("The Java at /Users/alice/jdk/bin/java is passed over: /Users/alice belongs "
+                       "to the user 1000."));
+  EXPECT_EQ((TraceLine{"Notice", skipped()}), _sandbox.trace().back());
 }
 
 TEST_F(CollectionTest, JavaThatCannotBeStartedIsLoggedAndChangesNothing) {

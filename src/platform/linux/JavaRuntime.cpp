@@ -9,8 +9,9 @@
 
 #include "hotfix/base/Path.h"
 #include "platform/FileManager.h"
-#include "platform/Platform.h"
+#include "platform/Log.h"
 #include "platform/UserContext.h"
+#include "platform/posix/TrustedPath.h"
 
 namespace installer {
 
@@ -29,13 +30,26 @@ std::optional<std::string> homeOf(const std::string& java) {
   return path::deletingLastComponent(path::deletingLastComponent(path));
 }
 
-// Relative entries are passed over: the working folder is anybody's.
+// Whoever can exchange a file that root starts has all of root's rights. One line for a refusal.
+bool mayStart(const std::string& java) {
+  const auto reason = reasonToDistrust(java, Platform::current().users->effectiveUserId());
+  if (reason) log(LogLevel::warning, "The Java at {} is passed over: {}.", java, *reason);
+  return !reason;
+}
+
+std::optional<std::string> homeOfEnvironment() {
+  const auto home = Platform::current().users->environment("JAVA_HOME");
+  if (!home || home->empty() || !mayStart(path::appendingComponent(*home, "bin/java")))
+    return std::nullopt;
+  return home;
+}
+
 std::optional<std::string> homeOnSearchPath(std::string_view searchPath) {
   while (!searchPath.empty()) {
     const std::string folder(searchPath.substr(0, searchPath.find(':')));
     searchPath.remove_prefix(std::min(folder.size() + 1, searchPath.size()));
     const std::string java = path::appendingComponent(folder, "java");
-    if (folder.starts_with('/') && isExecutable(java)) return homeOf(java);
+    if (isExecutable(java) && mayStart(java)) return homeOf(java);
   }
   return std::nullopt;
 }
@@ -43,10 +57,8 @@ std::optional<std::string> homeOnSearchPath(std::string_view searchPath) {
 }  // namespace
 
 std::optional<std::string> hostJavaHome() {
-  UserContext& users = *Platform::current().users;
-  const std::optional<std::string> home = users.environment("JAVA_HOME");
-  if (home && !home->empty()) return home;
-  return homeOnSearchPath(users.environment("PATH").value_or(""));
+  if (auto home = homeOfEnvironment()) return home;
+  return homeOnSearchPath(Platform::current().users->environment("PATH").value_or(""));
 }
 
 }  // namespace installer
