@@ -43,11 +43,10 @@ int checkOutside(int folder, const struct stat& source) {
 
 }  // namespace
 
-bool ItemCopy::build(const Entry& source, int destination, std::string& temporary) {
+bool ItemCopy::build(const Entry& source, TemporaryItem& temporary) {
   _item = source.name;
-  temporary = FileChanges::freeTemporaryName(destination);
-  const bool whole = copyEntry(source, {destination, temporary}, 0);
-  if (!whole && !statusOf(destination, temporary)) temporary.clear();
+  const bool whole = copyEntry(source, {temporary.folder(), temporary.name()}, 0);
+  if (!whole && !statusOf(temporary.folder(), temporary.name())) temporary.forget();
   return whole;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/files/FileChanges.h"
+#include "platform/files/TemporaryItem.h"
 #include "platform/posix/Descriptor.h"
 
 namespace installer {
@@ -31,9 +32,9 @@ class ItemCopy {
   ItemCopy(FileChanges& changes, Flush flush, std::optional<uid_t> owner = std::nullopt)
       : _changes(changes), _flush(flush), _owner(owner) {}
 
-  // Stops at the first item that cannot be copied and answers false. `temporary` receives the name
-  // of what was copied, be it a part of a tree; empty when that is nothing.
-  [[nodiscard]] bool build(const Entry& source, int destination, std::string& temporary);
+  // Stops at the first item that cannot be copied and answers false. `temporary` is then what was
+  // copied, be it a part of a tree, and does not exist when that is nothing.
+  [[nodiscard]] bool build(const Entry& source, TemporaryItem& temporary);
 
   // After a failure: the path of the item, beginning with the entry's name, and why.
   const std::string& failedItem() const { return _failedItem; }

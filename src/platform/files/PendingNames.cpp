@@ -29,7 +29,7 @@ std::size_t maximumFolders() {
 PendingNames::PendingNames(FileChanges& changes)
     : _changes(changes), _maximumFolders(maximumFolders()) {}
 
-void PendingNames::add(const OpenFolder& folder, std::string temporary, std::string name,
+void PendingNames::add(const OpenFolder& folder, TemporaryItem temporary, std::string name,
                        TakenName taken) {
   _folders.insert(folder.get());
   _waiting.push_back({folder, std::move(temporary), std::move(name), taken});
@@ -38,7 +38,7 @@ void PendingNames::add(const OpenFolder& folder, std::string temporary, std::str
 
 void PendingNames::settle() {
   flush();
-  for (const Waiting& copy : _waiting) giveName(copy);
+  for (Waiting& copy : _waiting) giveName(copy);
   _waiting.clear();
   _folders.clear();
 }
@@ -54,13 +54,12 @@ void PendingNames::flush() {
   }
 }
 
-void PendingNames::giveName(const Waiting& copy) {
+void PendingNames::giveName(Waiting& copy) {
   const int folder = copy.folder->get();
   const int error = copy.taken == TakenName::replace
                         ? replace(copy)
-                        : _changes.renameKeepingExisting(folder, copy.temporary, copy.name);
-  if (error == 0) return;
-  (void)removeEntry(_changes, folder, copy.temporary);  // failures are passed over in merges
+                        : _changes.renameKeepingExisting(folder, copy.temporary.name(), copy.name);
+  if (error == 0) return copy.temporary.forget();
   if (copy.taken != TakenName::replace) return;
   (void)removeEntry(_changes, folder, copy.name);  // the old entry goes even so
 }
@@ -69,10 +68,10 @@ void PendingNames::giveName(const Waiting& copy) {
 int PendingNames::replace(const Waiting& copy) {
   const int folder = copy.folder->get();
   const auto old = statusOf(folder, copy.name);
-  const auto fresh = statusOf(folder, copy.temporary);
+  const auto fresh = statusOf(folder, copy.temporary.name());
   const bool hasFolder = (old && S_ISDIR(old->st_mode)) || (fresh && S_ISDIR(fresh->st_mode));
   if (old && hasFolder) (void)removeEntry(_changes, folder, copy.name);  // the rename will tell
-  return _changes.rename(folder, copy.temporary, copy.name);
+  return _changes.rename(folder, copy.temporary.name(), copy.name);
 }
 
 }  // namespace installer

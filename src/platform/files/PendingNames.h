@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/files/FileChanges.h"
+#include "platform/files/TemporaryItem.h"
 #include "platform/posix/Descriptor.h"
 
 namespace installer {
@@ -20,12 +21,13 @@ enum class TakenName {
 };
 
 // Copies that wait under temporary names: one flush of the file system for a whole batch, then the
-// renames. Holds a bounded number of names and of open folders.
+// renames. Holds a bounded number of names and of open folders. Copies that still wait in the end
+// are removed.
 class PendingNames {
  public:
   explicit PendingNames(FileChanges& changes);
 
-  void add(const OpenFolder& folder, std::string temporary, std::string name, TakenName taken);
+  void add(const OpenFolder& folder, TemporaryItem temporary, std::string name, TakenName taken);
 
   // Gives every waiting copy its name. Failures are passed over; a copy that cannot be named is
   // removed, and with TakenName::replace so is what it should have replaced.
@@ -34,13 +36,13 @@ class PendingNames {
  private:
   struct Waiting {
     OpenFolder folder;
-    std::string temporary;
+    TemporaryItem temporary;  // in that folder
     std::string name;
     TakenName taken;
   };
 
   void flush();
-  void giveName(const Waiting& copy);
+  void giveName(Waiting& copy);
   [[nodiscard]] int replace(const Waiting& copy);
 
   FileChanges& _changes;

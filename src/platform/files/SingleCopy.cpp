@@ -50,21 +50,21 @@ std::optional<FileError> SingleCopy::copy(bool isFolder) {
   const Place place = _folders.place(_to);
   if (!place.usable()) return failure(FileError::kOther, _from.path, reasonOf(place.error));
   ItemCopy item(_changes, isFolder ? Flush::later : Flush::eachFile, _folders.ownerOf(_from.path));
-  std::string temporary;
-  const bool whole = item.build({_source.folder, _source.name}, place.folder.get(), temporary);
+  TemporaryItem temporary(_changes, place.folder.get());
+  const bool whole = item.build({_source.folder, _source.name}, temporary);
   Failure named;
-  if (!temporary.empty()) named = giveName(place, temporary, isFolder);
+  if (temporary.exists()) named = giveName(place, temporary, isFolder);
   if (whole) return named;
   const std::string below = item.failedItem().substr(_source.name.size());
   return failure(FileError::kOther, withoutTrailingSlashes(_from.path) + below, item.reason());
 }
 
-std::optional<FileError> SingleCopy::giveName(const Place& place, const std::string& temporary,
+std::optional<FileError> SingleCopy::giveName(const Place& place, TemporaryItem& temporary,
                                               bool isFolder) {
   const int folder = place.folder.get();
   const int flushed = isFolder ? _changes.flushFileSystem(folder) : 0;
-  const int named = rename(place, temporary);
-  if (named != 0) (void)removeEntry(_changes, folder, temporary);  // the first error counts
+  const int named = rename(place, temporary.name());
+  if (named == 0) temporary.forget();
   if (named == EEXIST && _existing != ExistingItem::replace) {
     return answerExisting();  // somebody was quicker
   }

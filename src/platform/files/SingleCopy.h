@@ -25,7 +25,7 @@ class SingleCopy {
   void findSource();
   Failure copyItem();
   Failure copy(bool isFolder);
-  Failure giveName(const Place& place, const std::string& temporary, bool isFolder);
+  Failure giveName(const Place& place, TemporaryItem& temporary, bool isFolder);
   [[nodiscard]] int rename(const Place& place, const std::string& temporary);
 
   [[nodiscard]] int clearTheWay();

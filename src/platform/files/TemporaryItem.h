@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "platform/files/FileChanges.h"
+
+namespace installer {
+
+// An entry under a temporary name. Unless it has got its own name by then, it goes with this
+// object, whatever ends its making: no half-made item outlives the operation.
+class TemporaryItem {
+ public:
+  // Chooses a free name in the open folder, which must stay open. Nothing is made.
+  TemporaryItem(FileChanges& changes, int folder)
+      : _changes(changes), _folder(folder), _name(FileChanges::freeTemporaryName(folder)) {}
+  TemporaryItem(TemporaryItem&& other) noexcept
+      : _changes(other._changes), _folder(other._folder), _name(std::exchange(other._name, {})) {}
+  TemporaryItem(const TemporaryItem&) = delete;
+  TemporaryItem& operator=(const TemporaryItem&) = delete;
+  // Removes the entry with all below it; what cannot be removed stays.
+  ~TemporaryItem();
+
+  int folder() const { return _folder; }
+  // Empty when there is no such entry any more.
+  const std::string& name() const { return _name; }
+  bool exists() const { return !_name.empty(); }
+
+  // The entry is gone or has another name.
+  void forget() { _name.clear(); }
+
+ private:
+  FileChanges& _changes;
+  int _folder;
+  std::string _name;
+};
+
+}  // namespace installer

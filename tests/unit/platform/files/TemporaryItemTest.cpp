@@ -1,0 +1,72 @@
+#include "platform/files/TemporaryItem.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+
+#include <utility>
+
+#include "platform/files/Opening.h"
+#include "support/TemporaryFolder.h"
+
+namespace installer::test {
+namespace {
+
+class TemporaryItemTest : public ::testing::Test {
+ protected:
+  bool stands(const std::string& name) const { return statusOf(_open.get(), name).has_value(); }
+  // Puts a folder with a file in it under the name.
+  void make(const TemporaryItem& item) const { _folder.makeFile(item.name() + "/below/file"); }
+
+  TemporaryFolder _folder;
+  FileChanges _changes{[](FileOperation) { return 0; }};
+  const Descriptor _open = openFolderFollowingLinks(AT_FDCWD, _folder.path());
+};
+
+TEST_F(TemporaryItemTest, GoesWithItsObjectWithAllBelowIt) {
+  std::string name;
+  {
+    const TemporaryItem item(_changes, _open.get());
+    name = item.name();
+    EXPECT_THAT(name, ::testing::StartsWith(".hotfix-"));
+    EXPECT_FALSE(stands(name)) << "nothing is made";
+    make(item);
+    EXPECT_TRUE(item.exists());
+  }
+
+  EXPECT_FALSE(stands(name));
+}
+
+TEST_F(TemporaryItemTest, StaysWhenItIsForgotten) {
+  std::string name;
+  {
+    TemporaryItem item(_changes, _open.get());
+    name = item.name();
+    make(item);
+    item.forget();
+    EXPECT_FALSE(item.exists());
+  }
+
+  EXPECT_TRUE(stands(name));
+}
+
+TEST_F(TemporaryItemTest, GoesOnceWithTheLastOwner) {
+  std::string name;
+  {
+    TemporaryItem first(_changes, _open.get());
+    name = first.name();
+    make(first);
+    {
+      const TemporaryItem second(std::move(first));
+      EXPECT_EQ(second.name(), name);
+      EXPECT_EQ(second.folder(), _open.get());
+      EXPECT_FALSE(first.exists()) << "moved away";
+    }
+    EXPECT_FALSE(stands(name));
+    _folder.makeFile(name);
+  }
+
+  EXPECT_TRUE(stands(name)) << "somebody else's by now";
+}
+
+}  // namespace
+}  // namespace installer::test
