@@ -51,9 +51,10 @@ xmlSAXHandler Parser::guardedHandler() const {
 }
 
 bool Parser::read() {
-  if (!_context) return false;
-  xmlParseDocument(_context.get());
-  return !_refused && _context->wellFormed != 0 && atEnd();
+  if (_context) xmlParseDocument(_context.get());
+  if (_lacksMemory) throw std::bad_alloc();
+  _work.checkMemory();
+  return _context && !_refused && _context->wellFormed != 0 && atEnd();
 }
 
 Document Parser::takeDocument() {
@@ -107,7 +108,9 @@ void Parser::startElement(void* context, const xmlChar* name, const xmlChar* pre
                           const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
                           int attributeCount, int defaultCount, const xmlChar** attributes) {
   Parser& parser = of(context);
-  if (!parser.enter(namespaceCount, attributeCount)) return refuse(context);
+  bool entered = false;
+  guarded(context, [&] { entered = parser.enter(namespaceCount, attributeCount); });
+  if (!entered) return refuse(context);
   parser._handler.startElementNs(context, name, prefix, uri, namespaceCount, namespaces,
                                  attributeCount, defaultCount, attributes);
 }

@@ -4,10 +4,11 @@
 
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <string_view>
 #include <vector>
 
-#include "base/QuietXml.h"
+#include "base/XmlWork.h"
 #include "hotfix/base/XmlDocument.h"
 
 namespace installer::xml {
@@ -28,7 +29,8 @@ class Parser {
   Parser(const Parser&) = delete;
   Parser& operator=(const Parser&) = delete;
 
-  // Whether the whole document is well-formed and within the bounds, and nobody refused it.
+  // Whether the whole document is well-formed and within the bounds, and nobody refused it. Throws
+  // std::bad_alloc when the reading ended for want of memory.
   [[nodiscard]] bool read();
 
   // What the library's own handlers have built; null without them.
@@ -43,6 +45,18 @@ class Parser {
 
   // Called by a handler: no more events follow, and the document will not have been read.
   static void refuse(void* context);
+
+  // What a handler does that asks for memory, it does in here: no exception may pass through the
+  // library's C. One that there is ends the reading, and read() throws it.
+  template <class Step>
+  static void guarded(void* context, Step step) {
+    try {
+      step();
+    } catch (const std::bad_alloc&) {
+      of(context)._lacksMemory = true;
+      refuse(context);
+    }
+  }
 
  private:
   struct ContextDeleter {
@@ -61,10 +75,11 @@ class Parser {
   static void endElement(void* context, const xmlChar* name, const xmlChar* prefix,
                          const xmlChar* uri);
 
-  QuietXml _quiet;
+  XmlWork _work;
   xmlSAXHandler _handler;
   void* _receiver;
   bool _refused = false;
+  bool _lacksMemory = false;
   std::vector<int> _namespaces;                             // declared by each open element
   int _inScope = 0;                                         // their sum
   std::unique_ptr<xmlParserCtxt, ContextDeleter> _context;  // null for a document that is too long

@@ -240,7 +240,7 @@ template <class Step>
 void step(void* context, Step take) {
   auto& builder = xml::Parser::receiverOf<Builder>(context);
   if (!builder.good()) return;
-  take(builder);
+  xml::Parser::guarded(context, [&] { take(builder); });
   if (!builder.good()) xml::Parser::refuse(context);
 }
 

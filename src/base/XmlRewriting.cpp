@@ -7,8 +7,8 @@
 #include <libxml/xmlsave.h>
 
 #include "base/MarkupScan.h"
-#include "base/QuietXml.h"
 #include "base/XmlParser.h"
+#include "base/XmlWork.h"
 
 namespace installer::xml {
 
@@ -213,26 +213,31 @@ void DocumentDeleter::operator()(_xmlDoc* document) const {
 }
 
 Document parse(std::string_view bytes) {
+  const XmlWork work;
   Building building;
   Parser parser(bytes, Building::handler(), &building);
   if (!parser.read()) return nullptr;
   Document document = parser.takeDocument();
   if (document) noteEncoding(*document, bytes);
+  work.checkMemory();
   return document;
 }
 
 void reindent(_xmlDoc& document) {
+  const XmlWork work;
   if (xmlNode* root = xmlDocGetRootElement(&document)) reindentElement(root, 0, false);
+  work.checkMemory();
 }
 
 std::optional<std::string> serialize(_xmlDoc& document) {
-  const QuietXml quiet;
+  const XmlWork work;
   const std::unique_ptr<xmlBuffer, BufferDeleter> buffer(xmlBufferCreate());
   const auto* encoding = reinterpret_cast<const char*>(document.encoding);
   xmlSaveCtxt* saving = xmlSaveToBuffer(buffer.get(), encoding, saveOptions(document));
   // Null when nobody knows the encoding any more, which leaves no bytes.
   xmlSaveDoc(saving, &document);
   xmlSaveClose(saving);
+  work.checkMemory();
   std::string bytes(reinterpret_cast<const char*>(xmlBufferContent(buffer.get())),
                     static_cast<std::size_t>(xmlBufferLength(buffer.get())));
   if (!parse(bytes)) return std::nullopt;

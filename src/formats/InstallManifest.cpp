@@ -7,6 +7,7 @@
 
 #include "base/Characters.h"
 #include "base/XmlRewriting.h"
+#include "base/XmlWork.h"
 #include "formats/ManifestFeatures.h"
 #include "hotfix/util/StringUtil.h"
 #include "platform/FileManager.h"
@@ -127,9 +128,11 @@ bool InstallManifest::replaceInstallerRootWith(const std::string& replacement) {
   const std::optional<std::vector<_xmlNode*>> features = manifestFeatures(*_xmlDoc);
   if (!features) return false;
   const std::string characters = asCharacters(replacement);
+  const xml::XmlWork work;
   RootReplacement root(characters);
   for (const xmlNode* feature : *features)
     if (xmlAttr* url = urlOf(feature)) root.replaceIn(url);
+  work.checkMemory();
   return true;
 }
 
