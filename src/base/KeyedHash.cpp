@@ -1,7 +1,7 @@
 #include "hotfix/base/KeyedHash.h"
 
-#include <exception>
 #include <random>
+#include <stdexcept>
 
 #include "base/SipHash.h"
 
@@ -18,7 +18,7 @@ std::uint64_t randomNumber() {
 HashKey drawKey() {
   try {
     return {randomNumber(), randomNumber()};
-  } catch (const std::exception&) {
+  } catch (const std::runtime_error&) {
     return {};
   }
 }

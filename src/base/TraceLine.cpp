@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <iterator>
 #include <optional>
 
 #include "base/Characters.h"
@@ -16,16 +17,20 @@ constexpr std::array kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
 // In the order of the levels' numbers, the first being LogLevel::error.
 constexpr std::array kLevels = {"Error", "Warning", "Notice", "Info"};
 
-std::string escapedCode(char32_t number) {
+void append(std::string_view bytes, LineText& text) {
+  text.append(bytes.data(), bytes.data() + bytes.size());
+}
+
+void appendCode(char32_t number, LineText& text) {
   switch (number) {
     case '\n':
-      return "\\n";
+      return append("\\n", text);
     case '\r':
-      return "\\r";
+      return append("\\r", text);
     case '\t':
-      return "\\t";
+      return append("\\t", text);
     default:
-      return fmt::format("\\x{:02x}", static_cast<unsigned>(number));
+      fmt::format_to(std::back_inserter(text), "\\x{:02x}", static_cast<unsigned>(number));
   }
 }
 
@@ -39,25 +44,26 @@ const char* nameOf(LogLevel level) {
 
 }  // namespace
 
-std::string escapedMessage(std::string_view message) {
+void appendEscaped(std::string_view message, LineText& text) {
   if (message.ends_with('\n')) message.remove_suffix(1);
-  std::string line;
   for (std::size_t at = 0; at < message.size();) {
     const std::optional<DecodedCharacter> decoded = decodeUtf8(message, at);
     const auto [character, length] =
         decoded.value_or(DecodedCharacter{static_cast<unsigned char>(message[at]), 1});
-    const bool shown = decoded && !isControl(character);
-    line += shown ? std::string(message.substr(at, length)) : escapedCode(character);
+    if (decoded && !isControl(character))
+      append(message.substr(at, length), text);
+    else
+      appendCode(character, text);
     at += length;
   }
-  return line;
 }
 
-std::string formatted(const TraceLine& line) {
-  return fmt::format("{} {:2} {:02}:{:02}:{:02} {} HotfixInstaller[{}] <{}>: {}\n",
-                     kMonths.at(static_cast<std::size_t>(line.time.tm_mon)), line.time.tm_mday,
-                     line.time.tm_hour, line.time.tm_min, line.time.tm_sec, line.host, line.process,
-                     nameOf(line.level), line.message);
+void appendFormatted(const TraceLine& line, LineText& text) {
+  fmt::format_to(std::back_inserter(text),
+                 "{} {:2} {:02}:{:02}:{:02} {} HotfixInstaller[{}] <{}>: {}\n",
+                 kMonths.at(static_cast<std::size_t>(line.time.tm_mon)), line.time.tm_mday,
+                 line.time.tm_hour, line.time.tm_min, line.time.tm_sec, line.host, line.process,
+                 nameOf(line.level), line.message);
 }
 
 }  // namespace installer

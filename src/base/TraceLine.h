@@ -1,17 +1,26 @@
 #pragma once
 
+#include <fmt/format.h>
+
 #include <ctime>
-#include <string>
 #include <string_view>
 
 #include "base/LogLevel.h"
 
 namespace installer {
 
-// `message` as one line that no terminal and no reader of lines can misunderstand: one line feed at
-// its end is dropped, control characters are written as \n, \r, \t or \xHH, and so is each byte
-// that is no UTF-8. Everything else, backslashes included, stays.
-std::string escapedMessage(std::string_view message);
+// A text that is being put together. As long as it is short (500 bytes) it asks for no memory, so
+// that a run can tell even that it has none.
+using LineText = fmt::memory_buffer;
+
+inline std::string_view viewOf(const LineText& text) {
+  return {text.data(), text.size()};
+}
+
+// Adds `message` as one line that no terminal and no reader of lines can misunderstand: one line
+// feed at its end is dropped, control characters are written as \n, \r, \t or \xHH, and so is each
+// byte that is no UTF-8. Everything else, backslashes included, stays.
+void appendEscaped(std::string_view message, LineText& text);
 
 struct TraceLine {
   std::tm time{};  // local time
@@ -21,8 +30,8 @@ struct TraceLine {
   std::string_view message;  // escaped
 };
 
-// "Mon DD hh:mm:ss host HotfixInstaller[process] <Level>: message" and a line feed; days below ten
-// have a blank before them.
-std::string formatted(const TraceLine& line);
+// Adds "Mon DD hh:mm:ss host HotfixInstaller[process] <Level>: message" and a line feed; days below
+// ten have a blank before them.
+void appendFormatted(const TraceLine& line, LineText& text);
 
 }  // namespace installer

@@ -1,7 +1,9 @@
 #include "hotfix/driver/Installer.h"
 
 #include <cstdio>
+#include <new>
 #include <optional>
+#include <string_view>
 
 #include "driver/Checks.h"
 #include "driver/InstallPaths.h"
@@ -21,20 +23,34 @@ namespace {
 constexpr const char* kUsage =
     "Usage: HotfixInstaller <pathToInstallPackage> <pathToInstallDestination> "
     "[-rcpdata <pathToRcpData>]\n";
+constexpr std::string_view kNoMemory =
+    "There is not enough memory to go on. The installation ends here.";
+constexpr const char* kNoMemoryToBegin = "HotfixInstaller: There is not enough memory to begin.\n";
 
 // The mirrored trace of one run.
 class Trace {
  public:
-  Trace() {
-    if (InstallUtil::shouldWriteTraces()) _descriptor = InstallUtil::openTraceFile();
-  }
+  Trace() = default;
   Trace(const Trace&) = delete;
   Trace& operator=(const Trace&) = delete;
   ~Trace() {
-    if (_descriptor && InstallUtil::shouldWriteTraces()) InstallUtil::closeTraceFile(*_descriptor);
+    if (_descriptor && isStillWanted()) InstallUtil::closeTraceFile(*_descriptor);
   }
 
+  void open() {
+    if (InstallUtil::shouldWriteTraces()) _descriptor = InstallUtil::openTraceFile();
+  }
+  bool isOpen() const { return _descriptor.has_value(); }
+
  private:
+  static bool isStillWanted() {
+    try {
+      return InstallUtil::shouldWriteTraces();
+    } catch (const std::bad_alloc&) {
+      return true;  // as it was at the start
+    }
+  }
+
   std::optional<int> _descriptor;  // nullopt when no trace is wanted
 };
 
@@ -93,21 +109,38 @@ bool installPackage(const std::vector<std::string>& arguments) {
   return installed;
 }
 
-}  // namespace
-
-int runInstaller(const std::vector<std::string>& arguments) {
-  Platform::current().saidOnce.clear();
-  const Trace trace;
+bool run(const std::vector<std::string>& arguments) {
   log(LogLevel::info, "Begin to install hotfix.");
   InstallUtil::initInternalPasteboard(true);
   if (arguments.size() < 3) {
     (void)std::fputs(kUsage, stderr);  // the status tells it too
-    return 1;
+    return false;
   }
   runState() = RunState();
   runState()._pathToInstallPackage = arguments[1];
   runState()._pathToInstallDestination = arguments[2];
-  return installPackage(arguments) ? 0 : 1;
+  return installPackage(arguments);
+}
+
+// A line so short needs no memory. Standard error is for the runs that end before they have a
+// trace.
+void tellOfMemory(const Trace& trace) {
+  Platform::current().log->write(LogLevel::error, kNoMemory);
+  if (!trace.isOpen()) (void)std::fputs(kNoMemoryToBegin, stderr);  // the status tells it too
+}
+
+}  // namespace
+
+int runInstaller(const std::vector<std::string>& arguments) {
+  Platform::current().saidOnce.clear();
+  Trace trace;
+  try {
+    trace.open();
+    return run(arguments) ? 0 : 1;
+  } catch (const std::bad_alloc&) {
+    tellOfMemory(trace);
+    return 1;
+  }
 }
 
 }  // namespace installer

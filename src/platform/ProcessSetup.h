@@ -8,4 +8,8 @@ namespace installer {
 // system log shows the process's lines under the program's name, with the process's number.
 void setUpProcess();
 
+// Opens the databases of users and groups. To be called before main: a C library that is given no
+// memory here can end the process, and then nothing has begun. Later look-ups answer a lack.
+void openUserDatabases();
+
 }  // namespace installer

@@ -7,7 +7,8 @@
 namespace installer {
 
 // The system log and the files that mirror it. A line is written whole, by one write a file;
-// a failing write loses that line and nothing else.
+// a failing write loses that line and nothing else. A short line (300 bytes) can be written where
+// no memory is left.
 class SystemLog {
  public:
   SystemLog() = default;

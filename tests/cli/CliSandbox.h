@@ -82,6 +82,7 @@ class CliSandbox {
  public:
   static constexpr const char* kProgram = test::kProgramInRoot;
   static constexpr const char* kChild = test::kChildInRoot;
+  static constexpr const char* kAllocationFault = test::kAllocationFaultInRoot;
   static constexpr uid_t kAlice = test::kAlice;
   static constexpr uid_t kBob = test::kBob;
   static constexpr gid_t kAdmin = test::kAdmin;

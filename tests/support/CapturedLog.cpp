@@ -8,7 +8,9 @@ namespace installer::test {
 
 void CapturedLog::write(LogLevel level, std::string_view message) {
   _lines.push_back({level, std::string(message)});
-  _files.write(level, escapedMessage(message));
+  LineText text;
+  appendEscaped(message, text);
+  _files.write(level, viewOf(text));
 }
 
 void PrintTo(const LogLine& line, std::ostream* stream) {

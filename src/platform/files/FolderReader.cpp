@@ -3,12 +3,15 @@
 #include <cerrno>
 #include <string_view>
 
+#include "platform/posix/Memory.h"
+
 namespace installer {
 
 FolderReader::FolderReader(Descriptor folder) {
   if (folder.valid()) _stream = ::fdopendir(folder.get());
   if (_stream == nullptr) {
     _error = errno;
+    checkMemory(_error);
     return;
   }
   (void)folder.release();  // the stream owns it now

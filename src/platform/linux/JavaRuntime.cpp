@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
@@ -11,6 +12,7 @@
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/UserContext.h"
+#include "platform/posix/Memory.h"
 #include "platform/posix/TrustedPath.h"
 
 namespace installer {
@@ -24,6 +26,7 @@ bool isExecutable(const std::string& file) {
 std::optional<std::string> homeOf(const std::string& java) {
   const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(java.c_str(), nullptr),
                                                              &std::free);
+  if (!resolved) checkMemory(errno);
   if (!resolved) return std::nullopt;
   const std::string path(resolved.get());
   if (!path.ends_with("/bin/java")) return std::nullopt;

@@ -7,12 +7,14 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <climits>
 #include <memory>
 #include <optional>
 
 #include "hotfix/platform/ProcessKeys.h"
 #include "platform/posix/ExecutablePath.h"
+#include "platform/posix/Memory.h"
 
 namespace installer {
 namespace {
@@ -50,6 +52,7 @@ std::optional<std::string> executableOf(int table, const char* process) {
 std::vector<std::string> ProcProcessTable::executables() const {
   const std::unique_ptr<DIR, int (*)(DIR*)> table(opendir(_folder.c_str()), closedir);
   std::vector<std::string> paths;
+  if (!table) checkMemory(errno);
   if (!table) return paths;
   while (const dirent* entry = readdir(table.get())) {
     if (!isNumber(entry->d_name)) continue;

@@ -2,10 +2,12 @@
 
 #include <unistd.h>
 
+#include "platform/posix/Memory.h"
+
 namespace installer {
 
 short keepStandardDescriptorsOnly(posix_spawn_file_actions_t* actions) {
-  (void)posix_spawn_file_actions_addclosefrom_np(actions, 3);  // fails for want of memory only
+  checkMemory(posix_spawn_file_actions_addclosefrom_np(actions, 3));
   return 0;
 }
 

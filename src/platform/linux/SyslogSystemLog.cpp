@@ -9,8 +9,10 @@ namespace installer {
 SyslogSystemLog::SyslogSystemLog(Clock& clock) : _files(clock) {}
 
 void SyslogSystemLog::write(LogLevel level, std::string_view message) {
-  const std::string line = escapedMessage(message);
-  syslog(static_cast<int>(level), "%s", line.c_str());
+  LineText text;
+  appendEscaped(message, text);
+  const std::string_view line = viewOf(text);
+  syslog(static_cast<int>(level), "%.*s", static_cast<int>(line.size()), line.data());
   _files.write(level, line);
 }
 

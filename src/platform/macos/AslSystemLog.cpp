@@ -2,18 +2,19 @@
 
 #include <asl.h>
 
-#include <string>
-
 #include "base/TraceLine.h"
 
 namespace installer {
 
 void AslSystemLog::write(LogLevel level, std::string_view message) {
-  const std::string line = escapedMessage(message);
+  LineText text;
+  appendEscaped(message, text);
+  const std::string_view line = viewOf(text);
 // Deprecated in favour of a log that keeps no plain levels; the readers of our lines expect these.
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wdeprecated-declarations"
-  asl_log(nullptr, nullptr, static_cast<int>(level), "%s", line.c_str());
+  asl_log(nullptr, nullptr, static_cast<int>(level), "%.*s", static_cast<int>(line.size()),
+          line.data());
 #pragma clang diagnostic pop
   _files.write(level, line);
 }

@@ -3,12 +3,14 @@
 #include <crt_externs.h>
 #include <unistd.h>
 
+#include "platform/posix/Memory.h"
+
 namespace installer {
 
 // With the flag every descriptor is closed that no file action names.
 short keepStandardDescriptorsOnly(posix_spawn_file_actions_t* actions) {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
-    (void)posix_spawn_file_actions_addinherit_np(actions, descriptor);  // fails for want of memory
+    checkMemory(posix_spawn_file_actions_addinherit_np(actions, descriptor));
   return POSIX_SPAWN_CLOEXEC_DEFAULT;
 }
 

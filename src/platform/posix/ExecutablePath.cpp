@@ -1,7 +1,10 @@
 #include "platform/posix/ExecutablePath.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <memory>
+
+#include "platform/posix/Memory.h"
 
 namespace installer {
 
@@ -11,6 +14,7 @@ std::string fileNameOf(const std::string& path) {
 
 std::string resolvedOrSame(const std::string& path) {
   const std::unique_ptr<char, void (*)(void*)> found(realpath(path.c_str(), nullptr), std::free);
+  if (!found) checkMemory(errno);
   if (!found) return path;
   std::string resolved = found.get();
   if (path.ends_with('/') && !resolved.ends_with('/')) resolved += '/';

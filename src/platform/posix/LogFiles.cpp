@@ -19,7 +19,7 @@ std::string hostName() {
   return name.data();
 }
 
-void writeOnce(int descriptor, const std::string& line) {
+void writeOnce(int descriptor, std::string_view line) {
   const auto write = [&] { return ::write(descriptor, line.data(), line.size()); };
   (void)uninterrupted(write);  // a line that can not be written is lost: there is nobody to tell
 }
@@ -40,8 +40,9 @@ void LogFiles::remove(int descriptor) {
 }
 
 void LogFiles::write(LogLevel level, std::string_view message) const {
-  const std::string line = formatted({_clock.localTime(), _host, getpid(), level, message});
-  for (const int descriptor : _descriptors) writeOnce(descriptor, line);
+  LineText text;
+  appendFormatted({_clock.localTime(), _host, getpid(), level, message}, text);
+  for (const int descriptor : _descriptors) writeOnce(descriptor, viewOf(text));
 }
 
 }  // namespace installer

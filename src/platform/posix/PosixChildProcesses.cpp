@@ -10,6 +10,7 @@
 #include <cstring>
 #include <system_error>
 
+#include "platform/posix/Memory.h"
 #include "platform/posix/SpawnSupport.h"
 #include "platform/posix/Uninterrupted.h"
 
@@ -19,13 +20,13 @@ namespace {
 constexpr std::size_t kLongestLine = 1022;  // bytes
 constexpr const char* kNullDevice = "/dev/null";
 
-// One start of a child with default signal handling and nothing blocked. The calls that set it up
-// can fail for want of memory only.
+// One start of a child with default signal handling and nothing blocked. Setting it up can fail for
+// want of memory only, and a child that is set up by halves must not be started.
 class Spawn {
  public:
   Spawn() {
-    posix_spawn_file_actions_init(&_actions);
-    posix_spawnattr_init(&_attributes);
+    checkMemory(posix_spawn_file_actions_init(&_actions));
+    checkMemory(posix_spawnattr_init(&_attributes));
     sigset_t signals;
     sigfillset(&signals);
     posix_spawnattr_setsigdefault(&_attributes, &signals);
@@ -40,10 +41,10 @@ class Spawn {
   }
 
   void discard(int descriptor) {
-    posix_spawn_file_actions_addopen(&_actions, descriptor, kNullDevice, O_WRONLY, 0);
+    checkMemory(posix_spawn_file_actions_addopen(&_actions, descriptor, kNullDevice, O_WRONLY, 0));
   }
   void connect(int descriptor, int to) {
-    posix_spawn_file_actions_adddup2(&_actions, to, descriptor);
+    checkMemory(posix_spawn_file_actions_adddup2(&_actions, to, descriptor));
   }
 
   // 0 and the child's number, or the system's error number.

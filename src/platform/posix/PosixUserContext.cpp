@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <vector>
 
+#include "platform/posix/Memory.h"
+
 namespace installer {
 namespace {
 
@@ -23,6 +25,7 @@ auto findEntry(Lookup lookup, Read read) -> std::optional<decltype(read(Entry{})
     if (error == ERANGE) {
       space.resize(space.size() * 4);
     } else if (error != EINTR) {
+      checkMemory(error);
       if (found == nullptr) return std::nullopt;
       return read(*found);
     }

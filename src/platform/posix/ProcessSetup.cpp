@@ -1,6 +1,8 @@
 #include "platform/ProcessSetup.h"
 
 #include <fcntl.h>
+#include <grp.h>
+#include <pwd.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -22,6 +24,12 @@ void setUpProcess() {
   (void)std::signal(SIGPIPE, SIG_IGN);  // the old handler is of no use
   (void)std::signal(SIGXFSZ, SIG_IGN);  // nor is this one
   openlog("HotfixInstaller", LOG_PID, LOG_USER);
+}
+
+// Root is known everywhere and at once; whoever else is asked for later can take their time.
+void openUserDatabases() {
+  (void)getpwuid(0);
+  (void)getgrgid(0);
 }
 
 }  // namespace installer

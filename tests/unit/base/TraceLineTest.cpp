@@ -7,6 +7,18 @@
 namespace installer {
 namespace {
 
+std::string escapedMessage(std::string_view message) {
+  LineText text;
+  appendEscaped(message, text);
+  return fmt::to_string(text);
+}
+
+std::string formatted(const TraceLine& line) {
+  LineText text;
+  appendFormatted(line, text);
+  return fmt::to_string(text);
+}
+
 struct EscapeCase {
   std::string name;
   std::string message;

@@ -383,7 +383,10 @@ TEST(FilesAndCodesTest, LogLevelsHaveTheDocumentedNumbersAndNames) {
     line.time.tm_mday = 1;
     line.level = static_cast<LogLevel>(std::stoi(withoutBackquotes(row.at(0))));
 
-    EXPECT_THAT(formatted(line), HasSubstr(" <" + withoutBackquotes(row.at(1)) + ">: "));
+    LineText text;
+    appendFormatted(line, text);
+
+    EXPECT_THAT(std::string(viewOf(text)), HasSubstr(" <" + withoutBackquotes(row.at(1)) + ">: "));
   }
 }
 
