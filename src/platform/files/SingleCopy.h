@@ -7,6 +7,7 @@
 #include "platform/files/FileChanges.h"
 #include "platform/files/HeldFolders.h"
 #include "platform/files/Opening.h"
+#include "platform/files/TemporaryItem.h"
 
 namespace installer {
 

@@ -1,0 +1,30 @@
+#include "faults/Runner.h"
+
+#include "support/ChildFolder.h"
+#include "support/linux/PrivateRoot.h"
+
+namespace installer::faults {
+
+void Runner::prepare(const Scenario& scenario) const {
+  _world.fill(scenario.files);
+  _world.script(scenario.scripts);
+  if (!scenario.running.empty()) _world.startIdle(scenario.running);
+}
+
+Run Runner::run(const Scenario& scenario, const Action& action) const {
+  Run run;
+  {
+    Tracee program({_world.root(), test::kProgramInRoot, scenario.arguments, environment()},
+                   _distanceOfMain);
+    long number = 0;
+    while (const auto call = program.next()) action(program, *call, ++number);
+    run.end = program.end();
+  }
+  // What runs all the while has to be there for a second run.
+  run.othersEnded = !scenario.running.empty() || World::waitForOthers();
+  run.files = _world.files();
+  run.launches = test::ChildFolder(_world.host("/control")).records("rcplauncher");
+  return run;
+}
+
+}  // namespace installer::faults
