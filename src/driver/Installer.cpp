@@ -11,6 +11,7 @@
 #include "driver/RunState.h"
 #include "driver/WorkFolders.h"
 #include "hotfix/driver/InstanceLock.h"
+#include "hotfix/platform/ToldOnce.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
 #include "platform/FileManager.h"
@@ -132,7 +133,7 @@ void tellOfMemory(const Trace& trace) {
 }  // namespace
 
 int runInstaller(const std::vector<std::string>& arguments) {
-  Platform::current().saidOnce.clear();
+  const ToldOnce lines;
   Trace trace;
   try {
     trace.open();

@@ -23,12 +23,13 @@ void log(LogLevel level, fmt::format_string<Arguments...> format, Arguments&&...
   Platform::current().log->write(level, fmt::format(format, std::forward<Arguments>(arguments)...));
 }
 
-// The same, unless this run has logged that very line before.
+// The same, unless a ToldOnce lives that has seen the very line before.
 template <class... Arguments>
 void logOnce(LogLevel level, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
   const std::string line = fmt::format(format, std::forward<Arguments>(arguments)...);
   Platform& platform = Platform::current();
-  if (platform.saidOnce.insert(line).second) platform.log->write(level, line);
+  if (platform.toldOnce > 0 && !platform.saidOnce.insert(line).second) return;
+  platform.log->write(level, line);
 }
 
 }  // namespace installer

@@ -29,7 +29,8 @@ struct Platform {
   Clock* clock = nullptr;
   FixedPaths paths;
 
-  // Log lines that one run writes only once and has written.
+  // How many ToldOnce live, and which lines they have seen.
+  int toldOnce = 0;
   std::set<std::string> saidOnce;
 
   // The platform in force: the real one unless a ScopedPlatform is alive.

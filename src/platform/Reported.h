@@ -9,8 +9,8 @@
 #include "platform/FileManager.h"
 
 // What the file manager does, with a reason for what it could not do: one error line with the path
-// and the system's words, once a run for the same words. Operations that promise to write no line
-// of their own ask the file manager itself.
+// and the system's words, once for the same words where a ToldOnce lives. Operations that promise
+// to write no line of their own ask the file manager itself.
 namespace installer::reported {
 
 // Writes the line.

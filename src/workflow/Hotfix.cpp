@@ -1,5 +1,6 @@
 #include "hotfix/workflow/Hotfix.h"
 
+#include "hotfix/platform/ToldOnce.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
 #include "platform/Exists.h"
@@ -37,6 +38,7 @@ Hotfix& Hotfix::operator=(Hotfix&&) noexcept = default;
 Hotfix::~Hotfix() = default;
 
 bool Hotfix::installNewHotfix() {
+  const ToldOnce lines;
   if (!_pathToHotfixManifest) return false;
   if (!exists(_pathToHotfixManifest)) return refuseManifest(*_pathToHotfixManifest);
   if (!_installation || !_installation->copyHotfixInstallManifest())

@@ -1,5 +1,6 @@
 #include "hotfix/workflow/HotfixUninstall.h"
 
+#include "hotfix/platform/ToldOnce.h"
 #include "instance/InstanceLayout.h"
 #include "platform/Exists.h"
 #include "workflow/HotfixRemoval.h"
@@ -18,6 +19,7 @@ HotfixUninstall& HotfixUninstall::operator=(HotfixUninstall&&) noexcept = defaul
 HotfixUninstall::~HotfixUninstall() = default;
 
 bool HotfixUninstall::uninstallOldHotfix() {
+  const ToldOnce lines;
   return _removal && _removal->uninstallOldHotfix();
 }
 

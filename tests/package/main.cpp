@@ -19,6 +19,7 @@
 #include <hotfix/platform/HomeFolders.h>
 #include <hotfix/platform/ProcessKeys.h>
 #include <hotfix/platform/PropertyListFile.h>
+#include <hotfix/platform/ToldOnce.h>
 #include <hotfix/util/InstallUtil.h>
 #include <hotfix/util/StringUtil.h>
 #include <hotfix/workflow/Hotfix.h>
@@ -59,6 +60,7 @@ void usePropertyLists() {
 }
 
 void useWorkflows(const std::string& folder) {
+  const ToldOnce lines;
   show("locked before there is anything", InstanceLock(folder + "/rcp").isHeld());
   show("asked", InstanceService::existing(folder + "/rcp").has_value());
   InstanceService service(folder + "/rcp");

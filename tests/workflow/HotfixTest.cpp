@@ -253,6 +253,19 @@ TEST_F(HotfixTest, AnswerOfTheLauncherThatIsNoSuccessIsTold) {
                           home() + " and in " + data() + "/.metadata/.log."));
 }
 
+TEST_F(HotfixTest, UnreadableRecordIsToldOnceAnInstallation) {
+  proves("FILES-21", "LIBRARY-11");
+  _sandbox.write(inHome("installInfo.plist"), "half an edit <dict>");
+  const std::string line = "\"" + homePath("installInfo.plist") +
+                           "\" cannot be read: No property list with a dictionary";
+
+  EXPECT_TRUE(install());
+  EXPECT_THAT(linesAt(LogLevel::error), ElementsAre(line));
+
+  EXPECT_TRUE(install());
+  EXPECT_THAT(linesAt(LogLevel::error), ElementsAre(line)) << "the next one";
+}
+
 TEST_F(HotfixTest, ResultPanelsOldFileThatStaysIsTold) {
   _sandbox.makeFolder("tmp/qlm.config/x");
   _sandbox.files().failAlways(FileOperation::kUnlink, EPERM);

@@ -174,6 +174,17 @@ TEST_F(HotfixUninstallTest, PermissionsChangeBelowTheDataOnly) {
   EXPECT_EQ(_sandbox.mode("data/file"), 0775U);
 }
 
+TEST_F(HotfixUninstallTest, UnreadableRecordIsToldOnce) {
+  proves("FILES-21", "LIBRARY-11");
+  _sandbox.write(inHome("installInfo.plist"), "half an edit <dict>");
+  const std::string line = "\"" + homePath("installInfo.plist") +
+                           "\" cannot be read: No property list with a dictionary";
+
+  EXPECT_TRUE(uninstall());
+
+  EXPECT_THAT(linesAt(LogLevel::error), ElementsAre(line));
+}
+
 TEST_F(HotfixUninstallTest, FailedProvisioningClearsTheVersionOnly) {
   proves("REMOVE-8");
   launcherAnswers("rc=13\n");

@@ -10,8 +10,7 @@ namespace installer {
 
 /// Values that the steps of installers hand to one another, and to the result panel, through one
 /// file in /tmp. A file that neither root nor the effective nor the console user owns, or that is a
-/// link, reads as absent: everybody can write to /tmp. The first such refusal of a run is logged as
-/// a warning.
+/// link, reads as absent: everybody can write to /tmp. That leaves a warning line (see ToldOnce).
 class Configuration {
  public:
   /// Loads the file; an empty store when there is none. One that cannot be read gives a store that

@@ -28,7 +28,7 @@ class JavaProperties;
 ///
 /// Failures are answers; levels in brackets are those of the log lines that an operation writes. A
 /// file that cannot be written, copied or removed leaves one error line with its path and the
-/// system's words, once a run for the same words, save where an operation says otherwise.
+/// system's words (see ToldOnce), save where an operation says otherwise.
 class InstanceService {
  public:
   // --- Creation (InstanceService.cpp) ------------------------------------------------------------

@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
 
+#include "hotfix/platform/ToldOnce.h"
 #include "support/Proves.h"
 #include "support/Sandbox.h"
 #include "support/XmlList.h"
@@ -338,6 +340,7 @@ TEST_F(ConfigurationTest, SaveReplacesALinkAndNotItsTarget) {
 
 TEST_F(ConfigurationTest, DanglingLinkFolderAndPipeReadAsAbsent) {
   proves("TMP-4");
+  const ToldOnce lines;
   _sandbox.makeLink(kFile, "nowhere");
   EXPECT_TRUE(Configuration().setProperty("1", "a"));
   _sandbox.remove(kFile);
@@ -354,13 +357,13 @@ TEST_F(ConfigurationTest, RefusalIsToldOncePerRun) {
   proves("TMP-4");
   _sandbox.makeLink(kFile, "nowhere");
 
+  auto run = std::make_optional<ToldOnce>();
   Configuration();
   Configuration();
   EXPECT_THAT(_sandbox.log(), ElementsAre(refusal()));
 
-  Platform nextRun = _sandbox.platform();
-  nextRun.saidOnce.clear();
-  const ScopedPlatform scope(nextRun);
+  run.reset();
+  run.emplace();
   Configuration();
   EXPECT_THAT(_sandbox.log(), ElementsAre(refusal(), refusal()));
 }

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "hotfix/platform/ToldOnce.h"
 #include "support/Proves.h"
 #include "support/Sandbox.h"
 
@@ -104,6 +105,7 @@ TEST_F(JavaPropertiesTest, UnreadableFileGivesNoEntriesAndNoLine) {
 
 TEST_F(JavaPropertiesTest, UnreadableFileIsNotSavedOver) {
   proves("PROPERTIES-16");
+  const ToldOnce lines;
   const std::string file = _sandbox.makeLink("tmp/x.properties", "/dev/null");
   JavaProperties properties(file);
   EXPECT_TRUE(properties.setProperty("1", "a"));
@@ -117,6 +119,7 @@ TEST_F(JavaPropertiesTest, UnreadableFileIsNotSavedOver) {
 
 TEST_F(JavaPropertiesTest, FileThatCannotBeLookedAtIsNotSavedOver) {
   proves("PROPERTIES-16");
+  const ToldOnce lines;
   const std::string file = _sandbox.write("tmp/x.properties", "theirs=1\n");
   _sandbox.files().failReading(file, EIO);
   JavaProperties properties(file);

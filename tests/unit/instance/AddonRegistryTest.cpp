@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "hotfix/instance/InstanceService.h"
+#include "hotfix/platform/ToldOnce.h"
 #include "support/BinaryListWriter.h"
 #include "support/InstanceFixture.h"
 #include "support/Proves.h"
@@ -55,6 +56,7 @@ TEST_F(AddonRegistryTest, BinaryRegistryIsRead) {
 
 TEST_F(AddonRegistryTest, RegistryThatCannotBeReadIsEmptyAndToldOnce) {
   proves("ADDON-1");
+  const ToldOnce lines;
   writeEntries();
   InstanceService registry = service();
   _sandbox.files().failReading(homePath("addonInfo.plist"), EIO);

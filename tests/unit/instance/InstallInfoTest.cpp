@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "hotfix/instance/InstanceService.h"
+#include "hotfix/platform/ToldOnce.h"
 #include "support/InstanceFixture.h"
 #include "support/Proves.h"
 
@@ -281,6 +282,7 @@ TEST_F(InstallInfoTest, BundleIdIsStoredReadAndDeleted) {
 
 TEST_F(InstallInfoTest, UnreadableFileIsLeftUntouched) {
   proves("INFO-6");
+  const ToldOnce lines;
   _sandbox.write(inHome("installInfo.plist"), "half an edit <dict>");
 
   service().updateHotfixVersion("1");
@@ -302,6 +304,7 @@ TEST_F(InstallInfoTest, UnreadableFileIsLeftUntouched) {
 
 TEST_F(InstallInfoTest, FileThatCannotBeReadKeepsAllKeys) {
   proves("INFO-6");
+  const ToldOnce lines;
   const Dictionary entries{{"version", "6"}, {"theirs", 5}, {"hotfixVersion", "6.1"}};
   writeInfo(entries);
   _sandbox.files().failReading(homePath("installInfo.plist"), EIO);
@@ -362,6 +365,7 @@ TEST_F(InstallInfoTest, ManifestThatCannotBeLookedAtIsToldAndNoInstance) {
 
 TEST_F(InstallInfoTest, RefusingDiskChangesNoAnswerKeepsTheFileAndIsToldOnce) {
   proves("INFO-6", "FILES-21");
+  const ToldOnce lines;
   writeInfo({{"version", "6"}});
   InstanceService service(home());
   _sandbox.clearLog();

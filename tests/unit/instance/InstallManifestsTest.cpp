@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "hotfix/instance/InstanceService.h"
+#include "hotfix/platform/ToldOnce.h"
 #include "support/InstanceFixture.h"
 #include "support/Proves.h"
 
@@ -237,6 +238,7 @@ TEST_F(InstallManifestsTest, LinkToNothingInTheInstallManifestsPlaceIsNotBackedU
 
 TEST_F(InstallManifestsTest, SettingsThatCannotBeReadKeepAllAndAreToldOnce) {
   proves("STAMP-6");
+  const ToldOnce lines;
   const std::string before = launcherFile();
   _sandbox.write("data/.config/rcpinstall.properties", "# theirs\ny=2\n");
   InstanceService service = quietService(_sandbox.path("data"));
@@ -254,6 +256,7 @@ TEST_F(InstallManifestsTest, SettingsThatCannotBeReadKeepAllAndAreToldOnce) {
 
 TEST_F(InstallManifestsTest, SettingsThatAreNoFileStayAndAreToldOnce) {
   proves("STAMP-6");
+  const ToldOnce lines;
   _sandbox.remove(inHome("rcplauncher.properties"));
   _sandbox.makeFolder(inHome("rcplauncher.properties"));
   _sandbox.write("data/.config/rcpinstall.properties", "# theirs\ny=2\n");

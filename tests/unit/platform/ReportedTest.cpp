@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "hotfix/platform/ToldOnce.h"
 #include "support/Proves.h"
 #include "support/Sandbox.h"
 
@@ -66,6 +67,7 @@ TEST_F(ReportedTest, EachFailureIsToldInOneLine) {
 TEST_F(ReportedTest, TheSameWordsAreToldOnceARun) {
   proves("FILES-21");
   const std::string folder = _sandbox.makeFolder("tmp/folder");
+  const ToldOnce lines;
 
   EXPECT_FALSE(reported::write(folder, "x"));
   EXPECT_FALSE(reported::write(folder, "y"));
