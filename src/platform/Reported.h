@@ -11,6 +11,9 @@
 // What the file manager does, with a reason for what it could not do: one error line with the path
 // and the system's words, once for the same words where a ToldOnce lives. Operations that promise
 // to write no line of their own ask the file manager itself.
+//
+// Stores use these too instead of leaving the line to their callers: a property store answers yes
+// whatever the disk says, so that the reason would be lost on the way.
 namespace installer::reported {
 
 // Writes the line.
