@@ -33,13 +33,6 @@ Violations judgeGuards(const Scenario& scenario, const Files& files) {
   return found;
 }
 
-Violations judgeLeftOvers(const Files& files) {
-  Violations found;
-  for (const auto& [path, entry] : files)
-    if (isTemporary(path)) found.push_back({"left-over", path});
-  return found;
-}
-
 Violations judgeMoment(const Scenario& scenario, const Learned& learned, const Files& files) {
   Violations found = learned.moments.against(withoutStamps(files));
   std::erase_if(found, [&](const Violation& violation) {
@@ -74,7 +67,6 @@ Violations judgeReason(const Scenario& scenario, const Learned& learned, const R
 Violations judgeSecondRun(const Scenario& scenario, const Learned& learned, const Run& run) {
   Violations found = endsAsExpected(scenario, run);
   append(found, learned.ends.against(withoutStamps(run.files)));
-  append(found, judgeLeftOvers(run.files));
   append(found, judgeGuards(scenario, run.files));
   append(found, judgeTrace(run.files));
   for (Violation& violation : found) violation.rule = "again-" + violation.rule;
@@ -102,8 +94,8 @@ Outcome tryPoint(const Runner& runner, const Scenario& scenario, const Learned& 
     return outcome;
   }
   append(found, judgeStatus(scenario, run));
-  append(found, judgeLeftOvers(run.files));
-  append(found, judgeReason(scenario, learned, run));
+  append(found, judgeLeftOvers(run.files, scenario.files));
+  if (!kind.silences) append(found, judgeReason(scenario, learned, run));
   return outcome;
 }
 

@@ -37,24 +37,27 @@ Kind shortened() {
 }
 
 Kind filled() {
-  return {"full", "from the call on nothing finds space on the disk",
-          [](const LoggedCall& call) { return canFailWith(call.errors, ENOSPC); },
-          [](long point) -> Action {
+  return {.name = "full",
+          .about = "from the call on nothing finds space on the disk",
+          .applies = [](const LoggedCall& call) { return canFailWith(call.errors, ENOSPC); },
+          .action = [](long point) -> Action {
             return [=](Tracee& program, const Call& call, long number) {
               if (number >= point && canFailWith(call.errors, ENOSPC)) program.fail(ENOSPC);
             };
-          }};
+          },
+          .silences = true};
 }
 
 Kind killed() {
-  return {"kill", "the program is killed before the call, then run again",
-          [](const LoggedCall&) { return true; },
-          [](long point) -> Action {
+  return {.name = "kill",
+          .about = "the program is killed before the call, then run again",
+          .applies = [](const LoggedCall&) { return true; },
+          .action = [](long point) -> Action {
             return [=](Tracee& program, const Call&, long number) {
               if (number == point) program.kill();
             };
           },
-          true};
+          .ends = true};
 }
 
 std::vector<Kind> allKinds() {

@@ -14,7 +14,8 @@ struct Kind {
   std::string about;  // one line for people
   std::function<bool(const LoggedCall& call)> applies;
   std::function<Action(long point)> action;
-  bool ends = false;  // the run ends with the fault, and an undisturbed one has to follow
+  bool silences = false;  // the trace can not be written either
+  bool ends = false;      // the run ends with the fault, and an undisturbed one has to follow
 };
 
 const std::vector<Kind>& kinds();

@@ -101,8 +101,19 @@ std::vector<Violation> judgeStatus(const Scenario& scenario, const Run& run) {
   return {};
 }
 
+std::vector<Violation> judgeLeftOvers(const Files& files, const Files& before) {
+  std::vector<Violation> found;
+  for (const auto& [path, entry] : files) {
+    const bool isInOther = isTemporary(path.substr(0, path.rfind('/')));
+    if (isTemporary(path) && !isInOther && !before.contains(path))
+      found.push_back({"left-over", path});
+  }
+  return found;
+}
+
 std::vector<Violation> endsAsExpected(const Scenario& scenario, const Run& run) {
   std::vector<Violation> found = judgeStatus(scenario, run);
+  for (Violation& violation : judgeLeftOvers(run.files, {})) found.push_back(std::move(violation));
   if (run.end.status != scenario.status)
     found.push_back(
         {"scenario", fmt::format("status {} instead of {}", run.end.status, scenario.status)});

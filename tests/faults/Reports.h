@@ -26,7 +26,10 @@ std::vector<Violation> judgeRecord(const Files& files);
 // The status is 0 or 1, and not 0 unless this hotfix's own manifest was provisioned with success.
 std::vector<Violation> judgeStatus(const Scenario& scenario, const Run& run);
 
-// An undisturbed run ends with the scenario's own status and code.
+// No temporary name is left but those that were there before.
+std::vector<Violation> judgeLeftOvers(const Files& files, const Files& before);
+
+// An undisturbed run ends with the scenario's own status and code, and leaves nothing over.
 std::vector<Violation> endsAsExpected(const Scenario& scenario, const Run& run);
 
 }  // namespace installer::faults

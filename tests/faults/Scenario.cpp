@@ -1,6 +1,8 @@
 #include "faults/Scenario.h"
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <utility>
 
 #include "faults/ScenarioFiles.h"
@@ -9,8 +11,9 @@ namespace installer::faults {
 
 namespace {
 
-Scenario plain(const std::string& name, const std::string& about) {
-  return ScenarioFiles().scenario(name, about);
+std::string contentOf(const std::string& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 Scenario upgrade() {
@@ -21,12 +24,86 @@ Scenario upgrade() {
   return files.scenario("upgrade", "an older hotfix is recorded; the data folder is elsewhere");
 }
 
+Scenario sameAgain() {
+  ScenarioFiles files;
+  files.recordHotfix("1.5");
+  files.addOldExtras();
+  return files.scenario("again", "the same hotfix is recorded");
+}
+
+Scenario staged() {
+  ScenarioFiles files;
+  files.addStaging("/Applications/Core");
+  return files.scenario("staged", "another installer has left a staging folder to be copied");
+}
+
+Scenario characters() {
+  const ScenarioFiles files({.bundle = "/Applications/A=B/Quillmere.app"});
+  return files.scenario("characters", "refused with code 3: a path can not be used", 1, 3);
+}
+
+Scenario running() {
+  ScenarioFiles files;
+  const std::string program = files.instance().bundle + "/Contents/MacOS/Quillmere";
+  files.put(program, contentOf("/bin/sleep"), 0755);
+  Scenario made = files.scenario("running", "refused with code 6: the application runs", 1, 6);
+  made.running = program;
+  return made;
+}
+
+Scenario higher() {
+  ScenarioFiles files;
+  files.recordHotfix("1.6");
+  return files.scenario("higher", "refused with code 7: a higher hotfix is recorded", 1, 7);
+}
+
+Scenario notInstalled() {
+  ScenarioFiles files;
+  files.remove(files.instance().deploy("install.xml"));
+  return files.scenario("not-installed", "refused with code 8: no instance is there", 1, 8);
+}
+
+Scenario failing() {
+  ScenarioFiles files;
+  files.launcherAnswers("rc=13\n");
+  return files.scenario("failing", "provisioning fails", 1);
+}
+
+Scenario newWorkspace() {
+  ScenarioFiles files;
+  files.remove(files.data() + "/.config");
+  return files.scenario("new-workspace",
+                        "the application has never been started: all is done twice");
+}
+
+Scenario noManifest() {
+  ScenarioFiles files;
+  files.remove(files.package().deployFile("install.hotfix.xml"));
+  return files.scenario("no-manifest", "the package has no install manifest: code 4", 1, 4);
+}
+
+Scenario brokenMerge() {
+  ScenarioFiles files;
+  files.addBrokenMerge();
+  return files.scenario("broken-merge", "an earlier run was killed while it merged the extras");
+}
+
 }  // namespace
 
 const std::vector<Scenario>& scenarios() {
   static const std::vector<Scenario> all{
-      plain("install", "a fresh install"),
+      ScenarioFiles().scenario("install", "a fresh install"),
       upgrade(),
+      sameAgain(),
+      characters(),
+      running(),
+      higher(),
+      notInstalled(),
+      failing(),
+      newWorkspace(),
+      noManifest(),
+      brokenMerge(),
+      staged(),
   };
   return all;
 }

@@ -36,7 +36,8 @@ std::string resolvedManifest(const std::string& package) {
 
 }  // namespace
 
-ScenarioFiles::ScenarioFiles() : _data(_instance.data()) {
+ScenarioFiles::ScenarioFiles(cli::Instance instance)
+    : _instance(std::move(instance)), _data(_instance.data()) {
   addSurroundings();
   addInstance();
   addData(_data);
@@ -136,6 +137,20 @@ void ScenarioFiles::addOldExtras() {
   put(_instance.deploy("extras/own.txt"), "the user's own\n");
 }
 
+void ScenarioFiles::addBrokenMerge() {
+  addOldExtras();
+  put(_instance.deploy("extras/readme.txt"), "extra\n");
+  put(_instance.deploy("extras/.hotfix-1001"), "ext");
+  put(_instance.deploy("extras/tools/.hotfix-1002"), longText());
+  put(_instance.deploy(".hotfix-1003/tools/run.sh"), "echo");
+}
+
+void ScenarioFiles::addStaging(const std::string& destination) {
+  put("/tmp/qlmcore2/core/core.txt", "the core\n");
+  put("/tmp/qlmcore2/readme.txt", "staged\n");
+  put(cli::kConfiguration, listOf({{"newInstallLocation", ListValue::string(destination)}}));
+}
+
 // A launcher installs something, and never through a link that another left at its result's name.
 std::string ScenarioFiles::launcherScript() const {
   const std::string plugin = _instance.home() + "/eclipse/plugins/com.kiv.fix_1.5";
@@ -148,11 +163,14 @@ std::string ScenarioFiles::launcherScript() const {
       .text();
 }
 
-Scenario ScenarioFiles::scenario(const std::string& name, const std::string& about) const {
+Scenario ScenarioFiles::scenario(const std::string& name, const std::string& about, int status,
+                                 int code) const {
   Scenario made;
+  made.status = status;
+  made.code = code;
   made.name = name;
   made.about = about;
-  made.arguments = {_package.folder, "/Applications"};
+  made.arguments = {_package.folder, _instance.bundle.substr(0, _instance.bundle.rfind('/'))};
   if (_data != _instance.data()) made.arguments.insert(made.arguments.end(), {"-rcpdata", _data});
   made.files = _files;
   ScenarioFiles usedUp = *this;

@@ -10,13 +10,16 @@ namespace installer::faults {
 // can change in it, and a package that brings everything that one can bring.
 class ScenarioFiles {
  public:
-  ScenarioFiles();
+  explicit ScenarioFiles(cli::Instance instance = {});
 
   // --- What a scenario changes -------------------------------------------------------------------
 
   void useData(const std::string& folder);
   void recordHotfix(const std::string& version);
   void addOldExtras();
+  void addStaging(const std::string& destination);
+  // What a merge leaves that was killed long ago: some of the new extras, and temporary names.
+  void addBrokenMerge();
   void launcherAnswers(const std::string& result) { _result = result; }
 
   void put(const std::string& path, const std::string& content, mode_t mode = 0644);
@@ -26,7 +29,9 @@ class ScenarioFiles {
   const cli::Package& package() const { return _package; }
   std::string data() const { return _data; }
 
-  Scenario scenario(const std::string& name, const std::string& about) const;
+  // A run into the folder that holds the bundle, ending with that status and code.
+  Scenario scenario(const std::string& name, const std::string& about, int status = 0,
+                    int code = 0) const;
 
  private:
   void add(const std::string& path, test::TreeEntry entry);

@@ -27,6 +27,10 @@ struct Row {
   double seconds = 0;
 };
 
+double secondsSince(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
 void print(const std::string& line) {
   std::fputs((line + "\n").c_str(), stdout);
   std::fflush(stdout);
@@ -54,7 +58,7 @@ class Sweep {
       if (isAsked(_options.scenarios, scenario.name)) sweepScenario(scenario);
     printTable();
     for (const std::string& rule : _options.without) print("not judged: " + rule);
-    if (_trouble || _rows.empty()) return 2;
+    if (_rows.empty()) return 2;
     return std::all_of(_rows.begin(), _rows.end(),
                        [](const Row& row) { return row.violations == 0; })
                ? 0
@@ -64,12 +68,27 @@ class Sweep {
  private:
   void sweepScenario(const Scenario& scenario) {
     Learned learned;
-    const auto unexpected = learn(_runner, scenario, learned);
-    printViolations(scenario.name, {unexpected, "no fault"});
-    if (!unexpected.empty()) _trouble = true;
+    learnScenario(scenario, learned);
     if (_options.verbose) printCalls(learned);
     for (const Kind& kind : kinds())
       if (isAsked(_options.kinds, kind.name)) sweepKind(scenario, learned, kind);
+  }
+
+  void learnScenario(const Scenario& scenario, Learned& learned) {
+    const auto start = Clock::now();
+    Outcome outcome{judged(learn(_runner, scenario, learned)), "no call"};
+    printViolations(scenario.name + " undisturbed", outcome);
+    _rows.push_back({scenario.name, "undisturbed", learned.calls.size(), 1,
+                     outcome.violations.size(), secondsSince(start)});
+  }
+
+  // Without what breaks rules that are not asked for.
+  std::vector<Violation> judged(std::vector<Violation> violations) const {
+    std::erase_if(violations, [&](const Violation& violation) {
+      const auto& rules = _options.without;
+      return std::find(rules.begin(), rules.end(), violation.rule) != rules.end();
+    });
+    return violations;
   }
 
   void sweepKind(const Scenario& scenario, const Learned& learned, const Kind& kind) {
@@ -81,7 +100,7 @@ class Sweep {
       ++row.points;
       showProgress(row, points.size());
     }
-    row.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    row.seconds = secondsSince(start);
     _rows.push_back(row);
   }
 
@@ -90,10 +109,7 @@ class Sweep {
     const std::string name = fmt::format("{} {}:{}", scenario.name, kind.name, point);
     if (const auto known = _state.known(name)) return *known;
     Outcome outcome = tryPoint(_runner, scenario, learned, kind, point);
-    std::erase_if(outcome.violations, [&](const Violation& violation) {
-      const auto& rules = _options.without;
-      return std::find(rules.begin(), rules.end(), violation.rule) != rules.end();
-    });
+    outcome.violations = judged(std::move(outcome.violations));
     printViolations(name, outcome);
     if (_options.verbose) print(name + " -- at " + outcome.call);
     _state.add(name, outcome.violations.size());
@@ -127,7 +143,6 @@ class Sweep {
   const Options& _options;
   SweepState _state;
   std::vector<Row> _rows;
-  bool _trouble = false;
 };
 
 }  // namespace

@@ -7,9 +7,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 
+#include "faults/Normal.h"
 #include "support/ChildFolder.h"
 #include "support/linux/PrivateRoot.h"
 
@@ -26,6 +28,13 @@ void endOthers() {
   while (waitpid(-1, nullptr, __WALL) > 0 || errno == EINTR) continue;
 }
 
+// A day, so that nobody takes it for another's work under way.
+void makeOld(const std::string& path) {
+  const timespec yesterday{std::time(nullptr) - 24 * 60 * 60, 0};
+  const timespec times[] = {yesterday, yesterday};
+  (void)utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW);  // a test will tell
+}
+
 void writeEntry(const std::string& path, const test::TreeEntry& entry) {
   if (entry.kind == "link") {
     fs::create_symlink(entry.content, path);
@@ -34,6 +43,7 @@ void writeEntry(const std::string& path, const test::TreeEntry& entry) {
   } else {
     std::ofstream(path, std::ios::binary) << entry.content;
   }
+  if (isTemporary(path)) makeOld(path);
   const bool owned = lchown(path.c_str(), entry.owner, entry.group) == 0;
   if (!owned || (entry.kind != "link" && chmod(path.c_str(), entry.mode) != 0))
     test::giveUp("write " + path);
@@ -85,9 +95,9 @@ void World::startIdle(const std::string& program) const {
   int started[2];
   if (pipe2(started, O_CLOEXEC) != 0) test::giveUp("pipe");
   if (fork() == 0) {
-    std::string idle = "--idle";
+    std::string seconds = "3600";
     std::string name = program;
-    char* const arguments[] = {name.data(), idle.data(), nullptr};
+    char* const arguments[] = {name.data(), seconds.data(), nullptr};
     if (chroot(_root.c_str()) == 0) execv(name.c_str(), arguments);
     test::giveUp("start " + program);
   }

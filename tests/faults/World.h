@@ -34,7 +34,7 @@ class World {
   // starts.
   void script(const std::map<std::string, std::string>& texts) const;
 
-  // Starts a program that stays until the next fill().
+  // Starts a copy of sleep, which stays until the next fill().
   void startIdle(const std::string& program) const;
 
   // Waits for what the program left running; false when that takes longer than a launcher may.

@@ -11,3 +11,24 @@ target_link_libraries(fault-sweep PRIVATE hotfix_test_support)
 # It looks at all files after each of many thousand runs.
 target_compile_options(fault-sweep PRIVATE -O2)
 add_dependencies(fault-sweep HotfixInstaller RecordedChild)
+
+# Sanitizers and counters have calls and files of their own.
+if(HOTFIX_SANITIZE OR HOTFIX_COVERAGE)
+  return()
+endif()
+
+# hotfix_add_sweep(name argument...): a part of all sweeps, always the same one.
+function(hotfix_add_sweep name)
+  hotfix_add_recorded_test(faults ${name} COMMAND $<TARGET_FILE:fault-sweep> ${ARGN})
+  set_tests_properties(faults.${name} PROPERTIES LABELS faults TIMEOUT 600 SKIP_RETURN_CODE 77)
+endfunction()
+
+# What breaks these rules is known: temporary names of killed runs stay, and some failures are told
+# by nothing but their effect.
+set(known reason,left-over,again-left-over)
+set(successes install,upgrade,again,failing,new-workspace,no-manifest,staged)
+set(others characters,running,higher,not-installed,broken-merge)
+foreach(part successes others)
+  hotfix_add_sweep(full_disk_${part} --scenario ${${part}} --kind full --without ${known} --sample 25)
+  hotfix_add_sweep(kills_${part} --scenario ${${part}} --kind kill --without ${known} --sample 60)
+endforeach()
