@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "cli/Fixtures.h"
+#include "faults/AllocationKind.h"
 #include "faults/Normal.h"
 #include "faults/Reports.h"
 
@@ -73,29 +74,39 @@ Violations judgeSecondRun(const Scenario& scenario, const Learned& learned, cons
   return found;
 }
 
+Violations judge(const Runner& runner, const Scenario& scenario, const Learned& learned,
+                 Judging judging, const Run& run) {
+  Violations found = judgeMoment(scenario, learned, run.files);
+  append(found, judgeGuards(scenario, run.files));
+  append(found, judgeTrace(run.files));
+  append(found, judgeRecord(run.files));
+  if (judging == Judging::again) {
+    append(found, judgeSecondRun(scenario, learned, runner.run(scenario, letBe)));
+    return found;
+  }
+  append(found, judgeStatus(scenario, run));
+  append(found, judgeLeftOvers(run.files, scenario.files));
+  if (judging == Judging::whole) append(found, judgeReason(scenario, learned, run));
+  return found;
+}
+
 }  // namespace
 
 Outcome tryPoint(const Runner& runner, const Scenario& scenario, const Learned& learned,
                  const Kind& kind, long point) {
   Outcome outcome{{}, "never reached"};
-  const Action action = kind.action(point);
+  const Action action = kind.action(runner, scenario, point);
+  const bool countsCalls = !kind.variables;
   runner.prepare(scenario);
-  const Run run = runner.run(scenario, [&](Tracee& program, const Call& call, long number) {
-    if (number == point) outcome.call = program.described(call);
-    action(program, call, number);
-  });
-  Violations& found = outcome.violations;
-  append(found, judgeMoment(scenario, learned, run.files));
-  append(found, judgeGuards(scenario, run.files));
-  append(found, judgeTrace(run.files));
-  append(found, judgeRecord(run.files));
-  if (kind.ends) {
-    append(found, judgeSecondRun(scenario, learned, runner.run(scenario, letBe)));
-    return outcome;
-  }
-  append(found, judgeStatus(scenario, run));
-  append(found, judgeLeftOvers(run.files, scenario.files));
-  if (!kind.silences) append(found, judgeReason(scenario, learned, run));
+  const Run run = runner.run(
+      scenario,
+      [&](Tracee& program, const Call& call, long number) {
+        if (number == point && countsCalls) outcome.call = program.described(call);
+        action(program, call, number);
+      },
+      countsCalls ? std::map<std::string, std::string>() : kind.variables(point));
+  if (!countsCalls) outcome.call = placeOfAllocation(runner.world());
+  outcome.violations = judge(runner, scenario, learned, kind.judging, run);
   return outcome;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -8,19 +10,30 @@
 
 namespace installer::faults {
 
-// One kind of fault: at which calls it can happen, and what happens there.
+// What is asked of a run with a fault of some kind.
+enum class Judging {
+  whole,    // everything
+  silent,   // everything but a line that tells why
+  again,    // the run ends with the fault; an undisturbed one follows and must end well
+  foreign,  // another moved the files: only what lies outside, and how the run ends
+};
+
+// One kind of fault: where it can happen, and what happens there. A point is a call by its number,
+// save where points() counts something else.
 struct Kind {
   std::string name;
   std::string about;  // one line for people
-  std::function<bool(const LoggedCall& call)> applies;
-  std::function<Action(long point)> action;
-  bool silences = false;  // the trace can not be written either
-  bool ends = false;      // the run ends with the fault, and an undisturbed one has to follow
+  std::function<std::vector<long>(const Learned& learned)> points;
+  std::function<Action(const Runner& runner, const Scenario& scenario, long point)> action;
+  Judging judging = Judging::whole;
+  // Variables that the program gets for it; nothing for none.
+  std::function<std::map<std::string, std::string>(long point)> variables = nullptr;
 };
 
 const std::vector<Kind>& kinds();
 
-// nullptr when there is none of that name.
-const Kind* kindNamed(const std::string& name);
+// The numbers of the calls that are so.
+std::vector<long> callsThat(const Learned& learned,
+                            const std::function<bool(const LoggedCall& call)>& applies);
 
 }  // namespace installer::faults

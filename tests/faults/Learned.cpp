@@ -1,6 +1,7 @@
 #include "faults/Learned.h"
 
 #include "cli/Fixtures.h"
+#include "faults/AllocationKind.h"
 #include "faults/Normal.h"
 #include "faults/Reports.h"
 #include "support/linux/PrivateRoot.h"
@@ -53,6 +54,12 @@ void learnLaterStarts(const Runner& runner, Scenario scenario, Learned& learned)
   }
 }
 
+void countAllocations(const Runner& runner, const Scenario& scenario, Learned& learned) {
+  runner.prepare(scenario);
+  (void)runner.run(scenario, letBe, allocationVariables(0));  // the count is all that is wanted
+  learned.allocations = countedAllocations(runner.world());
+}
+
 }  // namespace
 
 std::vector<Violation> learn(const Runner& runner, const Scenario& scenario, Learned& learned) {
@@ -70,6 +77,7 @@ std::vector<Violation> learn(const Runner& runner, const Scenario& scenario, Lea
   learned.moments.learn(withoutStamps(handedOver(scenario.substitutes)));
   learnRefusal(runner, scenario, learned);
   learnLaterStarts(runner, scenario, learned);
+  countAllocations(runner, scenario, learned);
   return endsAsExpected(scenario, first);
 }
 

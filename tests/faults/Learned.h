@@ -21,6 +21,7 @@ struct LoggedCall {
 // What is known of a scenario when nothing goes wrong.
 struct Learned {
   std::vector<LoggedCall> calls;
+  long allocations = 0;
   Allowed moments;                        // what every file may be when a run has been broken off
   Allowed ends;                           // what it may be after a run on what a broken one left
   Files files;                            // after the run, without stamps

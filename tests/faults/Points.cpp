@@ -3,12 +3,10 @@
 namespace installer::faults {
 
 std::vector<long> pointsOf(const Kind& kind, const Learned& learned, const Options& options) {
-  std::vector<long> points;
-  const long last = options.last > 0 ? options.last : static_cast<long>(learned.calls.size());
-  for (long number = 1; number <= static_cast<long>(learned.calls.size()); ++number)
-    if (number >= options.first && number <= last &&
-        kind.applies(learned.calls[static_cast<std::size_t>(number - 1)]))
-      points.push_back(number);
+  std::vector<long> points = kind.points(learned);
+  std::erase_if(points, [&](long point) {
+    return point < options.first || (options.last > 0 && point > options.last);
+  });
   return sampleOf(points, options.sample, options.seed);
 }
 

@@ -7,7 +7,7 @@
 
 namespace installer::faults {
 
-// The calls at which the kind of fault is to be tried, by number.
+// Where the kind of fault is to be tried.
 std::vector<long> pointsOf(const Kind& kind, const Learned& learned, const Options& options);
 
 // As many of the points as wanted, evenly spread; the seed moves them.

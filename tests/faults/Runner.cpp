@@ -11,10 +11,13 @@ void Runner::prepare(const Scenario& scenario) const {
   if (!scenario.running.empty()) _world.startIdle(scenario.running);
 }
 
-Run Runner::run(const Scenario& scenario, const Action& action) const {
+Run Runner::run(const Scenario& scenario, const Action& action,
+                const std::map<std::string, std::string>& variables) const {
   Run run;
+  auto around = environment();
+  around.insert(variables.begin(), variables.end());
   {
-    Tracee program({_world.root(), test::kProgramInRoot, scenario.arguments, environment()},
+    Tracee program({_world.root(), test::kProgramInRoot, scenario.arguments, around},
                    _distanceOfMain);
     long number = 0;
     while (const auto call = program.next()) action(program, *call, ++number);

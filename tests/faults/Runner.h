@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,6 @@ struct Run {
   bool othersEnded = true;  // whether its children were through in time
   Files files;              // as they are then
   std::vector<test::ChildRecord> launches;
-  std::string faulted;  // the call that was acted on, for people
 };
 
 // Runs the program on what is in the world.
@@ -32,7 +32,9 @@ class Runner {
 
   // Puts the scenario's files and children in place.
   void prepare(const Scenario& scenario) const;
-  Run run(const Scenario& scenario, const Action& action) const;
+  // With more variables around it than environment() has.
+  Run run(const Scenario& scenario, const Action& action,
+          const std::map<std::string, std::string>& variables = {}) const;
 
   const World& world() const { return _world; }
 

@@ -1,0 +1,57 @@
+#include "faults/AllocationKind.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <numeric>
+
+#include "support/linux/PrivateRoot.h"
+
+namespace installer::faults {
+
+namespace {
+
+constexpr const char* kReport = "/control/allocation";
+
+std::vector<long> everyAllocation(const Learned& learned) {
+  std::vector<long> points(static_cast<std::size_t>(learned.allocations));
+  std::iota(points.begin(), points.end(), 1);
+  return points;
+}
+
+Action nothing(const Runner&, const Scenario&, long) {
+  return letBe;
+}
+
+}  // namespace
+
+Kind allocationKind() {
+  return {.name = "alloc",
+          .about = "one allocation fails",
+          .points = everyAllocation,
+          .action = nothing,
+          .variables = allocationVariables};
+}
+
+std::map<std::string, std::string> allocationVariables(long failing) {
+  return {{"LD_PRELOAD", World::kPreloaded},
+          {"HOTFIX_FAIL_ALLOCATION", std::to_string(failing)},
+          {"HOTFIX_ALLOCATION_REPORT", kReport}};
+}
+
+long countedAllocations(const World& world) {
+  long count = 0;
+  std::ifstream(world.host(kReport)) >> count;
+  return count;
+}
+
+std::string placeOfAllocation(const World& world) {
+  const std::string own = std::string(test::kProgramInRoot) + "(+";
+  std::ifstream stream(world.host(kReport));
+  std::string place = "allocation at";
+  for (std::string frame; std::getline(stream, frame);)
+    if (frame.starts_with(own))
+      place += " " + frame.substr(own.size(), frame.find(')') - own.size());
+  return place;
+}
+
+}  // namespace installer::faults
