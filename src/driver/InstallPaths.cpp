@@ -8,8 +8,8 @@
 #include "hotfix/workflow/Hotfix.h"
 #include "hotfix/workflow/HotfixUninstall.h"
 #include "instance/InstanceLayout.h"
-#include "platform/Exists.h"
 #include "platform/Log.h"
+#include "platform/Reported.h"
 
 namespace installer {
 
@@ -21,7 +21,7 @@ std::optional<std::string> launcherIn(const std::optional<std::string>& rcpHome)
 }
 
 bool clientHasStartedOn(const std::optional<std::string>& rcpData) {
-  return rcpData && exists(InstanceLayout::workspaceFlag(*rcpData));
+  return rcpData && reported::exists(InstanceLayout::workspaceFlag(*rcpData));
 }
 
 void removeOldHotfix(const std::string& rcpHome, const std::optional<std::string>& rcpData) {

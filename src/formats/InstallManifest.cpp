@@ -117,8 +117,12 @@ class RootReplacement {
 }  // namespace
 
 InstallManifest::InstallManifest(std::string file) : _pathToManifest(std::move(file)) {
-  const std::optional<std::string> bytes = Platform::current().files->read(_pathToManifest);
-  if (!bytes) return;
+  FileError error;
+  const std::optional<std::string> bytes = Platform::current().files->read(_pathToManifest, &error);
+  if (!bytes) {
+    _readError = error;
+    return;
+  }
   _xmlDoc = xml::parse(*bytes);
   if (_xmlDoc) xml::reindent(*_xmlDoc);
 }

@@ -24,6 +24,7 @@ void setAndSave(JavaProperties& properties, const char* key,
 bool resolveInstallerRoot(const std::string& manifest, const std::string& root) {
   log(LogLevel::info, "Update ${{installer.root}}.");
   InstallManifest document(manifest);
+  reported::tellUnreadable(document.readError());
   const std::string replacement = "file:" + root;
   log(LogLevel::info, "Get ${{installer.root}} : {}.", replacement);
   (void)document.replaceInstallerRootWith(replacement);  // the save is what counts
@@ -66,8 +67,9 @@ void InstanceService::backupInstallManifest() {
   if (!_pathToRcphome) return;
   const std::string launcherFile = InstanceLayout::launcherProperties(*_pathToRcphome);
   if (!reported::exists(launcherFile)) return;
-  const std::string version =
-      JavaProperties(launcherFile).getPropertyForKey(kManifestVersion).value_or("old");
+  const JavaProperties launcher(launcherFile);
+  reported::tellUnreadable(launcher.readError());
+  const std::string version = launcher.getPropertyForKey(kManifestVersion).value_or("old");
   if (version.find('/') != std::string::npos) {
     // Whoever can write the settings would choose where a copy made by root appears.
     log(LogLevel::warning, "Not able to back up install manifest of version {}.", version);
@@ -105,8 +107,13 @@ bool InstanceService::copyInstallManifest(
   const std::string target = InstanceLayout::deployed(*_pathToRcphome, toFile);
   log(LogLevel::info, "Copy install manifest to {}.", target);
   if (!reported::copy({manifest, contentFolders()}, target, ExistingItem::replace)) return false;
-  if (!replaceInstallerRootWith || !exists(*replaceInstallerRootWith)) return true;
-  return resolveInstallerRoot(target, *replaceInstallerRootWith);
+  if (!replaceInstallerRootWith) return true;
+  FileError error;
+  if (Platform::current().files->exists(*replaceInstallerRootWith, &error))
+    return resolveInstallerRoot(target, *replaceInstallerRootWith);
+  // A root that may well be there would leave features without a place to come from.
+  reported::tellUnreadable(error);
+  return error.code == FileError::kMissing;
 }
 
 bool InstanceService::copyManifest(const std::optional<std::string>& manifest) {

@@ -4,6 +4,7 @@
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
 #include "platform/Exists.h"
+#include "platform/Reported.h"
 #include "workflow/HotfixInstallation.h"
 #include "workflow/HotfixPackage.h"
 
@@ -40,7 +41,7 @@ Hotfix::~Hotfix() = default;
 bool Hotfix::installNewHotfix() {
   const ToldOnce lines;
   if (!_pathToHotfixManifest) return false;
-  if (!exists(_pathToHotfixManifest)) return refuseManifest(*_pathToHotfixManifest);
+  if (!reported::exists(*_pathToHotfixManifest)) return refuseManifest(*_pathToHotfixManifest);
   if (!_installation || !_installation->copyHotfixInstallManifest())
     return refuseManifest("install.hotfix.xml");
   return _installation->installWithManifest();

@@ -6,7 +6,6 @@
 #include "instance/InstanceLayout.h"
 #include "instance/ProvisioningCommand.h"
 #include "instance/ProvisioningRun.h"
-#include "platform/Exists.h"
 #include "platform/Log.h"
 #include "platform/Reported.h"
 
@@ -30,7 +29,7 @@ bool HotfixInstallation::copyHotfixInstallManifest() {
 
 void HotfixInstallation::copyHotfixUninstallManifest() {
   const std::string& manifest = _preference.locations.uninstallManifest;
-  if (exists(manifest) && !_service.copyHotfixUninstallManifest(manifest))
+  if (reported::exists(manifest) && !_service.copyHotfixUninstallManifest(manifest))
     log(LogLevel::warning, "Not able to copy hotfix uninstall manifest.");
 }
 
@@ -45,7 +44,7 @@ void HotfixInstallation::updateProvisionManifestVersion() {
 
 void HotfixInstallation::mergePluginCustomization() {
   const std::string& customization = _preference.locations.customization;
-  if (exists(customization))
+  if (reported::exists(customization))
     (void)_service.mergePluginCustomizationWithRcphome(customization);  // does not stop the run
 }
 

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
+
 #include "hotfix/util/InstallUtil.h"
 #include "instance/ProvisioningCommand.h"
 #include "support/PackageFixture.h"
@@ -264,6 +266,24 @@ TEST_F(HotfixTest, UnreadableRecordIsToldOnceAnInstallation) {
 
   EXPECT_TRUE(install());
   EXPECT_THAT(linesAt(LogLevel::error), ElementsAre(line)) << "the next one";
+}
+
+TEST_F(HotfixTest, PackageFilesThatCannotBeLookedAtAreTold) {
+  proves("FILES-21");
+  const std::string folder = package() + "/../deploy/";
+  for (const std::string name :
+       {"install.hotfix.xml", "uninstall.hotfix.xml", "plugin_customization.ini"}) {
+    Hotfix workflow = hotfix();
+    _sandbox.clearLog();
+    _sandbox.files().failReading(folder + name, EIO);
+
+    EXPECT_EQ(workflow.installNewHotfix(), name != "install.hotfix.xml") << name;
+
+    EXPECT_THAT(linesAt(LogLevel::error),
+                ElementsAre("\"" + folder + name + "\" cannot be looked at: Input/output error"));
+    _sandbox.files().stopFailing();
+  }
+  EXPECT_EQ(record(), code(4, {folder + "install.hotfix.xml"}));
 }
 
 TEST_F(HotfixTest, ResultPanelsOldFileThatStaysIsTold) {

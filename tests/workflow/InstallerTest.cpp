@@ -1,8 +1,10 @@
 #include "hotfix/driver/Installer.h"
 
 #include <gmock/gmock.h>
+
 #include <sys/stat.h>
 #include <unistd.h>
+#include <cerrno>
 
 #include <algorithm>
 
@@ -171,6 +173,17 @@ TEST_F(InstallerTest, MissingWorkspaceFlagDoublesTheInstallation) {
   EXPECT_THAT(
       linesAt(LogLevel::info),
       Contains("Hot fix workspace flag file is missing, launching install new hotfix twice"));
+}
+
+TEST_F(InstallerTest, WorkspaceFlagThatCannotBeLookedAtIsTold) {
+  proves("FILES-21");
+  const std::string flag = _sandbox.path("data/.config");
+  _sandbox.files().failReading(flag, EIO);
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(linesAt(LogLevel::error),
+              Contains("\"" + flag + "\" cannot be looked at: Input/output error"));
 }
 
 TEST_F(InstallerTest, MissingManifestStopsBothOfTwoInstallations) {

@@ -5,6 +5,7 @@
 
 #include "hotfix/base/DeletedForNull.h"
 #include "hotfix/base/XmlDocument.h"
+#include "hotfix/platform/FileError.h"
 
 namespace installer {
 
@@ -28,8 +29,12 @@ class InstallManifest {
   static constexpr const char* INSTALLER_ROOT = "${installer.root}";
   /// @}
 
-  /// Parses the file. One that is missing or malformed leaves the object without a document.
+  /// Parses the file. One that is missing, unreadable or malformed leaves the object without a
+  /// document.
   explicit InstallManifest(std::string file);
+
+  /// Why the file could not be read; nullopt when it could, be it malformed.
+  [[nodiscard]] const std::optional<FileError>& readError() const { return _readError; }
 
   /// Replaces "${installer.root}" in the url of every feature on the path root / first
   /// domain-object / first object-data / first install / each installfeature / first requirements /
@@ -51,6 +56,7 @@ class InstallManifest {
 
  private:
   std::string _pathToManifest;
+  std::optional<FileError> _readError;
   xml::Document _xmlDoc;  // null when the file could not be parsed
 };
 

@@ -195,7 +195,7 @@ FoundEntry HeldFolders::glimpse(const std::string& path) {
   if (!isUsablePath(path)) return notFound(ENOENT);
   const auto below = find(path, Itself::counts);
   if (!below || isRefused(*below->held)) return atPath(path, true);
-  if (below->rest.empty()) return itemBelow(*below, path);
+  if (below->rest.empty()) return open(*below->held) ? itemBelow(*below, path) : atPath(path, true);
   FoundEntry found = foundAt(placeBelow(*below));
   found.follow = true;
   if (path.ends_with('/')) found.name += '/';

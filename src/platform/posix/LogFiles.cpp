@@ -19,9 +19,14 @@ std::string hostName() {
   return name.data();
 }
 
-void writeOnce(int descriptor, std::string_view line) {
-  const auto write = [&] { return ::write(descriptor, line.data(), line.size()); };
-  (void)uninterrupted(write);  // a line that can not be written is lost: there is nobody to tell
+// A line that cannot be written is lost: there is nobody to tell.
+void writeWhole(int descriptor, std::string_view line) {
+  while (!line.empty()) {
+    const ssize_t count =
+        uninterrupted([&] { return ::write(descriptor, line.data(), line.size()); });
+    if (count <= 0) return;
+    line.remove_prefix(static_cast<std::size_t>(count));
+  }
 }
 
 }  // namespace
@@ -42,7 +47,7 @@ void LogFiles::remove(int descriptor) {
 void LogFiles::write(LogLevel level, std::string_view message) const {
   LineText text;
   appendFormatted({_clock.localTime(), _host, getpid(), level, message}, text);
-  for (const int descriptor : _descriptors) writeOnce(descriptor, viewOf(text));
+  for (const int descriptor : _descriptors) writeWhole(descriptor, viewOf(text));
 }
 
 }  // namespace installer

@@ -663,11 +663,20 @@ TEST_F(InstallManifestTest, MissingFileAndFolderAreNoDocument) {
                                   _sandbox.makePipe("tmp/pipe")}) {
     InstallManifest document(path);
 
+    ASSERT_TRUE(document.readError().has_value()) << path;
+    EXPECT_THAT(document.readError()->description, HasSubstr(path));
     EXPECT_FALSE(document.replaceInstallerRootWith("r")) << path;
     EXPECT_FALSE(document.saveInstallManifestAs(_sandbox.path("tmp/out.xml"))) << path;
   }
   EXPECT_FALSE(_sandbox.exists("tmp/out.xml"));
   EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
+TEST_F(InstallManifestTest, WhatCanBeReadHasNoReadError) {
+  for (const char* content : {"<m/>", "<m", ""}) {
+    const std::string path = _sandbox.write("tmp/m.xml", content);
+    EXPECT_FALSE(InstallManifest(path).readError().has_value()) << content;
+  }
 }
 
 TEST_F(InstallManifestTest, NothingOutsideIsLoaded) {

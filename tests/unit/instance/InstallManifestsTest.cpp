@@ -236,6 +236,43 @@ TEST_F(InstallManifestsTest, LinkToNothingInTheInstallManifestsPlaceIsNotBackedU
   EXPECT_FALSE(_sandbox.exists(inHome("deploy/install.0101130000.xml")));
 }
 
+TEST_F(InstallManifestsTest, RootThatCannotBeLookedAtIsAFailureAndTold) {
+  proves("MANIFEST-14");
+  InstanceService service = quietService();
+  _sandbox.files().failReading(root(), EIO);
+
+  EXPECT_FALSE(service.copyUpdateManifest(manifest(), root()));
+
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre("\"" + root() + "\" cannot be looked at: Input/output error"));
+}
+
+TEST_F(InstallManifestsTest, CopiedManifestThatCannotBeReadIsAFailureAndTold) {
+  proves("MANIFEST-14");
+  InstanceService service = quietService();
+  _sandbox.files().failReading(homePath("deploy/install.update.xml"), EIO);
+
+  EXPECT_FALSE(service.copyUpdateManifest(manifest(), root()));
+
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre(told("deploy/install.update.xml", "read: Input/output error")));
+  EXPECT_EQ(deployed("install.update.xml"), kManifest);
+}
+
+TEST_F(InstallManifestsTest, BackupTellsSettingsThatCannotBeReadAndIsCalledOld) {
+  proves("STAMP-6");
+  _sandbox.write(inHome("deploy/install.xml"), "<now/>");
+  InstanceService service = quietService();
+  _sandbox.remove(inHome("rcplauncher.properties"));
+  _sandbox.makeFolder(inHome("rcplauncher.properties"));
+
+  service.backupInstallManifest();
+
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre(told("rcplauncher.properties", "read: Is a directory")));
+  EXPECT_EQ(deployed("install.old.xml"), "<now/>");
+}
+
 TEST_F(InstallManifestsTest, SettingsThatCannotBeReadKeepAllAndAreToldOnce) {
   proves("STAMP-6");
   const ToldOnce lines;

@@ -218,6 +218,8 @@ TEST_F(FileManagerHeldFolderTest, AFolderThatIsMissingIsHeldOnceItIsThere) {
 TEST_F(FileManagerHeldFolderTest, WhatIsNoFolderHoldsNothing) {
   hold("home/deploy/file");
 
+  EXPECT_TRUE(_files.exists(path("home/deploy/file")));
+  EXPECT_FALSE(_files.isDirectory(path("home/deploy/file")));
   EXPECT_FALSE(_files.exists(path("home/deploy/file/x"), &_error));
   EXPECT_EQ(FileError::kMissing, _error.code);
 }
