@@ -157,6 +157,10 @@ class FileManager {
   [[nodiscard]] virtual bool createFile(const std::string& path, std::string_view bytes,
                                         const FileAttributes& attributes) = 0;
 
+  // Writes everything that is pending on the folder's file system down to the medium: what others
+  // have written there is as durable then as what this class writes.
+  [[nodiscard]] virtual bool flush(const std::string& folder, FileError* error = nullptr) = 0;
+
   // Whether `path` is a folder that changeAttributesBelow() enters: a link to one must, like every
   // other link that is then on the way, have one name and belong to root or the effective user.
   // Whoever owns a link chooses where it leads.

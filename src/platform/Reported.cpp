@@ -48,6 +48,12 @@ bool copy(const CopySource& from, const std::string& to, ExistingItem existing) 
   return answer(copied, error);
 }
 
+bool flush(const std::string& folder) {
+  FileError error;
+  const bool flushed = files().flush(folder, &error);
+  return answer(flushed, error);
+}
+
 bool remove(const std::string& path) {
   FileError error;
   const bool removed = files().remove(path, &error);

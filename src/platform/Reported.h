@@ -29,6 +29,8 @@ bool exists(const std::string& path);
                          std::optional<mode_t> mode = std::nullopt);
 [[nodiscard]] bool copy(const CopySource& from, const std::string& to, ExistingItem existing);
 
+[[nodiscard]] bool flush(const std::string& folder);
+
 // False without a line when nothing was there.
 [[nodiscard]] bool remove(const std::string& path);
 

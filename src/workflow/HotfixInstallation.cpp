@@ -87,8 +87,11 @@ bool HotfixInstallation::provision() {
   log(LogLevel::info, "Start provisioning system. ");
   startProvisioning();
   const bool succeeded = provisioningSucceeded(_service, _pathToRcpHome, _pathToRcpData);
-  if (succeeded) updateHotfixVersion();
-  return succeeded;
+  if (!succeeded) return false;
+  // The record must not outlive, at a power cut, what the launcher has installed.
+  (void)reported::flush(_pathToRcpHome);  // without it the hotfix is installed all the same
+  updateHotfixVersion();
+  return true;
 }
 
 void HotfixInstallation::storePackageIdentity() {

@@ -88,6 +88,8 @@ bool HotfixRemoval::uninstallOldHotfix() {
   _instance.backupInstallManifest();
   _instance.updateProvisionManifestVersion(InstallUtil::generateNewManifestVersion());
   startProvisioning();
+  // At a power cut the features must not outlive the record of them.
+  (void)reported::flush(_pathToRcpHome);  // without it the removal counts all the same
   _instance.updateHotfixVersion(std::nullopt);
   if (!provisioningSucceeded(_instance, _pathToRcpHome, _pathToRcpData)) {
     constexpr const char* kUnexpected =

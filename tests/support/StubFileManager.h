@@ -51,6 +51,7 @@ class StubFileManager : public FileManager {
   bool createFile(const std::string&, std::string_view, const FileAttributes&) override {
     return false;
   }
+  bool flush(const std::string&, FileError*) override { return false; }
   bool mayEnter(const std::string&) override { return true; }
   bool changeAttributesBelowAll(const std::vector<std::string>&, const FileAttributes&) override {
     return false;

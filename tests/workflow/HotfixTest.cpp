@@ -64,6 +64,48 @@ TEST_F(HotfixTest, BringsEverythingIntoTheInstance) {
   EXPECT_EQ(record(), code(0, {}));
 }
 
+TEST_F(HotfixTest, WhatTheLauncherInstalledIsFlushedBeforeTheVersionIsRecorded) {
+  proves("INSTALL-15");
+  std::size_t before = 0;
+  _sandbox.children().onStart([&](const Command&) {
+    _sandbox.write(inHome("../.provisioning_rc"), "rc=0\n");
+    before = _sandbox.files().operations().size();
+  });
+
+  EXPECT_TRUE(install());
+
+  const auto& operations = _sandbox.files().operations();
+  ASSERT_LT(before + 1, operations.size());
+  EXPECT_EQ(operations[before], FileOperation::kSync);
+  EXPECT_EQ(operations[before + 1], FileOperation::kCreateTemporary) << "the record";
+}
+
+TEST_F(HotfixTest, VersionIsRecordedThoughTheFlushFails) {
+  proves("INSTALL-15");
+  _sandbox.children().onStart([&](const Command&) {
+    _sandbox.write(inHome("../.provisioning_rc"), "rc=0\n");
+    _sandbox.files().failNext(FileOperation::kSync, EIO);
+  });
+
+  EXPECT_TRUE(install());
+
+  EXPECT_EQ(PropertyList::textForKey(info(), "hotfixVersion"), "6.2.3.1");
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre("\"" + home() + "\" cannot be flushed: Input/output error"));
+}
+
+TEST_F(HotfixTest, FailedProvisioningIsNotFlushed) {
+  std::size_t before = 0;
+  _sandbox.children().onStart([&](const Command&) {
+    _sandbox.write(inHome("../.provisioning_rc"), "rc=13\n");
+    before = _sandbox.files().operations().size();
+  });
+
+  EXPECT_FALSE(install());
+
+  EXPECT_NE(_sandbox.files().operations().at(before), FileOperation::kSync);
+}
+
 TEST_F(HotfixTest, LogsEveryStepInOrder) {
   EXPECT_TRUE(install());
 

@@ -78,6 +78,23 @@ TEST_F(HotfixUninstallTest, RunsTheLauncherTwiceAndClearsAllRecords) {
                   "6 Launch platform to uninstall provisioned features..."));
 }
 
+TEST_F(HotfixUninstallTest, WhatTheLauncherRemovedIsFlushedBeforeTheVersionIsForgotten) {
+  proves("INSTALL-15");
+  std::size_t before = 0;
+  _sandbox.children().onStart([&](const Command& command) {
+    if (command != run()) return;
+    _sandbox.write(inHome("../.provisioning_rc"), "rc=0\n");
+    before = _sandbox.files().operations().size();
+  });
+
+  EXPECT_TRUE(uninstall());
+
+  const auto& operations = _sandbox.files().operations();
+  ASSERT_LT(before + 1, operations.size());
+  EXPECT_EQ(operations[before], FileOperation::kSync);
+  EXPECT_EQ(operations[before + 1], FileOperation::kCreateTemporary) << "the record";
+}
+
 TEST_F(HotfixUninstallTest, BacksUpAndStampsBeforeTheRuns) {
   proves("REMOVE-2");
   EXPECT_TRUE(uninstall());

@@ -195,6 +195,14 @@ bool PosixFileManager::createFile(const std::string& path, std::string_view byte
   return replaceFile(_changes, place, file) == 0;
 }
 
+bool PosixFileManager::flush(const std::string& folder, FileError* error) {
+  errno = ENOENT;
+  const Descriptor opened =
+      isUsablePath(folder) ? openFolderFollowingLinks(AT_FDCWD, folder) : Descriptor();
+  const int result = opened.valid() ? _changes.flushFileSystem(opened.get()) : errno;
+  return answer(result, folder, "flushed", error);
+}
+
 bool PosixFileManager::mayEnter(const std::string& path) {
   std::set<FileIdentity> links;
   return _folders.openNamedFolder(path, links).valid();

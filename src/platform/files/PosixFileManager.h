@@ -43,6 +43,7 @@ class PosixFileManager : public FileManager {
                        FileError* error = nullptr) override;
   bool createFile(const std::string& path, std::string_view bytes,
                   const FileAttributes& attributes) override;
+  bool flush(const std::string& folder, FileError* error = nullptr) override;
   bool mayEnter(const std::string& path) override;
   bool changeAttributesBelowAll(const std::vector<std::string>& folders,
                                 const FileAttributes& attributes) override;

@@ -12,9 +12,8 @@ int renameKeepingExisting(int fromFolder, const char* from, int toFolder, const 
   return ::renameatx_np(fromFolder, from, toFolder, to, RENAME_EXCL);
 }
 
-// There is no flush of one file system by descriptor; a full flush empties the volume's cache.
 int flushFileSystem(int folder) {
-  return flushFile(folder);
+  return ::fsync_volume_np(folder, SYNC_VOLUME_FULLSYNC | SYNC_VOLUME_WAIT);
 }
 
 int flushFile(int file) {

@@ -32,6 +32,7 @@ TEST_F(ReportedTest, WhatSucceedsIsNotTold) {
   EXPECT_TRUE(reported::copy(file, _sandbox.path("tmp/copy"), ExistingItem::fail));
   EXPECT_TRUE(reported::copy(file, _sandbox.path("tmp/copy"), ExistingItem::keep));
   EXPECT_TRUE(reported::remove(file));
+  EXPECT_TRUE(reported::flush(_sandbox.path("tmp")));
 
   EXPECT_EQ(_sandbox.read("tmp/copy"), "x");
   EXPECT_THAT(_sandbox.log(), IsEmpty());
@@ -56,12 +57,14 @@ TEST_F(ReportedTest, EachFailureIsToldInOneLine) {
   EXPECT_FALSE(reported::copy(file, folder, ExistingItem::fail));
   _sandbox.files().failNext(FileOperation::kUnlink, EPERM);
   EXPECT_FALSE(reported::remove(file));
+  EXPECT_FALSE(reported::flush(file));
 
   EXPECT_THAT(_sandbox.log(),
               ElementsAre(line("tmp/loop", "looked at: Too many levels of symbolic links"),
                           line("tmp/folder", "written: Is a directory"),
                           line("tmp/file", "copied to \"" + folder + "\": File exists"),
-                          line("tmp/file", "removed: Operation not permitted")));
+                          line("tmp/file", "removed: Operation not permitted"),
+                          line("tmp/file", "flushed: Not a directory")));
 }
 
 TEST_F(ReportedTest, TheSameWordsAreToldOnceARun) {
