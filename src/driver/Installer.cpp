@@ -15,6 +15,7 @@
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
 #include "platform/FileManager.h"
+#include "platform/Interruption.h"
 #include "platform/Log.h"
 
 namespace installer {
@@ -123,6 +124,19 @@ bool run(const std::vector<std::string>& arguments) {
   return installPackage(arguments);
 }
 
+// No error is sent: the record's reader has none for what whoever sent the signal knows.
+bool runUntilInterrupted(const std::vector<std::string>& arguments, Trace& trace) {
+  try {
+    trace.open();
+    const bool installed = run(arguments);
+    checkInterruption();
+    return installed;
+  } catch (const Interrupted& interrupted) {
+    log(LogLevel::error, "Asked to end by {}. The installation ends here.", interrupted.cause);
+    return false;
+  }
+}
+
 // A line so short needs no memory. Standard error is for the runs that end before they have a
 // trace.
 void tellOfMemory(const Trace& trace) {
@@ -136,8 +150,7 @@ int runInstaller(const std::vector<std::string>& arguments) {
   const ToldOnce lines;
   Trace trace;
   try {
-    trace.open();
-    return run(arguments) ? 0 : 1;
+    return runUntilInterrupted(arguments, trace) ? 0 : 1;
   } catch (const std::bad_alloc&) {
     tellOfMemory(trace);
     return 1;

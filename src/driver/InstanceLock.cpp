@@ -1,39 +1,21 @@
 #include "hotfix/driver/InstanceLock.h"
 
-#include <chrono>
 #include <utility>
 
-#include "platform/Clock.h"
+#include "driver/Wait.h"
 #include "platform/FileManager.h"
-#include "platform/Log.h"
+#include "platform/Platform.h"
 
 namespace installer {
-
-namespace {
-
-// Between two attempts: short beside a run, long beside an attempt.
-constexpr std::chrono::milliseconds kPause{100};
-constexpr std::chrono::milliseconds kLongWait{10'000};
-
-void tellOfWaiting(std::chrono::milliseconds waited) {
-  if (waited == waited.zero())
-    log(LogLevel::notice, "Another installation is at work on this instance, waiting for its end.");
-  if (waited == kLongWait)
-    log(LogLevel::notice, "The other installation is still at work after {} seconds, waiting on.",
-        std::chrono::duration_cast<std::chrono::seconds>(kLongWait).count());
-}
-
-}  // namespace
 
 InstanceLock::InstanceLock(const std::string& rcpHome) : InstanceLock(rcpHome, rcpHome) {}
 
 InstanceLock::InstanceLock(const std::string& rcpHome, const std::string& otherRcpHome) {
-  std::chrono::milliseconds waited{0};
+  Wait wait("Another installation is at work on this instance, waiting for its end.",
+            "The other installation is still at work");
   while (!take({rcpHome, otherRcpHome})) {
-    tellOfWaiting(waited);
+    wait.pause();
     _hasWaited = true;
-    Platform::current().clock->pause(kPause);
-    waited += kPause;
   }
 }
 

@@ -76,11 +76,11 @@ void InstanceService::collectLogFiles(const std::optional<std::string>& productN
                    *productName, "-productVersion", version, "-action", action, "-workspace",
                    *workspace, "-logLocation", logFile, "-s"}});
   if (!tool) return;
+  const ChildEnd end(*tool);  // however it ends, the run is over
   log(LogLevel::notice,
       "Successfully collect the log files and place them under {} for the {} operaton of {} "
       "project.",
       InstanceLayout::installHistory(*_pathToRcphome), action, product);
-  (void)Platform::current().children->wait(*tool);  // however it ends, the run is over
 }
 
 }  // namespace installer

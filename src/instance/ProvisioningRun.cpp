@@ -3,6 +3,7 @@
 #include "hotfix/formats/JavaProperties.h"
 #include "instance/InstanceLayout.h"
 #include "platform/Exists.h"
+#include "platform/Interruption.h"
 #include "platform/Log.h"
 #include "platform/Reported.h"
 #include "util/ChildStart.h"
@@ -37,6 +38,7 @@ void runProvisioning(const std::optional<std::string>& launcher,
   }
   if (const std::optional<std::string> signal = runChild({*launcher, arguments}))
     log(LogLevel::error, "{} was ended by {}.", *launcher, *signal);
+  checkInterruption();
 }
 
 bool provisioningSucceeded(const InstanceService& service, const std::string& rcpHome,

@@ -59,10 +59,10 @@ struct FileAttributes {
 };
 
 // The file system. Every operation works on bytes of paths as given, without "~" expansion, and
-// answers failures by its result: nothing is thrown and nothing is logged (Reported.h has the forms
-// that are). An `error` that is not null is set on failure only. FileError::kMissing then means
-// that nothing is there for certain; what cannot be looked at or read for another reason may well
-// be.
+// answers failures by its result: nothing is thrown (but std::bad_alloc, and Interrupted before a
+// change) and nothing is logged (Reported.h has the forms that are). An `error` that is not null is
+// set on failure only. FileError::kMissing then means that nothing is there for certain; what
+// cannot be looked at or read for another reason may well be.
 //
 // Safety, for every operation: a file appears under its name whole or not at all; no sockets,
 // pipes or devices are opened; walks hold directory descriptors and never pass through a symbolic

@@ -4,8 +4,9 @@ namespace installer {
 
 // To be called first in main. Fills closed descriptors 0 to 2 with the null device, so that no file
 // opened later can be taken for standard output, and ignores SIGPIPE and SIGXFSZ, so that a write
-// that cannot be done is an error of that write and not the end of the process. From then on the
-// system log shows the process's lines under the program's name, with the process's number.
+// that cannot be done is an error of that write and not the end of the process. From then on
+// signals that ask the process to end are noted (Interruption.h), and the system log shows its
+// lines under the program's name, with the process's number.
 void setUpProcess();
 
 // Opens the databases of users and groups. To be called before main: a C library that is given no

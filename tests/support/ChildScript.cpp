@@ -42,6 +42,9 @@ ChildScript& ChildScript::printError(std::string_view text) {
 ChildScript& ChildScript::await(const std::string& path) {
   return add("await", path);
 }
+ChildScript& ChildScript::signalParent(int signal) {
+  return add("signal-parent", std::to_string(signal), "1");
+}
 ChildScript& ChildScript::exit(int status) {
   return add("exit", std::to_string(status));
 }

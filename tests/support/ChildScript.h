@@ -24,6 +24,8 @@ class ChildScript {
   ChildScript& printError(std::string_view text);
   // Goes on when something is at the path.
   ChildScript& await(const std::string& path);
+  // Sends the signal to whoever started it.
+  ChildScript& signalParent(int signal);
   ChildScript& exit(int status);
   ChildScript& kill(int signal);
 

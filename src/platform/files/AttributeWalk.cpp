@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/Interruption.h"
 #include "platform/files/FileSystemCalls.h"
 #include "platform/files/FolderReader.h"
 #include "platform/files/Opening.h"
@@ -31,6 +32,7 @@ void AttributeWalk::walk(Descriptor folder, int depth) {
 }
 
 void AttributeWalk::visit(int folder, const std::string& name, int depth) {
+  checkInterruption();
   const auto status = statusOf(folder, name);
   if (!status) return check(errno == ENOENT);  // removed meanwhile: nothing is left to change
   if (_spared.contains(identityOf(*status))) return;

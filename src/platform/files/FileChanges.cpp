@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/Interruption.h"
 #include "platform/files/FileSystemCalls.h"
 #include "platform/files/Opening.h"
 #include "platform/posix/Uninterrupted.h"
@@ -62,17 +63,20 @@ std::string FileChanges::freeTemporaryName(int folder) {
 }
 
 int FileChanges::createFile(int folder, const std::string& name, mode_t mode, Descriptor& file) {
+  checkInterruption();
   if (const int refused = _refusal(FileOperation::kCreateTemporary)) return refused;
   file = openEntry(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
   return file.valid() ? 0 : errno;
 }
 
 int FileChanges::makeFolder(int folder, const std::string& name, mode_t mode) {
+  checkInterruption();
   if (const int refused = _refusal(FileOperation::kMakeDirectory)) return refused;
   return answer(::mkdirat(folder, name.c_str(), mode));
 }
 
 int FileChanges::makeLink(int folder, const std::string& name, const std::string& target) {
+  checkInterruption();
   if (const int refused = _refusal(FileOperation::kLink)) return refused;
   return answer(::symlinkat(target.c_str(), folder, name.c_str()));
 }

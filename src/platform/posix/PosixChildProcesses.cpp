@@ -1,16 +1,17 @@
 #include "platform/posix/PosixChildProcesses.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <csignal>
-#include <cstring>
 #include <system_error>
 
+#include "platform/posix/ChildOfSignals.h"
+#include "platform/posix/Descriptor.h"
 #include "platform/posix/Memory.h"
+#include "platform/posix/SignalText.h"
 #include "platform/posix/SpawnSupport.h"
 #include "platform/posix/Uninterrupted.h"
 
@@ -70,13 +71,37 @@ class Spawn {
   posix_spawnattr_t _attributes;
 };
 
-// The wait status of the ended child; -1 when there is no such child.
+// The wait status of the ended child; -1 when there is no such child. A signal that asks this
+// process to end is passed on to the child, whose end is waited for all the same: what it works on
+// must not be left to it alone. Only when it has ended, and before its number is free again, does
+// the passing on end.
 int waitFor(pid_t child) {
+  {
+    const ChildOfSignals told(child);
+    siginfo_t ended{};
+    const auto waitUnreaped = [&] {
+      return waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT);
+    };
+    (void)uninterrupted(waitUnreaped);  // without such a child there is nobody to tell
+  }
   int status = -1;
   const auto wait = [&] { return waitpid(child, &status, 0); };
   (void)uninterrupted(wait);  // without such a child the status stays -1
   return status;
 }
+
+// A child that runs; it is told of signals, and its end is waited for, whatever happens meanwhile.
+class RunningChild {
+ public:
+  explicit RunningChild(pid_t child) : _child(child) {}
+  RunningChild(const RunningChild&) = delete;
+  RunningChild& operator=(const RunningChild&) = delete;
+  ~RunningChild() { (void)waitFor(_child); }  // how it ended does not count
+
+ private:
+  const pid_t _child;
+  const ChildOfSignals _told{_child};
+};
 
 // nullopt when nothing at all comes. What follows the line stays unread or is dropped.
 std::optional<std::string> readLine(int descriptor) {
@@ -109,25 +134,24 @@ std::optional<int> PosixChildProcesses::start(const Command& command, std::strin
 std::optional<std::string> PosixChildProcesses::wait(int child) {
   const int status = waitFor(child);
   if (!WIFSIGNALED(status)) return std::nullopt;
-  const int signal = WTERMSIG(status);
-  return fmt::format("signal {} ({})", signal, ::strsignal(signal));
+  return signalText(WTERMSIG(status));
 }
 
 std::optional<std::string> PosixChildProcesses::firstLine(const Command& command) {
   std::array<int, 2> ends;
   if (pipe(ends.data()) != 0) return std::nullopt;
-  const auto [readEnd, writeEnd] = ends;
+  std::optional<RunningChild> running;  // outlives the pipe: who goes on writing finds no reader
+  const Descriptor readEnd(ends[0]);
+  Descriptor writeEnd(ends[1]);
 
   Spawn spawn;
-  spawn.connect(STDOUT_FILENO, writeEnd);
+  spawn.connect(STDOUT_FILENO, writeEnd.get());
   spawn.discard(STDERR_FILENO);
   pid_t child = -1;
-  const bool started = spawn.run(command, &child) == 0;
-  close(writeEnd);
-  const std::optional<std::string> line = started ? readLine(readEnd) : std::nullopt;
-  close(readEnd);  // before the wait: a child that goes on writing is told that nobody reads
-  if (started) (void)waitFor(child);  // its line counts, not how it ended
-  return line;
+  if (spawn.run(command, &child) != 0) return std::nullopt;
+  running.emplace(child);
+  writeEnd = Descriptor();
+  return readLine(readEnd.get());
 }
 
 // "--" keeps a text that begins with a hyphen from being taken for the shell's own options.

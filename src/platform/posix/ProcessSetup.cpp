@@ -8,6 +8,8 @@
 
 #include <csignal>
 
+#include "platform/Interruption.h"
+
 namespace installer {
 namespace {
 
@@ -23,6 +25,7 @@ void setUpProcess() {
   fillStandardDescriptors();
   (void)std::signal(SIGPIPE, SIG_IGN);  // the old handler is of no use
   (void)std::signal(SIGXFSZ, SIG_IGN);  // nor is this one
+  noteInterruptions();
   openlog("HotfixInstaller", LOG_PID, LOG_USER);
 }
 

@@ -1,0 +1,63 @@
+#include "platform/Interruption.h"
+
+#include <sys/types.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <limits>
+
+#include "platform/posix/ChildOfSignals.h"
+#include "platform/posix/SignalText.h"
+
+namespace installer {
+
+namespace {
+
+constexpr std::array kAsked = {SIGHUP, SIGINT, SIGTERM};
+
+static_assert(std::numeric_limits<std::sig_atomic_t>::max() >= std::numeric_limits<pid_t>::max());
+volatile std::sig_atomic_t noted = 0;         // the first such signal
+volatile std::sig_atomic_t runningChild = 0;  // its number; 0: none
+
+void passOn(int signal) {
+  if (runningChild > 0) (void)kill(runningChild, signal);  // it may have ended just now
+}
+
+extern "C" void note(int signal) {
+  const int error = errno;
+  if (noted == 0) noted = signal;
+  passOn(signal);
+  errno = error;
+}
+
+void noteUnlessIgnored(int signal) {
+  struct sigaction action {};
+  if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) return;
+  action.sa_handler = note;
+  action.sa_flags = SA_RESTART;  // what waits is told, or asks by itself
+  sigemptyset(&action.sa_mask);
+  (void)sigaction(signal, &action, nullptr);  // known, and allowed to be handled
+}
+
+}  // namespace
+
+void noteInterruptions() {
+  for (const int signal : kAsked) noteUnlessIgnored(signal);
+}
+
+void checkInterruption() {
+  if (noted != 0) throw Interrupted{signalText(noted)};
+}
+
+// A signal that came while the child was being started has not reached it.
+ChildOfSignals::ChildOfSignals(pid_t child) {
+  runningChild = child;
+  if (noted != 0) passOn(noted);
+}
+
+ChildOfSignals::~ChildOfSignals() {
+  runningChild = 0;
+}
+
+}  // namespace installer

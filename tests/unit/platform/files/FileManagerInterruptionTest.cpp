@@ -1,0 +1,101 @@
+#include <csignal>
+
+#include "platform/Interruption.h"
+#include "support/ChildRun.h"
+#include "support/Proves.h"
+#include "unit/platform/files/FileManagerFixture.h"
+
+namespace installer::test {
+namespace {
+
+// A signal that asks the process to end comes while the file manager is at work.
+class FileManagerInterruptionTest : public FileManagerFixture {
+ protected:
+  // Whether the work is left by Interrupted, the signal coming just before the next change of that
+  // kind. Done in a process of its own, which the signal stays with.
+  template <class Work>
+  bool isLeft(FileOperation operation, Work work) {
+    return inChild([&] {
+      noteInterruptions();
+      _files.beforeNext(operation, [] { raise(SIGTERM); });
+      try {
+        work();
+        return false;
+      } catch (const Interrupted&) {
+        return true;
+      }
+    });
+  }
+};
+
+TEST_F(FileManagerInterruptionTest, MergeEndsAtTheNextEntryWithoutTemporaryFiles) {
+  proves("SIGNAL-3");
+  _folder.makeFile("from/a", "new");
+  _folder.makeFile("from/b", "new");
+  _folder.makeFile("from/sub/c", "new");
+  _folder.makeFile("to/a", "old");
+
+  EXPECT_TRUE(isLeft(FileOperation::kCreateTemporary,
+                     [&] { _files.merge(path("from"), path("to"), path("")); }));
+
+  EXPECT_EQ(_folder.content("to/a"), "old");
+  EXPECT_FALSE(isThere("to/b"));
+  EXPECT_FALSE(isThere("to/sub"));
+}
+
+TEST_F(FileManagerInterruptionTest, CopyOfATreeLeavesNothing) {
+  proves("SIGNAL-3");
+  _folder.makeFile("from/a/file");
+  _folder.makeFile("from/b/file");
+
+  EXPECT_TRUE(isLeft(FileOperation::kCreateTemporary,
+                     [&] { (void)_files.copy(path("from"), path("to"), ExistingItem::fail); }));
+
+  EXPECT_FALSE(isThere("to"));
+}
+
+TEST_F(FileManagerInterruptionTest, NoLinkIsCopiedAnyMore) {
+  _folder.makeFile("from/a");
+  _folder.makeLink("from/b", "nowhere");
+  _folder.makeLink("from/c", "nowhere");
+
+  EXPECT_TRUE(isLeft(FileOperation::kLink,
+                     [&] { (void)_files.copy(path("from"), path("to"), ExistingItem::fail); }));
+
+  EXPECT_FALSE(isThere("to"));
+}
+
+TEST_F(FileManagerInterruptionTest, FileThatIsBeingWrittenIsWrittenAndTheNextIsNot) {
+  proves("SIGNAL-3");
+
+  EXPECT_TRUE(isLeft(FileOperation::kRename, [&] {
+    (void)_files.write(path("first"), "whole");
+    (void)_files.write(path("second"), "whole");
+  }));
+
+  EXPECT_EQ(_folder.content("first"), "whole");
+  EXPECT_FALSE(isThere("second"));
+}
+
+TEST_F(FileManagerInterruptionTest, NoFolderIsMadeAnyMore) {
+  EXPECT_TRUE(isLeft(FileOperation::kMakeDirectory,
+                     [&] { (void)_files.createDirectory(path("a/b"), Intermediates::create); }));
+
+  EXPECT_TRUE(isThere("a"));
+  EXPECT_FALSE(isThere("a/b"));
+}
+
+TEST_F(FileManagerInterruptionTest, ChangeOfAttributesEndsAtTheNextEntry) {
+  proves("SIGNAL-3");
+  _folder.makeFile("below/a", "", 0600);
+  _folder.makeFile("below/b", "", 0600);
+
+  EXPECT_TRUE(isLeft(FileOperation::kChangeMode, [&] {
+    (void)_files.changeAttributesBelow(path("below"), {"self", "own", 0640});
+  }));
+
+  EXPECT_EQ((modeOf("below/a") == 0640) + (modeOf("below/b") == 0640), 1);
+}
+
+}  // namespace
+}  // namespace installer::test
