@@ -7,6 +7,7 @@
 
 #include "driver/Checks.h"
 #include "driver/InstallPaths.h"
+#include "driver/LauncherWait.h"
 #include "driver/PackageLoader.h"
 #include "driver/RunState.h"
 #include "driver/WorkFolders.h"
@@ -86,6 +87,13 @@ std::optional<InstanceLock> lockInstances() {
   return InstanceLock(*state._rcpHome, state._rcpHomeOfWorkflow.value_or(*state._rcpHome));
 }
 
+void waitForLaunchersLeftBehind() {
+  const RunState& state = runState();
+  waitForLauncherLeftBehind(*state._rcpHome);
+  if (state._rcpHomeOfWorkflow && state._rcpHomeOfWorkflow != state._rcpHome)
+    waitForLauncherLeftBehind(*state._rcpHomeOfWorkflow);
+}
+
 bool installPackage(const std::vector<std::string>& arguments) {
   const RunState& state = runState();
   WorkFolders folders;
@@ -104,6 +112,7 @@ bool installPackage(const std::vector<std::string>& arguments) {
   const std::optional<InstanceLock> lock = lockInstances();
   // The run that was waited for may have sent an error, which would stand beside our status.
   if (lock && lock->hasWaited()) InstallUtil::initInternalPasteboard(true);
+  if (rcpHome) waitForLaunchersLeftBehind();
   const std::optional<std::string> checked = rcpHomePassingChecks();
   const bool installed = checked && runSuccessPath(*checked, rcpData);
   if (!checked) runFailurePath(rcpHome, rcpData);

@@ -1,13 +1,21 @@
 #include "instance/ProvisioningCommand.h"
 
+#include <algorithm>
+#include <array>
+
 namespace installer::ProvisioningCommand {
 
 namespace {
 
+// What every list begins with.
+constexpr std::array<std::string_view, 4> kBeginning = {"-rcpLauncherWait", "-provManifest",
+                                                        "-noSplash", "-provisioningOperation"};
+
 std::vector<std::string> leadingArguments(std::string_view operation, const std::string& locale) {
-  return {"-rcpLauncherWait",     "-provManifest", "-noSplash", "-provisioningOperation",
-          std::string(operation), "-nl",           locale,      "-vmargs",
-          "-Dfile.encoding=UTF-8"};
+  std::vector<std::string> list(kBeginning.begin(), kBeginning.end());
+  list.insert(list.end(),
+              {std::string(operation), "-nl", locale, "-vmargs", "-Dfile.encoding=UTF-8"});
+  return list;
 }
 
 void appendMemoryLimits(std::vector<std::string>& list) {
@@ -33,6 +41,13 @@ std::vector<std::string> hotfixArguments(const std::string& locale,
   appendMemoryLimits(list);
   list.insert(list.end(), {"-data", rcpData});
   return list;
+}
+
+std::optional<std::string> launcherIn(const std::vector<std::string>& commandLine) {
+  const auto found =
+      std::search(commandLine.begin(), commandLine.end(), kBeginning.begin(), kBeginning.end());
+  if (found == commandLine.begin() || found == commandLine.end()) return std::nullopt;
+  return *(found - 1);
 }
 
 }  // namespace installer::ProvisioningCommand

@@ -23,4 +23,8 @@ std::vector<std::string> hotfixArguments(const std::string& locale,
                                          const std::string& updateSiteList,
                                          const std::string& rcpData);
 
+// The program that the command line starts for provisioning, which may stand behind the interpreter
+// of a script; nullopt when it is no such command line.
+[[nodiscard]] std::optional<std::string> launcherIn(const std::vector<std::string>& commandLine);
+
 }  // namespace installer::ProvisioningCommand

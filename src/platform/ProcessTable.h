@@ -18,6 +18,10 @@ class ProcessTable {
   // is none of processKey's. No consistent snapshot: processes that end meanwhile are left out.
   virtual std::vector<std::string> valuesForKey(std::string_view key) = 0;
 
+  // The command line of each process of this process's effective user, the name of the program
+  // first; what lies behind the first 64 KiB of one is left out. As above no snapshot.
+  virtual std::vector<std::vector<std::string>> commandLines() = 0;
+
   // `path` in the form in which the table tells executable paths: with links resolved where the
   // system resolves them, unchanged where it does not or nothing is there. A slash at the end
   // stays.

@@ -2,6 +2,8 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <csignal>
+
 #include <chrono>
 #include <filesystem>
 
@@ -401,6 +403,44 @@ TEST_F(TwoRunsTest, KilledRunLeavesNoLockBehind) {
 
   EXPECT_FALSE(secondWaits());
 }
+
+// What is compiled and lies in the bundle would count as the running application.
+class LauncherLeftBehindTest : public TwoRunsTest, public ::testing::WithParamInterface<bool> {};
+
+TEST_P(LauncherLeftBehindTest, IsWaitedForBeforeAnotherOneIsStarted) {
+  proves("LOCK-7");
+  if (GetParam()) {
+    _sandbox.remove(_instance.launcher());
+    _sandbox.copyChildProgram(_instance.launcher());
+  }
+  _sandbox.script("rcplauncher", 1,
+                  ChildScript()
+                      .signalParent(SIGKILL)
+                      .write("/tmp/orphaned", "")
+                      .await("/tmp/go")
+                      .write(_instance.result(), "rc=0\n"));
+  RunOptions options;
+  options.background = {{CliSandbox::kProgram, _package.folder, _destination}};
+  options.awaited = "/tmp/orphaned";
+  RunningProgram second = _sandbox.start({_package.folder, _destination}, options);
+
+  EXPECT_TRUE(comesTrue([&] {
+    const auto trace = _sandbox.readFile(kTrace);
+    return trace && trace->find(
+                        "<Notice>: A launcher that an earlier installation left behind is "
+                        "at work on this instance, waiting for its end.") != std::string::npos;
+  }));
+  EXPECT_EQ(1U, launches());
+  _sandbox.writeFile("/tmp/go", "");
+
+  EXPECT_EQ(0, second.finish().status);
+  EXPECT_EQ((ErrorRecord{0, {}}), errorRecord());
+  EXPECT_FALSE(secondWaits()) << "the lock went with the first";
+  EXPECT_EQ(3U, launches());
+}
+
+INSTANTIATE_TEST_SUITE_P(Launchers, LauncherLeftBehindTest, ::testing::Bool(),
+                         [](const auto& given) { return given.param ? "Compiled" : "Script"; });
 
 TEST_F(TwoRunsTest, LauncherThatOutlivesTheRunHoldsNoLock) {
   proves("LOCK-3");

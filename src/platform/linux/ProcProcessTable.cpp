@@ -11,16 +11,21 @@
 #include <climits>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "hotfix/platform/ProcessKeys.h"
+#include "platform/posix/Descriptor.h"
 #include "platform/posix/ExecutablePath.h"
 #include "platform/posix/Memory.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace installer {
 namespace {
 
 // The kernel puts this behind the path of an executable that has been removed.
 constexpr std::string_view kDeleted = " (deleted)";
+
+constexpr std::size_t kLongestCommandLine = std::size_t{64} << 10;  // bytes
 
 bool isNumber(std::string_view name) {
   return std::all_of(name.begin(), name.end(), [](char c) { return c >= '0' && c <= '9'; });
@@ -47,18 +52,65 @@ std::optional<std::string> executableOf(int table, const char* process) {
   return path;
 }
 
+bool isOwn(int table, const char* process) {
+  struct stat status {};
+  return fstatat(table, process, &status, 0) == 0 && status.st_uid == geteuid();
+}
+
+// Empty for a process that has ended, and for the kernel's own.
+std::string commandLineOf(int table, const char* process) {
+  const std::string name = std::string(process) + "/cmdline";
+  const Descriptor file(openat(table, name.c_str(), O_RDONLY | O_CLOEXEC));
+  std::string bytes(kLongestCommandLine, '\0');
+  std::size_t size = 0;
+  while (size < bytes.size()) {
+    const auto more = [&] { return read(file.get(), bytes.data() + size, bytes.size() - size); };
+    const ssize_t count = uninterrupted(more);
+    if (count <= 0) break;
+    size += static_cast<std::size_t>(count);
+  }
+  bytes.resize(size);
+  return bytes;
+}
+
+// A zero byte stands behind each argument.
+std::vector<std::string> argumentsIn(std::string_view bytes) {
+  std::vector<std::string> arguments;
+  while (!bytes.empty()) {
+    const std::size_t end = std::min(bytes.find('\0'), bytes.size());
+    arguments.emplace_back(bytes.substr(0, end));
+    bytes.remove_prefix(std::min(end + 1, bytes.size()));
+  }
+  return arguments;
+}
+
 }  // namespace
 
-std::vector<std::string> ProcProcessTable::executables() const {
+template <class Visit>
+void ProcProcessTable::eachProcess(Visit visit) const {
   const std::unique_ptr<DIR, int (*)(DIR*)> table(opendir(_folder.c_str()), closedir);
-  std::vector<std::string> paths;
   if (!table) checkMemory(errno);
-  if (!table) return paths;
-  while (const dirent* entry = readdir(table.get())) {
-    if (!isNumber(entry->d_name)) continue;
-    if (auto path = executableOf(dirfd(table.get()), entry->d_name)) paths.push_back(*path);
-  }
+  if (!table) return;
+  while (const dirent* entry = readdir(table.get()))
+    if (isNumber(entry->d_name)) visit(dirfd(table.get()), entry->d_name);
+}
+
+std::vector<std::string> ProcProcessTable::executables() const {
+  std::vector<std::string> paths;
+  eachProcess([&](int table, const char* process) {
+    if (auto path = executableOf(table, process)) paths.push_back(*path);
+  });
   return paths;
+}
+
+std::vector<std::vector<std::string>> ProcProcessTable::commandLines() {
+  std::vector<std::vector<std::string>> lines;
+  eachProcess([&](int table, const char* process) {
+    if (!isOwn(table, process)) return;
+    auto line = argumentsIn(commandLineOf(table, process));
+    if (!line.empty()) lines.push_back(std::move(line));
+  });
+  return lines;
 }
 
 std::vector<std::string> ProcProcessTable::valuesForKey(std::string_view key) {

@@ -12,10 +12,14 @@ class ProcProcessTable : public ProcessTable {
   explicit ProcProcessTable(std::string folder = "/proc") : _folder(std::move(folder)) {}
 
   std::vector<std::string> valuesForKey(std::string_view key) override;
+  std::vector<std::vector<std::string>> commandLines() override;
   std::string asReported(const std::string& path) override;
 
  private:
   std::vector<std::string> executables() const;
+  // Calls visit(the open folder, name) for each process.
+  template <class Visit>
+  void eachProcess(Visit visit) const;
 
   const std::string _folder;
 };

@@ -1,9 +1,13 @@
 #include "platform/macos/LibprocProcessTable.h"
 
 #include <libproc.h>
+#include <sys/sysctl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cstring>
+#include <utility>
 
 #include "hotfix/platform/ProcessKeys.h"
 #include "platform/posix/ExecutablePath.h"
@@ -13,6 +17,8 @@ namespace {
 
 // Processes that may start between counting them and listing them.
 constexpr std::size_t kSpare = 64;
+
+constexpr std::size_t kLongestCommandLine = std::size_t{64} << 10;  // bytes
 
 std::vector<pid_t> allProcesses() {
   const int expected = proc_listallpids(nullptr, 0);
@@ -34,7 +40,53 @@ std::vector<std::string> executables() {
   return paths;
 }
 
+bool isOwn(pid_t process) {
+  proc_bsdshortinfo info{};
+  const int size = static_cast<int>(sizeof info);
+  return proc_pidinfo(process, PROC_PIDT_SHORTBSDINFO, 0, &info, size) == size &&
+         info.pbsi_uid == geteuid();
+}
+
+// What the kernel keeps of the start: the number of arguments, the executable's path, zero bytes,
+// and the arguments with a zero byte behind each; the environment follows. Empty when it does not
+// tell.
+std::string startOf(pid_t process) {
+  std::array<int, 3> name{CTL_KERN, KERN_PROCARGS2, process};
+  std::string bytes(kLongestCommandLine, '\0');
+  std::size_t size = bytes.size();
+  if (sysctl(name.data(), static_cast<u_int>(name.size()), bytes.data(), &size, nullptr, 0) != 0)
+    size = 0;
+  bytes.resize(size);
+  return bytes;
+}
+
+std::vector<std::string> argumentsIn(std::string_view start) {
+  std::vector<std::string> arguments;
+  int count = 0;
+  if (start.size() < sizeof count) return arguments;
+  std::memcpy(&count, start.data(), sizeof count);
+  start.remove_prefix(sizeof count);
+  start.remove_prefix(std::min(start.find('\0'), start.size()));
+  start.remove_prefix(std::min(start.find_first_not_of('\0'), start.size()));
+  for (; count > 0 && !start.empty(); --count) {
+    const std::size_t end = std::min(start.find('\0'), start.size());
+    arguments.emplace_back(start.substr(0, end));
+    start.remove_prefix(std::min(end + 1, start.size()));
+  }
+  return arguments;
+}
+
 }  // namespace
+
+std::vector<std::vector<std::string>> LibprocProcessTable::commandLines() {
+  std::vector<std::vector<std::string>> lines;
+  for (const pid_t process : allProcesses()) {
+    if (!isOwn(process)) continue;
+    auto line = argumentsIn(startOf(process));
+    if (!line.empty()) lines.push_back(std::move(line));
+  }
+  return lines;
+}
 
 std::vector<std::string> LibprocProcessTable::valuesForKey(std::string_view key) {
   if (key == processKey::kExecutable) return executables();

@@ -9,6 +9,7 @@ namespace installer {
 class LibprocProcessTable : public ProcessTable {
  public:
   std::vector<std::string> valuesForKey(std::string_view key) override;
+  std::vector<std::vector<std::string>> commandLines() override;
   std::string asReported(const std::string& path) override;
 };
 

@@ -44,5 +44,33 @@ TEST(ProvisioningCommandTest, UpdateSitesArePassedOnAsTheyAre) {
             "-DprovUpdateSiteListOverride=file:");
 }
 
+TEST(ProvisioningCommandTest, LauncherIsToldFromItsCommandLine) {
+  for (const auto& arguments :
+       {ProvisioningCommand::arguments(ProvisioningCommand::kCleanUp, "l", std::nullopt),
+        ProvisioningCommand::hotfixArguments("l", "/sites", "/data")}) {
+    std::vector<std::string> line = {"/home/rcplauncher"};
+    line.insert(line.end(), arguments.begin(), arguments.end());
+    EXPECT_EQ(ProvisioningCommand::launcherIn(line), "/home/rcplauncher");
+    line.insert(line.begin(), {"/bin/sh", "-e"});
+    EXPECT_EQ(ProvisioningCommand::launcherIn(line), "/home/rcplauncher");
+  }
+}
+
+TEST(ProvisioningCommandTest, OtherCommandLinesStartNoProvisioning) {
+  const auto arguments =
+      ProvisioningCommand::arguments(ProvisioningCommand::kUpdate, "l", std::nullopt);
+
+  EXPECT_EQ(ProvisioningCommand::launcherIn({}), std::nullopt);
+  EXPECT_EQ(ProvisioningCommand::launcherIn({"/home/rcplauncher"}), std::nullopt);
+  EXPECT_EQ(ProvisioningCommand::launcherIn(arguments), std::nullopt) << "no program before them";
+  EXPECT_EQ(ProvisioningCommand::launcherIn(
+                {"/home/rcplauncher", "-rcpLauncherWait", "-provManifest", "-noSplash"}),
+            std::nullopt);
+  EXPECT_EQ(
+      ProvisioningCommand::launcherIn({"/home/rcplauncher", "-rcpLauncherWait", "-data", "/d",
+                                       "-provManifest", "-noSplash", "-provisioningOperation"}),
+      std::nullopt);
+}
+
 }  // namespace
 }  // namespace installer::test

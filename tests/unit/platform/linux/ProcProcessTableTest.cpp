@@ -39,7 +39,7 @@ class RunningProgramTest : public ::testing::Test {
     fs::copy_file(recordedChild(), copy);
     _played.script(fs::path(name).filename().string(),
                    ChildScript().write(_folder.path("up"), "").await(_folder.path("go")).text());
-    _child = _children.start({copy, {}}, nullptr);
+    _child = _children.start({copy, _arguments}, nullptr);
     while (_child && !std::filesystem::exists(_folder.path("up"))) sched_yield();
     return copy;
   }
@@ -48,6 +48,7 @@ class RunningProgramTest : public ::testing::Test {
   ChildFolder _played{_folder.path("played")};
   ScopedVariable _variable{ChildFolder::kVariable, _folder.path("played")};
   PosixChildProcesses _children;
+  std::vector<std::string> _arguments;
   std::optional<int> _child;
   ProcProcessTable _table;
 };
@@ -105,6 +106,13 @@ TEST_F(RunningProgramTest, LosesOneMarkOnlyWhenItLooksRemovedAndIs) {
   EXPECT_THAT(_table.valuesForKey(kExecutable), Contains(copy));
 }
 
+TEST_F(RunningProgramTest, IsListedWithItsArguments) {
+  _arguments = {"a b", "", "c"};
+  const std::string copy = runCopy("Quillmere");
+
+  EXPECT_THAT(_table.commandLines(), Contains(ElementsAre(copy, "a b", "", "c")));
+}
+
 TEST_F(RunningProgramTest, IsReportedWithLinksResolved) {
   proves("PROCESS-2");
   const std::string copy = runCopy("program");
@@ -145,6 +153,34 @@ TEST_F(MadeTableTest, OnlyNumbersAreProcesses) {
 
   EXPECT_THAT(_table.valuesForKey(kExecutable), UnorderedElementsAre("/sbin/init", "/bin/sh"));
   EXPECT_THAT(_table.valuesForKey(kName), UnorderedElementsAre("init", "sh"));
+}
+
+TEST_F(MadeTableTest, ProcessesWithoutACommandLineAreLeftOut) {
+  _folder.makeFile("1/cmdline", std::string("init\0--first\0", 13));
+  _folder.makeFile("2/cmdline", "");
+  _folder.makeFolder("3");
+  _folder.makeFile("4/cmdline", "ended without a zero byte");
+  _folder.makeFile("self/cmdline", std::string("self\0", 5));
+
+  EXPECT_THAT(_table.commandLines(),
+              UnorderedElementsAre(ElementsAre("init", "--first"),
+                                   ElementsAre("ended without a zero byte")));
+}
+
+TEST_F(MadeTableTest, CommandLineIsReadUpTo64KiB) {
+  _folder.makeFile("1/cmdline", std::string(std::size_t{80} << 10, 'x'));
+
+  EXPECT_THAT(_table.commandLines(),
+              ElementsAre(ElementsAre(std::string(std::size_t{64} << 10, 'x'))));
+}
+
+TEST_F(MadeTableTest, CommandLinesOfOtherUsersAreLeftOut) {
+  _folder.makeFile("1/cmdline", std::string("own\0", 4));
+  _folder.makeFile("2/cmdline", std::string("other\0", 6));
+  if (lchown(_folder.path("2").c_str(), 4711, 4711) != 0)
+    GTEST_SKIP() << "only root can give files away";
+
+  EXPECT_THAT(_table.commandLines(), ElementsAre(ElementsAre("own")));
 }
 
 TEST_F(MadeTableTest, EveryDigitMakesANumber) {

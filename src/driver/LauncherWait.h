@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace installer {
+
+// Waits until no launcher of the rcp home provisions any more [notice, and once more after ten
+// seconds]. To be called by the holder of the instance's lock: whoever started such a launcher has
+// ended, killed perhaps, while the launcher works on in the instance, and another one must not be
+// started beside it. Nor is it the running application.
+void waitForLauncherLeftBehind(const std::string& rcpHome);
+
+}  // namespace installer
