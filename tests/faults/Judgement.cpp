@@ -3,13 +3,17 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "cli/Fixtures.h"
 #include "faults/AllocationKind.h"
 #include "faults/Normal.h"
+#include "faults/Planting.h"
 #include "faults/Reports.h"
 
 namespace installer::faults {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -19,7 +23,16 @@ void append(Violations& all, Violations more) {
   for (Violation& violation : more) all.push_back(std::move(violation));
 }
 
-Violations judgeGuards(const Scenario& scenario, const Files& files) {
+// A hard link to a guarded file holds its text and is nobody's fault.
+bool isGuardItself(const World& world, const Scenario& scenario, const std::string& path) {
+  std::error_code unknown;
+  return std::any_of(scenario.files.begin(), scenario.files.end(), [&](const auto& entry) {
+    return entry.first.starts_with(kGuarded) &&
+           fs::equivalent(world.host(entry.first), world.host(path), unknown);
+  });
+}
+
+Violations judgeGuards(const World& world, const Scenario& scenario, const Files& files) {
   Violations found;
   for (const auto& [path, entry] : scenario.files)
     if (path.starts_with(kGuarded) && (!files.contains(path) || files.at(path) != entry))
@@ -27,10 +40,27 @@ Violations judgeGuards(const Scenario& scenario, const Files& files) {
   for (const auto& [path, entry] : files) {
     if (path.starts_with(kGuarded)) {
       if (!scenario.files.contains(path)) found.push_back({"guard", path + " was made"});
-    } else if (entry.content.find(kSecret) != std::string::npos) {
+    } else if (entry.kind == "file" && entry.content.find(kSecret) != std::string::npos &&
+               !isGuardItself(world, scenario, path)) {
       found.push_back({"secret", path + " holds what only root may read"});
     }
   }
+  return found;
+}
+
+// Nothing changes but in the application, the data, /tmp and what a user moved away.
+Violations judgeElsewhere(const Scenario& scenario, const Files& files) {
+  const auto isElsewhere = [&](const std::string& path) {
+    return !path.starts_with(scenario.bundle) && !path.starts_with(scenario.data) &&
+           !path.starts_with("/tmp") && !path.starts_with("/Users/alice") &&
+           !path.starts_with(kGuarded);
+  };
+  Violations found;
+  for (const auto& [path, entry] : files)
+    if (isElsewhere(path) && (!scenario.files.contains(path) || scenario.files.at(path) != entry))
+      found.push_back({"elsewhere", path});
+  for (const auto& [path, entry] : scenario.files)
+    if (isElsewhere(path) && !files.contains(path)) found.push_back({"elsewhere", path});
   return found;
 }
 
@@ -65,23 +95,42 @@ Violations judgeReason(const Scenario& scenario, const Learned& learned, const R
   return {{"reason", "the outcome is another, and no line says why"}};
 }
 
-Violations judgeSecondRun(const Scenario& scenario, const Learned& learned, const Run& run) {
+Violations judgeSecondRun(const World& world, const Scenario& scenario, const Learned& learned,
+                          const Run& run) {
   Violations found = endsAsExpected(scenario, run);
   append(found, learned.ends.against(withoutStamps(run.files)));
-  append(found, judgeGuards(scenario, run.files));
+  append(found, judgeGuards(world, scenario, run.files));
   append(found, judgeTrace(run.files));
   for (Violation& violation : found) violation.rule = "again-" + violation.rule;
   return found;
 }
 
+// The reports among the files that nobody else has put there.
+Files ownReports(const Files& files) {
+  Files own;
+  for (const char* path : {cli::kTrace, cli::kPasteboard}) {
+    const auto found = files.find(path);
+    if (found != files.end() && found->second.kind == "file" &&
+        found->second.content.find(kSecret) == std::string::npos)
+      own.insert(*found);
+  }
+  return own;
+}
+
 Violations judge(const Runner& runner, const Scenario& scenario, const Learned& learned,
                  Judging judging, const Run& run) {
-  Violations found = judgeMoment(scenario, learned, run.files);
-  append(found, judgeGuards(scenario, run.files));
-  append(found, judgeTrace(run.files));
-  append(found, judgeRecord(run.files));
+  Violations found = judgeGuards(runner.world(), scenario, run.files);
+  append(found, judgeTrace(ownReports(run.files)));
+  append(found, judgeRecord(ownReports(run.files)));
+  if (judging == Judging::foreign) {
+    append(found, judgeElsewhere(scenario, run.files));
+    append(found, judgeEnd(run));
+    return found;
+  }
+  append(found, judgeMoment(scenario, learned, run.files));
   if (judging == Judging::again) {
-    append(found, judgeSecondRun(scenario, learned, runner.run(scenario, letBe)));
+    const Run second = runner.run(scenario, letBe);
+    append(found, judgeSecondRun(runner.world(), scenario, learned, second));
     return found;
   }
   append(found, judgeStatus(scenario, run));
@@ -92,11 +141,12 @@ Violations judge(const Runner& runner, const Scenario& scenario, const Learned& 
 
 }  // namespace
 
-Outcome tryPoint(const Runner& runner, const Scenario& scenario, const Learned& learned,
+Outcome tryPoint(const Runner& runner, const Scenario& asItIs, const Learned& learned,
                  const Kind& kind, long point) {
   Outcome outcome{{}, "never reached"};
-  const Action action = kind.action(runner, scenario, point);
   const bool countsCalls = !kind.variables;
+  const Scenario scenario = kind.judging == Judging::foreign ? forPlanting(asItIs) : asItIs;
+  const Action action = kind.action(runner, scenario, point);
   runner.prepare(scenario);
   const Run run = runner.run(
       scenario,

@@ -1,7 +1,10 @@
 #include "faults/Kinds.h"
 
+#include <utility>
+
 #include "faults/AllocationKind.h"
 #include "faults/CallKinds.h"
+#include "faults/Planting.h"
 
 namespace installer::faults {
 
@@ -10,6 +13,7 @@ namespace {
 std::vector<Kind> allKinds() {
   std::vector<Kind> all = callKinds();
   all.push_back(allocationKind());
+  for (Kind& kind : plantingKinds()) all.push_back(std::move(kind));
   return all;
 }
 

@@ -25,7 +25,7 @@ struct Options {
 inline constexpr const char* kUsage =
     "usage: fault-sweep [option...]\n"
     "  --scenario NAME,...   only these scenarios\n"
-    "  --kind NAME,...       only these kinds of fault; \"fail\" means every fail-*\n"
+    "  --kind NAME,...       only these kinds of fault; \"fail\" is every fail-...\n"
     "  --without RULE,...    what breaks these rules counts for nothing\n"
     "  --range FIRST-LAST    only these calls\n"
     "  --sample N            N points of each scenario and kind, evenly spread\n"

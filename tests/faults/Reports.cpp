@@ -91,11 +91,16 @@ std::vector<Violation> judgeRecord(const Files& files) {
   return {};
 }
 
-std::vector<Violation> judgeStatus(const Scenario& scenario, const Run& run) {
+std::vector<Violation> judgeEnd(const Run& run) {
   if (run.end.late || !run.othersEnded) return {{"hang", "does not end by itself"}};
   if (run.end.signal != 0) return {{"status", fmt::format("ended by signal {}", run.end.signal)}};
   if (run.end.status != 0 && run.end.status != 1)
     return {{"status", fmt::format("is {}", run.end.status)}};
+  return {};
+}
+
+std::vector<Violation> judgeStatus(const Scenario& scenario, const Run& run) {
+  if (auto found = judgeEnd(run); !found.empty()) return found;
   if (run.end.status == 0 && !provisionedItself(scenario, run))
     return {{"false-success", "status 0, but this hotfix's manifest was not provisioned"}};
   return {};

@@ -23,7 +23,10 @@ std::vector<Violation> judgeTrace(const Files& files);
 // A record that is there can be read, and has a code that the program gives.
 std::vector<Violation> judgeRecord(const Files& files);
 
-// The status is 0 or 1, and not 0 unless this hotfix's own manifest was provisioned with success.
+// The run ends by itself and its status is 0 or 1.
+std::vector<Violation> judgeEnd(const Run& run);
+
+// The same, and the status is not 0 unless this hotfix's own manifest was provisioned with success.
 std::vector<Violation> judgeStatus(const Scenario& scenario, const Run& run);
 
 // No temporary name is left but those that were there before.

@@ -33,7 +33,7 @@ Scenario sameAgain() {
 
 Scenario staged() {
   ScenarioFiles files;
-  files.addStaging("/Applications/Core");
+  files.addStaging(files.instance().bundle + "/Contents/Core");
   return files.scenario("staged", "another installer has left a staging folder to be copied");
 }
 

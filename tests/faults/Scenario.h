@@ -21,7 +21,8 @@ struct Scenario {
   // back.
   std::vector<Files> laterStarts;
   std::map<std::string, std::string> scripts;  // of the children, by role
-  std::string running;  // a copy of sleep that runs all the while; "" for none
+  std::string answerAlone;  // of a launcher that leaves nothing in the instance but its result
+  std::string running;      // a copy of sleep that runs all the while; "" for none
   int status = 0;
   int code = 0;        // of the error record
   std::string bundle;  // the application bundle

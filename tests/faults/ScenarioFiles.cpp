@@ -43,6 +43,7 @@ ScenarioFiles::ScenarioFiles(cli::Instance instance)
   addData(_data);
   addPackage();
   addTools();
+  _files.erase("/usr");  // only some folders in it are a run's
 }
 
 void ScenarioFiles::add(const std::string& path, test::TreeEntry entry) {
@@ -67,8 +68,8 @@ void ScenarioFiles::addSurroundings() {
   for (const std::string& folder : World::folders())
     _files[folder] = {"folder", folder == "/tmp" ? mode_t{01777} : mode_t{0755}, 0, 0, ""};
   _files["/Users/alice"] = {"folder", 0755, test::kAlice, test::kAlice, ""};
-  _files[kGuarded] = {"folder", 0700, 0, 0, ""};
-  put(std::string(kGuarded) + "/file", std::string(kSecret) + "\n", 0600);
+  put(std::string(kGuarded) + "/file", std::string("secret=") + kSecret + "\n", 0600);
+  _files[kGuarded].mode = 0700;
 }
 
 void ScenarioFiles::addInstance() {
@@ -179,6 +180,11 @@ Scenario ScenarioFiles::scenario(const std::string& name, const std::string& abo
   ScenarioFiles refused = *this;
   refused.recordHotfix("9.9");
   made.refusedFiles = refused._files;
+  made.answerAlone = test::ChildScript()
+                         .snapshot(_instance.deploy("install.update.xml"))
+                         .remove(_instance.result())
+                         .write(_instance.result(), _result)
+                         .text();
   made.scripts = {{"rcplauncher", launcherScript()},
                   {"java_home", test::ChildScript().print("/java\n").text()}};
   made.bundle = _instance.bundle;

@@ -37,3 +37,17 @@ foreach(part successes others)
   hotfix_add_sweep(full_disk_${part} --scenario ${${part}} --kind full --without ${known} --sample 25)
   hotfix_add_sweep(kills_${part} --scenario ${${part}} --kind kill --without ${known} --sample 60)
 endforeach()
+
+# Links at these names lead nobody anywhere; those at deploy, .config, the data folder, the rcp home
+# and at the files that are read, changed and saved still do.
+set(unled eclipse plugins base-plugin extras extras-tools extras-file shared shared-file data-file
+    uninstall-xml backup keystore result trace record marker configuration staging
+    temporary)
+set(files extras-file shared-file data-file uninstall-xml backup keystore result trace
+    record marker configuration temporary)
+list(TRANSFORM unled PREPEND "link-")
+list(TRANSFORM files PREPEND "hard-link-")
+list(JOIN unled "," links)
+list(JOIN files "," hard_links)
+hotfix_add_sweep(links --scenario install,upgrade,staged --kind ${links} --sample 8)
+hotfix_add_sweep(hard_links --scenario install,upgrade --kind ${hard_links} --sample 8)
