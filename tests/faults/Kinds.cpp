@@ -4,6 +4,7 @@
 
 #include "faults/AllocationKind.h"
 #include "faults/CallKinds.h"
+#include "faults/FlushOrder.h"
 #include "faults/Planting.h"
 
 namespace installer::faults {
@@ -13,6 +14,7 @@ namespace {
 std::vector<Kind> allKinds() {
   std::vector<Kind> all = callKinds();
   all.push_back(allocationKind());
+  all.push_back(flushOrderKind());
   for (Kind& kind : plantingKinds()) all.push_back(std::move(kind));
   return all;
 }

@@ -24,8 +24,12 @@ struct Kind {
   std::string name;
   std::string about;  // one line for people
   std::function<std::vector<long>(const Learned& learned)> points;
-  std::function<Action(const Runner& runner, const Scenario& scenario, long point)> action;
+  std::function<Action(const Runner& runner, const Scenario& scenario, long point)> action =
+      nullptr;
   Judging judging = Judging::whole;
+  // Judges one undisturbed run, in place of an action.
+  std::function<std::vector<Violation>(const Runner& runner, const Scenario& scenario)>
+      undisturbed = nullptr;
   // Variables that the program gets for it; nothing for none.
   std::function<std::map<std::string, std::string>(long point)> variables = nullptr;
 };

@@ -38,6 +38,9 @@ foreach(part successes others)
   hotfix_add_sweep(kills_${part} --scenario ${${part}} --kind kill --without ${known} --sample 60)
 endforeach()
 
+# A merge's names and what a launcher installed are not flushed in time yet.
+hotfix_add_sweep(flushes --kind order --without ${known},flush-after,flush-child)
+
 # Links at these names lead nobody anywhere; those at deploy, .config, the data folder, the rcp home
 # and at the files that are read, changed and saved still do.
 set(unled eclipse plugins base-plugin extras extras-tools extras-file shared shared-file data-file

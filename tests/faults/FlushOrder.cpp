@@ -1,0 +1,156 @@
+#include "faults/FlushOrder.h"
+
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace installer::faults {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Identity = std::pair<dev_t, ino_t>;
+
+std::optional<Identity> identityAt(const std::string& path) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0) return std::nullopt;
+  return Identity(status.st_dev, status.st_ino);
+}
+
+std::string folderOf(const std::string& path) {
+  return path.substr(0, path.rfind('/'));
+}
+
+bool startsChild(long number) {
+  return number == SYS_clone || number == SYS_clone3 || number == SYS_vfork;
+}
+
+bool renames(long number) {
+  return number == SYS_rename || number == SYS_renameat || number == SYS_renameat2;
+}
+
+bool writes(long number) {
+  return number == SYS_write || number == SYS_pwrite64 || number == SYS_writev ||
+         number == SYS_ftruncate || number == SYS_copy_file_range || number == SYS_sendfile;
+}
+
+// What the calls of one run have left unflushed so far.
+class FlushOrder {
+ public:
+  FlushOrder(const World& world, const Scenario& scenario) : _world(world), _scenario(scenario) {}
+
+  void follow(const Tracee& program, const Call& call) {
+    const long number = call.form->number;
+    if (writes(number)) noteWrite(program.pathOf(call));
+    if (number == SYS_fsync || number == SYS_fdatasync) noteFlush(program.pathOf(call));
+    if (number == SYS_syncfs) noteFlushOfAll();
+    if (renames(number)) noteRename(program.pathOf(call), program.otherPathOf(call));
+    if (startsChild(number)) noteChild();
+  }
+
+  std::vector<Violation> end() {
+    requireFlushedNames("the run ends");
+    return std::move(_found);
+  }
+
+ private:
+  bool isProduct(const std::string& path) const {
+    return path.starts_with(_scenario.bundle) || path.starts_with(_scenario.data);
+  }
+
+  void noteWrite(const std::string& path) {
+    if (const auto file = identityAt(_world.host(path))) _unflushed.insert(*file);
+  }
+
+  void noteFlush(const std::string& path) {
+    const auto entry = identityAt(_world.host(path));
+    if (!entry) return;
+    _unflushed.erase(*entry);
+    _newNames.erase(*entry);
+  }
+
+  // The sandbox is one file system, as an instance is.
+  void noteFlushOfAll() {
+    _unflushed.clear();
+    _newNames.clear();
+    _childHasWritten = false;
+  }
+
+  void noteRename(const std::string& from, const std::string& to) {
+    if (!isProduct(to)) return;
+    requireFlushed(from, to);
+    if (to.ends_with("/installInfo.plist")) requireFlushedChild(from);
+    if (const auto folder = identityAt(_world.host(folderOf(to)))) _newNames[*folder] = to;
+  }
+
+  void noteChild() {
+    requireFlushedNames("a child starts");
+    _childHasWritten = true;
+  }
+
+  // A folder is asked for all that is in it.
+  void requireFlushed(const std::string& from, const std::string& to) {
+    const std::string place = _world.host(from);
+    bool flushed = !isUnflushed(place);
+    if (fs::is_directory(fs::symlink_status(place)))
+      for (const auto& entry : fs::recursive_directory_iterator(place))
+        flushed = flushed && !isUnflushed(entry.path().string());
+    if (!flushed)
+      _found.push_back({"flush-before", to + " gets its name before its bytes are safe"});
+  }
+
+  bool isUnflushed(const std::string& place) const {
+    const auto identity = identityAt(place);
+    return identity && _unflushed.contains(*identity);
+  }
+
+  void requireFlushedNames(const std::string& moment) {
+    for (const auto& [folder, name] : _newNames)
+      _found.push_back({"flush-after", name + " has a name that is not safe when " + moment});
+    _newNames.clear();
+  }
+
+  void requireFlushedChild(const std::string& info) {
+    std::ifstream stream(_world.host(info), std::ios::binary);
+    const std::string content{std::istreambuf_iterator<char>(stream), {}};
+    if (_childHasWritten && content.find("hotfixVersion") != std::string::npos)
+      _found.push_back(
+          {"flush-child", "the version is recorded before what was installed is safe"});
+    _childHasWritten = false;
+  }
+
+  const World& _world;
+  const Scenario& _scenario;
+  std::set<Identity> _unflushed;              // files with bytes that are in memory alone
+  std::map<Identity, std::string> _newNames;  // folders with such a name, and the last one
+  bool _childHasWritten = false;              // since the last flush of everything
+  std::vector<Violation> _found;
+};
+
+std::vector<Violation> followRun(const Runner& runner, const Scenario& scenario) {
+  FlushOrder order(runner.world(), scenario);
+  runner.prepare(scenario);
+  (void)runner.run(scenario, [&](Tracee& program, const Call& call, long /*number*/) {
+    order.follow(program, call);
+  });
+  return order.end();
+}
+
+}  // namespace
+
+Kind flushOrderKind() {
+  return {.name = "order",
+          .about = "no fault: files and names are flushed in time for a loss of power",
+          .points = [](const Learned&) { return std::vector<long>{1}; },
+          .undisturbed = followRun};
+}
+
+}  // namespace installer::faults

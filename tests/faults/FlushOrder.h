@@ -1,0 +1,13 @@
+#pragma once
+
+#include "faults/Kinds.h"
+
+namespace installer::faults {
+
+// No fault: one run is followed, and what it would leave after a loss of power follows from the
+// order of its calls. A file is flushed after it was last written before it gets a name in the
+// instance or the data folder, the new name is flushed before a child starts and before the run
+// ends, and what a child installed is flushed before the hotfix's version is recorded.
+Kind flushOrderKind();
+
+}  // namespace installer::faults
