@@ -139,11 +139,16 @@ Violations judge(const Runner& runner, const Scenario& scenario, const Learned& 
   return found;
 }
 
+std::string callAt(const Learned& learned, long point) {
+  if (point == 0) return "the whole run";
+  return learned.calls.at(static_cast<std::size_t>(point - 1)).text;
+}
+
 }  // namespace
 
 Outcome tryPoint(const Runner& runner, const Scenario& asItIs, const Learned& learned,
                  const Kind& kind, long point) {
-  if (kind.undisturbed) return {kind.undisturbed(runner, asItIs), "no call"};
+  if (kind.tried) return {kind.tried(runner, asItIs, learned, point), callAt(learned, point)};
   Outcome outcome{{}, "never reached"};
   const bool countsCalls = !kind.variables;
   const Scenario scenario = kind.judging == Judging::foreign ? forPlanting(asItIs) : asItIs;

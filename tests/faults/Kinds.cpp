@@ -4,8 +4,9 @@
 
 #include "faults/AllocationKind.h"
 #include "faults/CallKinds.h"
-#include "faults/FlushOrder.h"
+#include "faults/CallOrder.h"
 #include "faults/Planting.h"
+#include "faults/PowerCut.h"
 
 namespace installer::faults {
 
@@ -14,7 +15,8 @@ namespace {
 std::vector<Kind> allKinds() {
   std::vector<Kind> all = callKinds();
   all.push_back(allocationKind());
-  all.push_back(flushOrderKind());
+  all.push_back(callOrderKind());
+  all.push_back(powerCutKind());
   for (Kind& kind : plantingKinds()) all.push_back(std::move(kind));
   return all;
 }

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,9 +28,12 @@ struct Kind {
   std::function<Action(const Runner& runner, const Scenario& scenario, long point)> action =
       nullptr;
   Judging judging = Judging::whole;
-  // Judges one undisturbed run, in place of an action.
-  std::function<std::vector<Violation>(const Runner& runner, const Scenario& scenario)>
-      undisturbed = nullptr;
+  // Tries a point in a way of its own, in place of an action.
+  std::function<std::vector<Violation>(const Runner& runner, const Scenario& scenario,
+                                       const Learned& learned, long point)>
+      tried = nullptr;
+  // Why the kind can not be tried on this machine; absent for one that always can.
+  std::function<std::optional<std::string>(const Runner& runner)> refused = nullptr;
   // Variables that the program gets for it; nothing for none.
   std::function<std::map<std::string, std::string>(long point)> variables = nullptr;
 };

@@ -12,7 +12,7 @@ struct Options {
   std::vector<std::string> scenarios;  // all when empty
   std::vector<std::string> kinds;      // all when empty; "fail" stands for all that begin so
   std::vector<std::string> without;    // rules that are not judged
-  long first = 1;
+  long first = 0;
   long last = 0;           // 0 for no limit
   std::size_t sample = 0;  // points for each scenario and kind, evenly spread; 0 for all
   unsigned long seed = 1;  // moves the sample

@@ -94,6 +94,8 @@ class Sweep {
   void sweepKind(const Scenario& scenario, const Learned& learned, const Kind& kind) {
     Row row{scenario.name, kind.name, learned.calls.size()};
     const auto start = Clock::now();
+    if (const auto reason = kind.refused ? kind.refused(_runner) : std::nullopt)
+      return print(fmt::format("skipped: {} {}: {}", scenario.name, kind.name, *reason));
     const std::vector<long> points = pointsOf(kind, learned, _options);
     for (const long point : points) {
       row.violations += sweepPoint(scenario, learned, kind, point);

@@ -21,13 +21,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Only of its own process list is a process the first, and then nobody else's end with it.
-void endOthers() {
-  if (getpid() != 1) test::giveUp("end what runs");
-  (void)kill(-1, SIGKILL);  // mostly there is nobody
-  while (waitpid(-1, nullptr, __WALL) > 0 || errno == EINTR) continue;
-}
-
 // A day, so that nobody takes it for another's work under way.
 void makeOld(const std::string& path) {
   const timespec yesterday{std::time(nullptr) - 24 * 60 * 60, 0};
@@ -68,6 +61,13 @@ World::World(std::string root, const std::string& program) : _root(std::move(roo
   umask(0);
   test::mountRoot(_root, program);
   umask(022);
+}
+
+// Only of its own process list is a process the first, and then nobody else's end with it.
+void World::endOthers() {
+  if (getpid() != 1) test::giveUp("end what runs");
+  (void)kill(-1, SIGKILL);  // mostly there is nobody
+  while (waitpid(-1, nullptr, __WALL) > 0 || errno == EINTR) continue;
 }
 
 void World::fill(const Files& files) const {

@@ -29,7 +29,10 @@ class World {
   const std::string& root() const { return _root; }
   std::string host(const std::string& path) const { return _root + path; }
 
-  // Ends whatever still runs, and puts the files in place of what there was.
+  // Ends whatever still runs of all runs.
+  static void endOthers();
+
+  // The same, and puts the files in place of what there was.
   void fill(const Files& files) const;
   Files files() const;
 

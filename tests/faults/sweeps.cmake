@@ -22,8 +22,13 @@ if(HOTFIX_SANITIZE OR HOTFIX_COVERAGE)
   return()
 endif()
 
-# hotfix_add_sweep(name argument...): a part of all sweeps, always the same one.
+# hotfix_add_sweep(name argument...): a part of all sweeps, always the same one. The file lists them
+# for the script that looks whether they see anything.
+set(HOTFIX_FAULT_SAMPLES ${PROJECT_BINARY_DIR}/fault-samples)
+file(WRITE ${HOTFIX_FAULT_SAMPLES} "")
 function(hotfix_add_sweep name)
+  list(JOIN ARGN " " arguments)
+  file(APPEND ${HOTFIX_FAULT_SAMPLES} "${name} ${arguments}\n")
   hotfix_add_recorded_test(faults ${name} COMMAND $<TARGET_FILE:fault-sweep> ${ARGN})
   set_tests_properties(faults.${name} PROPERTIES LABELS faults TIMEOUT 600 SKIP_RETURN_CODE 77)
 endfunction()
@@ -39,7 +44,10 @@ foreach(part successes others)
 endforeach()
 
 # A merge's names and what a launcher installed are not flushed in time yet.
-hotfix_add_sweep(flushes --kind order --without ${known},flush-after,flush-child)
+hotfix_add_sweep(order --kind order --without ${known},flush-after,flush-child)
+
+hotfix_add_sweep(power --scenario install,upgrade,broken-merge --kind power --without ${known}
+                 --sample 40)
 
 # Links at these names lead nobody anywhere; those at deploy, .config, the data folder, the rcp home
 # and at the files that are read, changed and saved still do.

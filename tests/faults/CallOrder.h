@@ -8,6 +8,6 @@ namespace installer::faults {
 // order of its calls. A file is flushed after it was last written before it gets a name in the
 // instance or the data folder, the new name is flushed before a child starts and before the run
 // ends, and what a child installed is flushed before the hotfix's version is recorded.
-Kind flushOrderKind();
+Kind callOrderKind();
 
 }  // namespace installer::faults

@@ -1,4 +1,4 @@
-#include "faults/FlushOrder.h"
+#include "faults/CallOrder.h"
 
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -43,12 +43,14 @@ bool writes(long number) {
 }
 
 // What the calls of one run have left unflushed so far.
-class FlushOrder {
+class CallOrder {
  public:
-  FlushOrder(const World& world, const Scenario& scenario) : _world(world), _scenario(scenario) {}
+  CallOrder(const World& world, const Scenario& scenario) : _world(world), _scenario(scenario) {}
 
   void follow(const Tracee& program, const Call& call) {
     const long number = call.form->number;
+    if (number == SYS_flock) _locked = true;
+    if (!_locked) requireNoWork(program.pathOf(call), call.effect);
     if (writes(number)) noteWrite(program.pathOf(call));
     if (number == SYS_fsync || number == SYS_fdatasync) noteFlush(program.pathOf(call));
     if (number == SYS_syncfs) noteFlushOfAll();
@@ -64,6 +66,13 @@ class FlushOrder {
  private:
   bool isProduct(const std::string& path) const {
     return path.starts_with(_scenario.bundle) || path.starts_with(_scenario.data);
+  }
+
+  // The table of processes and the record of versions are what the checks look at.
+  void requireNoWork(const std::string& path, Effect effect) {
+    const bool checks = path == "/proc" || path.ends_with("/installInfo.plist");
+    if (checks || (effect == Effect::changing && isProduct(path)))
+      _found.push_back({"lock-first", path + " is worked on before the lock is held"});
   }
 
   void noteWrite(const std::string& path) {
@@ -131,12 +140,14 @@ class FlushOrder {
   const Scenario& _scenario;
   std::set<Identity> _unflushed;              // files with bytes that are in memory alone
   std::map<Identity, std::string> _newNames;  // folders with such a name, and the last one
-  bool _childHasWritten = false;              // since the last flush of everything
+  bool _locked = false;
+  bool _childHasWritten = false;  // since the last flush of everything
   std::vector<Violation> _found;
 };
 
-std::vector<Violation> followRun(const Runner& runner, const Scenario& scenario) {
-  FlushOrder order(runner.world(), scenario);
+std::vector<Violation> followRun(const Runner& runner, const Scenario& scenario,
+                                 const Learned& /*learned*/, long /*point*/) {
+  CallOrder order(runner.world(), scenario);
   runner.prepare(scenario);
   (void)runner.run(scenario, [&](Tracee& program, const Call& call, long /*number*/) {
     order.follow(program, call);
@@ -146,11 +157,11 @@ std::vector<Violation> followRun(const Runner& runner, const Scenario& scenario)
 
 }  // namespace
 
-Kind flushOrderKind() {
+Kind callOrderKind() {
   return {.name = "order",
-          .about = "no fault: files and names are flushed in time for a loss of power",
-          .points = [](const Learned&) { return std::vector<long>{1}; },
-          .undisturbed = followRun};
+          .about = "no fault: what is locked and flushed before what",
+          .points = [](const Learned&) { return std::vector<long>{0}; },
+          .tried = followRun};
 }
 
 }  // namespace installer::faults
