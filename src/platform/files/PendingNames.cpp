@@ -31,26 +31,36 @@ PendingNames::PendingNames(FileChanges& changes)
 
 void PendingNames::add(const OpenFolder& folder, TemporaryItem temporary, std::string name,
                        TakenName taken) {
-  _folders.insert(folder.get());
+  _folders.insert(folder);
   _waiting.push_back({folder, std::move(temporary), std::move(name), taken});
   if (_waiting.size() >= kMaximumNames || _folders.size() >= _maximumFolders) settle();
 }
 
 void PendingNames::settle() {
-  flush();
+  flushBatch();
   for (Waiting& copy : _waiting) giveName(copy);
   _waiting.clear();
   _folders.clear();
 }
 
+void PendingNames::finish() {
+  settle();
+  flush(_settled);
+}
+
 // A destination can reach over several file systems.
-void PendingNames::flush() {
-  std::set<dev_t> flushed;
-  for (const Descriptor* folder : _folders) {
-    const auto status = statusOf(*folder);
-    if (status && flushed.insert(status->st_dev).second) {
-      (void)_changes.flushFileSystem(folder->get());  // only a power failure could tell
-    }
+void PendingNames::flushBatch() {
+  std::map<dev_t, OpenFolder> fileSystems;
+  for (const OpenFolder& folder : _folders) {
+    if (const auto status = statusOf(*folder)) fileSystems.try_emplace(status->st_dev, folder);
+  }
+  flush(fileSystems);
+  _settled.merge(fileSystems);
+}
+
+void PendingNames::flush(const std::map<dev_t, OpenFolder>& fileSystems) {
+  for (const auto& [device, folder] : fileSystems) {
+    (void)_changes.flushFileSystem(folder->get());  // only a power failure could tell
   }
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -21,8 +24,8 @@ enum class TakenName {
 };
 
 // Copies that wait under temporary names: one flush of the file system for a whole batch, then the
-// renames. Holds a bounded number of names and of open folders. Copies that still wait in the end
-// are removed.
+// renames, and one flush more when all is done. Holds a bounded number of names and of open
+// folders. Copies that still wait in the end are removed.
 class PendingNames {
  public:
   explicit PendingNames(FileChanges& changes);
@@ -33,6 +36,9 @@ class PendingNames {
   // removed, and with TakenName::replace so is what it should have replaced.
   void settle();
 
+  // The last of all: settles, and flushes the file systems on which copies got their names.
+  void finish();
+
  private:
   struct Waiting {
     OpenFolder folder;
@@ -41,14 +47,16 @@ class PendingNames {
     TakenName taken;
   };
 
-  void flush();
+  void flushBatch();
+  void flush(const std::map<dev_t, OpenFolder>& fileSystems);
   void giveName(Waiting& copy);
   [[nodiscard]] int replace(const Waiting& copy);
 
   FileChanges& _changes;
   std::size_t _maximumFolders;
   std::vector<Waiting> _waiting;
-  std::set<const Descriptor*> _folders;  // those of _waiting
+  std::set<OpenFolder> _folders;         // those of _waiting
+  std::map<dev_t, OpenFolder> _settled;  // one folder on each file system that took part
 };
 
 }  // namespace installer

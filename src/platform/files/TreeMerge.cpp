@@ -32,7 +32,7 @@ void TreeMerge::run(const std::string& from, const std::string& to) {
   if (!folder.valid() || !place.usable()) return;
   mergeSubfolder({source.folder, source.name}, place.name, std::move(folder),
                  share(std::move(place.folder)), 0);
-  _pending.settle();
+  _pending.finish();
 }
 
 // Merges the source folder into the destination's entry of that name.
