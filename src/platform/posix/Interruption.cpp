@@ -5,7 +5,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <limits>
+#include <type_traits>
 
 #include "platform/posix/ChildOfSignals.h"
 #include "platform/posix/SignalText.h"
@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::array kAsked = {SIGHUP, SIGINT, SIGTERM};
 
-static_assert(std::numeric_limits<std::sig_atomic_t>::max() >= std::numeric_limits<pid_t>::max());
+static_assert(std::is_same_v<std::sig_atomic_t, pid_t>);
 volatile std::sig_atomic_t noted = 0;         // the first such signal
 volatile std::sig_atomic_t runningChild = 0;  // its number; 0: none
 
