@@ -69,7 +69,7 @@ struct FileAttributes {
 // link that was not named by the caller. Temporary names begin with ".hotfix-".
 class FileManager {
  public:
-  static constexpr std::size_t kMaximumRead = std::size_t{256} << 20;  // bytes
+  static constexpr std::size_t kMaximumRead = std::size_t{64} << 20;  // bytes
 
   FileManager() = default;
   FileManager(const FileManager&) = delete;

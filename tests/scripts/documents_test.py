@@ -23,5 +23,18 @@ class LibraryGuideTest(unittest.TestCase):
         self.assertEqual(sorted(listed), sorted(headers))
 
 
+class SecurityPageTest(unittest.TestCase):
+    def testEveryIdentifierIsAPromises(self):
+        pages = (ROOT / "docs/behaviours").glob("*.md")
+        promises = {name for page in pages
+                    for name in re.findall(r"^- \*\*([A-Z]+-\d+)\*\*", page.read_text(encoding="utf-8"), re.M)}
+        self.assertGreater(len(promises), 300)
+
+        named = re.findall(r"\b[A-Z]+-\d+\b", textOf("SECURITY.md"))
+        self.assertGreater(len(named), 20)
+
+        self.assertEqual(sorted(set(named) - promises), [])
+
+
 if __name__ == "__main__":
     unittest.main()

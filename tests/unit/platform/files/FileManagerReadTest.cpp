@@ -131,11 +131,11 @@ TEST_F(FileManagerReadTest, AllBytesOfAFileAreRead) {
 TEST_F(FileManagerReadTest, AFileOverTheLimitReadsAsAbsent) {
   proves("FILES-5");
   _folder.makeFile("file", "");
-  ASSERT_EQ(::truncate(path("file").c_str(), off_t{256} * 1024 * 1024 + 1), 0);
+  ASSERT_EQ(::truncate(path("file").c_str(), off_t{64} * 1024 * 1024 + 1), 0);
 
   EXPECT_EQ(read("file"), std::nullopt);
   EXPECT_EQ(readUnlinked("file"), std::nullopt);
-  EXPECT_EQ(FileManager::kMaximumRead, std::size_t{256} * 1024 * 1024);
+  EXPECT_EQ(FileManager::kMaximumRead, std::size_t{64} * 1024 * 1024);
 }
 
 TEST_F(FileManagerReadTest, TheLimitIsExact) {
