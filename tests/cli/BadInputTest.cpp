@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -615,7 +616,7 @@ TEST_F(BadInputTest, LimitOnFileSizesIsAnErrorNotTheEnd) {
   proves("FILES-19");
   const auto before = _sandbox.tree(_instance.home());
   RunOptions options;
-  options.fileSizeLimit = 0;
+  options.limits[RLIMIT_FSIZE] = 0;
 
   EXPECT_EQ(1, install(options).status);
 

@@ -106,11 +106,15 @@ void startBackground(const std::vector<std::string>& command, const RunOptions& 
     if (setgroups(0, nullptr) != 0 || setgid(*options.user) != 0 || setuid(*options.user) != 0)
       giveUp("become another user");
   }
-  if (options.fileSizeLimit) {
-    const rlimit limit{static_cast<rlim_t>(*options.fileSizeLimit),
-                       static_cast<rlim_t>(*options.fileSizeLimit)};
-    setrlimit(RLIMIT_FSIZE, &limit);
+  for (const auto& [kind, most] : options.limits) {
+    const rlimit limit{most, most};
+    if (setrlimit(static_cast<__rlimit_resource>(kind), &limit) != 0) giveUp("limit");
   }
+  for (const int number : options.ignoredSignals) signal(number, SIG_IGN);
+  sigset_t blocked;
+  sigemptyset(&blocked);
+  for (const int number : options.blockedSignals) sigaddset(&blocked, number);
+  sigprocmask(SIG_SETMASK, &blocked, nullptr);
   umask(options.mask);
   for (const int descriptor : options.closedDescriptors) close(descriptor);
   execute(command, options);
@@ -344,9 +348,25 @@ void CliSandbox::setMode(const std::string& path, mode_t mode) const {
 }
 
 void CliSandbox::limitSpace(const std::string& folder, std::size_t bytes) {
-  const std::string options = "mode=0755,size=" + std::to_string(bytes);
+  mountDisk(folder, "size=" + std::to_string(bytes));
+}
+
+void CliSandbox::limitEntries(const std::string& folder, std::size_t number) {
+  mountDisk(folder, "nr_inodes=" + std::to_string(number));
+}
+
+void CliSandbox::mountDisk(const std::string& folder, const std::string& limit) {
+  const std::string options = "mode=0755," + limit;
   ASSERT_EQ(0, mount("tmpfs", host(folder).c_str(), "tmpfs", MS_NODEV, options.c_str()));
   _mounts.push_back(host(folder));
+}
+
+void CliSandbox::makeReadOnly(const std::string& folder) {
+  const std::string path = host(folder);
+  ASSERT_EQ(0, mount(path.c_str(), path.c_str(), nullptr, MS_BIND, nullptr));
+  _mounts.push_back(path);
+  constexpr unsigned long kFlags = MS_BIND | MS_REMOUNT | MS_RDONLY | MS_NODEV;
+  ASSERT_EQ(0, mount(nullptr, path.c_str(), nullptr, kFlags, nullptr));
 }
 
 void CliSandbox::fillSpace(const std::string& folder) const {

@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -32,9 +33,11 @@ struct RunOptions {
   std::vector<std::vector<std::string>> background;  // programs that run all the while
   std::string awaited;                               // path that must exist before the start
   std::chrono::milliseconds limit{20'000};
-  std::optional<off_t> fileSizeLimit;  // bytes
-  bool systemLog = false;              // whether a system log listens at /dev/log
-  bool brokenOutput = false;           // nobody reads what comes to standard output
+  std::map<int, std::uint64_t> limits;  // RLIMIT_FSIZE, say, -> soft and hard limit
+  std::vector<int> ignoredSignals;
+  std::vector<int> blockedSignals;
+  bool systemLog = false;     // whether a system log listens at /dev/log
+  bool brokenOutput = false;  // nobody reads what comes to standard output
 
   RunOptions& set(const std::string& variable, const std::string& value);
   RunOptions& unset(const std::string& variable);
@@ -114,6 +117,10 @@ class CliSandbox {
   void setMode(const std::string& path, mode_t mode) const;
   // Puts a file system of that size over the folder, which must exist, until the test ends.
   void limitSpace(const std::string& folder, std::size_t bytes);
+  // The same with so many entries at most, the folder itself included.
+  void limitEntries(const std::string& folder, std::size_t number);
+  // From now on nothing below the folder, which must exist, can be changed, until the test ends.
+  void makeReadOnly(const std::string& folder);
   // Fills the file system below the folder to the last byte, with a file "filler".
   void fillSpace(const std::string& folder) const;
   // With everything below a folder; nothing happens when nothing is there.
@@ -162,6 +169,7 @@ class CliSandbox {
 
  private:
   int listenToSystemLog() const;
+  void mountDisk(const std::string& folder, const std::string& limit);
 
   std::string _root;
   std::optional<test::ChildFolder> _children;  // once there is a root
