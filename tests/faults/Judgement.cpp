@@ -72,15 +72,20 @@ Violations judgeMoment(const Scenario& scenario, const Learned& learned, const F
   return found;
 }
 
+bool mayChangeSilently(const Scenario& scenario, const std::string& path) {
+  return mayBeLost(scenario, path) || std::find(scenario.silences.begin(), scenario.silences.end(),
+                                                path) != scenario.silences.end();
+}
+
 bool isAsEver(const Scenario& scenario, const Learned& learned, const Files& files) {
   const auto known = [&](const auto& entry) {
     const auto& [path, now] = entry;
-    if (path == cli::kTrace || isTemporary(path) || mayBeLost(scenario, path)) return true;
+    if (path == cli::kTrace || isTemporary(path) || mayChangeSilently(scenario, path)) return true;
     const auto found = learned.files.find(path);
     return found != learned.files.end() && found->second.content == now.content;
   };
   const auto kept = [&](const auto& entry) {
-    return mayBeLost(scenario, entry.first) || files.contains(entry.first);
+    return mayChangeSilently(scenario, entry.first) || files.contains(entry.first);
   };
   return std::all_of(files.begin(), files.end(), known) &&
          std::all_of(learned.files.begin(), learned.files.end(), kept);

@@ -30,6 +30,8 @@ struct Scenario {
   // Below these the program passes over what can not be copied, with no word: an entry may be
   // missing.
   std::vector<std::string> losses;
+  // A failure to change these is passed over with no word too, but they stay as they were.
+  std::vector<std::string> silences;
   // The files with what a run adds that could not read by what to name a backup.
   Files substitutes;
   std::string ownManifest;  // install.update.xml as this hotfix's run is to provision it

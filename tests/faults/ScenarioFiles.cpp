@@ -189,6 +189,7 @@ Scenario ScenarioFiles::scenario(const std::string& name, const std::string& abo
                   {"java_home", test::ChildScript().print("/java\n").text()}};
   made.bundle = _instance.bundle;
   made.losses = {_instance.deploy(".keystore"), _instance.deploy("extras")};
+  made.silences = {_instance.customization(), cli::kPasteboard, cli::kMarker};
   made.substitutes = _files;
   if (_files.contains(_instance.deploy("install.xml")))
     made.substitutes[_instance.deploy("install.old.xml")] =

@@ -33,32 +33,41 @@ function(hotfix_add_sweep name)
   set_tests_properties(faults.${name} PROPERTIES LABELS faults TIMEOUT 600 SKIP_RETURN_CODE 77)
 endfunction()
 
+# The sweeps see: not what a sweep says of this program, but that it says it.
+add_executable(careless-installer ${CMAKE_CURRENT_LIST_DIR}/standin/main.cpp)
+target_link_libraries(careless-installer PRIVATE hotfix_warnings)
+add_test(NAME faults.sees_false_success
+         COMMAND fault-sweep --scenario install --kind none
+                 --program $<TARGET_FILE:careless-installer>)
+set_tests_properties(
+  faults.sees_false_success
+  PROPERTIES LABELS faults TIMEOUT 60 SKIP_RETURN_CODE 77
+             PASS_REGULAR_EXPRESSION "VIOLATION install undisturbed .false-success.")
+
 # What breaks these rules is known: temporary names of killed runs stay, and some failures are told
 # by nothing but their effect.
 set(known reason,left-over,again-left-over)
-set(successes install,upgrade,again,failing,new-workspace,no-manifest,staged)
+set(successes install,upgrade,again,failing,new-workspace,no-manifest)
 set(others characters,running,higher,not-installed,broken-merge)
-foreach(part successes others)
-  hotfix_add_sweep(full_disk_${part} --scenario ${${part}} --kind full --without ${known} --sample 25)
-  hotfix_add_sweep(kills_${part} --scenario ${${part}} --kind kill --without ${known} --sample 60)
-endforeach()
 
-# A merge's names and what a launcher installed are not flushed in time yet.
-hotfix_add_sweep(order --kind order --without ${known},flush-after,flush-child)
-
+hotfix_add_sweep(order --kind order --without ${known})
+hotfix_add_sweep(links --scenario install,upgrade --kind link --sample 5)
+hotfix_add_sweep(hard_links --scenario install,upgrade --kind hard-link --sample 5)
+hotfix_add_sweep(reasons --scenario install,upgrade --kind fail-ENOSPC,fail-EROFS --sample 60)
+hotfix_add_sweep(allocations --scenario install,upgrade,running --kind alloc --without ${known}
+                 --sample 60)
 hotfix_add_sweep(power --scenario install,upgrade,broken-merge --kind power --without ${known}
                  --sample 40)
-
-# Links at these names lead nobody anywhere; those at deploy, .config, the data folder, the rcp home
-# and at the files that are read, changed and saved still do.
-set(unled eclipse plugins base-plugin extras extras-tools extras-file shared shared-file data-file
-    uninstall-xml backup keystore result trace record marker configuration staging
-    temporary)
-set(files extras-file shared-file data-file uninstall-xml backup keystore result trace
-    record marker configuration temporary)
-list(TRANSFORM unled PREPEND "link-")
-list(TRANSFORM files PREPEND "hard-link-")
-list(JOIN unled "," links)
-list(JOIN files "," hard_links)
-hotfix_add_sweep(links --scenario install,upgrade,staged --kind ${links} --sample 8)
-hotfix_add_sweep(hard_links --scenario install,upgrade --kind ${hard_links} --sample 8)
+hotfix_add_sweep(short_writes --kind short --without ${known} --sample 12)
+hotfix_add_sweep(failures_successes --scenario ${successes} --kind fail --without ${known}
+                 --sample 12)
+# Not of "higher": a record of versions that can not be read lets a lower hotfix pass.
+hotfix_add_sweep(failures_others --scenario characters,running,not-installed,broken-merge --kind fail
+                 --without ${known} --sample 12)
+# A staged folder whose mode can not be set keeps the one that it was made with.
+hotfix_add_sweep(staging --scenario staged --kind full,kill,fail --without ${known},attributes
+                 --sample 10)
+foreach(part successes others)
+  hotfix_add_sweep(full_disk_${part} --scenario ${${part}} --kind full --without ${known} --sample 15)
+  hotfix_add_sweep(kills_${part} --scenario ${${part}} --kind kill --without ${known} --sample 50)
+endforeach()
