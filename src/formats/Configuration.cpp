@@ -23,14 +23,19 @@ bool mayBeOurs(const FileError& error) {
   return error.code != FileError::kNoFile && (!owner || platform.users->trusts(*owner));
 }
 
+// A file with another name was made for another place, and anybody can have put it here.
+bool isTrusted(const FileOrigin& origin) {
+  return !origin.hasOtherNames && Platform::current().users->trusts(origin.owner);
+}
+
 // The entries of the file: none when it is missing or somebody else could have planted it, nullopt
 // when it cannot be read and is to be left alone.
 std::optional<PropertyList::Dictionary> trustedEntries() {
   const Platform& platform = Platform::current();
-  uid_t owner = 0;
+  FileOrigin origin;
   FileError error;
-  const auto bytes = platform.files->readUnlinked(filePath(), &owner, &error);
-  if (bytes && platform.users->trusts(owner)) return PropertyList::parseDictionary(*bytes);
+  const auto bytes = platform.files->readUnlinked(filePath(), &origin, &error);
+  if (bytes && isTrusted(origin)) return PropertyList::parseDictionary(*bytes);
   if (!bytes && error.code == FileError::kMissing) return PropertyList::Dictionary();
   if (!bytes && mayBeOurs(error)) {
     reported::tell(error);

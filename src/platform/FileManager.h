@@ -37,6 +37,12 @@ struct CopySource {
   std::optional<std::vector<std::string>> within;  // nullopt when a link is wanted as a link
 };
 
+// Whose a file is, and whether the name it was found under is its only one.
+struct FileOrigin {
+  uid_t owner = 0;
+  bool hasOtherNames = false;
+};
+
 // Whether createDirectory makes missing folders above the last one.
 enum class Intermediates { create, refuse };
 
@@ -107,9 +113,9 @@ class FileManager {
                                                         FileError* error = nullptr) = 0;
 
   // As read(), for a file that other users could have planted in a folder open to all: the last
-  // component is not followed if it is a link. `owner`, if any, receives the file's user id.
+  // component is not followed if it is a link. `origin`, if any, is that of the file that is read.
   [[nodiscard]] virtual std::optional<std::string> readUnlinked(const std::string& path,
-                                                                uid_t* owner,
+                                                                FileOrigin* origin,
                                                                 FileError* error = nullptr) = 0;
 
   // Replaces or creates the file at `path`: temporary file in the same folder, all bytes, fsync,

@@ -236,6 +236,20 @@ TEST_F(HostileTmpTest, LinkInTheConfigurationsPlaceReadsAsAbsentAndIsReplaced) {
   EXPECT_EQ(before, _sandbox.readFile("/Users/alice/planted.plist"));
 }
 
+TEST_F(HostileTmpTest, SecondNameOfAFileInTheConfigurationsPlaceReadsAsAbsentAndIsReplaced) {
+  proves("TMP-4");
+  writeConfiguration("/Users/alice/planted.plist");
+  const auto planted = _sandbox.readFile("/Users/alice/planted.plist");
+  std::filesystem::create_hard_link(_sandbox.host("/Users/alice/planted.plist"),
+                                    _sandbox.host(kConfiguration));
+
+  EXPECT_EQ(0, install().status);
+
+  EXPECT_FALSE(_sandbox.exists("/opt/planted"));
+  EXPECT_THAT(listAt(kConfiguration).keys(), ElementsAre("P_RCPDATA", "pathToRcpHome"));
+  EXPECT_EQ(planted, _sandbox.readFile("/Users/alice/planted.plist"));
+}
+
 TEST_F(HostileTmpTest, ConfigurationIsReadableForEverybody) {
   proves("CONFIG-3");
   RunOptions options;

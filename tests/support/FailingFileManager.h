@@ -67,10 +67,10 @@ class FailingFileManager : public PosixFileManager {
     if (isReadable(path, "read", error)) return PosixFileManager::read(path, error);
     return std::nullopt;
   }
-  std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner,
+  std::optional<std::string> readUnlinked(const std::string& path, FileOrigin* origin,
                                           FileError* error = nullptr) override {
     if (!isReadable(path, "read", error)) return std::nullopt;
-    return PosixFileManager::readUnlinked(path, owner, error);
+    return PosixFileManager::readUnlinked(path, origin, error);
   }
 
  protected:

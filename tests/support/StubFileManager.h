@@ -31,7 +31,7 @@ class StubFileManager : public FileManager {
     if (found == contents.end()) return std::nullopt;
     return found->second;
   }
-  std::optional<std::string> readUnlinked(const std::string&, uid_t*, FileError*) override {
+  std::optional<std::string> readUnlinked(const std::string&, FileOrigin*, FileError*) override {
     return std::nullopt;
   }
   bool write(const std::string&, std::string_view, ReplacedFile, std::optional<mode_t>,

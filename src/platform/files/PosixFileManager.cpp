@@ -110,11 +110,11 @@ std::optional<std::string> PosixFileManager::read(const std::string& path, FileE
   return readOpened(_folders.item(path).openFile(), path, _folders.ownerOf(path), error);
 }
 
-std::optional<std::string> PosixFileManager::readUnlinked(const std::string& path, uid_t* owner,
-                                                          FileError* error) {
+std::optional<std::string> PosixFileManager::readUnlinked(const std::string& path,
+                                                          FileOrigin* origin, FileError* error) {
   const Descriptor file = _folders.entry(path).openFile();
   const auto status = file.valid() ? statusOf(file) : std::nullopt;
-  if (status && owner != nullptr) *owner = status->st_uid;
+  if (status && origin != nullptr) *origin = {status->st_uid, status->st_nlink > 1};
   return readOpened(file, path, _folders.ownerOf(path), error);
 }
 

@@ -28,7 +28,7 @@ class PosixFileManager : public FileManager {
   bool entryExists(const std::string& path) override;
   std::optional<std::vector<std::string>> list(const std::string& folder) override;
   std::optional<std::string> read(const std::string& path, FileError* error = nullptr) override;
-  std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner,
+  std::optional<std::string> readUnlinked(const std::string& path, FileOrigin* origin,
                                           FileError* error = nullptr) override;
   bool write(const std::string& path, std::string_view bytes,
              ReplacedFile replaced = ReplacedFile::takeOver,

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <optional>
 
 #include "hotfix/platform/ToldOnce.h"
@@ -28,10 +29,10 @@ class ForeignFiles : public test::FailingFileManager {
  public:
   ForeignFiles(UserContext& users, uid_t owner) : FailingFileManager(users), _owner(owner) {}
 
-  std::optional<std::string> readUnlinked(const std::string& path, uid_t* owner,
+  std::optional<std::string> readUnlinked(const std::string& path, FileOrigin* origin,
                                           FileError* error) override {
-    std::optional<std::string> bytes = FailingFileManager::readUnlinked(path, owner, error);
-    *owner = _owner;
+    std::optional<std::string> bytes = FailingFileManager::readUnlinked(path, origin, error);
+    origin->owner = _owner;
     return bytes;
   }
 
@@ -300,6 +301,21 @@ TEST_F(ConfigurationTest, FileOfAnotherUserReadsAsAbsent) {
   EXPECT_EQ(valueFrom(kStranger), std::nullopt);
 
   EXPECT_THAT(_sandbox.log(), ElementsAre(refusal()));
+}
+
+TEST_F(ConfigurationTest, FileWithAnotherNameReadsAsAbsentAndIsReplaced) {
+  proves("TMP-4");
+  _sandbox.writePlist("tmp/target", {{"a", "1"}});
+  std::filesystem::create_hard_link(_sandbox.path("tmp/target"), _sandbox.path(kFile));
+  Configuration configuration;
+
+  EXPECT_EQ(configuration.getPropertyValueForKey("a"), std::nullopt);
+  EXPECT_TRUE(configuration.setProperty("2", "b"));
+  EXPECT_TRUE(configuration.saveConfiguration());
+
+  EXPECT_THAT(_sandbox.log(), ElementsAre(refusal()));
+  EXPECT_EQ(_sandbox.readPlist("tmp/target"), (Dictionary{{"a", "1"}}));
+  EXPECT_EQ(_sandbox.readPlist(kFile), (Dictionary{{"b", "2"}}));
 }
 
 TEST_F(ConfigurationTest, UnknownConsoleUserOwnsNothing) {

@@ -188,14 +188,28 @@ TEST_F(FileManagerReadTest, AnUnlinkedReadDoesNotFollowALink) {
 
 TEST_F(FileManagerReadTest, AnUnlinkedReadTellsTheOwner) {
   giveToOrdinaryUser(_folder.makeFile("file", "x"));
-  uid_t owner = 12345;
+  FileOrigin origin;
+  origin.owner = 12345;
 
-  EXPECT_EQ(_files.readUnlinked(path("file"), &owner), "x");
-  EXPECT_EQ(owner, statusOf("file").st_uid);
+  EXPECT_EQ(_files.readUnlinked(path("file"), &origin), "x");
+  EXPECT_EQ(origin.owner, statusOf("file").st_uid);
 
-  owner = 12345;
-  EXPECT_EQ(_files.readUnlinked(path("missing"), &owner), std::nullopt);
-  EXPECT_EQ(owner, 12345u);
+  origin.owner = 12345;
+  EXPECT_EQ(_files.readUnlinked(path("missing"), &origin), std::nullopt);
+  EXPECT_EQ(origin.owner, 12345u);
+}
+
+TEST_F(FileManagerReadTest, AnUnlinkedReadTellsWhetherThereAreOtherNames) {
+  _folder.makeFile("file", "x");
+  FileOrigin origin;
+  origin.hasOtherNames = true;
+
+  EXPECT_EQ(_files.readUnlinked(path("file"), &origin), "x");
+  EXPECT_FALSE(origin.hasOtherNames);
+
+  _folder.makeHardLink("other", "file");
+  EXPECT_EQ(_files.readUnlinked(path("file"), &origin), "x");
+  EXPECT_TRUE(origin.hasOtherNames);
 }
 
 TEST_F(FileManagerReadTest, OwnerIsTheEntrysOwn) {
