@@ -61,14 +61,11 @@ void InstanceService::copyStagingFolder(const std::optional<std::string>& locati
     return;
   }
   const Platform& platform = Platform::current();
-  const std::string& staging = platform.paths.stagingFolder;
-  const std::optional<uid_t> owner = platform.files->owner(staging);
-  if (owner && !platform.users->trusts(*owner)) {
-    log(LogLevel::error, "Error copying files: {} belongs to another user.", staging);
-    return;
-  }
+  CopySource staging = platform.paths.stagingFolder;
+  staging.mayOwn = [&platform](uid_t owner) { return platform.users->trusts(owner); };
   FileError error;
-  if (!copyItem(staging, *location, &error))
+  if (!platform.files->copy(staging, *location, ExistingItem::fail, &error) &&
+      !shouldProceedAfterError(error, staging.path, *location))
     log(LogLevel::error, "Error copying files: {}.", error.description);
 }
 

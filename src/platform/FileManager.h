@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -35,6 +36,9 @@ struct CopySource {
 
   std::string path;
   std::optional<std::vector<std::string>> within;  // nullopt when a link is wanted as a link
+  // Who may own the item, for what other users could have planted: asked of the very item that is
+  // copied, once, however its name is exchanged meanwhile. What is below a folder is not asked for.
+  std::function<bool(uid_t)> mayOwn;  // empty when anybody may
 };
 
 // Whose a file is, and whether the name it was found under is its only one.

@@ -27,9 +27,9 @@ std::array<timespec, 2> timesOf(const struct stat& status) {
   return {timespec{0, UTIME_OMIT}, syscalls::modificationTime(status)};
 }
 
-std::optional<std::string> targetOf(const Entry& link) {
+std::optional<std::string> targetOf(const Descriptor& link) {
   std::array<char, PATH_MAX> target;
-  const ssize_t length = ::readlinkat(link.folder, link.name.c_str(), target.data(), target.size());
+  const ssize_t length = syscalls::readLink(link.get(), target.data(), target.size());
   if (length == -1) return std::nullopt;
   return std::string(target.data(), static_cast<std::size_t>(length));
 }
@@ -54,48 +54,59 @@ bool ItemCopy::copyEntry(const Entry& source, const Entry& copy, int depth) {
   const auto status = statusOf(source.folder, source.name);
   if (!status) return check(errno);
   if (S_ISREG(status->st_mode)) return copyFile(source, copy);
-  if (S_ISLNK(status->st_mode)) return copyLink(source, copy, *status);
-  if (S_ISDIR(status->st_mode)) return copyFolder(source, copy, *status, depth);
+  if (S_ISLNK(status->st_mode)) return copyLink(source, copy);
+  if (S_ISDIR(status->st_mode)) return copyFolder(source, copy, depth);
   return fail("is not a regular file, folder or link");
 }
 
 bool ItemCopy::copyFile(const Entry& source, const Entry& copy) {
   const Descriptor from = openRegularFile(source.folder, source.name);
-  if (!from.valid()) return check(errno);
+  const auto status = statusOf(from);
+  if (!status) return check(errno);
+  if (!mayTake(*status)) return false;
   Descriptor to;
   if (!check(_changes.createFile(copy.folder, copy.name, kPrivateFile, to))) return false;
-  if (check(fillFile(from.get(), to.get()))) return true;
+  if (check(fillFile(from.get(), *status, to.get()))) return true;
   (void)_changes.unlink(copy.folder, copy.name);  // the first error is the one to tell
   return false;
 }
 
-int ItemCopy::fillFile(int from, int to) {
-  struct stat status {};
-  if (::fstat(from, &status) != 0) return errno;
+int ItemCopy::fillFile(int from, const struct stat& status, int to) {
   if (isBorrowed(status, _owner)) return EPERM;
   if (const int error = _changes.copyBytes(from, to)) return error;
   if (const int error = giveModeAndTime(to, status)) return error;
   return _flush == Flush::eachFile ? _changes.flush(to) : 0;
 }
 
-bool ItemCopy::copyLink(const Entry& source, const Entry& copy, const struct stat& status) {
-  const auto target = targetOf(source);
+bool ItemCopy::copyLink(const Entry& source, const Entry& copy) {
+  const Descriptor link(syscalls::openItem(source.folder, source.name.c_str()));
+  const auto status = statusOf(link);
+  if (!status) return check(errno);
+  if (!mayTake(*status)) return false;
+  const auto target = targetOf(link);
   if (!target) return check(errno);
   if (!check(_changes.makeLink(copy.folder, copy.name, *target))) return false;
-  const auto times = timesOf(status);
+  const auto times = timesOf(*status);
   const char* const name = copy.name.c_str();
   (void)::utimensat(copy.folder, name, times.data(), AT_SYMLINK_NOFOLLOW);  // not kept everywhere
   return true;
 }
 
-bool ItemCopy::copyFolder(const Entry& source, const Entry& copy, const struct stat& status,
-                          int depth) {
+bool ItemCopy::copyFolder(const Entry& source, const Entry& copy, int depth) {
   if (depth >= kMaximumDepth) return check(ELOOP);
   Descriptor from = openFolder(source.folder, source.name);
-  if (!from.valid()) return check(errno);
-  if (depth == 0 && !check(checkOutside(copy.folder, status))) return false;
+  const auto status = statusOf(from);
+  if (!status) return check(errno);
+  if (!mayTake(*status)) return false;
+  if (depth == 0 && !check(checkOutside(copy.folder, *status))) return false;
   if (!check(_changes.makeFolder(copy.folder, copy.name, kPrivateFolder))) return false;
-  return fillFolder(std::move(from), copy, status, depth);
+  return fillFolder(std::move(from), copy, *status, depth);
+}
+
+// Only the item that was asked for is judged, which is the first one opened.
+bool ItemCopy::mayTake(const struct stat& opened) {
+  const auto mayOwn = std::exchange(_mayOwn, nullptr);
+  return !mayOwn || mayOwn(opened.st_uid) || fail("belongs to another user");
 }
 
 // A folder gets its mode and time after its entries, and also when they are not all there.

@@ -2,8 +2,10 @@
 
 #include <sys/stat.h>
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/files/FileChanges.h"
 #include "platform/files/TemporaryItem.h"
@@ -28,9 +30,11 @@ enum class Flush {
 // process's. No pipe, socket or device is opened.
 class ItemCopy {
  public:
-  // `owner`: who may own source files with several names; anybody when absent.
-  ItemCopy(FileChanges& changes, Flush flush, std::optional<uid_t> owner = std::nullopt)
-      : _changes(changes), _flush(flush), _owner(owner) {}
+  // `owner`: who may own source files with several names; anybody when absent. `mayOwn`: whether
+  // the item that is built may belong to a user; anybody when empty.
+  ItemCopy(FileChanges& changes, Flush flush, std::optional<uid_t> owner = std::nullopt,
+           std::function<bool(uid_t)> mayOwn = {})
+      : _changes(changes), _flush(flush), _owner(owner), _mayOwn(std::move(mayOwn)) {}
 
   // Stops at the first item that cannot be copied and answers false. `temporary` is then what was
   // copied, be it a part of a tree, and does not exist when that is nothing.
@@ -43,11 +47,11 @@ class ItemCopy {
  private:
   [[nodiscard]] bool copyEntry(const Entry& source, const Entry& copy, int depth);
   [[nodiscard]] bool copyFile(const Entry& source, const Entry& copy);
-  [[nodiscard]] bool copyLink(const Entry& source, const Entry& copy, const struct stat& status);
-  [[nodiscard]] bool copyFolder(const Entry& source, const Entry& copy, const struct stat& status,
-                                int depth);
+  [[nodiscard]] bool copyLink(const Entry& source, const Entry& copy);
+  [[nodiscard]] bool copyFolder(const Entry& source, const Entry& copy, int depth);
+  [[nodiscard]] bool mayTake(const struct stat& opened);
 
-  [[nodiscard]] int fillFile(int from, int to);
+  [[nodiscard]] int fillFile(int from, const struct stat& status, int to);
   [[nodiscard]] bool fillFolder(Descriptor from, const Entry& copy, const struct stat& status,
                                 int depth);
   [[nodiscard]] bool copyEntries(Descriptor from, int to, int depth);
@@ -59,7 +63,8 @@ class ItemCopy {
   FileChanges& _changes;
   Flush _flush;
   std::optional<uid_t> _owner;
-  std::string _item;  // under way
+  std::function<bool(uid_t)> _mayOwn;  // until it was asked
+  std::string _item;                   // under way
   std::string _failedItem;
   std::string _reason;
 };

@@ -93,7 +93,7 @@ std::optional<struct stat> statusFollowingLinks(int folder, const std::string& n
 
 std::optional<struct stat> statusOf(const Descriptor& file) {
   struct stat status {};
-  if (::fstat(file.get(), &status) != 0) return std::nullopt;
+  if (!file.valid() || ::fstat(file.get(), &status) != 0) return std::nullopt;
   return status;
 }
 

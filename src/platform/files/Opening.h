@@ -46,6 +46,7 @@ Descriptor openRegularFileFollowingLinks(int folder, const std::string& name);
 // The status of the entry itself, not of what a link leads to. nullopt with errno set.
 [[nodiscard]] std::optional<struct stat> statusOf(int folder, const std::string& name);
 [[nodiscard]] std::optional<struct stat> statusFollowingLinks(int folder, const std::string& name);
+// An invalid descriptor leaves errno as its opening set it.
 [[nodiscard]] std::optional<struct stat> statusOf(const Descriptor& file);
 
 // Whether the entry itself is a link.

@@ -49,7 +49,8 @@ std::optional<FileError> SingleCopy::copyItem() {
 std::optional<FileError> SingleCopy::copy(bool isFolder) {
   const Place place = _folders.place(_to);
   if (!place.usable()) return failure(FileError::kOther, _from.path, reasonOf(place.error));
-  ItemCopy item(_changes, isFolder ? Flush::later : Flush::eachFile, _folders.ownerOf(_from.path));
+  ItemCopy item(_changes, isFolder ? Flush::later : Flush::eachFile, _folders.ownerOf(_from.path),
+                _from.mayOwn);
   TemporaryItem temporary(_changes, place.folder.get());
   const bool whole = item.build({_source.folder, _source.name}, temporary);
   Failure named;

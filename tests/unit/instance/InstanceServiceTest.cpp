@@ -3,6 +3,10 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <functional>
+#include <utility>
+
 #include "platform/FileManager.h"
 #include "support/InstanceFixture.h"
 #include "support/Proves.h"
@@ -12,6 +16,39 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::StartsWith;
+
+// Does something whenever it is asked whom to trust.
+class WatchedUsers : public FakeUserContext {
+ public:
+  std::function<void()> whenAsked;
+
+  std::optional<std::string> environment(const std::string& variable) override {
+    whenAsked();
+    return FakeUserContext::environment(variable);
+  }
+};
+
+// Somebody plants an item as soon as it was looked for.
+class PlantingFiles : public FailingFileManager {
+ public:
+  PlantingFiles(UserContext& users, std::function<void()> plant)
+      : FailingFileManager(users), _plant(std::move(plant)) {}
+
+  std::optional<uid_t> owner(const std::string& path) override {
+    const auto found = FailingFileManager::owner(path);
+    _plant();
+    return found;
+  }
+  bool copy(const CopySource& from, const std::string& to, ExistingItem existing,
+            FileError* error) override {
+    const bool copied = FailingFileManager::copy(from, to, existing, error);
+    _plant();
+    return copied;
+  }
+
+ private:
+  std::function<void()> _plant;
+};
 
 class InstanceServiceTest : public InstanceFixture {
  protected:
@@ -172,8 +209,45 @@ TEST_F(InstanceServiceTest, StagingFolderOfAnotherUserIsNotCopied) {
 
   EXPECT_FALSE(_sandbox.exists("new"));
   EXPECT_THAT(linesAt(LogLevel::error),
-              ElementsAre("Error copying files: " + _sandbox.paths().stagingFolder +
-                          " belongs to another user."));
+              ElementsAre("Error copying files: \"" + _sandbox.path("tmp/qlmcore2") +
+                          "\" cannot be copied to \"" + _sandbox.path("new") +
+                          "\": belongs to another user."));
+}
+
+TEST_F(InstanceServiceTest, StagingFolderThatIsExchangedWhenItsOwnerWasJudgedIsNotCopied) {
+  proves("INSTANCE-8");
+  _sandbox.write("tmp/qlmcore2/file", "staged");
+  _sandbox.write("tmp/planted/file", "planted");
+  nameInstallLocation(_sandbox.path("new"));
+  WatchedUsers users;
+  const auto exchange = [&] {
+    std::filesystem::rename(_sandbox.path("tmp/qlmcore2"), _sandbox.path("tmp/old"));
+    std::filesystem::rename(_sandbox.path("tmp/planted"), _sandbox.path("tmp/qlmcore2"));
+  };
+  users.effectiveUser = geteuid();
+  int questions = 0;  // the first is for the configuration's owner
+  users.whenAsked = [&] {
+    if (++questions == 2) exchange();
+  };
+  UserContext* const before = std::exchange(_sandbox.platform().users, &users);
+
+  const InstanceService service(home());
+
+  _sandbox.platform().users = before;
+  EXPECT_FALSE(_sandbox.exists("tmp/planted"));
+  EXPECT_EQ(_sandbox.read("new/file"), "staged");
+}
+
+TEST_F(InstanceServiceTest, StagingFolderIsLookedForOnce) {
+  proves("INSTANCE-8");
+  nameInstallLocation(_sandbox.path("new"));
+  PlantingFiles files(_sandbox.users(), [&] { _sandbox.write("tmp/qlmcore2/file", "planted"); });
+  FileManager* const before = std::exchange(_sandbox.platform().files, &files);
+
+  const InstanceService service(home());
+
+  _sandbox.platform().files = before;
+  EXPECT_FALSE(_sandbox.exists("new"));
 }
 
 TEST_F(InstanceServiceTest, FailedStagingCopyIsLoggedAndPassedOver) {

@@ -3,7 +3,9 @@
 
 #include <array>
 #include <cerrno>
+#include <filesystem>
 #include <string>
+#include <vector>
 
 #include "platform/files/FileSystemCalls.h"
 #include "support/ChildRun.h"
@@ -410,6 +412,65 @@ TEST_F(FileManagerCopyTest, SomebodyQuickerMakesAnExistingFolder) {
   _files.beforeNext(FileOperation::kRename, makeFolder);
   EXPECT_TRUE(copy("from", "to", ExistingItem::keep));
   EXPECT_THAT(pathsIn(snapshot("to")), IsEmpty());
+}
+
+TEST_F(FileManagerCopyTest, OnlyTheItemsOwnOwnerIsAskedFor) {
+  _folder.makeFile("folder/file", "x");
+  _folder.makeFile("file", "x");
+  _folder.makeLink("link", "file");
+  std::vector<uid_t> asked;
+  const auto mayOwn = [&](uid_t owner) {
+    asked.push_back(owner);
+    return true;
+  };
+
+  for (const char* name : {"folder", "file", "link"}) {
+    CopySource source = path(name);
+    source.mayOwn = mayOwn;
+    EXPECT_TRUE(_files.copy(source, path(std::string("copy of ") + name), ExistingItem::fail));
+  }
+
+  EXPECT_THAT(asked, ElementsAre(::geteuid(), ::geteuid(), ::geteuid()));
+  EXPECT_EQ(_folder.content("copy of folder/file"), "x");
+}
+
+TEST_F(FileManagerCopyTest, AnItemWhoseOwnerDoesNotCountIsNotCopied) {
+  _folder.makeFile("folder/file", "x");
+  _folder.makeFile("file", "x");
+  _folder.makeLink("link", "file");
+
+  for (const char* name : {"folder", "file", "link"}) {
+    CopySource source = path(name);
+    source.mayOwn = [](uid_t) { return false; };
+    EXPECT_FALSE(_files.copy(source, path("to"), ExistingItem::fail, &_error)) << name;
+    EXPECT_EQ(_error.code, FileError::kOther);
+    EXPECT_EQ(_error.description, "\"" + path(name) + "\" cannot be copied to \"" + path("to") +
+                                      "\": belongs to another user");
+  }
+
+  EXPECT_THAT(_files.operations(), IsEmpty());
+}
+
+TEST_F(FileManagerCopyTest, TheItemWhoseOwnerWasAskedForIsTheOneThatIsCopied) {
+  for (const char* name : {"folder", "file", "link"}) {
+    _folder.makeFile("folder/file", "good");
+    _folder.makeFile("planted/folder/file", "bad");
+    _folder.makeFile("file", "good");
+    _folder.makeFile("planted/file", "bad");
+    _folder.makeLink("link", "folder/file");
+    _folder.makeLink("planted/link", "planted/file");
+    CopySource source = path(name);
+    source.mayOwn = [&](uid_t) {
+      std::filesystem::rename(path(name), path("away"));
+      std::filesystem::rename(path("planted") + "/" + name, path(name));
+      return true;
+    };
+
+    EXPECT_TRUE(_files.copy(source, path("to"), ExistingItem::replace)) << name;
+
+    EXPECT_EQ(_folder.content(isThere("to/file") ? "to/file" : "to"), "good") << name;
+    for (const char* item : {"folder", "file", "link", "away", "planted"}) removeTree(path(item));
+  }
 }
 
 TEST_F(FileManagerCopyTest, AFileIsFlushedBeforeItGetsItsNameAndItsFolderAfterwards) {
