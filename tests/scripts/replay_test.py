@@ -54,12 +54,18 @@ class ReplayTest(unittest.TestCase):
 
     def testAFuzzerThatFailsFailsTheReplay(self):
         (self._corpus / "a").touch()
-        self.make("fuzzer", "echo deadly >&2; exit 77")
+        self.make("fuzzer", "echo deadly >&2; exit 70")
 
         result = self.replay(self._root / "fuzzer", self._corpus)
 
         self.assertEqual(result.returncode, 1)
         self.assertIn("deadly", result.stderr)
+
+    def testAFuzzerThatLacksSomethingIsSkipped(self):
+        (self._corpus / "a").touch()
+        self.make("fuzzer", "exit 77")
+
+        self.assertEqual(self.replay(self._root / "fuzzer", self._corpus).returncode, 77)
 
     def testWithoutInputsNothingIsProved(self):
         for corpus in (self._corpus, self._root / "nowhere"):

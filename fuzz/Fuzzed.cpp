@@ -1,0 +1,107 @@
+#include "Fuzzed.h"
+
+#include <sanitizer/allocator_interface.h>
+#include <time.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+// Memory is measured by a sanitizer's hooks and not at all without one.
+#pragma weak __sanitizer_install_malloc_and_free_hooks
+#pragma weak __sanitizer_get_allocated_size
+
+namespace installer::fuzz {
+
+namespace {
+
+// An input may take 8 bytes for each of its own, and 0.05 seconds for each megabyte. What it takes
+// whatever its size comes on top; sanitizers make everything this much slower.
+constexpr std::size_t kBytesForEach = 8;
+constexpr std::size_t kFirstBytes = std::size_t{256} << 10;
+constexpr double kSecondsForEach = 0.05 / (1 << 20);
+constexpr double kSlowdown = 20;
+constexpr double kFirstSeconds = 0.05;
+// Looking at the clock takes longer than a short input.
+constexpr std::size_t kTimedFrom = 4096;
+
+bool isWatched = false;
+std::ptrdiff_t takenNow = 0;  // bytes, since the input began
+std::ptrdiff_t takenMost = 0;
+
+void onMalloc(const volatile void* /*memory*/, std::size_t size) {
+  if (!isWatched) return;
+  takenNow += static_cast<std::ptrdiff_t>(size);
+  takenMost = std::max(takenMost, takenNow);
+}
+
+void onFree(const volatile void* memory) {
+  if (!isWatched || memory == nullptr) return;
+  takenNow -=
+      static_cast<std::ptrdiff_t>(__sanitizer_get_allocated_size(const_cast<const void*>(memory)));
+}
+
+double processorTime() {
+  timespec time{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+void tryWatched(std::string_view input) {
+  const bool isTimed = input.size() >= kTimedFrom;
+  const double begin = isTimed ? processorTime() : 0;
+  takenNow = takenMost = 0;
+  isWatched = true;
+  tryInput(input);
+  isWatched = false;
+  const auto bytes = static_cast<std::size_t>(takenMost);
+  if (bytes > kFirstBytes + kBytesForEach * input.size())
+    std::fprintf(stderr, "%zu bytes of memory for %zu bytes\n", bytes, input.size());
+  require(bytes <= kFirstBytes + kBytesForEach * input.size(), "memory grows with the input");
+  if (!isTimed) return;
+  const double taken = processorTime() - begin;
+  const double allowed =
+      kFirstSeconds + kSlowdown * kSecondsForEach * static_cast<double>(input.size());
+  if (taken > allowed) std::fprintf(stderr, "%.3f seconds for %zu bytes\n", taken, input.size());
+  require(taken <= allowed, "time grows with the input");
+}
+
+}  // namespace
+
+void leaveMemoryUnwatched() {
+  isWatched = false;
+}
+
+void require(bool holds, const char* what) {
+  if (holds) return;
+  std::fprintf(stderr, "what does not hold: %s\n", what);
+  std::abort();
+}
+
+std::string Lines::next() {
+  const std::size_t end = std::min(_rest.find('\n'), _rest.size());
+  std::string line(_rest.substr(0, end));
+  _rest.remove_prefix(std::min(end + 1, _rest.size()));
+  return line;
+}
+
+}  // namespace installer::fuzz
+
+// Where memory came from would take longer to note than most inputs take; ASAN_OPTIONS with
+// malloc_context_size=30 tells it for one. What has been freed is watched for a while only.
+extern "C" const char* __asan_default_options() {
+  return "malloc_context_size=0:quarantine_size_mb=16:detect_stack_use_after_return=1";
+}
+
+extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
+  if (__sanitizer_install_malloc_and_free_hooks != nullptr)
+    __sanitizer_install_malloc_and_free_hooks(installer::fuzz::onMalloc, installer::fuzz::onFree);
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  installer::fuzz::tryWatched({reinterpret_cast<const char*>(data), size});
+  return 0;
+}
