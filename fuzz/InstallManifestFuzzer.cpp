@@ -1,33 +1,35 @@
-// Any manifest is changed and saved, or left as it is.
+// Any manifest is changed and saved, or left as it is; what was saved is saved the same once more.
 
-#include <unistd.h>
-
-#include <cstdint>
-#include <string>
-#include <string_view>
-
+#include "Fuzzed.h"
+#include "Machine.h"
 #include "hotfix/formats/InstallManifest.h"
-#include "platform/FileManager.h"
-#include "platform/Platform.h"
 
-using namespace installer;
+namespace installer::fuzz {
 
 namespace {
 
-const std::string& manifestFile() {
-  static const std::string file =
-      "/dev/shm/hotfix-fuzzed-manifest." + std::to_string(getpid()) + ".xml";
-  return file;
+constexpr const char* kFile = "/install.xml";
+
+// Whether the manifest was changed and saved.
+bool replaceAndSave() {
+  InstallManifest manifest(kFile);
+  return manifest.replaceInstallerRootWith("/a & <b>") &&
+         manifest.saveInstallManifestAs(std::nullopt);
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  FileManager& files = *Platform::current().files;
-  const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-  if (!files.write(manifestFile(), bytes)) return 0;
-  InstallManifest manifest(manifestFile());
-  if (manifest.replaceInstallerRootWith("/a & <b>"))
-    (void)manifest.saveInstallManifestAs(std::nullopt);  // must not crash, may fail
-  return 0;
+void tryInput(std::string_view input) {
+  static Machine machine;
+  std::string& file = machine.files()[kFile];
+  file = input;
+  if (!replaceAndSave()) {
+    require(file == input, "what can not be changed and saved stays as it is");
+    return;
+  }
+  const std::string saved = file;
+  require(replaceAndSave(), "what was saved can be read and saved");
+  require(file == saved, "what was saved is saved the same");
 }
+
+}  // namespace installer::fuzz
