@@ -8,8 +8,8 @@
 namespace installer {
 
 // Starts the command, output discarded, unless a signal has asked this process to end: then it
-// throws Interrupted. The handle goes to ChildProcesses::wait(); nullopt, after
-// an error line with path and reason, when it cannot be started.
+// throws Interrupted. The handle goes to ChildProcesses::wait(); nullopt, after an error line with
+// path and reason, when it cannot be started.
 [[nodiscard]] std::optional<int> startChild(const Command& command);
 
 // Waits for the end of a started child when the object goes, whatever has happened meanwhile. How
