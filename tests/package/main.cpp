@@ -4,9 +4,12 @@
 #include <string>
 
 #include <hotfix/Version.h>
+#include <hotfix/base/DeletedForNull.h>
+#include <hotfix/base/KeyedHash.h>
 #include <hotfix/base/OrderedDictionary.h>
 #include <hotfix/base/Path.h>
 #include <hotfix/base/PropertyList.h>
+#include <hotfix/base/XmlDocument.h>
 #include <hotfix/driver/Installer.h>
 #include <hotfix/driver/InstanceLock.h>
 #include <hotfix/formats/Configuration.h>
@@ -20,6 +23,7 @@
 #include <hotfix/platform/ProcessKeys.h>
 #include <hotfix/platform/PropertyListFile.h>
 #include <hotfix/platform/ToldOnce.h>
+#include <hotfix/util/ErrorCode.h>
 #include <hotfix/util/InstallUtil.h>
 #include <hotfix/util/StringUtil.h>
 #include <hotfix/workflow/Hotfix.h>
@@ -36,6 +40,18 @@ void show(const char* what, const std::string& value) {
 
 void show(const char* what, bool value) {
   show(what, StringUtil::boolToString(value));
+}
+
+// Refuses nullptr by the library's own means.
+struct Greeting {
+  static std::string to(const std::string& name) { return "hello " + name; }
+  HOTFIX_DELETED_FOR_NULL(static void to);
+};
+
+void useBase() {
+  show("hash", KeyedHash()("a") == KeyedHash()("a"));
+  show("no document", xml::Document() == nullptr);
+  show("text", Greeting::to("you"));
 }
 
 void useFormats(const std::string& folder) {
@@ -84,6 +100,8 @@ int main(int, char** arguments) {
   show("quoted", StringUtil::addQuotesToString("text"));
   show("running", InstallUtil::checkBundleIsRunning("outside", processKey::kName));
   show("stamp", InstallUtil::generateNewManifestVersion().size() == 10);
+  show("no error", std::string(kErrors.front().meaning));
+  useBase();
   useFormats(folder);
   usePropertyLists();
   useWorkflows(folder);

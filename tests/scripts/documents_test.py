@@ -36,5 +36,15 @@ class SecurityPageTest(unittest.TestCase):
         self.assertEqual(sorted(set(named) - promises), [])
 
 
+class OutsideProgramTest(unittest.TestCase):
+    def testIncludesEveryPublicHeader(self):
+        program = textOf("tests/package/main.cpp")
+        included = re.findall(r"^#include <(hotfix/[^>]+)>$", program, re.MULTILINE)
+        include = ROOT / "include"
+        headers = [path.relative_to(include).as_posix() for path in include.rglob("*.h")]
+
+        self.assertEqual(included, sorted(headers))
+
+
 if __name__ == "__main__":
     unittest.main()
