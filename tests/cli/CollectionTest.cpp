@@ -425,13 +425,13 @@ TEST_F(CollectionTest, JavaOnThePathIsTheLastChoiceWithLinksResolved) {
 
 TEST_F(CollectionTest, JavaThatOthersCouldExchangeIsNotStarted) {
   proves("JAVA-5");
-  for (const char* home : {"/open", "/tmp/open", "/work/relative", "/opt/jdk"})
+  for (const char* home : {"/open", "/tmp/open", "/here/relative", "/opt/jdk"})
     _sandbox.installChild(std::string(home) + "/bin/java");
   _sandbox.setMode("/open", 0777);
   _sandbox.setMode("/tmp/open/bin/java", 0775);
   _sandbox.makeFolder("/tmp/empty", 01777);
   RunOptions options;
-  options.directory = "/work";
+  options.directory = "/here";
   options.set("JAVA_HOME", "relative");
   options.set("PATH", "/tmp/empty:relative/bin:/open/bin:/tmp/open/bin:/opt/jdk/bin");
 
