@@ -1,5 +1,6 @@
 #include "base/BinaryPropertyListReader.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <limits>
@@ -16,6 +17,12 @@ namespace {
 constexpr std::size_t kHeaderSize = 8;
 constexpr std::size_t kTrailerSize = 32;
 constexpr std::size_t kMaximumContent = std::size_t{64} << 20;  // bytes of text and data
+
+// What sharing may add, so that memory grows with the file: without shared arrays and dictionaries
+// each visit has a byte of its own in the file.
+constexpr std::size_t kSharedObjects = 10'000;
+constexpr std::size_t kSharedContent = std::size_t{1} << 20;  // bytes
+constexpr std::size_t kContentForEachByte = 8;
 
 std::uint64_t bigEndian(std::string_view bytes) {
   std::uint64_t number = 0;
@@ -65,7 +72,12 @@ std::optional<Trailer> readTrailer(std::string_view bytes) {
 
 class Reader {
  public:
-  Reader(std::string_view bytes, const Trailer& trailer) : _bytes(bytes), _trailer(trailer) {}
+  Reader(std::string_view bytes, const Trailer& trailer)
+      : _bytes(bytes),
+        _trailer(trailer),
+        _visitsLeft(std::min(kMaximumObjects, bytes.size() + kSharedObjects)),
+        _contentLeft(
+            std::min(kMaximumContent, bytes.size() * kContentForEachByte + kSharedContent)) {}
 
   std::optional<Value> read() {
     if (!visit(1)) return std::nullopt;
@@ -82,8 +94,8 @@ class Reader {
 
   // Counts visits before they are made, so that nothing is built beyond the bound.
   bool visit(std::uint64_t count) {
-    if (count > kMaximumObjects - _visited) return false;
-    _visited += count;
+    if (count > _visitsLeft) return false;
+    _visitsLeft -= count;
     return true;
   }
 
@@ -207,8 +219,8 @@ class Reader {
   // The bytes of a text or of data, counted against the bound.
   std::optional<std::string_view> content(std::uint64_t at, std::uint64_t size) {
     const std::optional<std::string_view> bytes = slice(at, size);
-    if (!bytes || size > kMaximumContent - _content) return std::nullopt;
-    _content += size;
+    if (!bytes || size > _contentLeft) return std::nullopt;
+    _contentLeft -= size;
     return bytes;
   }
 
@@ -267,6 +279,7 @@ class Reader {
     const std::optional<std::string_view> items = references(head.body, head.count);
     if (!items) return std::nullopt;
     Array array;
+    array.reserve(head.count);
     for (std::uint64_t place = 0; place < head.count; ++place) {
       std::optional<Value> value = object(reference(*items, place));
       if (!value) return std::nullopt;
@@ -300,8 +313,8 @@ class Reader {
   std::string_view _bytes;
   Trailer _trailer;
   int _depth = 0;              // open containers
-  std::size_t _visited = 0;    // objects, each as often as it is referred to
-  std::uint64_t _content = 0;  // bytes of text and data taken over
+  std::size_t _visitsLeft;     // of objects, of each as often as it is referred to
+  std::uint64_t _contentLeft;  // bytes of text and data that may still be taken over
 };
 
 }  // namespace

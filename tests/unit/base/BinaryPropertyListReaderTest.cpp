@@ -451,6 +451,29 @@ TEST(BinaryPropertyListReaderTest, SharedObjectsThatMultiplyAreUnreadable) {
   EXPECT_EQ(readBinary(list.bytes()), std::nullopt);
 }
 
+// So many arrays, each of as many references to the next one, around the last object.
+std::string multiplying(std::size_t arrays, unsigned width, const std::string& last) {
+  BinaryList list;
+  for (std::size_t level = 1; level <= arrays; ++level)
+    list.objects.push_back(object(0xA0U + width, std::string(width, static_cast<char>(level))));
+  list.objects.push_back(last);
+  return list.bytes();
+}
+
+TEST(BinaryPropertyListReaderTest, AListIsNoLargerThanItsFileAndTenThousandObjectsMore) {
+  proves("LIST-15");
+  EXPECT_TRUE(readBinary(multiplying(4, 9, object(0x09))));
+  EXPECT_EQ(readBinary(multiplying(4, 10, object(0x09))), std::nullopt);
+}
+
+TEST(BinaryPropertyListReaderTest, SharedTextsAreNoLongerThanEightTimesTheFileAndAMebibyteMore) {
+  proves("LIST-15");
+  const std::string text = object(0x5F, "\x11" + bigEndian(5000, 2)) + std::string(5000, 'a');
+
+  EXPECT_TRUE(readBinary(multiplying(2, 14, text)));
+  EXPECT_EQ(readBinary(multiplying(3, 7, text)), std::nullopt);
+}
+
 // An array whose items are all one flag: as many objects as it has items, and itself.
 std::string arrayOf(std::size_t items) {
   BinaryList list{{object(0xAF, "\x12" + bigEndian(items, 4)), object(0x09)}};
