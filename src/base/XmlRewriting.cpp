@@ -93,6 +93,34 @@ int saveOptions(const xmlDoc& document) {
   return document.standalone == kNoDeclaration ? XML_SAVE_NO_DECL : 0;
 }
 
+// A character of a namespace's name as an attribute's value tells it. The library itself sees to
+// quotation marks, and leaves references and ampersands as they are to be written.
+std::string escaped(char character) {
+  switch (character) {
+    case '<':
+      return "&lt;";
+    case '\t':
+      return "&#9;";
+    case '\n':
+      return "&#10;";
+    case '\r':
+      return "&#13;";
+    default:
+      return {character};
+  }
+}
+
+// The library writes the names of namespaces as they are. Nothing else asks for them: names of
+// elements and attributes count as they are written.
+void escapeName(xmlNs& space) {
+  std::string name;
+  for (const xmlChar* at = space.href; at != nullptr && *at != 0; ++at)
+    name += escaped(static_cast<char>(*at));
+  if (xmlStrEqual(space.href, BAD_CAST name.c_str()) != 0) return;
+  xmlFree(const_cast<xmlChar*>(space.href));
+  space.href = xmlCharStrdup(name.c_str());
+}
+
 // Takes the parser's events for the library's own handlers, which build the document.
 //
 // Where a document's entities may be declared outside of it, a reference to one that is not known
@@ -131,7 +159,16 @@ class Building {
                       int defaultCount, const xmlChar** attributes) {
     xmlSAX2StartElementNs(context, name, prefix, uri, namespaceCount, namespaces, attributeCount,
                           defaultCount, attributes);
+    escapeNames(context);
     count(context, 1 + static_cast<std::size_t>(namespaceCount + attributeCount));
+  }
+
+  static void escapeNames(void* context) {
+    const xmlNode* element = static_cast<xmlParserCtxt*>(context)->node;
+    if (element == nullptr) return;  // there was no memory for it
+    Parser::guarded(context, [&] {
+      for (xmlNs* space = element->nsDef; space != nullptr; space = space->next) escapeName(*space);
+    });
   }
 
   // Each walks along all those of its element that came before.

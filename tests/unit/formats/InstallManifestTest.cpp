@@ -443,6 +443,17 @@ TEST_F(InstallManifestTest, EverythingElseSurvives) {
   EXPECT_EQ(reformatted(document), document);
 }
 
+TEST_F(InstallManifestTest, NamesOfNamespacesSurvive) {
+  proves("DOCUMENT-8", "DOCUMENT-12");
+  const std::string document =
+      "<!DOCTYPE m [\n<!ENTITY who \"you\">\n]>\n"
+      "<m xmlns=\"a&#10;b&#9;c&#13;d\" xmlns:x=\"&#38;lt; &lt;&#38; &who;\" xmlns:y=\"y\">\n"
+      "  <e xmlns=\"\" xmlns:z=\"it's\"/>\n</m>\n";
+
+  EXPECT_EQ(reformatted(document), document);
+  EXPECT_EQ(reformatted("<m xmlns='&amp;\"'/>"), "<m xmlns='&#38;\"'/>\n");
+}
+
 TEST_F(InstallManifestTest, DocumentWithoutDeclarationGetsNone) {
   proves("DOCUMENT-8");
   EXPECT_EQ(reformatted("<m>\u00E9</m>"), "<m>\u00E9</m>\n");
