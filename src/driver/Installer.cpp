@@ -8,6 +8,7 @@
 #include "driver/Checks.h"
 #include "driver/InstallPaths.h"
 #include "driver/LauncherWait.h"
+#include "driver/LeftOverItems.h"
 #include "driver/PackageLoader.h"
 #include "driver/RunState.h"
 #include "driver/WorkFolders.h"
@@ -113,6 +114,7 @@ bool installPackage(const std::vector<std::string>& arguments) {
   // The run that was waited for may have sent an error, which would stand beside our status.
   if (lock && lock->hasWaited()) InstallUtil::initInternalPasteboard(true);
   if (rcpHome) waitForLaunchersLeftBehind();
+  removeLeftOverItems(rcpData);
   const std::optional<std::string> checked = rcpHomePassingChecks();
   const bool installed = checked && runSuccessPath(*checked, rcpData);
   if (!checked) runFailurePath(rcpHome, rcpData);

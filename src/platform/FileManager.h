@@ -53,6 +53,17 @@ enum class Intermediates { create, refuse };
 // Whether a write takes over owner and mode of the file that it replaces.
 enum class ReplacedFile { takeOver, forget };
 
+// Which items under temporary names are left over.
+enum class LeftOvers {
+  // In the folder itself, files that no living process is making; so are folders, where others can
+  // not give such a name to root's. For folders that others work in. Links, which are made and
+  // named
+  // at once, are not looked at.
+  within,
+  // All of them, at every depth: for a folder whose lock the caller has.
+  below,
+};
+
 // What an attempt to take a folder's lock came to.
 struct [[nodiscard]] LockAttempt {
   // Whether another process has the lock.
@@ -152,6 +163,11 @@ class FileManager {
   // Removes the entry, a folder with all below it; links are removed, not followed. False when
   // something is left or nothing was there.
   [[nodiscard]] virtual bool remove(const std::string& path, FileError* error = nullptr) = 0;
+
+  // Removes what processes that were killed left under temporary names. Only what belongs to a user
+  // whom UserContext::trusts() goes, for what is made can have got its owner already. No link is
+  // followed below the folder. What cannot be removed stays, and nobody is told.
+  virtual void removeLeftOvers(const std::string& folder, LeftOvers which) = 0;
 
   // Makes a folder: mode 0777 less the creation mask, or the attributes. With
   // Intermediates::create an existing folder counts as made (its attributes stay); without it is a

@@ -224,6 +224,11 @@ RunOptions& RunOptions::unset(const std::string& variable) {
   return *this;
 }
 
+void RunningProgram::kill() {
+  ::kill(_init, SIGKILL);
+  finish();
+}
+
 RunResult RunningProgram::finish() {
   RunResult result;
   using Clock = std::chrono::steady_clock;
@@ -239,7 +244,7 @@ RunResult RunningProgram::finish() {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
     if (poll(watched, 4, static_cast<int>(std::max<long>(left.count(), 0))) == 0) {
       late = true;
-      kill(_init, SIGKILL);
+      ::kill(_init, SIGKILL);
       break;
     }
     if (watched[0].revents != 0) drain(_out, result.out, outOpen);

@@ -54,6 +54,8 @@ struct RunResult {
 class RunningProgram {
  public:
   RunResult finish();
+  // Kills it and everything it started instead; its status counts for nothing.
+  void kill();
 
  private:
   friend class CliSandbox;

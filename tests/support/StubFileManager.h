@@ -44,6 +44,7 @@ class StubFileManager : public FileManager {
   bool hasContent(const CopySource&) override { return true; }
   void merge(const std::string&, const std::string&, const std::string&) override {}
   bool remove(const std::string&, FileError*) override { return false; }
+  void removeLeftOvers(const std::string&, LeftOvers) override {}
   bool createDirectory(const std::string&, Intermediates, const std::optional<FileAttributes>&,
                        FileError*) override {
     return false;

@@ -6,9 +6,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -60,6 +62,14 @@ std::string FileChanges::freeTemporaryName(int folder) {
   std::string name = newTemporaryName();
   while (statusOf(folder, name)) name = newTemporaryName();
   return name;
+}
+
+bool FileChanges::isTemporaryName(std::string_view name) {
+  if (!name.starts_with(kTemporaryPrefix)) return false;
+  name.remove_prefix(kTemporaryPrefix.size());
+  std::uint64_t number = 0;
+  const auto read = std::from_chars(name.data(), name.data() + name.size(), number);
+  return read.ec == std::errc() && name == std::to_string(number);
 }
 
 int FileChanges::createFile(int folder, const std::string& name, mode_t mode, Descriptor& file) {

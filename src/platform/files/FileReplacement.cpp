@@ -1,6 +1,9 @@
 #include "platform/files/FileReplacement.h"
 
 #include <cerrno>
+#include <string>
+
+#include "platform/files/Claim.h"
 
 namespace installer {
 
@@ -8,6 +11,7 @@ namespace {
 
 constexpr mode_t kPrivateMode = 0600;
 constexpr mode_t kDefaultMode = 0666;
+constexpr int kMaximumAttempts = 8;
 
 // Owner first: giving a file away clears mode bits.
 int fill(FileChanges& changes, int descriptor, const NewFile& file) {
@@ -25,15 +29,27 @@ int putInPlace(FileChanges& changes, const Place& place, const NewFile& file, in
   return changes.rename(place.folder.get(), temporary, place.name);
 }
 
+// Whoever looked for left-overs before the file was claimed takes it for one: the next one has
+// another name. In the end a file will do that somebody else keeps from being claimed.
+int createClaimed(FileChanges& changes, int folder, mode_t mode, std::string& name,
+                  Descriptor& file) {
+  for (int attempt = 1;; ++attempt) {
+    name = FileChanges::freeTemporaryName(folder);
+    if (const int error = changes.createFile(folder, name, mode, file)) return error;
+    if (claim(file) || attempt == kMaximumAttempts) return 0;
+    (void)changes.unlink(folder, name);  // mostly it is gone
+  }
+}
+
 }  // namespace
 
 int replaceFile(FileChanges& changes, const Place& place, const NewFile& file) {
   const int folder = place.folder.get();
   if (isFolder(folder, place.name)) return EISDIR;
-  const std::string temporary = FileChanges::freeTemporaryName(folder);
   const mode_t mode = file.mode ? kPrivateMode : kDefaultMode;
+  std::string temporary;
   Descriptor descriptor;
-  if (const int error = changes.createFile(folder, temporary, mode, descriptor)) return error;
+  if (const int error = createClaimed(changes, folder, mode, temporary, descriptor)) return error;
   if (const int error = putInPlace(changes, place, file, descriptor.get(), temporary)) {
     (void)changes.unlink(folder, temporary);  // the first error is the one to tell
     return error;

@@ -30,7 +30,9 @@ std::optional<std::string> FolderReader::next() {
       return std::nullopt;
     }
     const std::string_view name = entry->d_name;
-    if (name != "." && name != "..") return std::string(name);
+    if (name == "." || name == "..") continue;
+    _mayBeFolder = entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN;
+    return std::string(name);
   }
   return std::nullopt;
 }

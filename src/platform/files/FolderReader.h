@@ -25,6 +25,10 @@ class FolderReader {
   // The next name other than "." and ".."; nullopt at the end or after an error.
   [[nodiscard]] std::optional<std::string> next();
 
+  // Whether the entry with the name just answered can be a folder. What is none costs no look then;
+  // not every file system tells.
+  bool mayBeFolder() const { return _mayBeFolder; }
+
   // Begins again at the first name.
   void rewind();
 
@@ -36,6 +40,7 @@ class FolderReader {
  private:
   DIR* _stream = nullptr;
   int _error = 0;
+  bool _mayBeFolder = true;
 };
 
 }  // namespace installer

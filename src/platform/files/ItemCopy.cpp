@@ -45,6 +45,7 @@ int checkOutside(int folder, const struct stat& source) {
 
 bool ItemCopy::build(const Entry& source, TemporaryItem& temporary) {
   _item = source.name;
+  _temporary = &temporary;
   const bool whole = copyEntry(source, {temporary.folder(), temporary.name()}, 0);
   if (!whole && !statusOf(temporary.folder(), temporary.name())) temporary.forget();
   return whole;
@@ -66,6 +67,7 @@ bool ItemCopy::copyFile(const Entry& source, const Entry& copy) {
   if (!mayTake(*status)) return false;
   Descriptor to;
   if (!check(_changes.createFile(copy.folder, copy.name, kPrivateFile, to))) return false;
+  isMade(to);
   if (check(fillFile(from.get(), *status, to.get()))) return true;
   (void)_changes.unlink(copy.folder, copy.name);  // the first error is the one to tell
   return false;
@@ -109,6 +111,11 @@ bool ItemCopy::mayTake(const struct stat& opened) {
   return !mayOwn || mayOwn(opened.st_uid) || fail("belongs to another user");
 }
 
+// What is below a folder goes with it.
+void ItemCopy::isMade(const Descriptor& copy) {
+  if (auto* const temporary = std::exchange(_temporary, nullptr)) temporary->isMade(copy);
+}
+
 // A folder gets its mode and time after its entries, and also when they are not all there.
 bool ItemCopy::fillFolder(Descriptor from, const Entry& copy, const struct stat& status,
                           int depth) {
@@ -118,6 +125,7 @@ bool ItemCopy::fillFolder(Descriptor from, const Entry& copy, const struct stat&
     (void)_changes.removeEmptyFolder(copy.folder, copy.name);  // nothing was copied
     return false;
   }
+  isMade(to);
   const bool whole = copyEntries(std::move(from), to.get(), depth);
   return check(giveModeAndTime(to.get(), status)) && whole;
 }

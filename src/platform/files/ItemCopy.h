@@ -50,6 +50,7 @@ class ItemCopy {
   [[nodiscard]] bool copyLink(const Entry& source, const Entry& copy);
   [[nodiscard]] bool copyFolder(const Entry& source, const Entry& copy, int depth);
   [[nodiscard]] bool mayTake(const struct stat& opened);
+  void isMade(const Descriptor& copy);
 
   [[nodiscard]] int fillFile(int from, const struct stat& status, int to);
   [[nodiscard]] bool fillFolder(Descriptor from, const Entry& copy, const struct stat& status,
@@ -63,8 +64,9 @@ class ItemCopy {
   FileChanges& _changes;
   Flush _flush;
   std::optional<uid_t> _owner;
-  std::function<bool(uid_t)> _mayOwn;  // until it was asked
-  std::string _item;                   // under way
+  std::function<bool(uid_t)> _mayOwn;   // until it was asked
+  TemporaryItem* _temporary = nullptr;  // until it is made
+  std::string _item;                    // under way
   std::string _failedItem;
   std::string _reason;
 };

@@ -14,6 +14,7 @@
 #include "platform/files/FolderCreation.h"
 #include "platform/files/FolderLock.h"
 #include "platform/files/FolderReader.h"
+#include "platform/files/LeftOverRemoval.h"
 #include "platform/files/LinkedContent.h"
 #include "platform/files/LogOpening.h"
 #include "platform/files/Opening.h"
@@ -162,6 +163,10 @@ int PosixFileManager::removeAt(const std::string& path) {
   if (!place.usable()) return place.error;
   if (place.name == "." || place.name == "..") return EINVAL;
   return removeEntry(_changes, place.folder.get(), place.name);
+}
+
+void PosixFileManager::removeLeftOvers(const std::string& folder, LeftOvers which) {
+  LeftOverRemoval(_changes, _users, which).run(_folders.item(folder).openFolder());
 }
 
 bool PosixFileManager::createDirectory(const std::string& path, Intermediates intermediates,

@@ -38,6 +38,7 @@ class PosixFileManager : public FileManager {
   bool hasContent(const CopySource& source) override;
   void merge(const std::string& from, const std::string& to, const std::string& boundary) override;
   bool remove(const std::string& path, FileError* error = nullptr) override;
+  void removeLeftOvers(const std::string& folder, LeftOvers which) override;
   bool createDirectory(const std::string& path, Intermediates intermediates,
                        const std::optional<FileAttributes>& attributes = std::nullopt,
                        FileError* error = nullptr) override;

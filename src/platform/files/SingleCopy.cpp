@@ -51,7 +51,7 @@ std::optional<FileError> SingleCopy::copy(bool isFolder) {
   if (!place.usable()) return failure(FileError::kOther, _from.path, reasonOf(place.error));
   ItemCopy item(_changes, isFolder ? Flush::later : Flush::eachFile, _folders.ownerOf(_from.path),
                 _from.mayOwn);
-  TemporaryItem temporary(_changes, place.folder.get());
+  TemporaryItem temporary(_changes, place.folder.get(), Claimed::yes);
   const bool whole = item.build({_source.folder, _source.name}, temporary);
   Failure named;
   if (temporary.exists()) named = giveName(place, temporary, isFolder);

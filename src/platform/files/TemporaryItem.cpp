@@ -1,7 +1,10 @@
 #include "platform/files/TemporaryItem.h"
 
+#include <fcntl.h>
+
 #include <exception>
 
+#include "platform/files/Claim.h"
 #include "platform/files/TreeRemoval.h"
 
 namespace installer {
@@ -13,6 +16,13 @@ TemporaryItem::~TemporaryItem() {
   } catch (const std::exception&) {
     // Without memory it stays, as it would if the process were killed.
   }
+}
+
+// One that others were quicker to take for a left-over is gone; its maker will meet that.
+void TemporaryItem::isMade(const Descriptor& item) {
+  if (!_isClaimed) return;
+  _made = Descriptor(::fcntl(item.get(), F_DUPFD_CLOEXEC, 0));
+  (void)claim(_made);
 }
 
 }  // namespace installer

@@ -4,18 +4,30 @@
 #include <utility>
 
 #include "platform/files/FileChanges.h"
+#include "platform/posix/Descriptor.h"
 
 namespace installer {
+
+// Whether an item is claimed (Claim.h) for as long as it has a temporary name. Not needed where a
+// lock keeps others away who could take it for a left-over.
+enum class Claimed { yes, no };
 
 // An entry under a temporary name. Unless it has got its own name by then, it goes with this
 // object, whatever ends its making: no half-made item outlives the operation.
 class TemporaryItem {
  public:
   // Chooses a free name in the open folder, which must stay open. Nothing is made.
-  TemporaryItem(FileChanges& changes, int folder)
-      : _changes(changes), _folder(folder), _name(FileChanges::freeTemporaryName(folder)) {}
+  TemporaryItem(FileChanges& changes, int folder, Claimed claimed = Claimed::no)
+      : _changes(changes),
+        _folder(folder),
+        _name(FileChanges::freeTemporaryName(folder)),
+        _isClaimed(claimed == Claimed::yes) {}
   TemporaryItem(TemporaryItem&& other) noexcept
-      : _changes(other._changes), _folder(other._folder), _name(std::exchange(other._name, {})) {}
+      : _changes(other._changes),
+        _folder(other._folder),
+        _name(std::exchange(other._name, {})),
+        _isClaimed(other._isClaimed),
+        _made(std::move(other._made)) {}
   TemporaryItem(const TemporaryItem&) = delete;
   TemporaryItem& operator=(const TemporaryItem&) = delete;
   // Removes the entry with all below it; what cannot be removed stays.
@@ -26,6 +38,9 @@ class TemporaryItem {
   const std::string& name() const { return _name; }
   bool exists() const { return !_name.empty(); }
 
+  // For the maker, with what now stands under the name.
+  void isMade(const Descriptor& item);
+
   // The entry is gone or has another name.
   void forget() { _name.clear(); }
 
@@ -33,6 +48,8 @@ class TemporaryItem {
   FileChanges& _changes;
   int _folder;
   std::string _name;
+  bool _isClaimed;
+  Descriptor _made;  // open when it is claimed
 };
 
 }  // namespace installer

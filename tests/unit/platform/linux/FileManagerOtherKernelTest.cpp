@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <functional>
 #include <string>
@@ -54,6 +55,30 @@ TEST_F(FileManagerOtherKernelTest, CopiesGetTheirNamesWithoutAKeepingRename) {
     EXPECT_EQ(statusOf("file copy").st_nlink, 1u);
     for (const std::string name : {"file copy", "tree copy", "link copy"}) removeTree(path(name));
   }
+}
+
+TEST_F(FileManagerOtherKernelTest, AFileThatOthersKeepFromBeingClaimedIsWrittenAllTheSame) {
+  using enum FileOperation;
+  EXPECT_TRUE(without(SYS_flock, EWOULDBLOCK, [&] {
+    const bool written = _files.write(path("file"), "x");
+    return written && std::ranges::count(_files.operations(), kCreateTemporary) == 8 &&
+           std::ranges::count(_files.operations(), kUnlink) == 7;
+  }));
+
+  EXPECT_THAT(pathsIn(snapshot()), ElementsAre("file"));
+}
+
+TEST_F(FileManagerOtherKernelTest, WithoutClaimsFilesAreWrittenAndLeftOversStay) {
+  _folder.makeFile("folder/.hotfix-1");
+
+  EXPECT_TRUE(without(SYS_flock, ENOLCK, [&] {
+    _files.removeLeftOvers(path("folder"), LeftOvers::within);
+    return _files.operations().empty() && _files.write(path("file"), "x") &&
+           std::ranges::count(_files.operations(), FileOperation::kCreateTemporary) == 1;
+  }));
+
+  EXPECT_THAT(pathsIn(snapshot()), ElementsAre("file", "folder", "folder/.hotfix-1"));
+  removeTree(path("folder"));
 }
 
 TEST_F(FileManagerOtherKernelTest, HeldFoldersAreNotLeftWithoutALookUpBeneath) {
