@@ -51,6 +51,7 @@ class Properties {
   // No text is nullptr; an absent one is std::nullopt.
   HOTFIX_DELETED_FOR_NULL(explicit Properties);
   HOTFIX_DELETED_FOR_NULL(void getPropertyForKey);
+  HOTFIX_DELETED_FOR_NULL(void hasPropertyForKey);
   HOTFIX_DELETED_FOR_NULL(void setProperty);
   HOTFIX_DELETED_FOR_NULL(void removePropertyForKey);
   HOTFIX_DELETED_FOR_NULL(void savePropertiesToFile);

@@ -131,6 +131,7 @@ TEST(RefusedCallsTest, NullIsNoTextForPropertyLists) {
   EXPECT_TRUE((refusesNull<CALL(PropertyList::textForKey), const Dictionary&, Text>()));
   EXPECT_TRUE((refusesNull<CALL(PropertyList::booleanForKey), const Dictionary&, Text>()));
   EXPECT_TRUE((refusesNull<CALL(PropertyList::readDictionary), Text>()));
+  EXPECT_TRUE((refusesNull<CALL(PropertyList::readDictionary), Text, FileError&>()));
   EXPECT_TRUE((refusesNull<CALL(PropertyList::writeDictionary), const Dictionary&, Text>()));
   EXPECT_TRUE((refusesNull<CALL(PropertyList::serialize), Text>()));
   EXPECT_TRUE((refusesNull<METHOD(Dictionary, find), Text>()));
@@ -150,6 +151,7 @@ TEST(RefusedCallsTest, NullIsNoTextForFormats) {
   EXPECT_TRUE((refusesNull<METHOD(JavaProperties, mergeWithJavaProperties), Text>()));
   EXPECT_TRUE((isNotMadeOfNull<Properties, Text>()));
   EXPECT_TRUE((refusesNull<METHOD(Properties, getPropertyForKey), Text>()));
+  EXPECT_TRUE((refusesNull<METHOD(Properties, hasPropertyForKey), Text>()));
   EXPECT_TRUE((refusesNull<METHOD(Properties, setProperty), Text, Text>()));
   EXPECT_TRUE((refusesNull<METHOD(Properties, removePropertyForKey), Text>()));
   EXPECT_TRUE((refusesNull<METHOD(Properties, savePropertiesToFile), Text>()));
@@ -169,6 +171,7 @@ TEST(RefusedCallsTest, NullIsNoTextForInstances) {
   EXPECT_TRUE((isNotMadeOfNull<S, Text, Text>()));
   EXPECT_TRUE((refusesNull<CALL(S::existing), Text>()));
   EXPECT_TRUE((refusesNull<CALL(S::existing), Text, Text>()));
+  EXPECT_TRUE((refusesNull<METHOD(S, setInstallPackage), Text>()));
   EXPECT_TRUE((refusesNull<METHOD(S, shouldProceedAfterError), const FileError&, Text, Text>()));
   EXPECT_TRUE((refusesNull<METHOD(S, setInstalledVersion), Text>()));
   EXPECT_TRUE((refusesNull<METHOD(S, updateHotfixVersion), Text>()));
