@@ -67,7 +67,7 @@ TEST(SandboxTest, ServicesActOnTheSameMachine) {
 
   log(LogLevel::notice, "{} lines", 1);
   const auto child = platform.children->start({"/tool", {"x"}}, nullptr);
-  platform.children->wait(*child);
+  EXPECT_EQ(platform.children->wait(*child), std::nullopt);
   platform.pasteboard->setRecord({{"a", "b"}});
   sandbox.processes().add("/tool");
   sandbox.clock().set(2025, 1, 2, 3, 4, 5);
@@ -91,7 +91,7 @@ TEST(SandboxTest, ChildrenDoWhatTheTestPlays) {
       [&](const Command& command) { sandbox.write("tmp/result", command.executable); });
 
   const auto child = Platform::current().children->start({"/rcplauncher", {}}, nullptr);
-  Platform::current().children->wait(*child);
+  EXPECT_EQ(Platform::current().children->wait(*child), std::nullopt);
 
   EXPECT_EQ(sandbox.read("tmp/result"), "/rcplauncher");
 }

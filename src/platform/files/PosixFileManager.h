@@ -23,32 +23,34 @@ class PosixFileManager : public FileManager {
   [[nodiscard]] std::shared_ptr<const void> hold(
       const std::string& folder, const std::optional<std::string>& newOwner) override;
   bool exists(const std::string& path, FileError* error = nullptr) override;
-  std::optional<uid_t> owner(const std::string& path) override;
+  [[nodiscard]] std::optional<uid_t> owner(const std::string& path) override;
   bool isDirectory(const std::string& path) override;
   bool entryExists(const std::string& path) override;
-  std::optional<std::vector<std::string>> list(const std::string& folder) override;
-  std::optional<std::string> read(const std::string& path, FileError* error = nullptr) override;
-  std::optional<std::string> readUnlinked(const std::string& path, FileOrigin* origin,
-                                          FileError* error = nullptr) override;
-  bool write(const std::string& path, std::string_view bytes,
-             ReplacedFile replaced = ReplacedFile::takeOver,
-             std::optional<mode_t> mode = std::nullopt, FileError* error = nullptr) override;
-  bool copy(const CopySource& from, const std::string& to, ExistingItem existing,
-            FileError* error = nullptr) override;
+  [[nodiscard]] std::optional<std::vector<std::string>> list(const std::string& folder) override;
+  [[nodiscard]] std::optional<std::string> read(const std::string& path,
+                                                FileError* error = nullptr) override;
+  [[nodiscard]] std::optional<std::string> readUnlinked(const std::string& path, FileOrigin* origin,
+                                                        FileError* error = nullptr) override;
+  [[nodiscard]] bool write(const std::string& path, std::string_view bytes,
+                           ReplacedFile replaced = ReplacedFile::takeOver,
+                           std::optional<mode_t> mode = std::nullopt,
+                           FileError* error = nullptr) override;
+  [[nodiscard]] bool copy(const CopySource& from, const std::string& to, ExistingItem existing,
+                          FileError* error = nullptr) override;
   bool hasContent(const CopySource& source) override;
   void merge(const std::string& from, const std::string& to, const std::string& boundary) override;
-  bool remove(const std::string& path, FileError* error = nullptr) override;
+  [[nodiscard]] bool remove(const std::string& path, FileError* error = nullptr) override;
   void removeLeftOvers(const std::string& folder, LeftOvers which) override;
-  bool createDirectory(const std::string& path, Intermediates intermediates,
-                       const std::optional<FileAttributes>& attributes = std::nullopt,
-                       FileError* error = nullptr) override;
-  bool createFile(const std::string& path, std::string_view bytes,
-                  const FileAttributes& attributes) override;
-  bool flush(const std::string& folder, FileError* error = nullptr) override;
-  bool mayEnter(const std::string& path) override;
-  bool changeAttributesBelowAll(const std::vector<std::string>& folders,
+  [[nodiscard]] bool createDirectory(const std::string& path, Intermediates intermediates,
+                                     const std::optional<FileAttributes>& attributes = std::nullopt,
+                                     FileError* error = nullptr) override;
+  [[nodiscard]] bool createFile(const std::string& path, std::string_view bytes,
                                 const FileAttributes& attributes) override;
-  int openLog(const std::string& path) override;
+  [[nodiscard]] bool flush(const std::string& folder, FileError* error = nullptr) override;
+  [[nodiscard]] bool mayEnter(const std::string& path) override;
+  [[nodiscard]] bool changeAttributesBelowAll(const std::vector<std::string>& folders,
+                                              const FileAttributes& attributes) override;
+  [[nodiscard]] int openLog(const std::string& path) override;
   void closeLog(int descriptor) override;
   LockAttempt tryLock(const std::string& folder) override;
 

@@ -16,7 +16,7 @@ class FilePasteboard : public Pasteboard {
 
   void clear() override;
   void setRecord(const PropertyList::Dictionary& record) override;
-  std::optional<PropertyList::Dictionary> record() override;
+  [[nodiscard]] std::optional<PropertyList::Dictionary> record() override;
 
  private:
   FileManager& _files;

@@ -12,7 +12,7 @@ class SyslogSystemLog : public SystemLog {
   explicit SyslogSystemLog(Clock& clock);
 
   void write(LogLevel level, std::string_view message) override;
-  int addFile(int descriptor) override;
+  [[nodiscard]] int addFile(int descriptor) override;
   void removeFile(int descriptor) override;
 
  private:

@@ -15,7 +15,7 @@ class UserPreferences : public Preferences {
  public:
   UserPreferences(FileManager& files, UserContext& users) : _files(files), _users(users) {}
 
-  std::optional<PropertyList::Dictionary> domain(std::string_view name) override;
+  [[nodiscard]] std::optional<PropertyList::Dictionary> domain(std::string_view name) override;
 
  private:
   FileManager& _files;

@@ -9,7 +9,7 @@ class AppKitPasteboard : public Pasteboard {
  public:
   void clear() override;
   void setRecord(const PropertyList::Dictionary& record) override;
-  std::optional<PropertyList::Dictionary> record() override;
+  [[nodiscard]] std::optional<PropertyList::Dictionary> record() override;
 };
 
 }  // namespace installer

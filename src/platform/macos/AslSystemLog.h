@@ -12,7 +12,7 @@ class AslSystemLog : public SystemLog {
   explicit AslSystemLog(Clock& clock) : _files(clock) {}
 
   void write(LogLevel level, std::string_view message) override;
-  int addFile(int descriptor) override { return _files.add(descriptor); }
+  [[nodiscard]] int addFile(int descriptor) override { return _files.add(descriptor); }
   void removeFile(int descriptor) override { _files.remove(descriptor); }
 
  private:

@@ -12,7 +12,7 @@ class CoreFoundationPreferences : public Preferences {
  public:
   explicit CoreFoundationPreferences(UserContext& users) : _users(users) {}
 
-  std::optional<PropertyList::Dictionary> domain(std::string_view name) override;
+  [[nodiscard]] std::optional<PropertyList::Dictionary> domain(std::string_view name) override;
 
  private:
   UserContext& _users;

@@ -30,15 +30,15 @@ class Spawn {
     checkMemory(posix_spawnattr_init(&_attributes));
     sigset_t signals;
     sigfillset(&signals);
-    posix_spawnattr_setsigdefault(&_attributes, &signals);
+    (void)posix_spawnattr_setsigdefault(&_attributes, &signals);  // cannot fail once set up
     sigemptyset(&signals);
-    posix_spawnattr_setsigmask(&_attributes, &signals);
+    (void)posix_spawnattr_setsigmask(&_attributes, &signals);  // nor can this
   }
   Spawn(const Spawn&) = delete;
   Spawn& operator=(const Spawn&) = delete;
   ~Spawn() {
-    posix_spawnattr_destroy(&_attributes);
-    posix_spawn_file_actions_destroy(&_actions);
+    (void)posix_spawnattr_destroy(&_attributes);        // cannot fail once set up
+    (void)posix_spawn_file_actions_destroy(&_actions);  // nor can this
   }
 
   void discard(int descriptor) {
@@ -52,7 +52,7 @@ class Spawn {
   int run(const Command& command, pid_t* child) {
     const int flags =
         POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | keepStandardDescriptorsOnly(&_actions);
-    posix_spawnattr_setflags(&_attributes, static_cast<short>(flags));
+    (void)posix_spawnattr_setflags(&_attributes, static_cast<short>(flags));  // all flags are known
     return posix_spawn(child, command.executable.c_str(), &_actions, &_attributes,
                        argumentVector(command).data(), ownEnvironment());
   }

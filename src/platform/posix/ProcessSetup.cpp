@@ -31,8 +31,8 @@ void setUpProcess() {
 
 // Root is known everywhere and at once; whoever else is asked for later can take their time.
 void openUserDatabases() {
-  (void)getpwuid(0);
-  (void)getgrgid(0);
+  (void)getpwuid(0);  // only that it was asked counts
+  (void)getgrgid(0);  // here as well
 }
 
 }  // namespace installer

@@ -24,7 +24,7 @@ TEST_P(SystemLogContractTest, MirrorsLinesIntoAnAddedFile) {
 
 TEST_P(SystemLogContractTest, MirrorsMessagesEscaped) {
   proves("LOG-9");
-  _log->addFile(_file);
+  ASSERT_EQ(_log->addFile(_file), 0);
 
   _log->write(LogLevel::info, "a\nb\x1b%s\xFF\n");
 
@@ -33,7 +33,7 @@ TEST_P(SystemLogContractTest, MirrorsMessagesEscaped) {
 
 TEST_P(SystemLogContractTest, EndsTheMirroringWithoutClosing) {
   proves("LOG-9");
-  _log->addFile(_file);
+  ASSERT_EQ(_log->addFile(_file), 0);
 
   _log->removeFile(_file);
   _log->write(LogLevel::info, "text");
