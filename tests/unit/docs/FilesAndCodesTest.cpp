@@ -127,44 +127,60 @@ TEST(FilesAndCodesTest, FixedPlacesAreThoseOfTheProgram) {
   EXPECT_EQ(namesUnder("Fixed places"), expected);
 }
 
-TEST(FilesAndCodesTest, InstanceHasTheDocumentedLayout) {
+// What each function of the layout answers, as the document's table has it.
+std::map<std::string, std::set<std::string>> layout() {
   using namespace InstanceLayout;
   const std::string home = "B/rcp";
+  const std::string data = "<rcp data>";
   const std::string base = std::string(kBasePlugin) + "<version>";
-  const std::vector<std::string> places = {
-      installInfo(home),
-      addonInfo(home),
-      launcher(home),
-      launcherProperties(home),
-      agentProperties(home),
-      customization(home),
-      logCollectionTool(home),
-      defaultRcpData(home),
-      deploy(home),
-      installManifest(home),
-      deployed(home, kUpdateManifest),
-      uninstallManifest(home),
-      deployed(home, "install.<version>.xml"),
-      jvmProperties(home),
-      extras(home),
-      deployed(home, ".keystore*"),
-      installHistory(home),
-      links(home),
-      rcpLink(home),
-      sharedLink(home),
-      plugins(home),
-      plugins(home) + "/" + base,
-      baseCustomization(home, "<version>"),
-  };
-  std::set<std::string> expected;
-  for (const std::string& place : places) expected.insert(place.substr(home.size() + 1));
-  expected.insert("../" + provisioningResult(home).substr(2));
-  expected.insert("../" + shared(home).substr(2));
-  expected.insert(bundleInfo("<bundle>.app"));
-  expected.insert(workspaceFlag("<rcp data>"));
-  expected.insert(dataSettings("<rcp data>"));
+  const auto below = [&](const std::string& place) { return place.substr(home.size() + 1); };
+  const auto beside = [](const std::string& place) { return ".." + place.substr(1); };
+  return {{"installInfo", {below(installInfo(home))}},
+          {"addonInfo", {below(addonInfo(home))}},
+          {"launcher", {below(launcher(home))}},
+          {"launcherProperties", {below(launcherProperties(home))}},
+          {"agentProperties", {below(agentProperties(home))}},
+          {"customization", {below(customization(home))}},
+          {"logCollectionTool", {below(logCollectionTool(home))}},
+          {"defaultRcpData", {below(defaultRcpData(home))}},
+          {"deploy", {below(deploy(home))}},
+          {"deployed",
+           {below(deployed(home, kUpdateManifest)), below(deployed(home, "install.<version>.xml")),
+            below(deployed(home, ".keystore*"))}},
+          {"installManifest", {below(installManifest(home))}},
+          {"uninstallManifest", {below(uninstallManifest(home))}},
+          {"jvmProperties", {below(jvmProperties(home))}},
+          {"extras", {below(extras(home))}},
+          {"installHistory", {below(installHistory(home))}},
+          {"eclipse", {below(eclipse(home))}},
+          {"links", {below(links(home))}},
+          {"rcpLink", {below(rcpLink(home))}},
+          {"sharedLink", {below(sharedLink(home))}},
+          {"plugins", {below(plugins(home)), below(plugins(home)) + "/" + base}},
+          {"baseCustomization", {below(baseCustomization(home, "<version>"))}},
+          {"provisioningResult", {beside(provisioningResult(home))}},
+          {"shared", {beside(shared(home))}},
+          {"bundleInfo", {bundleInfo("<bundle>.app")}},
+          {"workspaceFlag", {workspaceFlag(data)}},
+          {"dataSettings", {dataSettings(data)}},
+          {"workspaceLog", {workspaceLog(data)}}};
+}
 
-  EXPECT_EQ(namesUnder("The instance"), expected);
+TEST(FilesAndCodesTest, InstanceHasTheDocumentedLayout) {
+  const std::string header = sources().at("instance/InstanceLayout.h");
+  const std::regex declared("\nstd::string (\\w+)\\(");
+  std::set<std::string> functions;
+  for (std::sregex_iterator at(header.begin(), header.end(), declared), end; at != end; ++at)
+    functions.insert((*at)[1]);
+
+  std::set<std::string> answering;
+  std::set<std::string> places;
+  for (const auto& [function, answers] : layout()) {
+    answering.insert(function);
+    places.insert(answers.begin(), answers.end());
+  }
+  EXPECT_EQ(answering, functions);
+  EXPECT_EQ(namesUnder("The instance"), places);
 }
 
 TEST(FilesAndCodesTest, PackageKeepsItsDescriptionInTheDocumentedFile) {
@@ -231,18 +247,23 @@ TEST(FilesAndCodesTest, UpdateAndCleanUpStartsHaveTheDocumentedArguments) {
   EXPECT_EQ(withoutData[1], arguments(ProvisioningCommand::kCleanUp, "<locale>", std::nullopt));
 }
 
-TEST(FilesAndCodesTest, ToolsAreStartedWithTheDocumentedOptions) {
+// The texts of a source that begin with a hyphen, in their order.
+std::vector<std::string> optionsIn(const std::string& source) {
+  static const std::regex option("\"(-[^\"]*)\"");
+  std::vector<std::string> found;
+  for (std::sregex_iterator at(source.begin(), source.end(), option), end; at != end; ++at)
+    found.push_back((*at)[1]);
+  return found;
+}
+
+TEST(FilesAndCodesTest, ToolsAreStartedWithTheDocumentedOptionsAndNoOthers) {
   proves("COLLECT-2");
-  const std::string collection = sources().at("instance/LogCollection.cpp");
-  std::size_t place = 0;
-  for (const std::string& option : firstColumnOf(tableUnder("Log collection"))) {
-    const std::size_t found = collection.find('"' + option + '"', place);
-    ASSERT_NE(found, std::string::npos) << option << " is missing or not in its place";
-    place = found;
-  }
-  for (const std::string& option : namesUnder("Receipts")) {
-    EXPECT_THAT(sources().at("util/InstallUtilFiles.cpp"), HasSubstr('"' + option + '"'));
-  }
+  const auto files = sources();
+
+  EXPECT_EQ(optionsIn(files.at("instance/LogCollection.cpp")),
+            firstColumnOf(tableUnder("Log collection")));
+  EXPECT_EQ(optionsIn(files.at("util/InstallUtilFiles.cpp")),
+            firstColumnOf(tableUnder("Receipts")));
 }
 
 // --- Error codes ---------------------------------------------------------------------------------
@@ -348,18 +369,35 @@ TEST(FilesAndCodesTest, ManualPageDescribesTheErrorCodesAsTheHeaderDoes) {
   EXPECT_THAT(page, HasSubstr(" " + expected + ".PP Codes " + retiredCodes() + " are retired. "));
 }
 
+// What leads to each code in the flow chart: the question of the step that the arrow comes from,
+// if it is one, and what the arrow says before the code.
+std::map<std::string, std::string> arrowsToCodesIn(const std::string& chart) {
+  static const std::regex question("(\\w+)\\{\"([^\"]*)\"\\}");
+  static const std::regex arrow("(\\w+) -- \"([^\"]*): code ([0-9]+)\"");
+  std::map<std::string, std::string> questions;
+  for (std::sregex_iterator at(chart.begin(), chart.end(), question), end; at != end; ++at)
+    questions[(*at)[1]] = std::string((*at)[2]) + " ";
+  std::map<std::string, std::string> arrows;
+  for (std::sregex_iterator at(chart.begin(), chart.end(), arrow), end; at != end; ++at)
+    EXPECT_TRUE(arrows.emplace((*at)[3], questions[(*at)[1]] + std::string((*at)[2])).second);
+  return arrows;
+}
+
 TEST(FilesAndCodesTest, FlowChartTellsWhenEachErrorCodeIsSent) {
   const std::string readme = contentOf(HOTFIX_SOURCE_DIR "/README.md");
   const std::size_t begin = readme.find("```mermaid");
   const std::string chart = readme.substr(begin, readme.find("\n```\n", begin) - begin);
-  const std::regex mentioned("code ([0-9]+)");
-  std::set<std::string> numbers;
-  for (std::sregex_iterator at(chart.begin(), chart.end(), mentioned), end; at != end; ++at)
-    numbers.insert((*at)[1]);
+  const std::map<std::string, std::string> expected = {
+      {numberOf(ErrorCode::unsupportedCharacters), "unsupported character in a path? yes"},
+      {numberOf(ErrorCode::manifestNotCopied), "manifest missing or not copied"},
+      {numberOf(ErrorCode::applicationRunning), "application running? yes"},
+      {numberOf(ErrorCode::higherHotfixInstalled), "higher hotfix installed? yes"},
+      {numberOf(ErrorCode::notInstalled), "instance installed? no"}};
 
-  std::set<std::string> expected;
-  for (const ErrorDescription& error : kErrors) expected.insert(numberOf(error.code));
-  EXPECT_EQ(numbers, expected);
+  EXPECT_EQ(arrowsToCodesIn(chart), expected);
+  EXPECT_EQ(expected.size() + 1, kErrors.size()) << "all but the one of the start";
+  EXPECT_THAT(chart,
+              HasSubstr("reset the error record to code " + numberOf(ErrorCode::none) + "\"]"));
 }
 
 TEST(FilesAndCodesTest, DocumentedCharactersAndNoOthersAreRefused) {
