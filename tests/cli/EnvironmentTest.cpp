@@ -276,6 +276,7 @@ class TwoRunsTest : public EnvironmentTest {
 };
 
 TEST_F(TwoRunsTest, SecondTakesTheFirstsLauncherForNoRunningApplication) {
+  proves("LOCK-1");
   // A compiled program inside the bundle; a script would be seen as its interpreter.
   _sandbox.remove(_instance.launcher());
   _sandbox.copyChildProgram(_instance.launcher());
@@ -295,6 +296,7 @@ TEST_F(TwoRunsTest, SecondTakesTheFirstsLauncherForNoRunningApplication) {
 }
 
 TEST_F(TwoRunsTest, ApplicationStartedWhileTheSecondWaitsIsSeen) {
+  proves("LOCK-1");
   const std::string application = _instance.bundle + "/Contents/MacOS/Quillmere";
   _sandbox.copyChildProgram(application);
   _sandbox.script("Quillmere", ChildScript().await("/never"));
@@ -408,6 +410,7 @@ TEST_F(TwoRunsTest, KilledRunLeavesNoLockBehind) {
 class LauncherLeftBehindTest : public TwoRunsTest, public ::testing::WithParamInterface<bool> {};
 
 TEST_P(LauncherLeftBehindTest, IsWaitedForBeforeAnotherOneIsStarted) {
+  proves("LOCK-3");
   proves("LOCK-7");
   if (GetParam()) {
     _sandbox.remove(_instance.launcher());
@@ -442,11 +445,20 @@ TEST_P(LauncherLeftBehindTest, IsWaitedForBeforeAnotherOneIsStarted) {
 INSTANTIATE_TEST_SUITE_P(Launchers, LauncherLeftBehindTest, ::testing::Bool(),
                          [](const auto& given) { return given.param ? "Compiled" : "Script"; });
 
-TEST_F(TwoRunsTest, LauncherThatOutlivesTheRunHoldsNoLock) {
+TEST_F(TwoRunsTest, ChildThatOutlivesTheRunHoldsNoLock) {
   proves("LOCK-3");
-  // The lock's descriptor must not reach children.
-  EXPECT_EQ(0, install().status);
+  installJava();
+  _sandbox.script("java", 1,
+                  ChildScript().signalParent(SIGKILL).write("/tmp/orphaned", "").await("/never"));
+  RunOptions options;
+  options.background = {{CliSandbox::kProgram, _package.folder, _destination}};
+  options.awaited = "/tmp/orphaned";
+  RunningProgram second = _sandbox.start({_package.folder, _destination}, options);
 
+  EXPECT_EQ(0, second.finish().status);
+
+  EXPECT_FALSE(secondWaits());
+  ASSERT_THAT(_sandbox.children("java"), SizeIs(2));
   for (const ChildRecord& child : _sandbox.children()) EXPECT_THAT(child.descriptors, SizeIs(3));
 }
 
