@@ -15,6 +15,7 @@ namespace fs = std::filesystem;
 
 using ::testing::Contains;
 using ::testing::Each;
+using ::testing::EndsWith;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::StartsWith;
@@ -39,6 +40,16 @@ TEST_P(ProcessTableContractTest, KnowsNoOtherKey) {
   EXPECT_THAT(_table->valuesForKey("cfbundleexecutable"), IsEmpty());
 }
 
+TEST_P(ProcessTableContractTest, TellsCommandLinesWithTheProgramFirst) {
+  std::vector<std::string> programs;
+  for (const std::vector<std::string>& line : _table->commandLines()) {
+    ASSERT_FALSE(line.empty());
+    programs.push_back(line.front());
+  }
+
+  EXPECT_THAT(programs, Contains(EndsWith(fs::path(_self).filename().string())));
+}
+
 TEST_P(ProcessTableContractTest, ReportsAPathWhereNothingIsAsItIs) {
   proves("PROCESS-2");
   EXPECT_EQ(_table->asReported("/nowhere/at/../all"), "/nowhere/at/../all");
@@ -49,6 +60,7 @@ std::unique_ptr<ProcessTable> makeFake() {
   auto table = std::make_unique<FakeProcessTable>();
   table->add("/sbin/init");
   table->add("/opt/a program");
+  table->addCommandLine({"/opt/a program", "-x"});
   return table;
 }
 
