@@ -378,6 +378,7 @@ TEST_F(PlainRunTest, SuccessChangesTheInstanceInTheseEntriesOnly) {
 }
 
 TEST_F(PlainRunTest, FailureChangesTheInstanceInTheseEntriesOnly) {
+  proves("FAILURE-4");
   recordHotfix("1.6");
   const auto before = bundle();
 

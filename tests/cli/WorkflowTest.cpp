@@ -327,6 +327,7 @@ TEST_F(DoubledRunTest, SecondAnswerDecidesForSuccess) {
 }
 
 TEST_F(DoubledRunTest, StopsAtAMissingManifestAndSaysThatItIsToInstallTwice) {
+  proves("INSTALL-6");
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
   const auto before = _sandbox.tree(_instance.deploy(""));
 
@@ -341,11 +342,13 @@ TEST_F(DoubledRunTest, StopsAtAMissingManifestAndSaysThatItIsToInstallTwice) {
 }
 
 TEST_F(DoubledRunTest, StopsTwiceAtAManifestThatIsNone) {
+  proves("INSTALL-7");
   _sandbox.writeFile(_package.deployFile("install.hotfix.xml"), "<open>");
 
   EXPECT_EQ(1, install().status);
 
   EXPECT_THAT(launches(), SizeIs(1));
+  EXPECT_EQ((ErrorRecord{4, {"install.hotfix.xml"}}), errorRecord());
   const auto texts = _sandbox.texts();
   EXPECT_EQ(2,
             std::count(texts.begin(), texts.end(),

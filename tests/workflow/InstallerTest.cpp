@@ -328,6 +328,7 @@ class MarkerWatch : public FailingFileManager {
 };
 
 TEST_F(InstallerTest, MarkerComesLastOnTheFailurePath) {
+  proves("FAILURE-8");
   _sandbox.processes().add(destination() + "/Quillmere.app/x");
   const std::vector<std::string> given = {inHome("file"), inHome("../shared/file"), "data/file"};
   for (const std::string& file : given) _sandbox.write(file, "", 0600);
