@@ -112,8 +112,6 @@ class FileManager {
   virtual bool exists(const std::string& path, FileError* error = nullptr) = 0;
   // Exists and is a folder, links followed.
   virtual bool isDirectory(const std::string& path) = 0;
-  // True when the directory entry itself is there, be it a dangling link.
-  virtual bool entryExists(const std::string& path) = 0;
 
   // The user id of the entry itself, links not followed; nullopt when there is none.
   [[nodiscard]] virtual std::optional<uid_t> owner(const std::string& path) = 0;

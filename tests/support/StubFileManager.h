@@ -23,7 +23,6 @@ class StubFileManager : public FileManager {
   }
   bool exists(const std::string&, FileError*) override { return true; }
   bool isDirectory(const std::string&) override { return true; }
-  bool entryExists(const std::string&) override { return true; }
   std::optional<uid_t> owner(const std::string&) override { return std::nullopt; }
   std::optional<std::vector<std::string>> list(const std::string&) override { return names; }
   std::optional<std::string> read(const std::string& path, FileError*) override {

@@ -97,18 +97,8 @@ std::optional<struct stat> statusOf(const Descriptor& file) {
   return status;
 }
 
-bool isLink(int folder, const std::string& name) {
-  const auto status = statusOf(folder, name);
-  return status && S_ISLNK(status->st_mode);
-}
-
 bool isFolder(int folder, const std::string& name) {
   const auto status = statusOf(folder, name);
-  return status && S_ISDIR(status->st_mode);
-}
-
-bool leadsToFolder(int folder, const std::string& name) {
-  const auto status = statusFollowingLinks(folder, name);
   return status && S_ISDIR(status->st_mode);
 }
 

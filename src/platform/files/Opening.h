@@ -49,11 +49,7 @@ Descriptor openRegularFileFollowingLinks(int folder, const std::string& name);
 // An invalid descriptor leaves errno as its opening set it.
 [[nodiscard]] std::optional<struct stat> statusOf(const Descriptor& file);
 
-// Whether the entry itself is a link.
-bool isLink(int folder, const std::string& name);
 // Whether the entry itself is a folder; a link to one is none.
 bool isFolder(int folder, const std::string& name);
-// Whether the entry is a folder or a link that leads to one.
-bool leadsToFolder(int folder, const std::string& name);
 
 }  // namespace installer

@@ -88,10 +88,6 @@ bool PosixFileManager::isDirectory(const std::string& path) {
   return status && S_ISDIR(status->st_mode);
 }
 
-bool PosixFileManager::entryExists(const std::string& path) {
-  return _folders.entry(path).status().has_value();
-}
-
 std::optional<uid_t> PosixFileManager::owner(const std::string& path) {
   const auto status = _folders.entry(path).status();
   if (!status) return std::nullopt;

@@ -171,7 +171,6 @@ class NamedFiles : public StubFileManager {
   std::set<std::string> present;
 
   bool exists(const std::string& path, FileError*) override { return present.contains(path); }
-  bool entryExists(const std::string& path) override { return present.contains(path); }
 };
 
 class TildeHomeTest : public InstanceProvisioningTest {

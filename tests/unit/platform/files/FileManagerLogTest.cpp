@@ -305,7 +305,7 @@ TEST_F(FileManagerLockTest, WhatIsNoFolderCannotBeLockedAndIsNotBusy) {
     EXPECT_FALSE(attempt.busy) << item;
     EXPECT_FALSE(attempt.hold) << item;
   }
-  EXPECT_FALSE(_files.entryExists(path("missing")));
+  EXPECT_FALSE(isThere("missing"));
 }
 
 }  // namespace

@@ -54,15 +54,15 @@ TEST_F(FileManagerReadTest, AFolderIsOneAlsoThroughALink) {
   EXPECT_FALSE(_files.isDirectory(path("missing")));
 }
 
-TEST_F(FileManagerReadTest, AnEntryIsThereEvenAsADanglingLink) {
+TEST_F(FileManagerReadTest, AnEntryHasAnOwnerEvenAsADanglingLink) {
   _folder.makeLink("dangling", "nowhere");
   _folder.makeFile("file");
 
-  EXPECT_TRUE(_files.entryExists(path("dangling")));
-  EXPECT_TRUE(_files.entryExists(path("dangling/")));
-  EXPECT_TRUE(_files.entryExists(path("file")));
-  EXPECT_TRUE(_files.entryExists("/"));
-  EXPECT_FALSE(_files.entryExists(path("missing")));
+  EXPECT_TRUE(_files.owner(path("dangling")));
+  EXPECT_TRUE(_files.owner(path("dangling/")));
+  EXPECT_TRUE(_files.owner(path("file")));
+  EXPECT_TRUE(_files.owner("/"));
+  EXPECT_FALSE(_files.owner(path("missing")));
 }
 
 TEST_F(FileManagerReadTest, NothingIsThereUnderAnUnusablePath) {
@@ -74,7 +74,7 @@ TEST_F(FileManagerReadTest, NothingIsThereUnderAnUnusablePath) {
        {std::string(), path("file") + zero, path("folder") + zero + "x"}) {
     EXPECT_FALSE(_files.exists(unusable));
     EXPECT_FALSE(_files.isDirectory(unusable));
-    EXPECT_FALSE(_files.entryExists(unusable));
+    EXPECT_FALSE(_files.owner(unusable));
     EXPECT_EQ(_files.list(unusable), std::nullopt);
     EXPECT_EQ(_files.read(unusable), std::nullopt);
     EXPECT_EQ(_files.readUnlinked(unusable, nullptr), std::nullopt);
