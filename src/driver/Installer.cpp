@@ -9,6 +9,7 @@
 #include "driver/InstallPaths.h"
 #include "driver/LauncherWait.h"
 #include "driver/LeftOverItems.h"
+#include "driver/MemoryLack.h"
 #include "driver/PackageLoader.h"
 #include "driver/RunState.h"
 #include "driver/WorkFolders.h"
@@ -29,7 +30,6 @@ constexpr const char* kUsage =
     "[-rcpdata <pathToRcpData>]\n";
 constexpr std::string_view kNoMemory =
     "There is not enough memory to go on. The installation ends here.";
-constexpr const char* kNoMemoryToBegin = "HotfixInstaller: There is not enough memory to begin.\n";
 
 // The mirrored trace of one run.
 class Trace {
@@ -152,7 +152,7 @@ bool runUntilInterrupted(const std::vector<std::string>& arguments, Trace& trace
 // trace.
 void tellOfMemory(const Trace& trace) {
   Platform::current().log->write(LogLevel::error, kNoMemory);
-  if (!trace.isOpen()) (void)std::fputs(kNoMemoryToBegin, stderr);  // the status tells it too
+  if (!trace.isOpen()) tellNoMemoryToBegin();
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
-#include <cstdio>
 #include <new>
 #include <string>
 #include <vector>
 
+#include "driver/MemoryLack.h"
 #include "hotfix/driver/Installer.h"
 #include "platform/ProcessSetup.h"
 
@@ -17,8 +17,7 @@ int main(int argc, char* argv[]) {
   try {
     return installer::runInstaller(std::vector<std::string>(argv, argv + argc));
   } catch (const std::bad_alloc&) {
-    // Before the run had a log to tell it to.
-    (void)std::fputs("HotfixInstaller: There is not enough memory to begin.\n", stderr);
+    installer::tellNoMemoryToBegin();
     return 1;
   }
 }

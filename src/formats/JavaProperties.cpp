@@ -17,10 +17,6 @@ std::optional<std::string> expanded(const std::optional<std::string>& path) {
   return path::expandingTilde(*path);
 }
 
-FileManager& files() {
-  return *Platform::current().files;
-}
-
 }  // namespace
 
 JavaProperties::JavaProperties(const std::optional<std::string>& file)
@@ -34,7 +30,7 @@ JavaProperties::JavaProperties(const std::optional<std::string>& file, FailedSav
 void JavaProperties::initDictionary() {
   if (!_file) return;
   FileError error;
-  const std::optional<std::string> bytes = files().read(*_file, &error);
+  const std::optional<std::string> bytes = Platform::current().files->read(*_file, &error);
   _readError.reset();
   if (bytes)
     readJavaProperties(*bytes, _dict);
@@ -85,7 +81,7 @@ bool JavaProperties::savePropertiesToFile(const std::optional<std::string>& path
     return false;
   }
   const std::string text = writeJavaProperties(_dict);
-  return isTold ? reported::write(*target, text) : files().write(*target, text);
+  return isTold ? reported::write(*target, text) : Platform::current().files->write(*target, text);
 }
 
 bool JavaProperties::mergeWithJavaProperties(const std::optional<std::string>& path) {

@@ -22,12 +22,9 @@ void print(fmt::format_string<Arguments...> format, Arguments&&... arguments) {
   (void)std::fflush(stdout);                               // here too
 }
 
-void printMissing(const std::string& file) {
-  print(
-      "File {} was not found. Provisioning process failed to launch or was terminated before "
-      "status could be determined.",
-      file);
-}
+constexpr const char* kMissing =
+    "File {} was not found. Provisioning process failed to launch or was terminated before status "
+    "could be determined.";
 
 }  // namespace
 
@@ -39,11 +36,8 @@ HotfixRemoval::HotfixRemoval(const std::string& pathToRcphome, const std::string
 bool HotfixRemoval::copyUninstallManifest() {
   const std::string manifest = InstanceLayout::uninstallManifest(_pathToRcpHome);
   if (!exists(manifest)) {
-    log(LogLevel::error,
-        "File {} was not found. Provisioning process failed to launch or was terminated before "
-        "status could be determined.",
-        manifest);
-    printMissing(manifest);
+    log(LogLevel::error, kMissing, manifest);
+    print(kMissing, manifest);
     return false;
   }
   if (!_instance.copyUpdateManifest(manifest, std::nullopt)) {
@@ -52,7 +46,7 @@ bool HotfixRemoval::copyUninstallManifest() {
         "File {} not found. Provisioning process failed to launch or was terminated before status "
         "could be determined.",
         target);
-    printMissing(target);
+    print(kMissing, target);
     return false;
   }
   (void)reported::remove(manifest);  // one that stays stops nothing

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -10,12 +9,11 @@
 #include <utility>
 
 #include "platform/files/FileSystemCalls.h"
+#include "platform/posix/PathSteps.h"
 
 namespace installer {
 
 namespace {
-
-constexpr int kMaximumLinks = 40;  // as many as the system itself follows
 
 std::optional<std::string> targetOf(const Descriptor& link) {
   std::array<char, PATH_MAX> target;
@@ -42,14 +40,15 @@ class LinkWalk {
  private:
   // From the root, or from the folder that has been reached.
   int setOut(const std::string& path) {
-    _rest = path;
+    _path = path;
+    _rest = _path;
     if (path.starts_with('/')) return hold(_folder, syscalls::openItem(AT_FDCWD, "/"));
     return _folder.valid() ? 0 : hold(_folder, syscalls::openItem(AT_FDCWD, "."));
   }
 
   int step() {
     if (_item.valid()) _folder = std::exchange(_item, Descriptor());
-    _name = takeComponent();
+    _name = takeComponent(_rest);
     if (_name.empty() || _name == ".") return 0;
     if (_name == "..") return hold(_folder, syscalls::openFolderAbove(_folder.get()));
     if (const int error = hold(_item, syscalls::openItem(_folder.get(), _name.c_str())))
@@ -58,20 +57,13 @@ class LinkWalk {
     return status && S_ISLNK(status->st_mode) ? follow(*status) : 0;
   }
 
-  std::string takeComponent() {
-    const std::size_t end = std::min(_rest.find('/'), _rest.size());
-    std::string component = _rest.substr(0, end);
-    _rest.erase(0, end + 1);
-    return component;
-  }
-
   int follow(const struct stat& link) {
     if (++_links > kMaximumLinks) return ELOOP;
     if (!_mayFollow(link)) return EPERM;
     const auto target = targetOf(_item);
     if (!target) return errno;
     _item = Descriptor();
-    return setOut(_rest.empty() ? *target : *target + "/" + _rest);
+    return setOut(_rest.empty() ? *target : *target + "/" + std::string(_rest));
   }
 
   static int hold(Descriptor& place, int descriptor) {
@@ -84,7 +76,8 @@ class LinkWalk {
   Descriptor _folder;
   Descriptor _item;  // the entry `_name` of the folder; none when the walk stands at the folder
   std::string _name;
-  std::string _rest;  // of the path, behind that
+  std::string _path;
+  std::string_view _rest;  // of the path, behind that
   int _links = 0;
 };
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/posix/PathSteps.h"
+
 namespace installer {
 
 namespace {
@@ -11,18 +13,17 @@ std::string_view withoutLeadingSlashes(std::string_view path) {
 }
 
 // The next component that leads anywhere; empty at the end.
-std::string_view takeComponent(std::string_view& path) {
-  for (;;) {
-    path = withoutLeadingSlashes(path);
-    const std::string_view component = path.substr(0, path.find('/'));
-    path.remove_prefix(component.size());
-    if (component != ".") return component;
+std::string_view takeStep(std::string_view& path) {
+  while (!path.empty()) {
+    const std::string_view component = takeComponent(path);
+    if (!component.empty() && component != ".") return component;
   }
+  return {};
 }
 
 bool climbsOut(std::string_view path) {
   int depth = 0;
-  for (auto component = takeComponent(path); !component.empty(); component = takeComponent(path)) {
+  for (auto component = takeStep(path); !component.empty(); component = takeStep(path)) {
     depth += component == ".." ? -1 : 1;
     if (depth < 0) return true;
   }
@@ -33,16 +34,15 @@ bool climbsOut(std::string_view path) {
 
 std::optional<std::string> restBelow(std::string_view folder, std::string_view path) {
   if (folder.starts_with('/') != path.starts_with('/')) return std::nullopt;
-  for (auto component = takeComponent(folder); !component.empty();
-       component = takeComponent(folder)) {
-    if (takeComponent(path) != component) return std::nullopt;
+  for (auto component = takeStep(folder); !component.empty(); component = takeStep(folder)) {
+    if (takeStep(path) != component) return std::nullopt;
   }
   if (climbsOut(path)) return std::nullopt;
   return std::string(withoutLeadingSlashes(path));
 }
 
 bool hasNoComponents(std::string_view path) {
-  return takeComponent(path).empty();
+  return takeStep(path).empty();
 }
 
 }  // namespace installer

@@ -3,16 +3,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
-#include <memory>
 #include <string_view>
 
 #include "hotfix/base/Path.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/UserContext.h"
-#include "platform/posix/Memory.h"
+#include "platform/posix/ExecutablePath.h"
 #include "platform/posix/TrustedPath.h"
 
 namespace installer {
@@ -24,13 +21,9 @@ bool isExecutable(const std::string& file) {
 }
 
 std::optional<std::string> homeOf(const std::string& java) {
-  const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(java.c_str(), nullptr),
-                                                             &std::free);
-  if (!resolved) checkMemory(errno);
-  if (!resolved) return std::nullopt;
-  const std::string path(resolved.get());
-  if (!path.ends_with("/bin/java")) return std::nullopt;
-  return path::deletingLastComponent(path::deletingLastComponent(path));
+  const std::optional<std::string> path = resolved(java);
+  if (!path || !path->ends_with("/bin/java")) return std::nullopt;
+  return path::deletingLastComponent(path::deletingLastComponent(*path));
 }
 
 // Whoever can exchange a file that root starts has all of root's rights. One line for a refusal.

@@ -12,13 +12,17 @@ std::string fileNameOf(const std::string& path) {
   return path.substr(path.rfind('/') + 1);
 }
 
-std::string resolvedOrSame(const std::string& path) {
+std::optional<std::string> resolved(const std::string& path) {
   const std::unique_ptr<char, void (*)(void*)> found(realpath(path.c_str(), nullptr), std::free);
   if (!found) checkMemory(errno);
-  if (!found) return path;
-  std::string resolved = found.get();
-  if (path.ends_with('/') && !resolved.ends_with('/')) resolved += '/';
-  return resolved;
+  if (!found) return std::nullopt;
+  return found.get();
+}
+
+std::string resolvedOrSame(const std::string& path) {
+  std::string answer = resolved(path).value_or(path);
+  if (path.ends_with('/') && !answer.ends_with('/')) answer += '/';
+  return answer;
 }
 
 }  // namespace installer

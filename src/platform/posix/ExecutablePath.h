@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace installer {
@@ -7,8 +8,11 @@ namespace installer {
 // What follows the last slash.
 std::string fileNameOf(const std::string& path);
 
-// The path with every link resolved, and a slash at the end if it had one, so that "/B.app/" does
-// not begin the path of "/B.app2"; as it is when nothing is there.
+// The path with every link resolved; nullopt when nothing is there.
+[[nodiscard]] std::optional<std::string> resolved(const std::string& path);
+
+// The same, with a slash at the end if it had one, so that "/B.app/" does not begin the path of
+// "/B.app2"; as it is when nothing is there.
 std::string resolvedOrSame(const std::string& path);
 
 }  // namespace installer

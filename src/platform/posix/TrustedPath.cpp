@@ -10,11 +10,12 @@
 #include <climits>
 #include <system_error>
 
+#include "platform/posix/PathSteps.h"
+
 namespace installer {
 
 namespace {
 
-constexpr int kMaximumLinks = 40;  // as many as the system itself follows
 constexpr uid_t kRoot = 0;
 
 bool isShared(const struct stat& status) {
@@ -23,7 +24,7 @@ bool isShared(const struct stat& status) {
 
 class TrustedWalk {
  public:
-  TrustedWalk(const std::string& path, uid_t user) : _rest(path), _user(user) {}
+  TrustedWalk(const std::string& path, uid_t user) : _path(path), _user(user) {}
 
   std::optional<std::string> run() {
     if (!_rest.starts_with('/')) return "the path is relative";
@@ -34,17 +35,10 @@ class TrustedWalk {
 
  private:
   void step() {
-    const std::string name = takeComponent();
+    const std::string name(takeComponent(_rest));
     if (name.empty() || name == ".") return;
     if (name == "..") return leave();
     judge(_reached + "/" + name);
-  }
-
-  std::string takeComponent() {
-    const std::size_t end = std::min(_rest.find('/'), _rest.size());
-    std::string component = _rest.substr(0, end);
-    _rest.erase(0, end + 1);
-    return component;
   }
 
   // No link is left in what has been reached, so that the name above is the folder above.
@@ -68,7 +62,7 @@ class TrustedWalk {
     struct stat folder {};
     if (::lstat(_reached.empty() ? "/" : _reached.c_str(), &folder) != 0 || isShared(folder))
       return refuse(fmt::format("others can make {}", item));
-    _rest.clear();
+    _rest = {};
   }
 
   void follow(const std::string& link) {
@@ -78,13 +72,15 @@ class TrustedWalk {
       return refuse(fmt::format("{} leads through too many links", link));
     const std::string target(bytes.data(), static_cast<std::size_t>(length));
     if (target.starts_with('/')) _reached.clear();
-    _rest = target + "/" + _rest;
+    _path = target + "/" + std::string(_rest);
+    _rest = _path;
   }
 
   void refuse(std::string reason) { _reason = std::move(reason); }
 
   std::string _reached;  // empty at the root
-  std::string _rest;     // of the path, behind that
+  std::string _path;
+  std::string_view _rest = _path;  // of the path, behind that
   const uid_t _user;
   int _links = 0;
   std::optional<std::string> _reason;
