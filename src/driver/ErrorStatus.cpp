@@ -3,7 +3,7 @@
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 #include "platform/UserContext.h"
-#include "util/Ownership.h"
+#include "util/HandedOver.h"
 
 namespace installer {
 

@@ -15,7 +15,7 @@ namespace installer {
 
 namespace {
 
-std::optional<std::string> launcherIn(const std::optional<std::string>& rcpHome) {
+std::optional<std::string> launcherOf(const std::optional<std::string>& rcpHome) {
   if (!rcpHome) return std::nullopt;
   return InstanceLayout::launcher(*rcpHome);
 }
@@ -58,7 +58,7 @@ void runFailurePath(const std::optional<std::string>& rcpHome,
                     const std::optional<std::string>& rcpData) {
   log(LogLevel::info, "Not success");
   InstanceService service(rcpHome, rcpData);
-  const std::optional<std::string> launcher = launcherIn(rcpHome);
+  const std::optional<std::string> launcher = launcherOf(rcpHome);
   service.startProvisioningWithCleanUp(launcher);
   service.updateInstallID(InstallUtil::generateNewManifestVersion());
   service.startProvisioningWithUpdate(launcher);

@@ -7,7 +7,7 @@
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/UserContext.h"
-#include "util/Ownership.h"
+#include "util/HandedOver.h"
 
 namespace installer {
 

@@ -6,7 +6,7 @@
 #include "platform/Platform.h"
 #include "platform/UserContext.h"
 #include "util/ChildStart.h"
-#include "util/Ownership.h"
+#include "util/HandedOver.h"
 
 namespace installer {
 

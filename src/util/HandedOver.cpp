@@ -1,4 +1,4 @@
-#include "util/Ownership.h"
+#include "util/HandedOver.h"
 
 namespace installer {
 

@@ -1,11 +1,11 @@
-#include "util/Ownership.h"
+#include "util/HandedOver.h"
 
 #include <gtest/gtest.h>
 
 namespace installer::test {
 namespace {
 
-TEST(OwnershipTest, AdministratorsAreTheGroupBesideTheOwner) {
+TEST(HandedOverTest, AdministratorsAreTheGroupBesideTheOwner) {
   const FileAttributes attributes = handedTo("alice", 0640);
 
   EXPECT_EQ(attributes.owner, "alice");
@@ -13,11 +13,11 @@ TEST(OwnershipTest, AdministratorsAreTheGroupBesideTheOwner) {
   EXPECT_EQ(attributes.mode, 0640U);
 }
 
-TEST(OwnershipTest, AbsentOwnerIsANameThatNobodyHas) {
+TEST(HandedOverTest, AbsentOwnerIsANameThatNobodyHas) {
   EXPECT_EQ(handedTo(std::nullopt, 0640).owner, "");
 }
 
-TEST(OwnershipTest, SharedItemsAreOpenToOwnerAndGroup) {
+TEST(HandedOverTest, SharedItemsAreOpenToOwnerAndGroup) {
   EXPECT_EQ(kSharedMode, 0775U);
 }
 
