@@ -79,9 +79,10 @@ bool AttributeWalk::hasMode(const struct stat& status) const {
   return S_ISLNK(status.st_mode) || (status.st_mode & kModeBits) == _mode;
 }
 
-// A second name can have been put here for a file that its owner never meant to hand over.
+// A second name can have been put here for a file that its owner never meant to hand over. Nobody
+// is the owner that is not known.
 bool AttributeWalk::isSomebodyElses(const struct stat& status) const {
-  return !S_ISDIR(status.st_mode) && status.st_nlink > 1 && _ownership.owner != status.st_uid;
+  return !S_ISDIR(status.st_mode) && isBorrowed(status, _ownership.ownerOrSame());
 }
 
 }  // namespace installer

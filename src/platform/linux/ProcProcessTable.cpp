@@ -13,9 +13,7 @@
 #include <optional>
 #include <utility>
 
-#include "hotfix/platform/ProcessKeys.h"
 #include "platform/posix/Descriptor.h"
-#include "platform/posix/ExecutablePath.h"
 #include "platform/posix/Memory.h"
 #include "platform/posix/Uninterrupted.h"
 
@@ -24,8 +22,6 @@ namespace {
 
 // The kernel puts this behind the path of an executable that has been removed.
 constexpr std::string_view kDeleted = " (deleted)";
-
-constexpr std::size_t kLongestCommandLine = std::size_t{64} << 10;  // bytes
 
 bool isNumber(std::string_view name) {
   return std::all_of(name.begin(), name.end(), [](char c) { return c >= '0' && c <= '9'; });
@@ -111,18 +107,6 @@ std::vector<std::vector<std::string>> ProcProcessTable::commandLines() {
     if (!line.empty()) lines.push_back(std::move(line));
   });
   return lines;
-}
-
-std::vector<std::string> ProcProcessTable::valuesForKey(std::string_view key) {
-  if (key == processKey::kExecutable) return executables();
-  if (key != processKey::kName) return {};
-  std::vector<std::string> names = executables();
-  std::transform(names.begin(), names.end(), names.begin(), fileNameOf);
-  return names;
-}
-
-std::string ProcProcessTable::asReported(const std::string& path) {
-  return resolvedOrSame(path);
 }
 
 }  // namespace installer

@@ -1,22 +1,20 @@
 #pragma once
 
-#include "platform/ProcessTable.h"
+#include "platform/posix/PosixProcessTable.h"
 
 namespace installer {
 
 // The process table as the kernel tells it in a folder with one folder a process, whose link "exe"
 // leads to the executable. Processes that have none (the kernel's own) or do not let this user look
 // are left out.
-class ProcProcessTable : public ProcessTable {
+class ProcProcessTable : public PosixProcessTable {
  public:
   explicit ProcProcessTable(std::string folder = "/proc") : _folder(std::move(folder)) {}
 
-  std::vector<std::string> valuesForKey(std::string_view key) override;
   std::vector<std::vector<std::string>> commandLines() override;
-  std::string asReported(const std::string& path) override;
 
  private:
-  std::vector<std::string> executables() const;
+  std::vector<std::string> executables() const override;
   // Calls visit(the open folder, name) for each process.
   template <class Visit>
   void eachProcess(Visit visit) const;

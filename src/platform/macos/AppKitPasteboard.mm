@@ -52,10 +52,8 @@ std::optional<PropertyList::Dictionary> AppKitPasteboard::record() {
   @autoreleasepool {
     NSData* data = bytesOf([pasteboard() propertyListForType:kType]);
     if (data == nil) return std::nullopt;
-    const auto list =
-        PropertyList::parse({static_cast<const char*>(data.bytes), std::size_t{data.length}});
-    const auto* values = list ? list->as<PropertyList::Dictionary>() : nullptr;
-    return values != nullptr ? std::optional(*values) : std::nullopt;
+    return PropertyList::parseDictionary(
+        {static_cast<const char*>(data.bytes), std::size_t{data.length}});
   }
 }
 

@@ -42,11 +42,8 @@ std::optional<PropertyList::Dictionary> dictionaryOf(CFDictionaryRef values) {
   const Owned<CFDataRef> data(CFPropertyListCreateData(
       kCFAllocatorDefault, values, kCFPropertyListBinaryFormat_v1_0, 0, nullptr));
   if (!data) return std::nullopt;
-  const std::string bytes(reinterpret_cast<const char*>(CFDataGetBytePtr(data.get())),
-                          static_cast<std::size_t>(CFDataGetLength(data.get())));
-  const std::optional<PropertyList::Value> list = PropertyList::parse(bytes);
-  const auto* dictionary = list ? list->as<PropertyList::Dictionary>() : nullptr;
-  return dictionary != nullptr ? std::optional(*dictionary) : std::nullopt;
+  return PropertyList::parseDictionary({reinterpret_cast<const char*>(CFDataGetBytePtr(data.get())),
+                                        static_cast<std::size_t>(CFDataGetLength(data.get()))});
 }
 
 }  // namespace

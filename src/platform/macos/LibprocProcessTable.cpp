@@ -9,16 +9,11 @@
 #include <cstring>
 #include <utility>
 
-#include "hotfix/platform/ProcessKeys.h"
-#include "platform/posix/ExecutablePath.h"
-
 namespace installer {
 namespace {
 
 // Processes that may start between counting them and listing them.
 constexpr std::size_t kSpare = 64;
-
-constexpr std::size_t kLongestCommandLine = std::size_t{64} << 10;  // bytes
 
 std::vector<pid_t> allProcesses() {
   const int expected = proc_listallpids(nullptr, 0);
@@ -28,16 +23,6 @@ std::vector<pid_t> allProcesses() {
       proc_listallpids(processes.data(), static_cast<int>(processes.size() * sizeof(pid_t)));
   processes.resize(static_cast<std::size_t>(std::max(count, 0)));
   return processes;
-}
-
-std::vector<std::string> executables() {
-  std::vector<std::string> paths;
-  std::array<char, PROC_PIDPATHINFO_MAXSIZE> path;
-  for (const pid_t process : allProcesses()) {
-    const int length = proc_pidpath(process, path.data(), static_cast<uint32_t>(path.size()));
-    if (length > 0) paths.emplace_back(path.data(), static_cast<std::size_t>(length));
-  }
-  return paths;
 }
 
 bool isOwn(pid_t process) {
@@ -78,6 +63,16 @@ std::vector<std::string> argumentsIn(std::string_view start) {
 
 }  // namespace
 
+std::vector<std::string> LibprocProcessTable::executables() const {
+  std::vector<std::string> paths;
+  std::array<char, PROC_PIDPATHINFO_MAXSIZE> path;
+  for (const pid_t process : allProcesses()) {
+    const int length = proc_pidpath(process, path.data(), static_cast<uint32_t>(path.size()));
+    if (length > 0) paths.emplace_back(path.data(), static_cast<std::size_t>(length));
+  }
+  return paths;
+}
+
 std::vector<std::vector<std::string>> LibprocProcessTable::commandLines() {
   std::vector<std::vector<std::string>> lines;
   for (const pid_t process : allProcesses()) {
@@ -86,18 +81,6 @@ std::vector<std::vector<std::string>> LibprocProcessTable::commandLines() {
     if (!line.empty()) lines.push_back(std::move(line));
   }
   return lines;
-}
-
-std::vector<std::string> LibprocProcessTable::valuesForKey(std::string_view key) {
-  if (key == processKey::kExecutable) return executables();
-  if (key != processKey::kName) return {};
-  std::vector<std::string> names = executables();
-  std::transform(names.begin(), names.end(), names.begin(), fileNameOf);
-  return names;
-}
-
-std::string LibprocProcessTable::asReported(const std::string& path) {
-  return resolvedOrSame(path);
 }
 
 }  // namespace installer

@@ -1,16 +1,17 @@
 #pragma once
 
-#include "platform/ProcessTable.h"
+#include "platform/posix/PosixProcessTable.h"
 
 namespace installer {
 
 // The process table as libproc tells it. Processes whose executable the system does not tell are
 // left out.
-class LibprocProcessTable : public ProcessTable {
+class LibprocProcessTable : public PosixProcessTable {
  public:
-  std::vector<std::string> valuesForKey(std::string_view key) override;
   std::vector<std::vector<std::string>> commandLines() override;
-  std::string asReported(const std::string& path) override;
+
+ private:
+  std::vector<std::string> executables() const override;
 };
 
 }  // namespace installer
