@@ -273,6 +273,19 @@ class TwoRunsTest : public EnvironmentTest {
     options.awaited = "/control/records/0001.rcplauncher";
     return _sandbox.start({_package.folder, _destination}, options);
   }
+
+  // What a run of this package and one of the test's own answer. The second waits while the first
+  // one's launcher is at work.
+  std::pair<RunResult, RunResult> resultsAfterWaiting(const std::string& firstPackage) {
+    _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
+    RunningProgram first = _sandbox.start({firstPackage, _destination});
+    EXPECT_TRUE(comesTrue([&] { return launches() == 1; }));
+    RunningProgram second = _sandbox.start({_package.folder, _destination});
+    EXPECT_TRUE(comesTrue([&] { return secondWaits(); }));
+    EXPECT_EQ(1u, launches());
+    _sandbox.writeFile("/tmp/go", "");
+    return {first.finish(), second.finish()};
+  }
 };
 
 TEST_F(TwoRunsTest, SecondTakesTheFirstsLauncherForNoRunningApplication) {
@@ -319,39 +332,25 @@ TEST_F(TwoRunsTest, ApplicationStartedWhileTheSecondWaitsIsSeen) {
 
 TEST_F(TwoRunsTest, SecondWaitsForTheFirstsEnd) {
   proves("LOCK-1");
-  _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
-  RunningProgram first = _sandbox.start({_package.folder, _destination});
-  ASSERT_TRUE(comesTrue([&] { return launches() == 1; }));
-  RunningProgram second = _sandbox.start({_package.folder, _destination});
+  const auto [first, second] = resultsAfterWaiting(_package.folder);
 
-  EXPECT_TRUE(comesTrue([&] { return secondWaits(); }));
-  EXPECT_EQ(1u, launches());
-  _sandbox.writeFile("/tmp/go", "");
-
-  EXPECT_EQ(0, first.finish().status);
-  const RunResult result = second.finish();
-  EXPECT_EQ(0, result.status);
-  EXPECT_EQ("The provisioning operations have completed successfully.\n", result.out)
+  EXPECT_EQ(0, first.status);
+  EXPECT_EQ(0, second.status);
+  EXPECT_EQ("The provisioning operations have completed successfully.\n", second.out)
       << "the second found the first's hotfix";
   EXPECT_EQ(6u, launches());
 }
 
 TEST_F(TwoRunsTest, SecondWaitsBeforeAFailurePathToo) {
   proves("LOCK-1");
-  _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
   _package.folder = "/Volumes/low/in/Fix.pkg";
   _package.set("version", "1.0");
   buildPackage(_package);
-  RunningProgram first = _sandbox.start({"/Volumes/HF/install/Fix.pkg", _destination});
-  ASSERT_TRUE(comesTrue([&] { return launches() == 1; }));
-  RunningProgram second = _sandbox.start({_package.folder, _destination});
 
-  EXPECT_TRUE(comesTrue([&] { return secondWaits(); }));
-  EXPECT_EQ(1u, launches());
-  _sandbox.writeFile("/tmp/go", "");
+  const auto [first, second] = resultsAfterWaiting("/Volumes/HF/install/Fix.pkg");
 
-  EXPECT_EQ(0, first.finish().status);
-  EXPECT_EQ(1, second.finish().status) << "a higher version came meanwhile";
+  EXPECT_EQ(0, first.status);
+  EXPECT_EQ(1, second.status) << "a higher version came meanwhile";
   EXPECT_EQ(7, errorRecord().code);
   EXPECT_EQ("1.5", recorded("hotfixVersion"));
   EXPECT_EQ("cleanup", _sandbox.children("rcplauncher").at(2).arguments.at(4));
@@ -359,20 +358,15 @@ TEST_F(TwoRunsTest, SecondWaitsBeforeAFailurePathToo) {
 
 TEST_F(TwoRunsTest, RecordOfTheFirstDoesNotStandBesideTheSecondsStatus) {
   proves("LOCK-6");
-  _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
   Package broken = _package;
   broken.folder = "/Volumes/broken/in/Fix.pkg";
   buildPackage(broken);
   _sandbox.remove(broken.deployFile("install.hotfix.xml"));
-  RunningProgram first = _sandbox.start({broken.folder, _destination});
-  ASSERT_TRUE(comesTrue([&] { return launches() == 1; }));
-  RunningProgram second = _sandbox.start({_package.folder, _destination});
 
-  EXPECT_TRUE(comesTrue([&] { return secondWaits(); }));
-  _sandbox.writeFile("/tmp/go", "");
+  const auto [first, second] = resultsAfterWaiting(broken.folder);
 
-  EXPECT_EQ(1, first.finish().status);
-  EXPECT_EQ(0, second.finish().status);
+  EXPECT_EQ(1, first.status);
+  EXPECT_EQ(0, second.status);
   EXPECT_EQ((ErrorRecord{0, {}}), errorRecord());
 }
 

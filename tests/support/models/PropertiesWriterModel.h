@@ -19,28 +19,38 @@ inline std::string fourDigits(unsigned unit) {
   return text;
 }
 
+// Whether the unit is written as its number, for a value and a key alike.
+inline bool isNumbered(unsigned unit) {
+  return unit < 0x20 || unit > 0x7E;
+}
+
+// The escape of a character that ends a key or begins a comment; any other as it is.
+inline std::string escapedCharacter(char character) {
+  switch (character) {
+    case '#':
+      return "\\#";
+    case '!':
+      return "\\!";
+    case '=':
+      return "\\=";
+    case ':':
+      return "\\:";
+    case '\\':
+      return "\\\\";
+    default:
+      return std::string(1, character);
+  }
+}
+
 inline std::string escapedKey(const std::string& key) {
   std::string escaped;
   for (const unsigned unit : unitsOf(key)) {
-    if (unit < 0x20 || unit > 0x7E) {
+    if (isNumbered(unit))
       escaped += "\\u" + fourDigits(unit);
-      continue;
-    }
-    const std::string character(1, static_cast<char>(unit));
-    if (character == " ")
+    else if (unit == ' ')
       escaped += "\\ ";
-    else if (character == "#")
-      escaped += "\\#";
-    else if (character == "!")
-      escaped += "\\!";
-    else if (character == "=")
-      escaped += "\\=";
-    else if (character == ":")
-      escaped += "\\:";
-    else if (character == "\\")
-      escaped += "\\\\";
     else
-      escaped += character;
+      escaped += escapedCharacter(static_cast<char>(unit));
   }
   return escaped;
 }
@@ -49,26 +59,13 @@ inline std::string escapedValue(const std::string& value) {
   const Units units = unitsOf(value);
   std::string escaped;
   for (std::size_t i = 0; i < units.size(); ++i) {
-    if (units[i] < 0x20 || units[i] > 0x7E) {
-      escaped += "\\u" + fourDigits(units[i]);
-      continue;
-    }
-    const std::string character(1, static_cast<char>(units[i]));
     const bool beforeU = i + 1 < units.size() && units[i + 1] == 'u';
-    if (character == "#")
-      escaped += "\\#";
-    else if (character == "!")
-      escaped += "\\!";
-    else if (character == "=")
-      escaped += "\\=";
-    else if (character == ":")
-      escaped += "\\:";
-    else if (character == "\\" && beforeU)
+    if (isNumbered(units[i]))
+      escaped += "\\u" + fourDigits(units[i]);
+    else if (units[i] == '\\' && beforeU)
       escaped += "\\";
-    else if (character == "\\")
-      escaped += "\\\\";
     else
-      escaped += character;
+      escaped += escapedCharacter(static_cast<char>(units[i]));
   }
   return escaped;
 }
