@@ -10,7 +10,8 @@ namespace installer::faults {
 
 namespace {
 
-constexpr const char* kReport = "/control/allocation";
+constexpr const char* kCount = "/control/allocations";
+constexpr const char* kPlace = "/control/allocation";
 
 std::vector<long> everyAllocation(const Learned& learned) {
   std::vector<long> points(static_cast<std::size_t>(learned.allocations));
@@ -33,20 +34,21 @@ Kind allocationKind() {
 }
 
 std::map<std::string, std::string> allocationVariables(long failing) {
-  return {{"LD_PRELOAD", World::kPreloaded},
+  return {{"LD_PRELOAD", test::kAllocationFaultInRoot},
           {"HOTFIX_FAIL_ALLOCATION", std::to_string(failing)},
-          {"HOTFIX_ALLOCATION_REPORT", kReport}};
+          {failing == 0 ? "HOTFIX_COUNT_ALLOCATIONS" : "HOTFIX_ALLOCATION_PLACE",
+           failing == 0 ? kCount : kPlace}};
 }
 
 long countedAllocations(const World& world) {
   long count = 0;
-  std::ifstream(world.host(kReport)) >> count;
+  std::ifstream(world.host(kCount)) >> count;
   return count;
 }
 
 std::string placeOfAllocation(const World& world) {
   const std::string own = std::string(test::kProgramInRoot) + "(+";
-  std::ifstream stream(world.host(kReport));
+  std::ifstream stream(world.host(kPlace));
   std::string place = "allocation at";
   for (std::string frame; std::getline(stream, frame);)
     if (frame.starts_with(own))

@@ -57,7 +57,6 @@ World::World(std::string root, const std::string& program) : _root(std::move(roo
   test::writeUserDatabase(_root, true);
   for (const std::string& folder : folders()) fs::create_directory(host(folder));
   const test::ChildFolder children(host("/control"));
-  fs::copy_file(HOTFIX_FAILING_ALLOCATION, host(kPreloaded));
   umask(0);
   test::mountRoot(_root, program);
   umask(022);

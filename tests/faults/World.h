@@ -19,9 +19,6 @@ class World {
   // The folders whose content belongs to a run; whatever else is below the root stays.
   static const std::vector<std::string>& folders();
 
-  // The library that lets allocations fail, as the program sees it.
-  static constexpr const char* kPreloaded = "/control/allocations.so";
-
   // To be made in a process that is the first of its process list; the folder is an empty one in
   // memory.
   World(std::string root, const std::string& program);

@@ -8,14 +8,9 @@ endif()
 file(GLOB fault_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/*.cpp)
 add_executable(fault-sweep ${fault_sources})
 target_link_libraries(fault-sweep PRIVATE hotfix_test_support)
-add_library(failing-allocation MODULE ${CMAKE_CURRENT_LIST_DIR}/preload/FailingAllocation.cpp)
-target_link_libraries(failing-allocation PRIVATE hotfix_warnings)
-target_compile_definitions(fault-sweep PRIVATE
-                           HOTFIX_FAILING_ALLOCATION="$<TARGET_FILE:failing-allocation>")
-add_dependencies(fault-sweep failing-allocation)
 # It looks at all files after each of many thousand runs.
 target_compile_options(fault-sweep PRIVATE -O2)
-add_dependencies(fault-sweep HotfixInstaller RecordedChild)
+add_dependencies(fault-sweep HotfixInstaller RecordedChild ${HOTFIX_PRELOAD_LIBRARIES})
 
 # Sanitizers and counters have calls and files of their own.
 if(HOTFIX_SANITIZE OR HOTFIX_COVERAGE)

@@ -5,7 +5,10 @@
 //   HOTFIX_FAIL_ALLOCATION=<n>     the n-th allocation fails (1 is the first), the others do not
 //   HOTFIX_FAIL_ALLOCATION=<n>+    the n-th fails and all that follow
 //   HOTFIX_COUNT_ALLOCATIONS=<file>  receives their number at the end of the process
+//   HOTFIX_ALLOCATION_PLACE=<file>   receives where the n-th was asked for: a frame a line, the
+//                                    innermost first; left alone when there were fewer
 #include <dlfcn.h>
+#include <execinfo.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -35,13 +38,25 @@ unsigned long counted = 0;
 unsigned long failing = 0;  // 0: none
 bool failsOn = false;       // whether all behind that one fail too
 char report[4096];
+char place[4096];
+
+void writePlace() {
+  isCounting = false;
+  void* frames[40];
+  const int file = open(place, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  backtrace_symbols_fd(frames, backtrace(frames, sizeof frames / sizeof *frames), file);
+  close(file);
+  isCounting = true;
+}
 
 bool fails() {
   if (!isCounting) return false;
   ++counted;
   const bool hit = failing != 0 && (counted == failing || (failsOn && counted > failing));
-  if (hit) errno = ENOMEM;
-  return hit;
+  if (!hit) return false;
+  if (counted == failing && place[0] != '\0') writePlace();
+  errno = ENOMEM;
+  return true;
 }
 
 void writeReport() {
@@ -60,12 +75,17 @@ void readOrders() {
   }
   if (const char* file = std::getenv("HOTFIX_COUNT_ALLOCATIONS"))
     std::snprintf(report, sizeof report, "%s", file);
-  for (const char* variable : {"LD_PRELOAD", "HOTFIX_FAIL_ALLOCATION", "HOTFIX_COUNT_ALLOCATIONS"})
+  if (const char* file = std::getenv("HOTFIX_ALLOCATION_PLACE"))
+    std::snprintf(place, sizeof place, "%s", file);
+  for (const char* variable : {"LD_PRELOAD", "HOTFIX_FAIL_ALLOCATION", "HOTFIX_COUNT_ALLOCATIONS",
+                               "HOTFIX_ALLOCATION_PLACE"})
     unsetenv(variable);
 }
 
 int countedMain(int count, char** arguments, char** environment) {
   readOrders();
+  void* frame = nullptr;
+  if (place[0] != '\0') (void)backtrace(&frame, 1);  // the first one allocates
   isCounting = true;
   const int status = theMain(count, arguments, environment);
   if (report[0] != '\0') writeReport();
