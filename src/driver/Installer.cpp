@@ -88,11 +88,10 @@ std::optional<InstanceLock> lockInstances() {
   return InstanceLock(*state._rcpHome, state._rcpHomeOfWorkflow.value_or(*state._rcpHome));
 }
 
-void waitForLaunchersLeftBehind() {
-  const RunState& state = runState();
-  waitForLauncherLeftBehind(*state._rcpHome);
-  if (state._rcpHomeOfWorkflow && state._rcpHomeOfWorkflow != state._rcpHome)
-    waitForLauncherLeftBehind(*state._rcpHomeOfWorkflow);
+void waitForLaunchersLeftBehind(const std::string& rcpHome) {
+  waitForLauncherLeftBehind(rcpHome);
+  const std::optional<std::string>& other = runState()._rcpHomeOfWorkflow;
+  if (other && other != rcpHome) waitForLauncherLeftBehind(*other);
 }
 
 bool installPackage(const std::vector<std::string>& arguments) {
@@ -113,7 +112,7 @@ bool installPackage(const std::vector<std::string>& arguments) {
   const std::optional<InstanceLock> lock = lockInstances();
   // The run that was waited for may have sent an error, which would stand beside our status.
   if (lock && lock->hasWaited()) InstallUtil::initInternalPasteboard(true);
-  if (rcpHome) waitForLaunchersLeftBehind();
+  if (rcpHome) waitForLaunchersLeftBehind(*rcpHome);
   removeLeftOverItems(rcpData);
   const std::optional<std::string> checked = rcpHomePassingChecks();
   const bool installed = checked && runSuccessPath(*checked, rcpData);

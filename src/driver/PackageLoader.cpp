@@ -3,7 +3,6 @@
 #include "driver/RunState.h"
 #include "hotfix/base/Path.h"
 #include "hotfix/formats/RegisterFile.h"
-#include "hotfix/platform/PropertyListFile.h"
 #include "platform/Exists.h"
 #include "platform/Log.h"
 #include "platform/Reported.h"
@@ -12,22 +11,17 @@ namespace installer {
 
 namespace {
 
-// The entries of hotfix.plist; nullopt, with one line, when there are none.
-std::optional<PropertyList::Dictionary> readProperties() {
-  const RunState& state = runState();
-  if (!exists(state._pathToInstallPackage)) {
-    log(LogLevel::error, "There is no install package at {}.", state._pathToInstallPackage);
-    return std::nullopt;
+void tellLack(HotfixPackage::Lack lack, const std::string& package) {
+  const std::string file = HotfixPackage::propertiesFile(package);
+  switch (lack) {
+    case HotfixPackage::Lack::package:
+      return log(LogLevel::error, "There is no install package at {}.", package);
+    case HotfixPackage::Lack::description:
+      return log(LogLevel::error, "There is no hotfix description at {}.", file);
+    case HotfixPackage::Lack::propertyList:
+      return log(LogLevel::error, "The hotfix description {} can not be read as a property list.",
+                 file);
   }
-  const std::string file = HotfixPackage::propertiesFile(state._pathToInstallPackage);
-  if (!exists(file)) {
-    log(LogLevel::error, "There is no hotfix description at {}.", file);
-    return std::nullopt;
-  }
-  std::optional<PropertyList::Dictionary> properties = PropertyList::readDictionary(file);
-  if (!properties)
-    log(LogLevel::error, "The hotfix description {} can not be read as a property list.", file);
-  return properties;
 }
 
 }  // namespace
@@ -46,9 +40,10 @@ std::optional<std::string> resolveBundle() {
 }
 
 void loadPackage() {
-  const std::optional<PropertyList::Dictionary> properties = readProperties();
-  if (!properties) return;
   RunState& state = runState();
+  HotfixPackage::Lack lack{};
+  const auto properties = HotfixPackage::properties(state._pathToInstallPackage, &lack);
+  if (!properties) return tellLack(lack, state._pathToInstallPackage);
   state._package = HotfixPackage::describedBy(*properties);
   const std::optional<std::string> bundle = resolveBundle();
   if (!bundle) {

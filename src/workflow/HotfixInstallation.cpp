@@ -12,7 +12,7 @@
 namespace installer {
 
 HotfixInstallation::HotfixInstallation(const std::string& pathToInstallPackage,
-                                       const HotfixPackage& preference,
+                                       const ResolvedPackage& preference,
                                        const std::string& pathToRcpHome,
                                        const std::string& pathToRcpData)
     : _pathToInstallPackage(pathToInstallPackage),

@@ -13,7 +13,7 @@ class HotfixInstallation {
  public:
   // `preference` is the package's description, resolved for the package. Makes the instance's
   // service, with its lines.
-  HotfixInstallation(const std::string& pathToInstallPackage, const HotfixPackage& preference,
+  HotfixInstallation(const std::string& pathToInstallPackage, const ResolvedPackage& preference,
                      const std::string& pathToRcpHome, const std::string& pathToRcpData);
 
   // Brings the package's install manifest into the instance; false when it could not be copied.
@@ -39,7 +39,7 @@ class HotfixInstallation {
   std::string _pathToInstallPackage;
   std::string _pathToRcpHome;
   std::string _pathToRcpData;
-  HotfixPackage _preference;
+  ResolvedPackage _preference;
   InstanceService _service;
 };
 

@@ -41,22 +41,15 @@ void initializeDefaultValues(Dictionary& properties) {
   withDefault(properties, kExtras, path::appendingComponent(folder, "extras"));
 }
 
-// The entries of a description that has its defaults.
-HotfixPackage typed(const Dictionary& properties) {
+// Of a description that has its defaults.
+ResolvedPackage::Locations locationsIn(const Dictionary& properties) {
   const auto location = [&](const char* key) { return textForKey(properties, key).value_or(""); };
-  HotfixPackage package;
-  package.bundleName = textForKey(properties, "bundleName");
-  package.frameworkPath = textForKey(properties, "frameworkPath");
-  package.version = textForKey(properties, "version");
-  package.allowMultiInstance = PropertyList::booleanForKey(properties, "allowMultiInstance");
-  package.skipRunningCheck = textForKey(properties, "SKIPRUNNINGCHECK") == "true";
-  package.locations = {.installManifest = location(kInstallManifest),
-                       .uninstallManifest = location(kUninstallManifest),
-                       .customization = location(kCustomization),
-                       .updateSites = location(kUpdateSites),
-                       .keyStores = location(kKeyStores),
-                       .extras = location(kExtras)};
-  return package;
+  return {.installManifest = location(kInstallManifest),
+          .uninstallManifest = location(kUninstallManifest),
+          .customization = location(kCustomization),
+          .updateSites = location(kUpdateSites),
+          .keyStores = location(kKeyStores),
+          .extras = location(kExtras)};
 }
 
 }  // namespace
@@ -84,25 +77,39 @@ std::optional<std::string> HotfixPackage::rcpHomeBelow(const std::string& folder
 }
 
 HotfixPackage HotfixPackage::describedBy(const Dictionary& properties) {
-  Dictionary complete = properties;
-  initializeDefaultValues(complete);
-  return typed(complete);
+  HotfixPackage package;
+  package.bundleName = textForKey(properties, "bundleName");
+  package.frameworkPath = textForKey(properties, "frameworkPath");
+  package.version = textForKey(properties, "version");
+  package.allowMultiInstance = PropertyList::booleanForKey(properties, "allowMultiInstance");
+  package.skipRunningCheck = textForKey(properties, "SKIPRUNNINGCHECK") == "true";
+  return package;
 }
 
-HotfixPackage HotfixPackage::resolvedFor(const std::string& package, const Dictionary& properties) {
+ResolvedPackage HotfixPackage::resolvedFor(const std::string& package,
+                                           const Dictionary& properties) {
   Dictionary complete = properties;
   initializeDefaultValues(complete);
   InstallUtil::replacePackageVariableWith(package, complete);
-  return typed(complete);
+  return {describedBy(complete), locationsIn(complete)};
 }
 
 std::string HotfixPackage::propertiesFile(const std::string& package) {
   return path::appendingComponent(package, "Contents/Resources/hotfix.plist");
 }
 
-std::optional<Dictionary> HotfixPackage::properties(const std::optional<std::string>& package) {
-  if (!package || !exists(*package)) return std::nullopt;
-  return PropertyList::readDictionary(propertiesFile(*package));
+std::optional<Dictionary> HotfixPackage::properties(const std::optional<std::string>& package,
+                                                    Lack* lack) {
+  const auto without = [&](Lack reason) {
+    if (lack != nullptr) *lack = reason;
+    return std::nullopt;
+  };
+  if (!exists(package)) return without(Lack::package);
+  const std::string file = propertiesFile(*package);
+  if (!exists(file)) return without(Lack::description);
+  std::optional<Dictionary> entries = PropertyList::readDictionary(file);
+  if (!entries) return without(Lack::propertyList);
+  return entries;
 }
 
 }  // namespace installer

@@ -199,7 +199,8 @@ TEST(FilesAndCodesTest, DefaultPlacesOfThePackageAreThoseOfTheWorkflow) {
     documented.insert(value);
   }
 
-  const HotfixPackage::Locations defaults = HotfixPackage::describedBy({}).locations;
+  const ResolvedPackage::Locations defaults =
+      HotfixPackage::resolvedFor("${package}", {}).locations;
   EXPECT_THAT(documented, UnorderedElementsAre(defaults.installManifest, defaults.uninstallManifest,
                                                defaults.customization, defaults.updateSites));
 }

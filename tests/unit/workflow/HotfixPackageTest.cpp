@@ -14,6 +14,10 @@ HotfixPackage described(const Dictionary& properties) {
   return HotfixPackage::describedBy(properties);
 }
 
+ResolvedPackage::Locations locationsOf(const Dictionary& properties) {
+  return HotfixPackage::resolvedFor("${package}", properties).locations;
+}
+
 TEST(HotfixPackageTest, EmptyDescriptionTellsNothing) {
   const HotfixPackage package = described({});
 
@@ -79,7 +83,7 @@ TEST(HotfixPackageTest, HomeBelowAFolderNeedsBothNames) {
 
 TEST(HotfixPackageTest, LocationsHaveDefaults) {
   proves("PACKAGE-5", "PACKAGE-6");
-  const auto expectDefaults = [](const HotfixPackage::Locations& locations) {
+  const auto expectDefaults = [](const ResolvedPackage::Locations& locations) {
     EXPECT_EQ(locations.installManifest, "${package}/../deploy/install.hotfix.xml");
     EXPECT_EQ(locations.uninstallManifest, "${package}/../deploy/uninstall.hotfix.xml");
     EXPECT_EQ(locations.customization, "${package}/../deploy/plugin_customization.ini");
@@ -95,19 +99,18 @@ TEST(HotfixPackageTest, LocationsHaveDefaults) {
     return properties;
   };
 
-  expectDefaults(described({}).locations);
-  expectDefaults(described(all("")).locations);
-  expectDefaults(described(all(5)).locations);
+  expectDefaults(locationsOf({}));
+  expectDefaults(locationsOf(all("")));
+  expectDefaults(locationsOf(all(5)));
 }
 
 TEST(HotfixPackageTest, LocationsOfTheDescriptionAreTaken) {
-  const HotfixPackage::Locations locations = described({{"pathToHotfixManifest", "m"},
-                                                        {"pathToHotfixUninstallManifest", "u"},
-                                                        {"pathToPluginCustomization", "c"},
-                                                        {"updateSiteList", "s"},
-                                                        {"keystore", "k"},
-                                                        {"extras", "e"}})
-                                                 .locations;
+  const ResolvedPackage::Locations locations = locationsOf({{"pathToHotfixManifest", "m"},
+                                                            {"pathToHotfixUninstallManifest", "u"},
+                                                            {"pathToPluginCustomization", "c"},
+                                                            {"updateSiteList", "s"},
+                                                            {"keystore", "k"},
+                                                            {"extras", "e"}});
 
   EXPECT_EQ(locations.installManifest, "m");
   EXPECT_EQ(locations.uninstallManifest, "u");
@@ -119,7 +122,7 @@ TEST(HotfixPackageTest, LocationsOfTheDescriptionAreTaken) {
 
 TEST(HotfixPackageTest, ResolvedTextsHoldThePackagesPath) {
   proves("PACKAGE-8");
-  const HotfixPackage package =
+  const ResolvedPackage package =
       HotfixPackage::resolvedFor("/HF.pkg", {{"bundleName", "${package}"},
                                              {"frameworkPath", "f${package}"},
                                              {"version", "${package}2"},
@@ -134,7 +137,7 @@ TEST(HotfixPackageTest, ResolvedTextsHoldThePackagesPath) {
 }
 
 TEST(HotfixPackageTest, DefaultsFollowTheManifestBeforeItIsResolved) {
-  const HotfixPackage package =
+  const ResolvedPackage package =
       HotfixPackage::resolvedFor("/HF/HF.pkg", {{"pathToHotfixManifest", "${package}"}});
 
   EXPECT_EQ(package.locations.installManifest, "/HF/HF.pkg");
@@ -151,6 +154,25 @@ TEST(HotfixPackageTest, EntriesNeedAPackageAndAList) {
   EXPECT_EQ(HotfixPackage::properties(sandbox.path("empty")), std::nullopt);
   EXPECT_EQ(HotfixPackage::properties(sandbox.path("none")), std::nullopt);
   EXPECT_EQ(HotfixPackage::properties(std::nullopt), std::nullopt);
+}
+
+TEST(HotfixPackageTest, EntriesThatAreLackingAreToldApart) {
+  using Lack = HotfixPackage::Lack;
+  Sandbox sandbox;
+  sandbox.makeFolder("empty");
+  sandbox.write("none.pkg/Contents/Resources/hotfix.plist", "no list");
+  const std::vector<std::pair<std::optional<std::string>, Lack>> lacking = {
+      {std::nullopt, Lack::package},
+      {sandbox.path("none"), Lack::package},
+      {sandbox.path("empty"), Lack::description},
+      {sandbox.path("none.pkg"), Lack::propertyList}};
+  for (const auto& [package, expected] : lacking) {
+    Lack lack = expected == Lack::package ? Lack::description : Lack::package;
+
+    EXPECT_EQ(HotfixPackage::properties(package, &lack), std::nullopt);
+
+    EXPECT_EQ(lack, expected) << package.value_or("none at all");
+  }
 }
 
 }  // namespace
