@@ -9,5 +9,20 @@ if(NOT HOTFIX_SYSTEM)
   message(FATAL_ERROR "There is no platform folder for ${CMAKE_SYSTEM_NAME}; see docs/porting.md.")
 endif()
 
+# What the build asks of a system besides its folder: whether its sources are Objective-C++ too,
+# which frameworks the library needs, whether its linker takes a version script, and whether the
+# tests of the whole program run there: they need mount namespaces and look into /proc.
+set(HOTFIX_OBJECTIVE_C OFF)
+set(HOTFIX_FRAMEWORKS "")
+set(HOTFIX_VERSION_SCRIPT ON)
+set(HOTFIX_NAMESPACES OFF)
+if(HOTFIX_SYSTEM STREQUAL "linux")
+  set(HOTFIX_NAMESPACES ON)
+elseif(HOTFIX_SYSTEM STREQUAL "macos")
+  set(HOTFIX_OBJECTIVE_C ON)
+  set(HOTFIX_FRAMEWORKS "-framework AppKit" "-framework CoreFoundation")
+  set(HOTFIX_VERSION_SCRIPT OFF)
+endif()
+
 # The folders below platform/ that this system's build takes its sources and tests from.
 set(HOTFIX_PLATFORM_FOLDERS files posix ${HOTFIX_SYSTEM})

@@ -105,10 +105,11 @@ class SystemListTest(unittest.TestCase):
 
     # A new system is named in the list and gets its folders: nothing else of the build, and no
     # script, names one.
-    def testTheFoldersAreNamedInTheListOnly(self):
-        named = re.compile(r"\b(" + "|".join(SYSTEMS.values()) + r")\b")
+    def testTheSystemsAreNamedInTheListOnly(self):
+        words = [*SYSTEMS, *SYSTEMS.values(), "APPLE", "LINUX", "UNIX", "CMAKE_SYSTEM_NAME"]
+        named = re.compile(r"\b(" + "|".join(words) + r")\b")
         files = [ROOT / "CMakeLists.txt", ROOT / "CMakePresets.json", *ROOT.glob("*/CMakeLists.txt"),
-                 *ROOT.glob("*/*.cmake"), *(path for path in (ROOT / "scripts").iterdir()
+                 *ROOT.glob("*/*/CMakeLists.txt"), *ROOT.glob("*/*.cmake"), *ROOT.glob("*/*/*.cmake"), *(path for path in (ROOT / "scripts").iterdir()
                                             if path.is_file())]
         self.assertGreater(len(files), 30)
 
