@@ -24,6 +24,25 @@ std::optional<std::string> javaHome() {
   return hostJavaHome();
 }
 
+// The same for the collection; nullopt with a line that tells it.
+std::optional<std::string> javaFor(const std::string& action, const std::string& product) {
+  std::optional<std::string> java = javaHome();
+  if (!java)
+    log(LogLevel::notice,
+        "Can't find java home, skip log collection for the {} operaton of {} project.", action,
+        product);
+  return java;
+}
+
+// False with a line that tells it.
+bool hasTool(const std::optional<std::string>& rcpHome) {
+  log(LogLevel::info, "_pathToRcphome is {}.", orNull(rcpHome));
+  if (rcpHome && exists(InstanceLayout::logCollectionTool(*rcpHome))) return true;
+  log(LogLevel::info, "No log files are gathered as there is no collectionutility.jar under {}. ",
+      orNull(rcpHome));
+  return false;
+}
+
 }  // namespace
 
 std::string InstanceService::getAddonLogFile(const std::optional<std::string>& addon,
@@ -47,19 +66,8 @@ void InstanceService::collectLogFiles(const std::optional<std::string>& productN
   log(LogLevel::notice,
       "Begin to call collection utility to gather log files for the {} operaton of {} project.",
       action, product);
-  const std::optional<std::string> java = javaHome();
-  if (!java) {
-    log(LogLevel::notice,
-        "Can't find java home, skip log collection for the {} operaton of {} project.", action,
-        product);
-    return;
-  }
-  log(LogLevel::info, "_pathToRcphome is {}.", orNull(_pathToRcphome));
-  if (!_pathToRcphome || !exists(InstanceLayout::logCollectionTool(*_pathToRcphome))) {
-    log(LogLevel::info, "No log files are gathered as there is no collectionutility.jar under {}. ",
-        orNull(_pathToRcphome));
-    return;
-  }
+  const std::optional<std::string> java = javaFor(action, product);
+  if (!java || !hasTool(_pathToRcphome)) return;
   const std::optional<std::string> installed = getInstalledTargetVersion();
   const std::string version = installed ? *installed : InstallUtil::generateNewManifestVersion();
   log(LogLevel::info, "productVersion is {}.", version);

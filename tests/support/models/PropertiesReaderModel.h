@@ -61,50 +61,55 @@ inline std::string widened(const std::string& latin1) {
   return text;
 }
 
-inline Entries readProperties(const std::string& text) {
-  Entries entries;
+// What one line leaves to the next.
+struct Reading {
   bool continuation = false;
   bool inValue = false;
   bool optionLine = false;
-  bool beforeSeparator = false;
+};
 
+// The key and the value that a line holds.
+inline std::pair<std::string, std::string> readLine(const std::string& line, Reading& reading) {
+  std::string key = "";
+  std::string value = "";
+  bool beforeSeparator = true;
+  for (std::size_t i = 0; i < line.length(); ++i) {
+    const std::string here = line.substr(i, 1);
+    const std::string next = line.substr(i + 1, 1);
+    const std::string previous = i == 0 ? "" : line.substr(i - 1, 1);
+    const bool separator = here == "=" || here == ":" || here == " " || here == "\t";
+
+    if (here == "\\" && next == "" && previous == " ") {
+      reading.continuation = true;
+    } else if (here == "\\" && (next == ":" || next == "\\" || next == "#" || next == " " ||
+                                next == "=" || next == "!")) {
+      // dropped
+    } else if (here == "\n") {
+      // dropped
+    } else if (separator && beforeSeparator) {
+      reading.inValue = true;
+      if (reading.optionLine) value += here;
+    } else if (reading.inValue) {
+      value += here;
+      reading.continuation = false;
+      beforeSeparator = false;
+    } else {
+      key += here;
+    }
+  }
+  return {key, value};
+}
+
+inline Entries readProperties(const std::string& text) {
+  Entries entries;
+  Reading reading;
   for (const std::string& whole : linesOf(text)) {
     const std::string line = withoutBlanksAround(whole);
-    std::string key = "";
-    std::string value = "";
-    inValue = inValue && continuation;
-
+    reading.inValue = reading.inValue && reading.continuation;
     if (line.substr(0, 1) == "#") continue;
-
-    if (line.length() >= 2 && !continuation) optionLine = line.substr(0, 2) == "-X";
-
-    beforeSeparator = true;
-    for (std::size_t i = 0; i < line.length(); ++i) {
-      const std::string here = line.substr(i, 1);
-      const std::string next = line.substr(i + 1, 1);
-      const std::string previous = i == 0 ? "" : line.substr(i - 1, 1);
-      const bool separator = here == "=" || here == ":" || here == " " || here == "\t";
-
-      if (here == "\\" && next == "" && previous == " ") {
-        continuation = true;
-      } else if (here == "\\" && (next == ":" || next == "\\" || next == "#" || next == " " ||
-                                  next == "=" || next == "!")) {
-        // dropped
-      } else if (here == "\n") {
-        // dropped
-      } else if (separator && beforeSeparator) {
-        inValue = true;
-        if (optionLine) value += here;
-      } else if (inValue) {
-        value += here;
-        continuation = false;
-        beforeSeparator = false;
-      } else {
-        key += here;
-      }
-    }
-
-    if (!continuation) store(entries, widened(key), widened(value));
+    if (line.length() >= 2 && !reading.continuation) reading.optionLine = line.substr(0, 2) == "-X";
+    const auto [key, value] = readLine(line, reading);
+    if (!reading.continuation) store(entries, widened(key), widened(value));
   }
   return entries;
 }
