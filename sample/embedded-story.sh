@@ -5,16 +5,9 @@
 
 hotfix() { sample/make-hotfix --version "$1" "${@:3}" "$stage/$2"; }
 
-tellStory() {
-  local first second broken third
-  app=$(sample/make-instance --programs build/release/sample "$stage/Applications")
-  rcpHome=$app/Contents/MacOS/rcp
-  launcherLog=$rcpHome/launcher.log
-  first=$(hotfix 6.2.3.1 hotfix-1)
-  second=$(hotfix 6.2.3.2 hotfix-2 --layout flat)
-  broken=$(hotfix 6.2.3.3 hotfix-3-broken --without-feature)
-  third=$(hotfix 6.2.3.3 hotfix-3)
+# The parts tell of the packages and the instance that tellStory makes.
 
+tellOfUpgrades() {
   step "A hotfix is installed" \
     "Manifests, settings, key stores and extras arrive; the launcher adds the feature." \
     "All key stores of the instance go before the package's are copied, the product's own" \
@@ -41,7 +34,9 @@ tellStory() {
   expectHotfix 6.2.3.2
   askApplication
   expectApplicationSays "hotfix 6.2.3.2 is active"
+}
 
+tellOfRefusals() {
   step "A lower one is refused" \
     "Code 7 and the marker file; the instance is cleaned up and keeps its hotfix."
   runInstaller 1 7 "$first" "$stage/Applications"
@@ -56,7 +51,9 @@ tellStory() {
   endApplication
   expectHotfix 6.2.3.2
   expectMarker yes
+}
 
+tellOfAFailure() {
   step "Provisioning fails" \
     "The site lacks the feature. The old hotfix is gone by then, the application still runs." \
     "No check failed, hence code 0 and no marker file: the status tells that it failed, and the" \
@@ -73,4 +70,19 @@ tellStory() {
   expectHotfix 6.2.3.3
   askApplication
   expectApplicationSays "hotfix 6.2.3.3 is active"
+}
+
+tellStory() {
+  local first second broken third
+  app=$(sample/make-instance --programs build/release/sample "$stage/Applications")
+  rcpHome=$app/Contents/MacOS/rcp
+  launcherLog=$rcpHome/launcher.log
+  first=$(hotfix 6.2.3.1 hotfix-1)
+  second=$(hotfix 6.2.3.2 hotfix-2 --layout flat)
+  broken=$(hotfix 6.2.3.3 hotfix-3-broken --without-feature)
+  third=$(hotfix 6.2.3.3 hotfix-3)
+
+  tellOfUpgrades
+  tellOfRefusals
+  tellOfAFailure
 }

@@ -109,19 +109,9 @@ endClient() {
   children=()
 }
 
-tellStory() {
-  local first second hollow last
-  export PATH
-  echo "Assembling a platform from Debian's packages ..."
-  PATH=$(. "$equinox/common.sh" && "$equinox/packages" >/dev/null && findJavaHome)/bin:$PATH
-  app=$("$equinox/assemble" "$stage/Applications")
-  rcpHome=$app/Contents/MacOS/rcp
-  launcherLog=$rcpHome/rcplauncher.log
-  first=$(realHotfix hotfix-1 6.2.3.1)
-  second=$(realHotfix hotfix-2 --layout flat 6.2.3.2)
-  hollow=$(realHotfix hotfix-3 --without-artifacts 6.2.3.3)
-  last=$(realHotfix hotfix-4 --withdraw 6.2.3.4)
+# The parts tell of the packages and the platform that tellStory makes.
 
+tellOfUpgrades() {
   step "The platform before anything is installed"
   askPlatform
   expectNoPatch
@@ -141,7 +131,9 @@ tellStory() {
   runOnPlatform 0 0 "$second" "$stage/Applications"
   askPlatform
   expectPatch 6.2.3.2
+}
 
+tellOfRefusalAndFailure() {
   step "A running client is not touched" "Code 6 and the marker file."
   startClient
   runOnPlatform 1 6 "$first" "$stage/Applications"
@@ -156,7 +148,9 @@ tellStory() {
   expectMarker no
   askPlatform
   expectNoPatch
+}
 
+tellOfRemoval() {
   step "A hotfix is on the instance again"
   runOnPlatform 0 0 "$second" "$stage/Applications"
   askPlatform
@@ -167,4 +161,22 @@ tellStory() {
   runOnPlatform 0 0 "$last" "$stage/Applications"
   askPlatform
   expectNoPatch
+}
+
+tellStory() {
+  local first second hollow last
+  export PATH
+  echo "Assembling a platform from Debian's packages ..."
+  PATH=$(. "$equinox/common.sh" && "$equinox/packages" >/dev/null && findJavaHome)/bin:$PATH
+  app=$("$equinox/assemble" "$stage/Applications")
+  rcpHome=$app/Contents/MacOS/rcp
+  launcherLog=$rcpHome/rcplauncher.log
+  first=$(realHotfix hotfix-1 6.2.3.1)
+  second=$(realHotfix hotfix-2 --layout flat 6.2.3.2)
+  hollow=$(realHotfix hotfix-3 --without-artifacts 6.2.3.3)
+  last=$(realHotfix hotfix-4 --withdraw 6.2.3.4)
+
+  tellOfUpgrades
+  tellOfRefusalAndFailure
+  tellOfRemoval
 }
