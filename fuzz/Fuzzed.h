@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,10 @@ namespace installer::fuzz {
 // Defined by the fuzzer: tries an input of any bytes. It is watched meanwhile: see Fuzzed.cpp for
 // the memory and the time that it may take.
 void tryInput(std::string_view input);
+
+// From now on an input may take `first` bytes and `forEach` for each of its own, instead of what
+// Fuzzed.cpp has for all.
+void allowMemory(std::size_t first, std::size_t forEach);
 
 // The rest of this input may take any memory, up to the fuzzer's own limit: each level of a folder
 // takes more than its name.
