@@ -93,8 +93,8 @@ int saveOptions(const xmlDoc& document) {
   return document.standalone == kNoDeclaration ? XML_SAVE_NO_DECL : 0;
 }
 
-// A character of a namespace's name as an attribute's value tells it. The library itself sees to
-// quotation marks, and leaves references and ampersands as they are to be written.
+// A character as an attribute's value tells it. The library itself sees to quotation marks, and
+// leaves references and ampersands as they are to be written.
 std::string escaped(char character) {
   switch (character) {
     case '<':
@@ -110,12 +110,18 @@ std::string escaped(char character) {
   }
 }
 
+// Empty for none.
+std::string escaped(const xmlChar* value) {
+  std::string text;
+  for (const xmlChar* at = value; at != nullptr && *at != 0; ++at)
+    text += escaped(static_cast<char>(*at));
+  return text;
+}
+
 // The library writes the names of namespaces as they are. Nothing else asks for them: names of
 // elements and attributes count as they are written.
 void escapeName(xmlNs& space) {
-  std::string name;
-  for (const xmlChar* at = space.href; at != nullptr && *at != 0; ++at)
-    name += escaped(static_cast<char>(*at));
+  const std::string name = escaped(space.href);
   if (xmlStrEqual(space.href, BAD_CAST name.c_str()) != 0) return;
   xmlFree(const_cast<xmlChar*>(space.href));
   space.href = xmlCharStrdup(name.c_str());
@@ -171,11 +177,15 @@ class Building {
     });
   }
 
-  // Each walks along all those of its element that came before.
+  // Each walks along all those of its element that came before. The library writes default values
+  // as they are, too.
   static void attributeDeclaration(void* context, const xmlChar* element, const xmlChar* name,
                                    int type, int kind, const xmlChar* value,
                                    xmlEnumeration* choices) {
-    xmlSAX2AttributeDecl(context, element, name, type, kind, value, choices);
+    std::string text;
+    Parser::guarded(context, [&] { text = escaped(value); });
+    const xmlChar* const kept = value == nullptr ? nullptr : BAD_CAST text.c_str();
+    xmlSAX2AttributeDecl(context, element, name, type, kind, kept, choices);
     count(context, 1);
     if (++of(context)._declaredAttributes > kMaximumDeclaredAttributes) Parser::refuse(context);
   }

@@ -454,6 +454,18 @@ TEST_F(InstallManifestTest, NamesOfNamespacesSurvive) {
   EXPECT_EQ(reformatted("<m xmlns='&amp;\"'/>"), "<m xmlns='&#38;\"'/>\n");
 }
 
+TEST_F(InstallManifestTest, DeclaredDefaultsSurvive) {
+  proves("DOCUMENT-8", "DOCUMENT-12");
+  const std::string document =
+      "<!DOCTYPE m [\n<!ENTITY who \"you\">\n"
+      "<!ATTLIST m a CDATA \"&who;/&#10;a&#9;b&#13;&lt;c&#38;\" b CDATA #IMPLIED>\n]>\n<m/>\n";
+
+  const std::string once = reformatted(document);
+
+  EXPECT_THAT(once, HasSubstr("&who;/&#10;a&#9;b&#13;&lt;c&#38;"));
+  EXPECT_EQ(reformatted(once), once);
+}
+
 TEST_F(InstallManifestTest, DocumentWithoutDeclarationGetsNone) {
   proves("DOCUMENT-8");
   EXPECT_EQ(reformatted("<m>\u00E9</m>"), "<m>\u00E9</m>\n");
