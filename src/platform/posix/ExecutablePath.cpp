@@ -16,7 +16,7 @@ std::optional<std::string> resolved(const std::string& path) {
   const std::unique_ptr<char, void (*)(void*)> found(realpath(path.c_str(), nullptr), std::free);
   if (!found) checkMemory(errno);
   if (!found) return std::nullopt;
-  return found.get();
+  return std::string(found.get());
 }
 
 std::string resolvedOrSame(const std::string& path) {
