@@ -14,18 +14,13 @@ namespace {
 constexpr mode_t kDefaultMode = 0777;
 constexpr mode_t kPrivateMode = 0700;
 
-bool isThere(HeldFolders& folders, const std::string& path) {
-  const auto status = folders.item(path).status();
-  return status && S_ISDIR(status->st_mode);
-}
-
 int makeFolderUnlessThere(HeldFolders& folders, FileChanges& changes, const std::string& path) {
-  if (isThere(folders, path)) return 0;
+  if (isFolder(folders.item(path).status())) return 0;
   const Place place = folders.place(path);
   if (!place.usable()) return place.error;
   const int error = changes.makeFolder(place.folder.get(), place.name, kDefaultMode);
   // Somebody else may have made it in between.
-  return error == EEXIST && isThere(folders, path) ? 0 : error;
+  return error == EEXIST && isFolder(folders.item(path).status()) ? 0 : error;
 }
 
 // Who may write into the folder above can have put another folder in the place of the new one.

@@ -37,11 +37,6 @@ Place behindLinks(FoundEntry entry, const LinkJudge& mayFollow) {
   return openPlaceBehindLinks(std::move(entry.opened), entry.name, mayFollow);
 }
 
-bool isLink(const FoundEntry& entry) {
-  const auto status = entry.error == 0 ? entry.status() : std::nullopt;
-  return status && S_ISLNK(status->st_mode);
-}
-
 }  // namespace
 
 FoundEntry foundAt(Place place) {
@@ -121,7 +116,7 @@ void HeldFolders::openAnew(HeldFolder& held) {
   const auto status = folder.valid() ? statusOf(folder) : std::nullopt;
   held.error = status ? (S_ISDIR(status->st_mode) ? 0 : ENOTDIR) : errno;
   if (held.error != 0) return;
-  const bool isNamed = isLink(entry(held.path));
+  const bool isNamed = isLink(entry(held.path).status());
   if (!isNamed) held.links.clear();
   held.mayEnter = !isNamed || strangers.empty();
   strangers.erase(status->st_uid);
@@ -181,7 +176,7 @@ FoundEntry HeldFolders::itemBelow(const Below& below, const std::string& path) {
   if (!open(*below.held)) return notFound(below.held->error);
   if (below.rest.empty()) return foundAt({openBeneath(*below.held, "."), ".", 0});
   FoundEntry found = foundAt(placeBelow(below));
-  if (isLink(found)) {
+  if (isLink(found.status())) {
     Place place = behindLinks(std::move(found), [](const struct stat&) { return true; });
     if (place.usable() && !isInHeldFolder(place)) return notFound(EPERM);
     found = foundAt(std::move(place));
@@ -229,7 +224,7 @@ Descriptor HeldFolders::openNamedFolder(const std::string& path, std::set<FileId
     return openBeneath(*below->held, ".");
   }
   FoundEntry named = entry(path);
-  if (!isLink(named)) return named.openFolder();
+  if (!isLink(named.status())) return named.openFolder();
   const Place place = behindLinks(std::move(named), [&](const struct stat& link) {
     if (isTrusted(link)) links.insert(identityOf(link));
     return isTrusted(link);

@@ -54,7 +54,7 @@ class LinkWalk {
     if (const int error = hold(_item, syscalls::openItem(_folder.get(), _name.c_str())))
       return error;
     const auto status = statusOf(_item);
-    return status && S_ISLNK(status->st_mode) ? follow(*status) : 0;
+    return isLink(status) ? follow(*status) : 0;
   }
 
   int follow(const struct stat& link) {

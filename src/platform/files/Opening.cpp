@@ -97,9 +97,16 @@ std::optional<struct stat> statusOf(const Descriptor& file) {
   return status;
 }
 
-bool isFolder(int folder, const std::string& name) {
-  const auto status = statusOf(folder, name);
+bool isFolder(const std::optional<struct stat>& status) {
   return status && S_ISDIR(status->st_mode);
+}
+
+bool isLink(const std::optional<struct stat>& status) {
+  return status && S_ISLNK(status->st_mode);
+}
+
+bool isFolder(int folder, const std::string& name) {
+  return isFolder(statusOf(folder, name));
 }
 
 }  // namespace installer

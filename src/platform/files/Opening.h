@@ -49,6 +49,10 @@ Descriptor openRegularFileFollowingLinks(int folder, const std::string& name);
 // An invalid descriptor leaves errno as its opening set it.
 [[nodiscard]] std::optional<struct stat> statusOf(const Descriptor& file);
 
+// Whether what has this status is a folder, or a link; false for what has none.
+bool isFolder(const std::optional<struct stat>& status);
+bool isLink(const std::optional<struct stat>& status);
+
 // Whether the entry itself is a folder; a link to one is none.
 bool isFolder(int folder, const std::string& name);
 

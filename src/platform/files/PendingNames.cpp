@@ -79,7 +79,7 @@ int PendingNames::replace(const Waiting& copy) {
   const int folder = copy.folder->get();
   const auto old = statusOf(folder, copy.name);
   const auto fresh = statusOf(folder, copy.temporary.name());
-  const bool hasFolder = (old && S_ISDIR(old->st_mode)) || (fresh && S_ISDIR(fresh->st_mode));
+  const bool hasFolder = isFolder(old) || isFolder(fresh);
   if (old && hasFolder) (void)removeEntry(_changes, folder, copy.name);  // the rename will tell
   return _changes.rename(folder, copy.temporary.name(), copy.name);
 }

@@ -84,8 +84,7 @@ bool PosixFileManager::exists(const std::string& path, FileError* error) {
 }
 
 bool PosixFileManager::isDirectory(const std::string& path) {
-  const auto status = _folders.glimpse(path).status();
-  return status && S_ISDIR(status->st_mode);
+  return isFolder(_folders.glimpse(path).status());
 }
 
 std::optional<uid_t> PosixFileManager::owner(const std::string& path) {
@@ -141,8 +140,7 @@ bool PosixFileManager::copy(const CopySource& from, const std::string& to, Exist
 bool PosixFileManager::hasContent(const CopySource& source) {
   if (!source.within || !isUsablePath(source.path)) return true;
   const auto status = _folders.entry(source.path).status();
-  return !status || !S_ISLNK(status->st_mode) ||
-         openLinkedContent(_folders, source.path, *source.within).usable();
+  return !isLink(status) || openLinkedContent(_folders, source.path, *source.within).usable();
 }
 
 void PosixFileManager::merge(const std::string& from, const std::string& to,

@@ -29,7 +29,7 @@ std::optional<FileError> SingleCopy::run() {
 void SingleCopy::findSource() {
   _source = _folders.entry(_from.path);
   const auto status = _source.status();
-  if (!_from.within || !status || !S_ISLNK(status->st_mode)) return;
+  if (!_from.within || !isLink(status)) return;
   _source = foundAt(openLinkedContent(_folders, _from.path, *_from.within));
   _isBehindLink = true;
 }

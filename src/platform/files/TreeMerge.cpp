@@ -10,10 +10,6 @@ namespace installer {
 
 namespace {
 
-bool isLink(const struct stat& status) {
-  return S_ISLNK(status.st_mode);
-}
-
 OpenFolder share(Descriptor folder) {
   return std::make_shared<const Descriptor>(std::move(folder));
 }
@@ -41,7 +37,7 @@ void TreeMerge::mergeSubfolder(const Entry& source, const std::string& name, Des
   const auto old = statusOf(destination->get(), name);
   if (!old) return copyMissing(source, name, destination);
   if (!folder.valid()) return;  // cannot be listed
-  if (isLink(*old)) {
+  if (isLink(old)) {
     return mergeThroughLink(source, name, std::move(folder), destination, depth);
   }
   Descriptor existing = openFolder(destination->get(), name);
@@ -76,8 +72,7 @@ void TreeMerge::mergeFolder(Descriptor source, const OpenFolder& destination, in
 
 void TreeMerge::mergeEntry(const Entry& source, const OpenFolder& destination, int depth) {
   const auto status = statusFollowingLinks(source.folder, source.name);
-  const bool isFolder = status && S_ISDIR(status->st_mode);
-  if (!isFolder) return replaceEntry(source, source.name, destination);
+  if (!isFolder(status)) return replaceEntry(source, source.name, destination);
   Descriptor folder = openFolderFollowingLinks(source.folder, source.name);
   mergeSubfolder(source, source.name, std::move(folder), destination, depth);
 }
