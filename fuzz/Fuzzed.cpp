@@ -1,6 +1,5 @@
 #include "Fuzzed.h"
 
-#include <sanitizer/allocator_interface.h>
 #include <time.h>
 
 #include <algorithm>
@@ -9,9 +8,14 @@
 #include <cstdio>
 #include <cstdlib>
 
-// Memory is measured by a sanitizer's hooks and not at all without one.
-#pragma weak __sanitizer_install_malloc_and_free_hooks
-#pragma weak __sanitizer_get_allocated_size
+// Memory is measured by a sanitizer's hooks and not at all without one. Not every compiler with
+// sanitizers brings the header that declares them.
+extern "C" {
+[[gnu::weak]] int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const volatile void*,
+                                                                             std::size_t),
+                                                            void (*onFree)(const volatile void*));
+[[gnu::weak]] std::size_t __sanitizer_get_allocated_size(const volatile void* memory);
+}
 
 namespace installer::fuzz {
 

@@ -36,23 +36,11 @@ foreach(script_test IN LISTS script_tests)
   hotfix_add_check(${name} ${Python3_EXECUTABLE} -B ${script_test})
 endforeach()
 
-# The fuzzers can be built, and come to an end with each input that is kept for them.
-function(hotfix_add_fuzz_step name)
-  add_test(NAME fuzz.${name} COMMAND ${PROJECT_SOURCE_DIR}/fuzz/replay ${ARGN})
-  set_tests_properties(fuzz.${name} PROPERTIES LABELS "check;slow" TIMEOUT 900 SKIP_RETURN_CODE 77)
-endfunction()
-
-hotfix_add_fuzz_step(build --build)
-set_tests_properties(fuzz.build PROPERTIES FIXTURES_SETUP fuzzers PROCESSORS 2)
-file(GLOB fuzzers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/fuzz/*Fuzzer.cpp)
-if(NOT HOTFIX_NAMESPACES)
-  list(FILTER fuzzers EXCLUDE REGEX "RunFuzzer\\.cpp$")
-endif()
-foreach(fuzzer IN LISTS fuzzers)
-  get_filename_component(name ${fuzzer} NAME_WE)
-  hotfix_add_fuzz_step(${name} ${PROJECT_SOURCE_DIR}/build/fuzz/fuzzers/${name}
-                       ${PROJECT_SOURCE_DIR}/fuzz/corpora/${name})
-  set_tests_properties(fuzz.${name} PROPERTIES FIXTURES_REQUIRED fuzzers)
+# The fuzzers come to an end with each input that is kept for them.
+foreach(fuzzer IN LISTS HOTFIX_FUZZERS)
+  add_test(NAME fuzz.${fuzzer} COMMAND ${PROJECT_SOURCE_DIR}/fuzz/replay $<TARGET_FILE:${fuzzer}>
+                                       ${PROJECT_SOURCE_DIR}/fuzz/corpora/${fuzzer})
+  set_tests_properties(fuzz.${fuzzer} PROPERTIES LABELS fuzz TIMEOUT 300 SKIP_RETURN_CODE 77)
 endforeach()
 
 # The release as others get it: built, installed, and used from outside. The first step builds; those

@@ -119,7 +119,7 @@ class BootstrapTest(unittest.TestCase):
     def testAClangThatLinksNoFuzzerIsToldFromNone(self):
         self.make("clang++", "exit 1")
 
-        self.assertMissing("  libFuzzer (Debian: libclang-rt-dev)")
+        self.assertMissing("  libFuzzer (Debian: libclang-rt-dev)", sets=("fuzz",))
 
     def testSetsAskForWhatTheyNeedAlone(self):
         self.lose(*(command for command in COMMANDS if command not in ("c++", "cmake", "ninja")))
@@ -136,7 +136,7 @@ class BootstrapTest(unittest.TestCase):
                 self.assertMissing(*lines, sets=sets)
 
     def testTheTestsAskForTheSetsOfTheirChecksToo(self):
-        for command in ("clang-tidy", "shellcheck", "clang++", "xmllint", "abidiff", "doxygen"):
+        for command in ("clang-tidy", "shellcheck", "xmllint", "abidiff", "doxygen"):
             with self.subTest(command=command):
                 self.lose(command)
 
@@ -146,6 +146,11 @@ class BootstrapTest(unittest.TestCase):
         self.loseModules("CLI11", "benchmark")
         self.assertMissing("  pkg-config's module CLI11 (Debian: libcli11-dev)",
                            "  pkg-config's module benchmark (Debian: libbenchmark-dev)")
+
+    def testTheTestsReplayTheFuzzersWithoutClang(self):
+        self.lose("clang++")
+
+        self.assertContent("tests")
 
     def testTheCompilerOfJavaIsLookedForWhereverItIs(self):
         home = self._root / "jdk"

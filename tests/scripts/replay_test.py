@@ -81,15 +81,25 @@ class ReplayTest(unittest.TestCase):
         self.assertEqual(self.argumentsOf("bin/cmake")[:5],
                          ["--preset", "fuzz", "--build", "--preset", "fuzz"])
 
-    def testWithoutClangTheReplayIsSkipped(self):
+    def testWithoutClangNothingIsBuilt(self):
         (self._root / "bin" / "clang++").unlink()
         for tool in ("bash", "dirname"):
             os.symlink(shutil.which(tool), self._root / "bin" / tool)
 
         result = self.replay("--build", path=str(self._root / "bin"))
 
-        self.assertEqual(result.returncode, 77)
+        self.assertEqual(result.returncode, 1)
         self.assertIn("clang++ is missing", result.stderr)
+
+    def testWithoutClangTheFuzzersOfAnotherBuildAreReplayed(self):
+        (self._root / "bin" / "clang++").unlink()
+        (self._corpus / "a").touch()
+        for tool in ("bash", "dirname", "find", "sort"):
+            os.symlink(shutil.which(tool), self._root / "bin" / tool)
+
+        result = self.replay(self._root / "fuzzer", self._corpus, path=str(self._root / "bin"))
+
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
 
 
 if __name__ == "__main__":
