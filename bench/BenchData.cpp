@@ -7,7 +7,7 @@
 #include <optional>
 #include <stdexcept>
 
-#include "SmallData.h"
+#include "MadeData.h"
 
 namespace installer::bench {
 namespace {
@@ -47,7 +47,7 @@ BenchData::BenchData() {
   _data = _root / "data";
   _live = _root / "live";
   fs::create_directories(_live);
-  makeSmallData(_data);
+  makeData(_data, smallSizes());
 }
 
 BenchData::~BenchData() {

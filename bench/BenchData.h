@@ -14,7 +14,8 @@ namespace installer::bench {
 //
 // Read below data(): props/N.properties and props/N.merge.properties, plist/N.xml.plist and
 // plist/N.bin.plist, manifest/N.xml, tree/N (a folder of N files), big/20xM (20 files of M MB
-// each), attrs/N (a folder with N entries below it).
+// each), attrs/N (a folder with N entries below it), wide/N (a folder that holds a folder of N
+// files), deep/N (a folder with N levels below it), plugins/N (an rcp home with N plug-in folders).
 class BenchData {
  public:
   BenchData();

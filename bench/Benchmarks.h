@@ -11,5 +11,10 @@ void registerManifests(const BenchData& data);
 void registerCopies(const BenchData& data);
 void registerAttributes(const BenchData& data);
 void registerRunningCheck(const BenchData& data);
+void registerBaseVersion(const BenchData& data);
+
+// What each ratio is taken against, with "/reference" behind the name of ours: as little as can be
+// done for the same result, as durably.
+void registerReferences(const BenchData& data);
 
 }  // namespace installer::bench

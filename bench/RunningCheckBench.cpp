@@ -48,7 +48,7 @@ void runningCheck(benchmark::State& state, const BenchData& data, int count) {
 // Somebody else's sleepers are counted by whoever started them: every usual number is known.
 void registerRunningCheck(const BenchData& data) {
   const std::vector<int> own = {100};
-  const std::vector<int> usual = {50, 100, 200, 500, 1000, 2000, 5000};
+  const std::vector<int> usual = {5, 10, 20, 50, 100, 200, 500, 1000, 2000, 5000};
   for (const int count : data.own() ? own : usual)
     benchmark::RegisterBenchmark(
         ("running_check/" + std::to_string(count)).c_str(),

@@ -1,6 +1,13 @@
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <vector>
+
 #include "Benchmarks.h"
+#include "MadeData.h"
 #include "platform/Platform.h"
 #include "platform/SystemLog.h"
 
@@ -16,9 +23,34 @@ class ForgetfulLog : public installer::SystemLog {
   void removeFile(int /*descriptor*/) override {}
 };
 
+// What this process held at most, in KiB, from Linux's own book-keeping; nothing elsewhere.
+void tellPeakMemory() {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);)
+    if (line.starts_with("VmHWM:")) std::cerr << line << '\n';
+}
+
+// bench make-data FOLDER KIND=SIZE[,SIZE]...
+int makeDataAsAsked(const std::vector<std::string>& arguments) {
+  installer::bench::DataSizes sizes;
+  const bool isUnderstood =
+      arguments.size() > 2 &&
+      std::all_of(arguments.begin() + 2, arguments.end(),
+                  [&](const auto& text) { return installer::bench::takeSizes(text, sizes); });
+  if (!isUnderstood) {
+    std::cerr << "usage: bench make-data FOLDER KIND=SIZE[,SIZE]...\n";
+    return 2;
+  }
+  installer::bench::makeData(arguments[1], sizes);
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  if (!arguments.empty() && arguments[0] == "make-data") return makeDataAsAsked(arguments);
+
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
 
@@ -34,7 +66,10 @@ int main(int argc, char** argv) {
   installer::bench::registerCopies(data);
   installer::bench::registerAttributes(data);
   installer::bench::registerRunningCheck(data);
+  installer::bench::registerBaseVersion(data);
+  installer::bench::registerReferences(data);
   benchmark::RunSpecifiedBenchmarks();
+  tellPeakMemory();
   benchmark::Shutdown();
   return 0;
 }

@@ -43,6 +43,13 @@ foreach(fuzzer IN LISTS HOTFIX_FUZZERS)
   set_tests_properties(fuzz.${fuzzer} PROPERTIES LABELS fuzz TIMEOUT 300 SKIP_RETURN_CODE 77)
 endforeach()
 
+# The benchmarks work; how fast they are is not judged here.
+if(TARGET bench)
+  add_test(NAME bench.measure COMMAND ${PROJECT_SOURCE_DIR}/bench/measure --small --rounds 1
+                                      --program $<TARGET_FILE:bench>)
+  set_tests_properties(bench.measure PROPERTIES LABELS bench TIMEOUT 300)
+endif()
+
 # The release as others get it: built, installed, and used from outside. The first step builds; those
 # that look at its build folder wait for the one that changes it.
 function(hotfix_add_package_step step)
