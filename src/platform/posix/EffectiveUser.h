@@ -10,7 +10,7 @@ class UserContext;
 
 // The process acts as another user for the lifetime of this object, as itself when there is no
 // other user or the system refuses. A process that cannot come back must not go on with the wrong
-// rights: it ends at once with status 1.
+// rights: it says so and ends at once with status 1.
 class EffectiveUser {
  public:
   EffectiveUser(UserContext& users, std::optional<uid_t> uid);

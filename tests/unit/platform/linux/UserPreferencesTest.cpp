@@ -98,10 +98,13 @@ TEST_F(UserPreferencesTest, AreReadAsTheCurrentUserWhenTheSwitchIsRefused) {
 }
 
 TEST_F(UserPreferencesTest, EndTheProcessWhenThereIsNoWayBack) {
+  proves("USER-6");
   _users.refusedUsers = {0};
+  _sandbox.platform().log->addFile(STDERR_FILENO);
 
   EXPECT_EXIT((void)_preferences.domain(kDomain),  // ends before it answers
-              ::testing::ExitedWithCode(1), "");
+              ::testing::ExitedWithCode(1),
+              "<Error>: The process could not become its own user again. It ends here.");
 }
 
 TEST_F(UserPreferencesTest, ASecondReadSwitchesAgain) {
