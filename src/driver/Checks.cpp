@@ -6,8 +6,8 @@
 #include "hotfix/instance/InstanceService.h"
 #include "hotfix/util/InstallUtil.h"
 #include "hotfix/workflow/HotfixPolicy.h"
-#include "platform/Exists.h"
 #include "platform/Log.h"
+#include "platform/Reported.h"
 
 namespace installer {
 
@@ -24,7 +24,7 @@ bool hasSupportedPaths() {
 }
 
 bool holdsInstance(const std::optional<std::string>& rcpHome) {
-  if (!rcpHome || !exists(*rcpHome)) return false;
+  if (!rcpHome || !reported::exists(*rcpHome)) return false;
   log(LogLevel::info, "Check the target platform under {}.", *rcpHome);
   return InstanceService(rcpHome).hasInstanceInstalled();
 }

@@ -3,7 +3,6 @@
 #include "hotfix/platform/ToldOnce.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
-#include "platform/Exists.h"
 #include "platform/Reported.h"
 #include "workflow/HotfixInstallation.h"
 #include "workflow/HotfixPackage.h"
@@ -28,7 +27,7 @@ Hotfix::Hotfix(const std::optional<std::string>& pathToInstallPackage,
   const auto rcpHome = preference.rcpHomeBelow(pathToInstallLocation);
   if (!rcpHome) return;
   _pathToHotfixManifest = preference.locations.installManifest;
-  if (!exists(rcpHome)) return;
+  if (!reported::exists(*rcpHome)) return;
   _installation = std::make_unique<HotfixInstallation>(
       *pathToInstallPackage, preference, *rcpHome,
       pathToRcpData.value_or(InstanceLayout::defaultRcpData(*rcpHome)));

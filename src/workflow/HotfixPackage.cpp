@@ -3,7 +3,9 @@
 #include "hotfix/base/Path.h"
 #include "hotfix/platform/PropertyListFile.h"
 #include "hotfix/util/InstallUtil.h"
-#include "platform/Exists.h"
+#include "platform/FileManager.h"
+#include "platform/Platform.h"
+#include "platform/Reported.h"
 
 namespace installer {
 
@@ -104,10 +106,13 @@ std::optional<Dictionary> HotfixPackage::properties(const std::optional<std::str
     if (lack != nullptr) *lack = reason;
     return std::nullopt;
   };
-  if (!exists(package)) return without(Lack::package);
+  if (!package || !reported::exists(*package)) return without(Lack::package);
   const std::string file = propertiesFile(*package);
-  if (!exists(file)) return without(Lack::description);
-  std::optional<Dictionary> entries = PropertyList::readDictionary(file);
+  if (!reported::exists(file)) return without(Lack::description);
+  FileError error;
+  const std::optional<std::string> bytes = Platform::current().files->read(file, &error);
+  if (!bytes) reported::tellUnreadable(error);
+  std::optional<Dictionary> entries = bytes ? PropertyList::parseDictionary(*bytes) : std::nullopt;
   if (!entries) return without(Lack::propertyList);
   return entries;
 }

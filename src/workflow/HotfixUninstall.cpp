@@ -2,14 +2,14 @@
 
 #include "hotfix/platform/ToldOnce.h"
 #include "instance/InstanceLayout.h"
-#include "platform/Exists.h"
+#include "platform/Reported.h"
 #include "workflow/HotfixRemoval.h"
 
 namespace installer {
 
 HotfixUninstall::HotfixUninstall(const std::optional<std::string>& pathToRcphome,
                                  const std::optional<std::string>& pathToRcpData) {
-  if (!pathToRcphome || !exists(*pathToRcphome)) return;
+  if (!pathToRcphome || !reported::exists(*pathToRcphome)) return;
   _removal = std::make_unique<HotfixRemoval>(
       *pathToRcphome, pathToRcpData.value_or(InstanceLayout::defaultRcpData(*pathToRcphome)));
 }

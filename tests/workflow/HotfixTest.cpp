@@ -310,6 +310,44 @@ TEST_F(HotfixTest, UnreadableRecordIsToldOnceAnInstallation) {
   EXPECT_THAT(linesAt(LogLevel::error), ElementsAre(line)) << "the next one";
 }
 
+TEST_F(HotfixTest, DescriptionThatCannotBeLookedAtIsTold) {
+  proves("FILES-21");
+  const std::string description = package() + "/Contents/Resources/hotfix.plist";
+  for (const std::string& path : {package(), description}) {
+    _sandbox.clearLog();
+    _sandbox.files().failReading(path, EIO);
+
+    EXPECT_FALSE(hotfix().installNewHotfix());
+
+    EXPECT_THAT(linesAt(LogLevel::error),
+                ElementsAre("\"" + path + "\" cannot be looked at: Input/output error"));
+    _sandbox.files().stopFailing();
+  }
+}
+
+TEST_F(HotfixTest, DescriptionThatCannotBeReadIsTold) {
+  proves("FILES-21");
+  const std::string description = package() + "/Contents/Resources/hotfix.plist";
+  _sandbox.remove(description);
+  _sandbox.makeFolder(description);
+
+  EXPECT_FALSE(hotfix().installNewHotfix());
+
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre("\"" + description + "\" cannot be read: Is a directory"));
+}
+
+TEST_F(HotfixTest, HomeThatCannotBeLookedAtIsTold) {
+  proves("FILES-21");
+  _sandbox.files().failReading(home(), EIO);
+
+  EXPECT_FALSE(hotfix().installNewHotfix());
+
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre("\"" + home() + "\" cannot be looked at: Input/output error"));
+  EXPECT_EQ(record(), code(4, {"install.hotfix.xml"}));
+}
+
 TEST_F(HotfixTest, PackageFilesThatCannotBeLookedAtAreTold) {
   proves("FILES-21");
   const std::string folder = package() + "/../deploy/";

@@ -191,6 +191,16 @@ TEST_F(HotfixUninstallTest, PermissionsChangeBelowTheDataOnly) {
   EXPECT_EQ(_sandbox.mode("data/file"), 0775U);
 }
 
+TEST_F(HotfixUninstallTest, HomeThatCannotBeLookedAtIsTold) {
+  proves("FILES-21");
+  _sandbox.files().failReading(home(), EIO);
+
+  EXPECT_FALSE(HotfixUninstall(home(), data()).uninstallOldHotfix());
+
+  EXPECT_THAT(linesAt(LogLevel::error),
+              ElementsAre("\"" + home() + "\" cannot be looked at: Input/output error"));
+}
+
 TEST_F(HotfixUninstallTest, UnreadableRecordIsToldOnce) {
   proves("FILES-21", "LIBRARY-11");
   _sandbox.write(inHome("installInfo.plist"), "half an edit <dict>");

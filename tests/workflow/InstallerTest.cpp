@@ -186,6 +186,16 @@ TEST_F(InstallerTest, WorkspaceFlagThatCannotBeLookedAtIsTold) {
               Contains("\"" + flag + "\" cannot be looked at: Input/output error"));
 }
 
+TEST_F(InstallerTest, HomeThatCannotBeLookedAtIsTold) {
+  proves("FILES-21");
+  _sandbox.files().failReading(home(), EIO);
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_THAT(linesAt(LogLevel::error),
+              Contains("\"" + home() + "\" cannot be looked at: Input/output error"));
+}
+
 TEST_F(InstallerTest, MissingManifestStopsBothOfTwoInstallations) {
   proves("SUCCESS-6");
   _sandbox.remove("data/.config");
