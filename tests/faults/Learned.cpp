@@ -38,12 +38,13 @@ Files handedOver(Files files) {
   return files;
 }
 
-// A fault can let a check fail: what the failure path leaves may be there then.
-void learnRefusal(const Runner& runner, Scenario scenario, Learned& learned) {
-  scenario.files = scenario.refusedFiles;
-  runner.prepare(scenario);
-  const Run run = runner.run(scenario, watchingFiles(runner, learned));
-  learned.moments.learn(withoutStamps(run.files));
+// A fault can let a check fail, or pass: what the other path leaves may be there then.
+void learnOtherPaths(const Runner& runner, const Scenario& scenario, Learned& learned) {
+  for (const Scenario& other : scenario.takenFor) {
+    runner.prepare(other);
+    const Run run = runner.run(other, watchingFiles(runner, learned));
+    learned.moments.learn(withoutStamps(run.files));
+  }
 }
 
 void learnLaterStarts(const Runner& runner, Scenario scenario, Learned& learned) {
@@ -75,7 +76,7 @@ std::vector<Violation> learn(const Runner& runner, const Scenario& scenario, Lea
   learned.moments.learn(withoutStamps(again.files));
   learned.moments.learn(withoutStamps(scenario.substitutes));
   learned.moments.learn(withoutStamps(handedOver(scenario.substitutes)));
-  learnRefusal(runner, scenario, learned);
+  learnOtherPaths(runner, scenario, learned);
   learnLaterStarts(runner, scenario, learned);
   countAllocations(runner, scenario, learned);
   return endsAsExpected(scenario, first);

@@ -22,10 +22,10 @@ struct LoggedCall {
 struct Learned {
   std::vector<LoggedCall> calls;
   long allocations = 0;
-  Allowed moments;                        // what every file may be when a run has been broken off
-  Allowed ends;                           // what it may be after a run on what a broken one left
-  Files files;                            // after the run, without stamps
-  std::multiset<std::string> complaints;  // the trace's lines of warnings and errors
+  Allowed moments;                   // what every file may be when a run has been broken off
+  Allowed ends;                      // what it may be after a run on what a broken one left
+  Files files;                       // after the run, without stamps
+  std::set<std::string> complaints;  // the trace's lines of warnings and errors
 };
 
 // Lets the scenario run undisturbed; a violation when it does not end as it says of itself.

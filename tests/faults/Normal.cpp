@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <ctime>
+#include <string_view>
 
 namespace installer::faults {
 
@@ -57,7 +58,13 @@ Files withoutStamps(const Files& files) {
 }
 
 bool isTemporary(const std::string& path) {
-  return path.find("/.hotfix-") != std::string::npos;
+  constexpr std::string_view kPrefix = "/.hotfix-";
+  for (auto at = path.find(kPrefix); at != std::string::npos; at = path.find(kPrefix, at + 1)) {
+    const auto number = path.begin() + static_cast<long>(at + kPrefix.size());
+    const auto end = std::find_if_not(number, path.end(), isDigit);
+    if (end != number && (end == path.end() || *end == '/')) return true;
+  }
+  return false;
 }
 
 }  // namespace installer::faults

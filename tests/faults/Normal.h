@@ -13,7 +13,8 @@ std::string withoutStamps(const std::string& text);
 // The files with their names and contents so.
 Files withoutStamps(const Files& files);
 
-// Whether the entry is, or lies in, one that has not been given its name yet.
+// Whether the entry is, or lies in, one that has not been given its name yet: the program calls it
+// ".hotfix-" and a number until then.
 bool isTemporary(const std::string& path);
 
 }  // namespace installer::faults

@@ -62,8 +62,8 @@ std::string contentOf(const Files& files, const std::string& path) {
   return found == files.end() ? std::string() : found->second.content;
 }
 
-std::multiset<std::string> complaintsIn(const std::string& trace) {
-  std::multiset<std::string> complaints;
+std::set<std::string> complaintsIn(const std::string& trace) {
+  std::set<std::string> complaints;
   for (const std::string& line : linesOf(trace)) {
     const auto parts = traceLine(line);
     if (parts && (parts->first == "Error" || parts->first == "Warning"))

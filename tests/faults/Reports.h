@@ -15,7 +15,7 @@ namespace installer::faults {
 std::string contentOf(const Files& files, const std::string& path);
 
 // The texts of the trace's warnings and errors.
-std::multiset<std::string> complaintsIn(const std::string& trace);
+std::set<std::string> complaintsIn(const std::string& trace);
 
 // Every line of the trace is whole and has the form of one. A trace that was never opened has none.
 std::vector<Violation> judgeTrace(const Files& files);

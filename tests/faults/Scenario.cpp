@@ -33,8 +33,12 @@ Scenario sameAgain() {
 
 Scenario staged() {
   ScenarioFiles files;
-  files.addStaging(files.instance().bundle + "/Contents/Core");
-  return files.scenario("staged", "another installer has left a staging folder to be copied");
+  const std::string destination = files.instance().bundle + "/Contents/Core";
+  files.addStaging(destination);
+  Scenario made =
+      files.scenario("staged", "another installer has left a staging folder to be copied");
+  made.copies = {destination};
+  return made;
 }
 
 Scenario characters() {
@@ -47,6 +51,8 @@ Scenario running() {
   const std::string program = files.instance().bundle + "/Contents/MacOS/Quillmere";
   files.put(program, contentOf("/bin/sleep"), 0755);
   Scenario made = files.scenario("running", "refused with code 6: the application runs", 1, 6);
+  // What can not be seen to run counts as not running.
+  made.takenFor.push_back(made);
   made.running = program;
   return made;
 }
@@ -54,7 +60,12 @@ Scenario running() {
 Scenario higher() {
   ScenarioFiles files;
   files.recordHotfix("1.6");
-  return files.scenario("higher", "refused with code 7: a higher hotfix is recorded", 1, 7);
+  Scenario made =
+      files.scenario("higher", "refused with code 7: a higher hotfix is recorded", 1, 7);
+  // Of a record that can not be read no version is known, and the hotfix is installed.
+  files.recordHotfix("1.4");
+  made.takenFor.push_back(files.scenario("", ""));
+  return made;
 }
 
 Scenario notInstalled() {

@@ -16,7 +16,9 @@ struct Scenario {
   std::string about;  // one line for people
   std::vector<std::string> arguments;
   Files files;
-  Files refusedFiles;  // the same, but with a higher hotfix recorded
+  // What else a fault can make a run take it for: an instance with a higher hotfix, or one that
+  // does not run.
+  std::vector<Scenario> takenFor;
   // On what else a second run can start: a manifest that a broken run has used up does not come
   // back.
   std::vector<Files> laterStarts;
@@ -32,6 +34,10 @@ struct Scenario {
   std::vector<std::string> losses;
   // A failure to change these is passed over with no word too, but they stay as they were.
   std::vector<std::string> silences;
+  // Likewise for one key of a file.
+  std::map<std::string, std::string> silentKeys;
+  // Trees that are copied as they are: a folder in one whose mode could not be set stays closed.
+  std::vector<std::string> copies;
   // The files with what a run adds that could not read by what to name a backup.
   Files substitutes;
   std::string ownManifest;  // install.update.xml as this hotfix's run is to provision it

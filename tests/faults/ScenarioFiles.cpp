@@ -177,25 +177,28 @@ Scenario ScenarioFiles::scenario(const std::string& name, const std::string& abo
   ScenarioFiles usedUp = *this;
   usedUp.remove(_instance.deploy("uninstall.hotfix.xml"));
   if (usedUp._files.size() != _files.size()) made.laterStarts.push_back(usedUp._files);
-  ScenarioFiles refused = *this;
-  refused.recordHotfix("9.9");
-  made.refusedFiles = refused._files;
   made.answerAlone = test::ChildScript()
                          .snapshot(_instance.deploy("install.update.xml"))
-                         .remove(_instance.result())
-                         .write(_instance.result(), _result)
+                         .write("/control/answer", _result)
+                         .rename("/control/answer", _instance.result())
                          .text();
   made.scripts = {{"rcplauncher", launcherScript()},
                   {"java_home", test::ChildScript().print("/java\n").text()}};
   made.bundle = _instance.bundle;
   made.losses = {_instance.deploy(".keystore"), _instance.deploy("extras")};
   made.silences = {_instance.customization(), cli::kPasteboard, cli::kMarker};
+  made.silentKeys = {{_instance.info(), "installedHotfixBundleID"}};
   made.substitutes = _files;
   if (_files.contains(_instance.deploy("install.xml")))
     made.substitutes[_instance.deploy("install.old.xml")] =
         _files.at(_instance.deploy("install.xml"));
   made.data = _data;
   made.ownManifest = resolvedManifest(_package.folder);
+  Scenario refused = made;
+  ScenarioFiles higher = *this;
+  higher.recordHotfix("9.9");
+  refused.files = higher._files;
+  made.takenFor.push_back(std::move(refused));
   return made;
 }
 

@@ -7,11 +7,9 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 
-#include "faults/Normal.h"
 #include "support/ChildFolder.h"
 #include "support/linux/PrivateRoot.h"
 
@@ -21,13 +19,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A day, so that nobody takes it for another's work under way.
-void makeOld(const std::string& path) {
-  const timespec yesterday{std::time(nullptr) - 24 * 60 * 60, 0};
-  const timespec times[] = {yesterday, yesterday};
-  (void)utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW);  // a test will tell
-}
-
 void writeEntry(const std::string& path, const test::TreeEntry& entry) {
   if (entry.kind == "link") {
     fs::create_symlink(entry.content, path);
@@ -36,7 +27,6 @@ void writeEntry(const std::string& path, const test::TreeEntry& entry) {
   } else {
     std::ofstream(path, std::ios::binary) << entry.content;
   }
-  if (isTemporary(path)) makeOld(path);
   const bool owned = lchown(path.c_str(), entry.owner, entry.group) == 0;
   if (!owned || (entry.kind != "link" && chmod(path.c_str(), entry.mode) != 0))
     test::giveUp("write " + path);

@@ -39,30 +39,18 @@ set_tests_properties(
   PROPERTIES LABELS faults TIMEOUT 60 SKIP_RETURN_CODE 77
              PASS_REGULAR_EXPRESSION "VIOLATION install undisturbed .false-success.")
 
-# What breaks these rules is known: temporary names of killed runs stay, and some failures are told
-# by nothing but their effect.
-set(known reason,left-over,again-left-over)
 set(successes install,upgrade,again,failing,new-workspace,no-manifest)
-set(others characters,running,higher,not-installed,broken-merge)
+set(others characters,running,higher,not-installed,broken-merge,staged)
 
-hotfix_add_sweep(order --kind order --without ${known})
-hotfix_add_sweep(links --scenario install,upgrade --kind link --sample 5)
+hotfix_add_sweep(order --kind order)
+hotfix_add_sweep(links --scenario install,upgrade,staged --kind link --sample 5)
 hotfix_add_sweep(hard_links --scenario install,upgrade --kind hard-link --sample 5)
 hotfix_add_sweep(reasons --scenario install,upgrade --kind fail-ENOSPC,fail-EROFS --sample 60)
-hotfix_add_sweep(allocations --scenario install,upgrade,running --kind alloc --without ${known}
-                 --sample 60)
-hotfix_add_sweep(power --scenario install,upgrade,broken-merge --kind power --without ${known}
-                 --sample 40)
-hotfix_add_sweep(short_writes --kind short --without ${known} --sample 12)
-hotfix_add_sweep(failures_successes --scenario ${successes} --kind fail --without ${known}
-                 --sample 12)
-# Not of "higher": a record of versions that can not be read lets a lower hotfix pass.
-hotfix_add_sweep(failures_others --scenario characters,running,not-installed,broken-merge --kind fail
-                 --without ${known} --sample 12)
-# A staged folder whose mode can not be set keeps the one that it was made with.
-hotfix_add_sweep(staging --scenario staged --kind full,kill,fail --without ${known},attributes
-                 --sample 10)
+hotfix_add_sweep(allocations --scenario install,upgrade,running --kind alloc --sample 60)
+hotfix_add_sweep(power --scenario install,upgrade,broken-merge --kind power --sample 40)
+hotfix_add_sweep(short_writes --kind short --sample 12)
 foreach(part successes others)
-  hotfix_add_sweep(full_disk_${part} --scenario ${${part}} --kind full --without ${known} --sample 15)
-  hotfix_add_sweep(kills_${part} --scenario ${${part}} --kind kill --without ${known} --sample 50)
+  hotfix_add_sweep(failures_${part} --scenario ${${part}} --kind fail --sample 12)
+  hotfix_add_sweep(full_disk_${part} --scenario ${${part}} --kind full --sample 15)
+  hotfix_add_sweep(kills_${part} --scenario ${${part}} --kind kill --sample 50)
 endforeach()
