@@ -1,6 +1,7 @@
 """The check of the promises believes nothing that no test has shown, and no name that is none."""
 
 import os
+import re
 import subprocess
 import sys
 import tempfile
@@ -29,7 +30,8 @@ class CheckPromisesTest(unittest.TestCase):
         self._root = Path(folder.name)
         self._results = self._root / "results"
         self._built = time.time() - 1000
-        self.write("docs/README.md", "# Index\n\n| Page |\n|---|\n| [locks](locks.md) |\n")
+        self._retired = []
+        self._rows = {}
         self.write("tests/support/Proves.h", "template <typename... Names>\n"
                    "void proves(const Names&... names) {}\n")
 
@@ -40,7 +42,24 @@ class CheckPromisesTest(unittest.TestCase):
         return file
 
     def promise(self, *items, page="locks"):
-        return self.write(f"docs/{page}.md", "\n".join(["# Locks", "", "Text.", "", *items, ""]))
+        if page == "README":
+            self._retired = items
+        else:
+            self.page(page, items)
+            words = re.findall(r"^- \*\*([A-Z]+)-[1-9]", "\n".join(items), re.MULTILINE)
+            self._rows[page] = ", ".join(dict.fromkeys(words))
+        rows = [f"| [{name}]({name}.md) | {words} | About it |" for name, words in self._rows.items()]
+        self.page("README", [*self._retired, "", "| Page | Identifiers | About |", "|---|---|---|", *rows])
+
+    def page(self, name, lines):
+        return self.write(f"docs/{name}.md", "\n".join(["# Locks", "", "Text.", "", *lines, ""]))
+
+    def list(self, page, words):
+        """The page's row of the index says so."""
+        index = self._root / "docs/README.md"
+        text = index.read_text(encoding="utf-8")
+        row = f"| [{page}]({page}.md) | {self._rows[page]} |"
+        self.write("docs/README.md", text.replace(row, f"| [{page}]({page}.md) | {words} |"))
 
     def claims(self, *calls):
         """A source with the tests LockTest.Number0, LockTest.Number1 ... that call this."""
@@ -79,6 +98,35 @@ class CheckPromisesTest(unittest.TestCase):
         self.assertEqual(result.stderr, "")
         self.assertEqual(result.stdout.replace(f"{self._root}/", "").splitlines(), list(lines))
         self.assertEqual(result.returncode, 1)
+
+    # --- The index ---
+
+    def testPageIsListedWithTheWordsOfItsPromises(self):
+        self.promise("- **LOCK-1** One.", "- **WAIT-1** Two.", "- **LOCK-2** Three.")
+        self.claims('proves("LOCK-1", "LOCK-2", "WAIT-1");')
+
+        self.assertAccepted(self.check())
+        for words, missing in (("LOCK", "LOCK, WAIT"), ("WAIT, LOCK", "LOCK, WAIT"),
+                               ("LOCK, WAIT, MORE", "LOCK, WAIT"), ("", "LOCK, WAIT")):
+            self.promise("- **LOCK-1** One.", "- **WAIT-1** Two.", "- **LOCK-2** Three.")
+            self.list("locks", words)
+
+            self.assertRefused(self.check(), f"docs/README.md: locks.md is to be listed with {missing}")
+
+    def testPageThatIsNotListedIsNamed(self):
+        self.promise("- **LOCK-1** One.")
+        self.page("README", [])
+        self.claims('proves("LOCK-1");')
+
+        self.assertRefused(self.check(), "docs/README.md: locks.md is to be listed with LOCK")
+
+    def testListedPageThatIsNoneIsNamed(self):
+        self.promise("- **OTHER-1** One.", page="other")
+        self.promise("- **LOCK-1** One.")
+        (self._root / "docs/other.md").unlink()
+        self.claims('proves("LOCK-1");')
+
+        self.assertRefused(self.check(), "docs/README.md: lists other.md, which holds no promises")
 
     # --- Names ---
 
