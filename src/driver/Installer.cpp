@@ -88,6 +88,12 @@ std::optional<InstanceLock> lockInstances() {
   return InstanceLock(*state._rcpHome, state._rcpHomeOfWorkflow.value_or(*state._rcpHome));
 }
 
+// Whether another run may be at work there, so that this one has to end before it looks. Of a home
+// that is closed to us the checks tell, and we change nothing there.
+bool mayBeShared(const InstanceLock& lock) {
+  return lock.refusal() && lock.refusal()->code != FileError::kClosed;
+}
+
 void waitForLaunchersLeftBehind(const std::string& rcpHome) {
   waitForLauncherLeftBehind(rcpHome);
   const std::optional<std::string>& other = runState()._rcpHomeOfWorkflow;
@@ -110,12 +116,14 @@ bool installPackage(const std::vector<std::string>& arguments) {
   // First of all: what another run has at work in the bundle is not the application, and what the
   // checks find must hold until the end of the run.
   const std::optional<InstanceLock> lock = lockInstances();
+  if (lock && mayBeShared(*lock)) return false;
   // The run that was waited for may have sent an error, which would stand beside our status.
   if (lock && lock->hasWaited()) InstallUtil::initInternalPasteboard(true);
   if (rcpHome) waitForLaunchersLeftBehind(*rcpHome);
   removeLeftOverItems(rcpData);
   const std::optional<std::string> checked = rcpHomePassingChecks();
-  const bool installed = checked && runSuccessPath(*checked, rcpData);
+  const bool isOurs = !lock || !lock->refusal();
+  const bool installed = checked && isOurs && runSuccessPath(*checked, rcpData);
   if (!checked) runFailurePath(rcpHome, rcpData);
   runLogCollection(rcpHome, rcpData);
   return installed;

@@ -211,9 +211,12 @@ class FileManager {
   virtual void closeLog(int descriptor) = 0;
 
   // Takes the folder's lock unless another process has it; never waits. A lock that this process
-  // holds already is held once more. Children do not inherit it, and it ends with the process. What
-  // is no folder cannot be locked and is not busy.
-  [[nodiscard]] virtual LockAttempt tryLock(const std::string& folder) = 0;
+  // holds already is held once more. Children do not inherit it, and it ends with the process.
+  // `error` is set when the lock can not be had although nobody has it: FileError::kMissing where
+  // there is no such folder, kClosed where it is kept from this process, and kNoLocks where its
+  // file system has none.
+  [[nodiscard]] virtual LockAttempt tryLock(const std::string& folder,
+                                            FileError* error = nullptr) = 0;
 };
 
 }  // namespace installer

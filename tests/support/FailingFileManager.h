@@ -46,8 +46,15 @@ class FailingFileManager : public PosixFileManager {
   // From now on this path can neither be looked at nor read, until stopFailing().
   void failReading(const std::string& path, int error) { _unreadable[path] = error; }
 
+  // From now on this folder, or any, cannot be locked, until stopFailing().
+  void failLocking(int error, const std::optional<std::string>& folder = std::nullopt) {
+    _lockError = error;
+    _unlockable = folder;
+  }
+
   void stopFailing() {
     _unreadable.clear();
+    _lockError = 0;
     _kind.reset();
     _alwaysKind.reset();
     _number = 0;
@@ -71,6 +78,12 @@ class FailingFileManager : public PosixFileManager {
                                           FileError* error = nullptr) override {
     if (!isReadable(path, "read", error)) return std::nullopt;
     return PosixFileManager::readUnlinked(path, origin, error);
+  }
+  LockAttempt tryLock(const std::string& folder, FileError* error = nullptr) override {
+    if (_lockError == 0 || folder != _unlockable.value_or(folder))
+      return PosixFileManager::tryLock(folder, error);
+    if (error != nullptr) *error = lockFailure(folder, _lockError);
+    return {};
   }
 
  protected:
@@ -101,6 +114,8 @@ class FailingFileManager : public PosixFileManager {
   }
 
   std::map<std::string, int> _unreadable;
+  int _lockError = 0;
+  std::optional<std::string> _unlockable;  // nullopt: every folder
   std::optional<FileOperation> _kind;
   int _kindError = 0;
   std::optional<FileOperation> _actionKind;

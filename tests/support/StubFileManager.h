@@ -58,7 +58,7 @@ class StubFileManager : public FileManager {
   }
   int openLog(const std::string&) override { return -1; }
   void closeLog(int) override {}
-  LockAttempt tryLock(const std::string&) override { return {}; }
+  LockAttempt tryLock(const std::string&, FileError*) override { return {}; }
 };
 
 }  // namespace installer::test

@@ -15,6 +15,7 @@
 #include "support/PackageFixture.h"
 #include "support/Proves.h"
 #include "support/RecordingPasteboard.h"
+#include "support/TreeSnapshot.h"
 
 namespace installer::test {
 namespace {
@@ -28,6 +29,7 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
+using ::testing::StartsWith;
 
 class InstallerTest : public PackageFixture {
  protected:
@@ -759,6 +761,59 @@ TEST_F(InstallerTest, RunWithoutOthersSaysNothingOfWaiting) {
   EXPECT_EQ(run(), 0);
 
   EXPECT_THAT(linesAt(LogLevel::notice), Not(Contains(HasSubstr("waiting"))));
+}
+
+TEST_F(InstallerTest, InstanceThatCannotBeLockedIsLeftAlone) {
+  proves("LOCK-8");
+  for (const int error : {EIO, EMFILE, ENOMEM}) {
+    const auto before = snapshotOf(_sandbox.path("Applications"));
+    _sandbox.clearLog();
+    _sandbox.files().failLocking(error, home());
+    _sandbox.processes().add(destination() + "/Quillmere.app/x");
+
+    EXPECT_EQ(run(), 1);
+
+    EXPECT_THAT(TreeDiff(before, snapshotOf(_sandbox.path("Applications"))).lines(), IsEmpty());
+    EXPECT_THAT(linesAt(LogLevel::error),
+                ElementsAre(StartsWith("\"" + home() + "\" cannot be locked: ")));
+    EXPECT_EQ(record(), code(0, {}));
+    EXPECT_FALSE(hasMarker());
+    EXPECT_THAT(_sandbox.children().started(), IsEmpty());
+  }
+}
+
+TEST_F(InstallerTest, InstanceWithoutLocksIsInstalledInto) {
+  proves("LOCK-8");
+  _sandbox.files().failLocking(EOPNOTSUPP);
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(linesAt(LogLevel::warning),
+              Contains("\"" + home() +
+                       "\" cannot be locked: Operation not supported. Nothing keeps other "
+                       "installations from this instance."));
+}
+
+TEST_F(InstallerTest, OfAClosedInstanceTheChecksTell) {
+  proves("LOCK-8");
+  _sandbox.files().failLocking(EACCES);
+  _sandbox.processes().add(destination() + "/Quillmere.app/x");
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_EQ(record(), code(6, {"Quillmere"}));
+  EXPECT_TRUE(hasMarker());
+}
+
+TEST_F(InstallerTest, NothingIsInstalledIntoAClosedInstance) {
+  proves("LOCK-8");
+  _sandbox.files().failLocking(EACCES);
+
+  EXPECT_EQ(run(), 1);
+
+  EXPECT_EQ(record(), code(0, {}));
+  EXPECT_FALSE(hasMarker());
+  EXPECT_THAT(runs(), IsEmpty());
 }
 
 class ErrorStatusTest : public InstallerTest {};

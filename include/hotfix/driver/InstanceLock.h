@@ -1,10 +1,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "hotfix/base/DeletedForNull.h"
+#include "hotfix/platform/FileError.h"
 
 namespace installer {
 
@@ -30,9 +33,13 @@ class [[nodiscard]] InstanceLock {
   InstanceLock& operator=(const InstanceLock&) = delete;
   ~InstanceLock() = default;
 
-  /// Whether every home is held. False when one is no folder, or when its file system has no locks:
-  /// nothing then keeps others away from it.
+  /// Whether every home is held. False when one is no folder, when its file system has no locks
+  /// [warning], and when there is a refusal(): nothing then keeps others away from it.
   bool isHeld() const { return _isHeld; }
+
+  /// Why a home that is there could not be locked on a file system that has locks [error]; nullopt
+  /// when there is no such home. Another installer may be at work in it: change nothing there.
+  const std::optional<FileError>& refusal() const { return _refusal; }
 
   /// Whether another process had a home when this one asked for it. What both write, the error
   /// record among it, may by now tell of the other.
@@ -44,11 +51,13 @@ class [[nodiscard]] InstanceLock {
   /// @endcond
 
  private:
-  [[nodiscard]] bool take(const std::vector<std::string>& rcpHomes);
+  [[nodiscard]] bool take(const std::set<std::string>& rcpHomes);
+  void judge(FileError error);
 
   std::vector<std::shared_ptr<const void>> _holds;
   bool _isHeld = false;
   bool _hasWaited = false;
+  std::optional<FileError> _refusal;
 };
 
 }  // namespace installer

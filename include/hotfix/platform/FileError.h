@@ -11,6 +11,8 @@ struct FileError {
   static constexpr int kExists = 516;   ///< something at the destination already
   static constexpr int kOther = 512;    ///< anything else
   static constexpr int kNoFile = -1;    ///< there is something, but no file that can be read
+  static constexpr int kNoLocks = -2;   ///< the file system that the folder is on has no locks
+  static constexpr int kClosed = 257;   ///< a folder that is kept from this process
 
   int code = kOther;        ///< one of the above
   std::string description;  ///< for a log line: what, where, and the system's reason

@@ -33,6 +33,14 @@ FileError readFailure(const std::string& path, int error) {
   return failed;
 }
 
+FileError lockFailure(const std::string& path, int error) {
+  FileError failed = failureWithItem(path, "locked", error);
+  if (error == ENOLCK || error == ENOSYS || error == EOPNOTSUPP) failed.code = FileError::kNoLocks;
+  if (error == EACCES || error == EPERM || error == ELOOP || error == ENAMETOOLONG)
+    failed.code = FileError::kClosed;
+  return failed;
+}
+
 bool tellsMissing(int error) {
   return error == ENOENT || error == ENOTDIR;
 }

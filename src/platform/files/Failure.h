@@ -21,6 +21,9 @@ FileError failureWithItem(const std::string& path, std::string_view done, int er
 // The same for reading: what is no regular file has a code of its own.
 FileError readFailure(const std::string& path, int error);
 
+// The same for locks.
+FileError lockFailure(const std::string& path, int error);
+
 // Whether the error number says that nothing is there. Whatever else keeps us from an item, it may
 // well be there.
 [[nodiscard]] bool tellsMissing(int error);

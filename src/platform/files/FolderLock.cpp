@@ -25,6 +25,7 @@ LockedFolders& lockedFolders() {
 }  // namespace
 
 LockAttempt tryLockFolder(Descriptor folder) {
+  if (!folder.valid()) return {};
   const auto identity = identityOf(folder.get());
   if (!identity) return {};
   LockedFolders& held = lockedFolders();

@@ -5,8 +5,9 @@
 
 namespace installer {
 
-// Takes the open folder's advisory lock, as FileManager::tryLock promises. What the process holds
-// is remembered for the whole of it, without a guard: locks are taken and given back by one thread.
+// Takes the open folder's advisory lock, as FileManager::tryLock promises; without a hold and not
+// busy errno is set. What the process holds is remembered for the whole of it, without a guard:
+// locks are taken and given back by one thread.
 [[nodiscard]] LockAttempt tryLockFolder(Descriptor folder);
 
 }  // namespace installer

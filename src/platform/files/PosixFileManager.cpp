@@ -236,8 +236,10 @@ void PosixFileManager::closeLog(int descriptor) {
   const Descriptor closed(descriptor);
 }
 
-LockAttempt PosixFileManager::tryLock(const std::string& folder) {
-  return tryLockFolder(_folders.item(folder).openFolder());
+LockAttempt PosixFileManager::tryLock(const std::string& folder, FileError* error) {
+  LockAttempt attempt = tryLockFolder(_folders.item(folder).openFolder());
+  if (!attempt.busy && !attempt.hold && error != nullptr) *error = lockFailure(folder, errno);
+  return attempt;
 }
 
 }  // namespace installer

@@ -51,7 +51,7 @@ class PosixFileManager : public FileManager {
                                               const FileAttributes& attributes) override;
   [[nodiscard]] int openLog(const std::string& path) override;
   void closeLog(int descriptor) override;
-  LockAttempt tryLock(const std::string& folder) override;
+  LockAttempt tryLock(const std::string& folder, FileError* error = nullptr) override;
 
  protected:
   // Asked before each change to the disk: 0 to go on, or the error number that the change is to

@@ -2,10 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
 #include <chrono>
 #include <optional>
 #include <utility>
 
+#include "hotfix/platform/ToldOnce.h"
 #include "support/FolderHolder.h"
 #include "support/Proves.h"
 #include "support/Sandbox.h"
@@ -160,6 +162,57 @@ TEST_F(InstanceLockTest, AMissingHomeDoesNotKeepTheOtherFromBeingHeld) {
     EXPECT_FALSE(lock.isHeld());
     EXPECT_TRUE(isLocked(_home));
   }
+}
+
+TEST_F(InstanceLockTest, AHeldOrMissingHomeIsNotRefused) {
+  EXPECT_FALSE(InstanceLock(_home, _sandbox.path("none")).refusal());
+}
+
+TEST_F(InstanceLockTest, AHomeThatCannotBeLockedIsToldAsAnError) {
+  proves("LOCK-8");
+  for (const auto& [number, code] :
+       {std::pair(EMFILE, FileError::kOther), std::pair(EACCES, FileError::kClosed)}) {
+    _sandbox.clearLog();
+    _sandbox.files().failLocking(number);
+
+    const InstanceLock lock(_home);
+
+    EXPECT_FALSE(lock.isHeld());
+    EXPECT_FALSE(lock.hasWaited());
+    ASSERT_TRUE(lock.refusal());
+    EXPECT_EQ(lock.refusal()->code, code);
+    EXPECT_THAT(_sandbox.log(), ElementsAre(LogLine{LogLevel::error, lock.refusal()->description}));
+  }
+}
+
+TEST_F(InstanceLockTest, TheWorseRefusalOfTwoCounts) {
+  _sandbox.makeLink("loop", "loop");
+  const std::string second = _sandbox.makeFolder("B.app/Contents/MacOS/rcp");
+  for (const bool isFirst : {true, false}) {
+    _sandbox.files().failLocking(EIO, second);
+    const std::string closed = _sandbox.path("loop");
+
+    const InstanceLock lock(isFirst ? second : closed, isFirst ? closed : second);
+
+    ASSERT_TRUE(lock.refusal());
+    EXPECT_EQ(lock.refusal()->code, FileError::kOther);
+  }
+}
+
+TEST_F(InstanceLockTest, AFileSystemWithoutLocksIsAWarningAndNoRefusal) {
+  proves("LOCK-8");
+  _sandbox.files().failLocking(ENOLCK);
+  const ToldOnce lines;
+
+  const InstanceLock lock(_home, _home);
+
+  EXPECT_FALSE(lock.isHeld());
+  EXPECT_FALSE(lock.refusal());
+  EXPECT_THAT(_sandbox.log(),
+              ElementsAre(LogLine{LogLevel::warning,
+                                  "\"" + _home +
+                                      "\" cannot be locked: No locks available. Nothing keeps "
+                                      "other installations from this instance."}));
 }
 
 }  // namespace

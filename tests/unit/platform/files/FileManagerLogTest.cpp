@@ -301,11 +301,39 @@ TEST_F(FileManagerLockTest, WhatIsNoFolderCannotBeLockedAndIsNotBusy) {
   for (const std::string& item :
        {_folder.makeFile("file"), _folder.makePipe("pipe"), path("missing"), std::string(),
         path("") + std::string("\0x", 2)}) {
-    const LockAttempt attempt = _files.tryLock(item);
+    FileError error;
+    const LockAttempt attempt = _files.tryLock(item, &error);
     EXPECT_FALSE(attempt.busy) << item;
     EXPECT_FALSE(attempt.hold) << item;
+    EXPECT_EQ(error.code, FileError::kMissing) << item;
+    EXPECT_FALSE(_files.tryLock(item).hold) << item << ", and nobody asks why";
   }
   EXPECT_FALSE(isThere("missing"));
+}
+
+TEST_F(FileManagerLockTest, AFolderThatIsKeptFromUsIsNoMissingOne) {
+  proves("LOCK-8");
+  _folder.makeFolder("home");
+  _folder.makeFolder("out");
+  _folder.makeLink("home/link", "../out");
+  _folder.makeLink("loop", "loop");
+  const auto hold = _files.hold(path("home"), std::nullopt);
+
+  for (const std::string& item : {path("home/link"), path("loop"), path(std::string(300, 'x'))}) {
+    FileError error;
+    EXPECT_FALSE(_files.tryLock(item, &error).hold) << item;
+    EXPECT_EQ(error.code, FileError::kClosed) << item;
+  }
+}
+
+TEST_F(FileManagerLockTest, AFolderThatMayNotBeReadIsKeptFromUs) {
+  if (isRoot()) GTEST_SKIP() << "root may read everything";
+  _folder.makeFolder("folder", 0300);
+  FileError error;
+
+  EXPECT_FALSE(_files.tryLock(path("folder"), &error).hold);
+
+  EXPECT_EQ(error.code, FileError::kClosed);
 }
 
 }  // namespace

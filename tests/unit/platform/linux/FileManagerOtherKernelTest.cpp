@@ -81,6 +81,17 @@ TEST_F(FileManagerOtherKernelTest, WithoutClaimsFilesAreWrittenAndLeftOversStay)
   removeTree(path("folder"));
 }
 
+TEST_F(FileManagerOtherKernelTest, AFileSystemWithoutLocksIsTold) {
+  proves("LOCK-8");
+  for (const int error : {ENOLCK, ENOSYS, EOPNOTSUPP}) {
+    EXPECT_TRUE(without(SYS_flock, error, [&] {
+      FileError told;
+      const LockAttempt attempt = _files.tryLock(path(""), &told);
+      return !attempt.busy && !attempt.hold && told.code == FileError::kNoLocks;
+    })) << error;
+  }
+}
+
 TEST_F(FileManagerOtherKernelTest, HeldFoldersAreNotLeftWithoutALookUpBeneath) {
   proves("FILES-23");
   _folder.makeFile("out/guarded", "secret");
@@ -260,8 +271,11 @@ bool removalFails(PosixFileManager& files, const TemporaryFolder& folder) {
 }
 
 bool lockFails(PosixFileManager& files, const TemporaryFolder& folder) {
-  const LockAttempt attempt = files.tryLock(folder.path("tree"));
-  return !attempt.busy && !attempt.hold;
+  FileError error;
+  const LockAttempt attempt = files.tryLock(folder.path("tree"), &error);
+  return !attempt.busy && !attempt.hold && error.code == FileError::kOther &&
+         error.description ==
+             "\"" + folder.path("tree") + "\" cannot be locked: Input/output error";
 }
 
 INSTANTIATE_TEST_SUITE_P(
