@@ -106,13 +106,18 @@ std::u16string toUnits(std::string_view text) {
   return units;
 }
 
+static char32_t unitAt(std::u16string_view units, std::size_t at) {
+  return static_cast<char32_t>(units[at]);
+}
+
 std::string fromUnits(std::u16string_view units) {
   std::string text;
   for (std::size_t at = 0; at < units.size(); ++at) {
-    char32_t character = units[at];
-    if (isHighHalf(character) && at + 1 < units.size() && isLowHalf(units[at + 1])) {
+    char32_t character = unitAt(units, at);
+    if (isHighHalf(character) && at + 1 < units.size() && isLowHalf(unitAt(units, at + 1))) {
       ++at;
-      character = kFirstPair + ((character - kFirstHighHalf) << 10) + (units[at] - kFirstLowHalf);
+      character =
+          kFirstPair + ((character - kFirstHighHalf) << 10) + (unitAt(units, at) - kFirstLowHalf);
     }
     appendCharacter(character, text);
   }

@@ -10,6 +10,7 @@
 
 #include "base/Base64.h"
 #include "base/PropertyListDate.h"
+#include "base/RealText.h"
 #include "base/XmlParser.h"
 
 namespace installer::PropertyList {
@@ -77,17 +78,15 @@ std::optional<Value> integerFromText(std::string_view text) {
   return minus ? negative(*number) : Value(*number);
 }
 
-// A number that a double cannot hold, be it too small, is not understood: writing it back would
-// change it. The platform's "+infinity" and "nan" are.
-std::optional<Value> realFromText(std::string_view text) {
+// The platform writes "+infinity".
+std::optional<Value> realValueFromText(std::string_view text) {
   if (text.starts_with('+')) {
     text.remove_prefix(1);
     if (text.starts_with('-')) return std::nullopt;
   }
-  double number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-  return Value(number);
+  const std::optional<double> number = realFromText(text);
+  if (!number) return std::nullopt;
+  return Value(*number);
 }
 
 std::optional<Value> dataFromText(std::string_view text) {
@@ -112,7 +111,7 @@ std::optional<Value> leafFromText(Tag tag, std::string&& text) {
     case Tag::integer:
       return integerFromText(trimmed(text));
     case Tag::real:
-      return realFromText(trimmed(text));
+      return realValueFromText(trimmed(text));
     case Tag::date:
       return dateValueFromText(trimmed(text));
     case Tag::data:

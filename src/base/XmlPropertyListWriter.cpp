@@ -2,12 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <array>
-#include <charconv>
-#include <cmath>
-
 #include "base/Base64.h"
 #include "base/PropertyListDate.h"
+#include "base/RealText.h"
 
 namespace installer::PropertyList {
 
@@ -21,14 +18,6 @@ constexpr std::string_view kHead =
 constexpr std::string_view kFoot = "</plist>\n";
 
 // The shortest text that reads back as the same number.
-std::string realText(double number) {
-  if (std::isnan(number)) return "nan";
-  if (std::isinf(number)) return number > 0 ? "+infinity" : "-infinity";
-  std::array<char, 32> text{};
-  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), number);
-  return {text.data(), end};
-}
-
 class Writer {
  public:
   bool write(const Value& value) {
@@ -42,7 +31,7 @@ class Writer {
   bool writeHeld(bool flag) { return line(flag ? "<true/>" : "<false/>"); }
   bool writeHeld(std::int64_t number) { return element("integer", std::to_string(number)); }
   bool writeHeld(std::uint64_t number) { return element("integer", std::to_string(number)); }
-  bool writeHeld(double number) { return element("real", realText(number)); }
+  bool writeHeld(double number) { return element("real", textFromReal(number)); }
   bool writeHeld(const Data& data) { return element("data", encodeBase64(data.bytes)); }
 
   bool writeHeld(const Date& date) {

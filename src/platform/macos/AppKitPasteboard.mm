@@ -20,8 +20,8 @@ id objectsOf(const PropertyList::Dictionary& record) {
   NSData* data = [NSData dataWithBytes:text->data() length:text->size()];
   return [NSPropertyListSerialization propertyListWithData:data
                                                    options:NSPropertyListImmutable
-                                                    format:nil
-                                                     error:nil];
+                                                    format:nullptr
+                                                     error:nullptr];
 }
 
 NSData* bytesOf(id objects) {
@@ -29,7 +29,7 @@ NSData* bytesOf(id objects) {
   return [NSPropertyListSerialization dataWithPropertyList:objects
                                                     format:NSPropertyListXMLFormat_v1_0
                                                    options:0
-                                                     error:nil];
+                                                     error:nullptr];
 }
 
 }  // namespace
