@@ -13,7 +13,8 @@
 namespace installer {
 
 /// Operations of the installer without state: its errors, the processes and bundles of the machine,
-/// files and receipts, tracing and locale, the manifest version. None throws.
+/// files and receipts, tracing and locale, the manifest version. None throws but
+/// std::bad_alloc.
 class InstallUtil {
  public:
   InstallUtil() = delete;
