@@ -195,9 +195,7 @@ bool PosixFileManager::createFile(const std::string& path, std::string_view byte
 }
 
 bool PosixFileManager::flush(const std::string& folder, FileError* error) {
-  errno = ENOENT;
-  const Descriptor opened =
-      isUsablePath(folder) ? openFolderFollowingLinks(AT_FDCWD, folder) : Descriptor();
+  const Descriptor opened = _folders.item(folder).openFolder();
   const int result = opened.valid() ? _changes.flushFileSystem(opened.get()) : errno;
   return answer(result, folder, "flushed", error);
 }

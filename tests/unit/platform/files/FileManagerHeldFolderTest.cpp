@@ -86,6 +86,27 @@ TEST_F(FileManagerHeldFolderTest, AllGoesOnInTheFolderThatWasOpened) {
   expectGuarded();
 }
 
+TEST_F(FileManagerHeldFolderTest, WhatWasOpenedIsFlushed) {
+  proves("FILES-23");
+  hold();
+  rename("home", "home.old");
+  _folder.makeFile("home");
+
+  EXPECT_TRUE(_files.flush(path("home"), &_error)) << _error.description;
+  EXPECT_TRUE(_files.flush(path("home/deploy"), &_error)) << _error.description;
+}
+
+TEST_F(FileManagerHeldFolderTest, AFolderThatLeadsElsewhereIsNotFlushed) {
+  proves("FILES-23");
+  hold();
+  exchange("home/deploy");
+
+  EXPECT_FALSE(_files.flush(path("home/deploy"), &_error));
+
+  EXPECT_THAT(_error.description, HasSubstr("Operation not permitted"));
+  EXPECT_THAT(_files.operations(), IsEmpty());
+}
+
 TEST_F(FileManagerHeldFolderTest, NothingIsChangedThroughAFolderThatLeadsElsewhere) {
   proves("FILES-23");
   hold();
