@@ -7,6 +7,12 @@
 
 namespace installer {
 
+inline constexpr uid_t kRoot = 0;
+
+constexpr bool isRootOr(uid_t user, uid_t owner) {
+  return owner == kRoot || owner == user;
+}
+
 struct User {
   std::string name;
   uid_t uid = 0;
@@ -49,10 +55,11 @@ class UserContext {
   // Whether what this user left in a folder open to all may be acted upon: root, the effective user
   // and the console user only.
   bool trusts(uid_t owner) {
-    constexpr uid_t kRoot = 0;
     const std::optional<User> user = consoleUser();
-    return owner == kRoot || owner == effectiveUserId() || (user && user->uid == owner);
+    return isOwn(owner) || (user && user->uid == owner);
   }
+  // Whether this is root or the effective user, who need nobody's leave here.
+  bool isOwn(uid_t owner) { return isRootOr(effectiveUserId(), owner); }
 };
 
 }  // namespace installer

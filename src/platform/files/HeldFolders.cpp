@@ -15,8 +15,6 @@ namespace installer {
 
 namespace {
 
-constexpr uid_t kRoot = 0;
-
 FoundEntry notFound(int error) {
   FoundEntry entry;
   entry.error = error;
@@ -125,7 +123,7 @@ void HeldFolders::openAnew(HeldFolder& held) {
 }
 
 bool HeldFolders::isTrusted(const struct stat& link) {
-  return link.st_nlink == 1 && (link.st_uid == kRoot || link.st_uid == _users.effectiveUserId());
+  return link.st_nlink == 1 && _users.isOwn(link.st_uid);
 }
 
 // A system without such a call, and a link that names the place inside by an absolute path, are

@@ -12,12 +12,6 @@
 
 namespace installer {
 
-namespace {
-
-constexpr uid_t kRoot = 0;
-
-}  // namespace
-
 // Removed when all names are read: some file systems skip entries of a folder that shrinks
 // meanwhile.
 void LeftOverRemoval::walk(Descriptor folder, int depth) {
@@ -51,7 +45,7 @@ void LeftOverRemoval::removeIfLeftOver(int folder, const std::string& name) {
 // could not remove themselves. A group that root lets write there is taken for root's own.
 bool LeftOverRemoval::isNamedByUs(int folder) {
   const auto status = statusOf(folder, ".");
-  return status && (status->st_uid == kRoot || status->st_uid == _users.effectiveUserId()) &&
+  return status && _users.isOwn(status->st_uid) &&
          ((status->st_mode & S_IWOTH) == 0 || (status->st_mode & S_ISVTX) != 0);
 }
 

@@ -10,13 +10,12 @@
 #include <climits>
 #include <system_error>
 
+#include "platform/UserContext.h"
 #include "platform/posix/PathSteps.h"
 
 namespace installer {
 
 namespace {
-
-constexpr uid_t kRoot = 0;
 
 bool isShared(const struct stat& status) {
   return (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
@@ -47,7 +46,7 @@ class TrustedWalk {
   void judge(const std::string& item) {
     struct stat status {};
     if (::lstat(item.c_str(), &status) != 0) return judgeMissing(item, errno);
-    if (status.st_uid != kRoot && status.st_uid != _user)
+    if (!isRootOr(_user, status.st_uid))
       return refuse(fmt::format("{} belongs to the user {}", item, status.st_uid));
     if (S_ISLNK(status.st_mode)) return follow(item);
     const bool keepsOwners = S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0;
