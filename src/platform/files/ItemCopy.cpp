@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <optional>
 #include <utility>
 
@@ -25,13 +24,6 @@ constexpr mode_t kPrivateFolder = 0700;
 
 std::array<timespec, 2> timesOf(const struct stat& status) {
   return {timespec{0, UTIME_OMIT}, syscalls::modificationTime(status)};
-}
-
-std::optional<std::string> targetOf(const Descriptor& link) {
-  std::array<char, PATH_MAX> target;
-  const ssize_t length = syscalls::readLink(link.get(), target.data(), target.size());
-  if (length == -1) return std::nullopt;
-  return std::string(target.data(), static_cast<std::size_t>(length));
 }
 
 // 0 when the open folder may receive a copy of the source; it must not be the source or below it.

@@ -2,10 +2,7 @@
 
 #include <fcntl.h>
 
-#include <array>
 #include <cerrno>
-#include <climits>
-#include <optional>
 #include <utility>
 
 #include "platform/files/FileSystemCalls.h"
@@ -14,13 +11,6 @@
 namespace installer {
 
 namespace {
-
-std::optional<std::string> targetOf(const Descriptor& link) {
-  std::array<char, PATH_MAX> target;
-  const ssize_t length = syscalls::readLink(link.get(), target.data(), target.size());
-  if (length == -1) return std::nullopt;
-  return std::string(target.data(), static_cast<std::size_t>(length));
-}
 
 class LinkWalk {
  public:

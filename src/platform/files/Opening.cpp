@@ -2,8 +2,11 @@
 
 #include <fcntl.h>
 
+#include <array>
 #include <cerrno>
+#include <climits>
 
+#include "platform/files/FileSystemCalls.h"
 #include "platform/posix/Uninterrupted.h"
 
 namespace installer {
@@ -95,6 +98,13 @@ std::optional<struct stat> statusOf(const Descriptor& file) {
   struct stat status {};
   if (!file.valid() || ::fstat(file.get(), &status) != 0) return std::nullopt;
   return status;
+}
+
+std::optional<std::string> targetOf(const Descriptor& link) {
+  std::array<char, PATH_MAX> target;
+  const ssize_t length = syscalls::readLink(link.get(), target.data(), target.size());
+  if (length == -1) return std::nullopt;
+  return std::string(target.data(), static_cast<std::size_t>(length));
 }
 
 bool isFolder(const std::optional<struct stat>& status) {

@@ -49,6 +49,9 @@ Descriptor openRegularFileFollowingLinks(int folder, const std::string& name);
 // An invalid descriptor leaves errno as its opening set it.
 [[nodiscard]] std::optional<struct stat> statusOf(const Descriptor& file);
 
+// Where the link leads that a descriptor of syscalls::openItem() names. nullopt with errno set.
+[[nodiscard]] std::optional<std::string> targetOf(const Descriptor& link);
+
 // Whether what has this status is a folder, or a link; false for what has none.
 bool isFolder(const std::optional<struct stat>& status);
 bool isLink(const std::optional<struct stat>& status);
