@@ -1,5 +1,6 @@
 #include "platform/files/Ancestry.h"
 
+#include "platform/UserContext.h"
 #include "platform/files/FileSystemCalls.h"
 #include "platform/posix/Descriptor.h"
 
@@ -16,7 +17,7 @@ std::optional<FileIdentity> identityOf(int file) {
 }
 
 bool isBorrowed(const struct stat& file, std::optional<uid_t> owner) {
-  return owner && file.st_nlink > 1 && file.st_uid != *owner;
+  return owner && file.st_nlink > 1 && (file.st_uid != *owner || *owner == kRoot);
 }
 
 std::optional<std::set<FileIdentity>> ancestryOf(int folder) {

@@ -21,7 +21,8 @@ FileIdentity identityOf(const struct stat& status);
 [[nodiscard]] std::optional<FileIdentity> identityOf(int file);
 
 // Whether the file has several names and belongs to somebody else than `owner`, who could have
-// given it one of them. Never so where anybody may own it.
+// given it one of them. Root gives none away and owns what others may give a name to: root's file
+// counts as somebody else's for root too. Never so where anybody may own it.
 bool isBorrowed(const struct stat& file, std::optional<uid_t> owner);
 
 // The open folder and all folders above it up to the root; nullopt when the way up is barred.

@@ -373,10 +373,26 @@ TEST_F(FileManagerAttributesTest, AFileWithSeveralLinksOfTheNewOwnerIsChanged) {
   proves("FILES-14");
   _folder.makeFile("tree/file", "", 0600);
   _folder.makeHardLink("tree/other", "tree/file");
+  const std::string owner = isRoot() ? "ada" : "self";
+  const uid_t number = isRoot() ? 1234 : ::geteuid();
+  ASSERT_EQ(::chown(path("tree/file").c_str(), number, ::getegid()), 0);
 
-  EXPECT_TRUE(changeMode("tree", 0775));
+  EXPECT_TRUE(change("tree", {owner, "own", 0775}));
 
   EXPECT_EQ(modeOf("tree/file"), 0775u);
+}
+
+TEST_F(FileManagerAttributesTest, RootsFileWithSeveralLinksIsLeftAloneForRootToo) {
+  proves("FILES-14");
+  if (!isRoot()) GTEST_SKIP() << "only root has files of root";
+  _folder.makeFile("secret", "", 0600);
+  _folder.makeFile("tree/other", "", 0600);
+  _folder.makeHardLink("tree/file", "secret");
+
+  EXPECT_FALSE(changeMode("tree", 0775));
+
+  EXPECT_EQ(modeOf("secret"), 0600u);
+  EXPECT_EQ(modeOf("tree/other"), 0775u);
 }
 
 TEST_F(FileManagerAttributesTest, ASecondLinkMadeAtTheLastMomentCountsToo) {

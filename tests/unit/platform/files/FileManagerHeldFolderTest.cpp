@@ -358,6 +358,17 @@ TEST_F(FileManagerHeldFolderTest, OfATreeTheFileWithSeveralNamesIsNotCopied) {
   EXPECT_FALSE(isThere("taken/planted"));
 }
 
+TEST_F(FileManagerHeldFolderTest, RootsFileWithSeveralNamesIsUnreadableForRootToo) {
+  proves("FILES-24");
+  _users.add({"root", 0, 0, "/root"});
+  _folder.makeHardLink("home/planted", "out/guarded");
+  hold("home", "root");
+
+  EXPECT_FALSE(_files.read(path("home/planted"), &_error));
+  EXPECT_THAT(_error.description, HasSubstr("Operation not permitted"));
+  EXPECT_EQ(_files.read(path("home/deploy/file")), "own");
+}
+
 TEST_F(FileManagerHeldFolderTest, OneNameOrTheNewOwnersSeveralAreRead) {
   proves("FILES-24");
   if (::geteuid() != 0) GTEST_SKIP() << "needs to give files away";
