@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -27,6 +26,13 @@ FoundEntry atPath(std::string path, bool follow) {
   entry.name = std::move(path);
   entry.follow = follow;
   return entry;
+}
+
+// Of two who get files with several names neither may see what is the other's.
+std::optional<uid_t> stricter(std::optional<uid_t> one, std::optional<uid_t> other) {
+  constexpr auto kNobody = static_cast<uid_t>(-1);
+  if (!one || !other || *one == *other) return one ? one : other;
+  return kNobody;
 }
 
 // The walk begins at the folder that was opened, if one was.
@@ -70,7 +76,10 @@ std::shared_ptr<const void> HeldFolders::hold(const std::string& path,
   std::erase_if(_held, [](const auto& held) { return held.expired(); });
   for (const auto& known : _held) {
     const auto held = known.lock();
-    if (held->path == path) return held;
+    const auto rest = restBelow(held->path, path);
+    if (!rest || !hasNoComponents(*rest)) continue;
+    held->newOwner = stricter(held->newOwner, newOwner);
+    return held;
   }
   const auto held = std::make_shared<HeldFolder>();
   held->path = path;
@@ -161,7 +170,13 @@ Place HeldFolders::placeBelow(const Below& below) {
 FoundEntry HeldFolders::entry(const std::string& path) {
   if (!isUsablePath(path)) return notFound(ENOENT);
   const auto below = find(path, Itself::doesNot);
-  return below ? foundAt(placeBelow(*below)) : atPath(withoutTrailingSlashes(path), false);
+  return below ? entryBelow(*below) : atPath(withoutTrailingSlashes(path), false);
+}
+
+FoundEntry HeldFolders::entryBelow(const Below& below) {
+  FoundEntry found = foundAt(placeBelow(below));
+  found.owner = below.held->newOwner;
+  return found;
 }
 
 FoundEntry HeldFolders::item(const std::string& path) {
@@ -173,11 +188,11 @@ FoundEntry HeldFolders::item(const std::string& path) {
 FoundEntry HeldFolders::itemBelow(const Below& below, const std::string& path) {
   if (!open(*below.held)) return notFound(below.held->error);
   if (below.rest.empty()) return foundAt({openBeneath(*below.held, "."), ".", 0});
-  FoundEntry found = foundAt(placeBelow(below));
+  FoundEntry found = entryBelow(below);
   if (isLink(found.status())) {
     Place place = behindLinks(std::move(found), [](const struct stat&) { return true; });
-    if (place.usable() && !isInHeldFolder(place)) return notFound(EPERM);
-    found = foundAt(std::move(place));
+    if (place.usable() && heldAround(place).empty()) return notFound(EPERM);
+    found = behindLink(below.held->newOwner, std::move(place));
   }
   if (found.error == 0 && path.ends_with('/') && !isFolder(found.folder, found.name))
     return notFound(ENOTDIR);
@@ -189,21 +204,33 @@ FoundEntry HeldFolders::glimpse(const std::string& path) {
   const auto below = find(path, Itself::counts);
   if (!below || isRefused(*below->held)) return atPath(path, true);
   if (below->rest.empty()) return open(*below->held) ? itemBelow(*below, path) : atPath(path, true);
-  FoundEntry found = foundAt(placeBelow(*below));
+  FoundEntry found = entryBelow(*below);
   found.follow = true;
   if (path.ends_with('/')) found.name += '/';
   return found;
 }
 
 // Of a folder that is held itself, it is the name that lies elsewhere.
-bool HeldFolders::isInHeldFolder(const Place& place) const {
+std::vector<std::shared_ptr<HeldFolder>> HeldFolders::heldAround(const Place& place) const {
+  std::vector<std::shared_ptr<HeldFolder>> found;
+  if (_held.empty() || !place.usable()) return found;
   const auto around = ancestryOf(place.folder.get());
   const auto item = statusOf(place.folder.get(), place.name);
-  return around && item && std::any_of(_held.begin(), _held.end(), [&](const auto& known) {
-           const auto held = known.lock();
-           const auto identity = held ? identityOf(held->folder.get()) : std::nullopt;
-           return identity && (around->contains(*identity) || identityOf(*item) == *identity);
-         });
+  if (!around || !item) return found;
+  for (const auto& known : _held) {
+    auto held = known.lock();
+    const auto identity = held ? identityOf(held->folder.get()) : std::nullopt;
+    if (identity && (around->contains(*identity) || identityOf(*item) == *identity))
+      found.push_back(std::move(held));
+  }
+  return found;
+}
+
+FoundEntry HeldFolders::behindLink(std::optional<uid_t> owner, Place place) const {
+  for (const auto& held : heldAround(place)) owner = stricter(owner, held->newOwner);
+  FoundEntry found = foundAt(std::move(place));
+  found.owner = owner;
+  return found;
 }
 
 bool HeldFolders::isRefused(HeldFolder& held) {
@@ -229,11 +256,6 @@ Descriptor HeldFolders::openNamedFolder(const std::string& path, std::set<FileId
   });
   errno = place.error;
   return place.usable() ? openFolder(place.folder.get(), place.name) : Descriptor();
-}
-
-std::optional<uid_t> HeldFolders::ownerOf(const std::string& path) {
-  const auto below = isUsablePath(path) ? find(path, Itself::doesNot) : std::nullopt;
-  return below ? below->held->newOwner : std::nullopt;
 }
 
 }  // namespace installer

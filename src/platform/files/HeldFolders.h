@@ -22,6 +22,9 @@ struct FoundEntry {
   std::string name;     // there
   bool follow = false;  // whether a link in the entry's place may lead elsewhere
   int error = 0;        // why there is none
+  // Who may own it when it has several names: with another owner, its other name can be in a place
+  // that its reader is not meant to see. nullopt when anybody may.
+  std::optional<uid_t> owner;
 
   // nullopt with errno set, and invalid with errno set.
   [[nodiscard]] std::optional<struct stat> status() const;
@@ -35,11 +38,11 @@ FoundEntry foundAt(Place place);
 // One folder that is held.
 struct HeldFolder {
   std::string path;
-  std::optional<uid_t> newOwner;
-  Descriptor folder;             // none as long as there is no such folder, or it is refused
-  int error = 0;                 // why
-  bool mayEnter = false;         // whether what is below it may be handed over
-  std::set<FileIdentity> links;  // that were followed on the way, when the path ends in one
+  std::optional<uid_t> newOwner;  // see FoundEntry::owner
+  Descriptor folder;              // none as long as there is no such folder, or it is refused
+  int error = 0;                  // why
+  bool mayEnter = false;          // whether what is below it may be handed over
+  std::set<FileIdentity> links;   // that were followed on the way, when the path ends in one
 };
 
 // The folders that a run holds open, and the way from a path to its entry. A path below a held
@@ -53,7 +56,8 @@ class HeldFolders {
   // Holds the folder as long as a copy of the answer lives. One that is missing is looked for
   // again each time. A link on the way that belongs to neither root nor the effective user, is
   // followed to a folder of the link's own owner only, for he could do there himself what is done.
-  // `newOwner`: see ownerOf(). The root cannot be held: null.
+  // `newOwner`: to whom what is below it is handed, see FoundEntry::owner; the strictest counts of
+  // those for whom it is held. The root cannot be held: null.
   std::shared_ptr<const void> hold(const std::string& path, std::optional<uid_t> newOwner);
 
   // The open folder that holds the last component, for changes there.
@@ -70,10 +74,9 @@ class HeldFolders {
   // the ones that were followed then. Invalid with errno set.
   Descriptor openNamedFolder(const std::string& path, std::set<FileIdentity>& links);
 
-  // Who may own a file with several names below the held folder around the path: with another
-  // owner, its other name can be in a place that its reader is not meant to see. nullopt when
-  // anybody may.
-  std::optional<uid_t> ownerOf(const std::string& path);
+  // The entry at the place to which a link of this `owner` has led. It is judged as one of every
+  // folder that is held around either.
+  FoundEntry behindLink(std::optional<uid_t> owner, Place place) const;
 
  private:
   struct Below {
@@ -87,8 +90,9 @@ class HeldFolders {
   void openAnew(HeldFolder& held);
   Descriptor openBeneath(const HeldFolder& held, const std::string& rest);
   Place placeBelow(const Below& below);
+  FoundEntry entryBelow(const Below& below);
   FoundEntry itemBelow(const Below& below, const std::string& path);
-  bool isInHeldFolder(const Place& place) const;
+  std::vector<std::shared_ptr<HeldFolder>> heldAround(const Place& place) const;
   bool isRefused(HeldFolder& held);
   bool isTrusted(const struct stat& link);
 

@@ -1,6 +1,5 @@
 #include "platform/files/PosixFileManager.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -103,15 +102,17 @@ std::optional<std::vector<std::string>> PosixFileManager::list(const std::string
 }
 
 std::optional<std::string> PosixFileManager::read(const std::string& path, FileError* error) {
-  return readOpened(_folders.item(path).openFile(), path, _folders.ownerOf(path), error);
+  const FoundEntry found = _folders.item(path);
+  return readOpened(found.openFile(), path, found.owner, error);
 }
 
 std::optional<std::string> PosixFileManager::readUnlinked(const std::string& path,
                                                           FileOrigin* origin, FileError* error) {
-  const Descriptor file = _folders.entry(path).openFile();
+  const FoundEntry found = _folders.entry(path);
+  const Descriptor file = found.openFile();
   const auto status = file.valid() ? statusOf(file) : std::nullopt;
   if (status && origin != nullptr) *origin = {status->st_uid, status->st_nlink > 1};
-  return readOpened(file, path, _folders.ownerOf(path), error);
+  return readOpened(file, path, found.owner, error);
 }
 
 bool PosixFileManager::write(const std::string& path, std::string_view bytes, ReplacedFile replaced,

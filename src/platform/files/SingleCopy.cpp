@@ -30,7 +30,8 @@ void SingleCopy::findSource() {
   _source = _folders.entry(_from.path);
   const auto status = _source.status();
   if (!_from.within || !isLink(status)) return;
-  _source = foundAt(openLinkedContent(_folders, _from.path, *_from.within));
+  Place content = openLinkedContent(_folders, _from.path, *_from.within);
+  _source = _folders.behindLink(_source.owner, std::move(content));
   _isBehindLink = true;
 }
 
@@ -49,8 +50,7 @@ std::optional<FileError> SingleCopy::copyItem() {
 std::optional<FileError> SingleCopy::copy(bool isFolder) {
   const Place place = _folders.place(_to);
   if (!place.usable()) return failure(FileError::kOther, _from.path, reasonOf(place.error));
-  ItemCopy item(_changes, isFolder ? Flush::later : Flush::eachFile, _folders.ownerOf(_from.path),
-                _from.mayOwn);
+  ItemCopy item(_changes, isFolder ? Flush::later : Flush::eachFile, _source.owner, _from.mayOwn);
   TemporaryItem temporary(_changes, place.folder.get(), Claimed::yes);
   const bool whole = item.build({_source.folder, _source.name}, temporary);
   Failure named;

@@ -369,6 +369,68 @@ TEST_F(FileManagerHeldFolderTest, RootsFileWithSeveralNamesIsUnreadableForRootTo
   EXPECT_EQ(_files.read(path("home/deploy/file")), "own");
 }
 
+TEST_F(FileManagerHeldFolderTest, AFolderThatIsHeldTwiceIsHeldForTheStricterOwner) {
+  proves("FILES-24");
+  if (::geteuid() != 0) GTEST_SKIP() << "needs to give files away";
+  _users.add({"bob", kBob, kBob, "/home/bob"});
+  _folder.makeFolder("again");
+  for (const char* name : {"roots", "alices", "bobs"}) {
+    _folder.makeFile(std::string("home/") + name, "x");
+    _folder.makeHardLink(std::string("again/") + name, std::string("home/") + name);
+  }
+  giveAway("home/alices", kAlice);
+  giveAway("home/bobs", kBob);
+  const auto readable = [this] {
+    std::string names;
+    for (const char* name : {"roots", "alices", "bobs"})
+      if (_files.read(path(std::string("home/") + name))) names += std::string(name) + " ";
+    return names;
+  };
+
+  hold();
+  EXPECT_EQ(readable(), "roots alices bobs ");
+  hold("home/", "alice");
+  EXPECT_EQ(readable(), "alices ");
+  hold("home");
+  EXPECT_EQ(readable(), "alices ");
+  hold("home", "bob");
+  EXPECT_EQ(readable(), "") << "either could see what the other may not";
+}
+
+TEST_F(FileManagerHeldFolderTest, ALinkIntoAnotherHeldFolderIsJudgedThere) {
+  proves("FILES-24");
+  if (::geteuid() != 0) GTEST_SKIP() << "needs to give files away";
+  _folder.makeHardLink("home/deploy/planted", "out/guarded");
+  _folder.makeLink("package/planted", "../home/deploy/planted");
+  _folder.makeLink("package/file", "../home/deploy/file");
+  hold("home", "alice");
+  const auto package = _files.hold(path("package"), std::nullopt);
+  const auto copied = [this](const std::string& name) {
+    const CopySource source(path("package/" + name), {path("home")});
+    return _files.copy(source, path("taken"), ExistingItem::replace, &_error);
+  };
+
+  EXPECT_FALSE(_files.read(path("package/planted"), &_error));
+  EXPECT_THAT(_error.description, HasSubstr("Operation not permitted"));
+  EXPECT_FALSE(copied("planted"));
+  EXPECT_THAT(_error.description, HasSubstr("Operation not permitted"));
+  EXPECT_EQ(_files.read(path("package/file")), "own");
+  EXPECT_TRUE(copied("file")) << _error.description;
+}
+
+TEST_F(FileManagerHeldFolderTest, ALinkOutOfTheNewOwnersFolderIsJudgedHereToo) {
+  proves("FILES-24");
+  if (::geteuid() != 0) GTEST_SKIP() << "needs to give files away";
+  _folder.makeFolder("package");
+  _folder.makeHardLink("package/guarded", "out/guarded");
+  _folder.makeLink("home/planted", "../package/guarded");
+  hold("home", "alice");
+  const auto package = _files.hold(path("package"), std::nullopt);
+
+  EXPECT_FALSE(_files.read(path("home/planted")));
+  EXPECT_EQ(_files.read(path("package/guarded")), "secret");
+}
+
 TEST_F(FileManagerHeldFolderTest, OneNameOrTheNewOwnersSeveralAreRead) {
   proves("FILES-24");
   if (::geteuid() != 0) GTEST_SKIP() << "needs to give files away";
