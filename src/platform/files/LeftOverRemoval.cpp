@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/Interruption.h"
 #include "platform/files/Ancestry.h"
 #include "platform/files/Claim.h"
 #include "platform/files/FolderReader.h"
@@ -18,12 +19,16 @@ void LeftOverRemoval::walk(Descriptor folder, int depth) {
   FolderReader reader(std::move(folder));
   std::vector<std::string> leftOvers;
   while (auto name = reader.next()) {
+    checkInterruption();
     if (FileChanges::isTemporaryName(*name))
       leftOvers.push_back(std::move(*name));
     else if (_which == LeftOvers::below && reader.mayBeFolder() && depth + 1 < kMaximumDepth)
       walk(openFolder(reader.descriptor(), *name), depth + 1);
   }
-  for (const std::string& name : leftOvers) removeIfLeftOver(reader.descriptor(), name);
+  for (const std::string& name : leftOvers) {
+    checkInterruption();
+    removeIfLeftOver(reader.descriptor(), name);
+  }
 }
 
 void LeftOverRemoval::removeIfLeftOver(int folder, const std::string& name) {
@@ -38,7 +43,7 @@ void LeftOverRemoval::removeIfLeftOver(int folder, const std::string& name) {
   }
   // A folder that took a file's place meanwhile is none of ours. What stays, the next run tries
   // again.
-  (void)(isFolder ? removeEntry(_changes, folder, name) : _changes.unlink(folder, name));
+  (void)(isFolder ? removeEntry(_changes, folder, name, Heed::yes) : _changes.unlink(folder, name));
 }
 
 // Whoever may rename in the folder could give a temporary name to a folder of root, which they

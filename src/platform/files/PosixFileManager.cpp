@@ -157,7 +157,7 @@ int PosixFileManager::removeAt(const std::string& path) {
   const Place place = _folders.place(path);
   if (!place.usable()) return place.error;
   if (place.name == "." || place.name == "..") return EINVAL;
-  return removeEntry(_changes, place.folder.get(), place.name);
+  return removeEntry(_changes, place.folder.get(), place.name, Heed::yes);
 }
 
 void PosixFileManager::removeLeftOvers(const std::string& folder, LeftOvers which) {

@@ -90,7 +90,7 @@ int SingleCopy::clearTheWay() {
   if (!old || !isInTheWay(*old)) return 0;
   const Place place = _folders.place(_to);
   if (!place.usable()) return place.error;
-  const int error = removeEntry(_changes, place.folder.get(), place.name);
+  const int error = removeEntry(_changes, place.folder.get(), place.name, Heed::yes);
   return error == ENOENT ? 0 : error;  // somebody was quicker
 }
 

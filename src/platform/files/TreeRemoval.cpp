@@ -2,6 +2,7 @@
 
 #include <cerrno>
 
+#include "platform/Interruption.h"
 #include "platform/files/FolderReader.h"
 #include "platform/files/Opening.h"
 
@@ -14,9 +15,10 @@ constexpr int kMaximumPasses = 8;
 
 class TreeRemoval {
  public:
-  explicit TreeRemoval(FileChanges& changes) : _changes(changes) {}
+  TreeRemoval(FileChanges& changes, Heed signals) : _changes(changes), _signals(signals) {}
 
   int remove(int folder, const std::string& name, int depth) {
+    if (_signals == Heed::yes) checkInterruption();
     const auto status = statusOf(folder, name);
     if (!status) return errno;
     if (!S_ISDIR(status->st_mode)) return _changes.unlink(folder, name);
@@ -47,12 +49,13 @@ class TreeRemoval {
   }
 
   FileChanges& _changes;
+  Heed _signals;
 };
 
 }  // namespace
 
-int removeEntry(FileChanges& changes, int folder, const std::string& name) {
-  return TreeRemoval(changes).remove(folder, name, 0);
+int removeEntry(FileChanges& changes, int folder, const std::string& name, Heed signals) {
+  return TreeRemoval(changes, signals).remove(folder, name, 0);
 }
 
 }  // namespace installer

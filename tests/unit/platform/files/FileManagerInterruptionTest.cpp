@@ -8,6 +8,8 @@
 namespace installer::test {
 namespace {
 
+using ::testing::ElementsAre;
+
 // A signal that asks the process to end comes while the file manager is at work.
 class FileManagerInterruptionTest : public FileManagerFixture {
  protected:
@@ -95,6 +97,56 @@ TEST_F(FileManagerInterruptionTest, ChangeOfAttributesEndsAtTheNextEntry) {
   }));
 
   EXPECT_EQ((modeOf("below/a") == 0640) + (modeOf("below/b") == 0640), 1);
+}
+
+TEST_F(FileManagerInterruptionTest, RemovalEndsAtTheNextEntryAndIsDoneTheNextTime) {
+  proves("SIGNAL-3");
+  for (const char* name : {"tree/a", "tree/b", "tree/sub/c"}) _folder.makeFile(name);
+
+  EXPECT_TRUE(isLeft(FileOperation::kUnlink, [&] { (void)_files.remove(path("tree")); }));
+  EXPECT_EQ(isThere("tree/a") + isThere("tree/b") + isThere("tree/sub/c"), 2);
+
+  EXPECT_TRUE(_files.remove(path("tree")));
+  EXPECT_FALSE(isThere("tree"));
+}
+
+TEST_F(FileManagerInterruptionTest, NothingIsRemovedAnyMore) {
+  _folder.makeFile("first");
+  _folder.makeFile("second");
+
+  EXPECT_TRUE(isLeft(FileOperation::kUnlink, [&] {
+    (void)_files.remove(path("first"));
+    (void)_files.remove(path("second"));
+  }));
+
+  EXPECT_FALSE(isThere("first"));
+  EXPECT_TRUE(isThere("second"));
+}
+
+TEST_F(FileManagerInterruptionTest, LookForLeftOversEndsAtTheNextEntry) {
+  proves("SIGNAL-3");
+  _folder.makeFile("a/.hotfix-1");
+  _folder.makeFile("b/.hotfix-2");
+
+  EXPECT_TRUE(
+      isLeft(FileOperation::kUnlink, [&] { _files.removeLeftOvers(path(""), LeftOvers::below); }));
+  EXPECT_EQ(isThere("a/.hotfix-1") + isThere("b/.hotfix-2"), 1);
+
+  _files.removeLeftOvers(path(""), LeftOvers::below);
+  EXPECT_FALSE(isThere("a/.hotfix-1") || isThere("b/.hotfix-2"));
+}
+
+TEST_F(FileManagerInterruptionTest, FolderThatGivesWayToACopyIsGoneWhenTheCopyIsLeft) {
+  proves("SIGNAL-3");
+  _folder.makeFile("from/file", "new");
+  for (const char* name : {"to/a", "to/b"}) _folder.makeFile(name, "old");
+
+  EXPECT_TRUE(isLeft(FileOperation::kUnlink,
+                     [&] { (void)_files.copy(path("from"), path("to"), ExistingItem::replace); }));
+
+  EXPECT_FALSE(isThere("to/file")) << "nothing new is begun";
+  EXPECT_TRUE(_files.copy(path("from"), path("to"), ExistingItem::replace));
+  EXPECT_THAT(pathsIn(snapshot("to")), ElementsAre("file"));
 }
 
 }  // namespace
