@@ -9,8 +9,9 @@ namespace installer {
 // lines under the program's name, with the process's number.
 void setUpProcess();
 
-// Opens the databases of users and groups. To be called before main: a C library that is given no
-// memory here can end the process, and then nothing has begun. Later look-ups answer a lack.
+// Opens the databases of users and groups, after filling the descriptors, for what the databases
+// open stays open. To be called before main: a C library that is given no memory here can end the
+// process, and then nothing has begun. Later look-ups answer a lack.
 void openUserDatabases();
 
 }  // namespace installer

@@ -31,6 +31,7 @@ void setUpProcess() {
 
 // Root is known everywhere and at once; whoever else is asked for later can take their time.
 void openUserDatabases() {
+  fillStandardDescriptors();
   (void)getpwuid(0);  // only that it was asked counts
   (void)getgrgid(0);  // here as well
 }

@@ -66,6 +66,16 @@ TEST_F(ProcessSetupTest, FillsEveryClosedStandardDescriptor) {
   }
 }
 
+TEST_F(ProcessSetupTest, NoDatabaseOfUsersIsOpenInAStandardDescriptorsPlace) {
+  proves("CHILD-9");
+  for (int descriptor = 0; descriptor <= 2; ++descriptor) close(descriptor);
+
+  openUserDatabases();
+
+  for (int descriptor = 0; descriptor <= 2; ++descriptor)
+    EXPECT_TRUE(isOpenOn(descriptor, "/dev/null"));
+}
+
 class ClosedDescriptorTest : public ProcessSetupTest, public ::testing::WithParamInterface<int> {};
 
 TEST_P(ClosedDescriptorTest, IsFilledAndTheOthersStay) {
