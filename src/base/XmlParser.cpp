@@ -57,8 +57,8 @@ bool Parser::read() {
   return _context && !_refused && _context->wellFormed != 0 && atEnd();
 }
 
-Document Parser::takeDocument() {
-  return Document(_context ? std::exchange(_context->myDoc, nullptr) : nullptr);
+xmlDoc* Parser::takeDocument() {
+  return _context ? std::exchange(_context->myDoc, nullptr) : nullptr;
 }
 
 Parser& Parser::of(void* context) {

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "base/XmlWork.h"
-#include "hotfix/base/XmlDocument.h"
 
 namespace installer::xml {
 
@@ -33,8 +32,8 @@ class Parser {
   // std::bad_alloc when the reading ended for want of memory.
   [[nodiscard]] bool read();
 
-  // What the library's own handlers have built; null without them.
-  Document takeDocument();
+  // What the library's own handlers have built, now the caller's; null without them.
+  [[nodiscard]] xmlDoc* takeDocument();
 
   static Parser& of(void* context);
 

@@ -2,16 +2,16 @@
 
 #include <memory>
 
-struct _xmlDoc;
-
 namespace installer::xml {
+
+class RewritableDocument;
 
 /// Frees an XML document with all that belongs to it.
 struct DocumentDeleter {
-  void operator()(_xmlDoc* document) const;  ///< null is fine
+  void operator()(RewritableDocument* document) const;  ///< null is fine
 };
 
 /// An XML document that was read; null for one that could not be.
-using Document = std::unique_ptr<_xmlDoc, DocumentDeleter>;
+using Document = std::unique_ptr<RewritableDocument, DocumentDeleter>;
 
 }  // namespace installer::xml

@@ -1,7 +1,6 @@
 #include "base/XmlRewriting.h"
 
 #include <gtest/gtest.h>
-#include <libxml/tree.h>
 
 #include <string>
 #include <string_view>
