@@ -58,11 +58,6 @@ bool isHalf(char32_t character) {
   return isHighHalf(character) || isLowHalf(character);
 }
 
-bool isXmlCharacter(char32_t character) {
-  if (character < 0x20) return character == '\t' || character == '\n' || character == '\r';
-  return !isHalf(character) && character != 0xFFFE && character != 0xFFFF;
-}
-
 char tail(char32_t character, int shift) {
   return static_cast<char>(0x80u | (character >> shift & 0x3Fu));
 }
@@ -132,6 +127,12 @@ void appendUnits(char32_t character, std::u16string& to) {
   const char32_t rest = character - kFirstPair;
   to += static_cast<char16_t>(kFirstHighHalf + (rest >> 10));
   to += static_cast<char16_t>(kFirstLowHalf + (rest & 0x3FFu));
+}
+
+bool isXmlCharacter(char32_t character) {
+  if (character < 0x20) return character == '\t' || character == '\n' || character == '\r';
+  return !isHalf(character) && character != 0xFFFE && character != 0xFFFF &&
+         character <= kLastCharacter;
 }
 
 std::string asXmlCharacters(std::string_view text) {

@@ -33,6 +33,9 @@ std::u16string toUnits(std::string_view text);
 // Halves that stand side by side become one character, lone ones stay as they are.
 std::string fromUnits(std::u16string_view units);
 
+// Whether an XML document may hold the character, be it as a reference.
+bool isXmlCharacter(char32_t character);
+
 // The text as XML can hold it: bytes that are no UTF-8 become their Latin-1 characters, and what no
 // document may hold (control characters, lone halves) becomes U+FFFD.
 std::string asXmlCharacters(std::string_view text);

@@ -1,6 +1,7 @@
 #include "base/XmlRewriting.h"
 
 #include "base/LibraryDocument.h"
+#include "base/PlainDocument.h"
 
 namespace installer::xml {
 
@@ -9,6 +10,7 @@ void DocumentDeleter::operator()(RewritableDocument* document) const {
 }
 
 Document parse(std::string bytes) {
+  if (Document plain = PlainDocument::parse(bytes)) return plain;
   return LibraryDocument::parse(bytes);
 }
 
