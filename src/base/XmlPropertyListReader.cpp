@@ -1,7 +1,5 @@
 #include "base/XmlPropertyListReader.h"
 
-#include <libxml/parser.h>
-
 #include <array>
 #include <charconv>
 #include <limits>
@@ -11,7 +9,7 @@
 #include "base/Base64.h"
 #include "base/PropertyListDate.h"
 #include "base/RealText.h"
-#include "base/XmlParser.h"
+#include "base/XmlElements.h"
 
 namespace installer::PropertyList {
 
@@ -19,6 +17,10 @@ namespace {
 
 constexpr std::string_view kUidKey = "CF$UID";
 constexpr std::string_view kBlanks = " \t\r\n";
+// As we and the platform write it.
+constexpr std::string_view kUsualType =
+    "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+    "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">";
 
 enum class Tag { plist, dict, array, key, string, integer, real, date, data, yes, no };
 
@@ -134,15 +136,46 @@ Value dictionaryOrUid(Dictionary&& dictionary) {
   return Value(Uid{static_cast<std::uint64_t>(*small)});
 }
 
-// Puts the parser's events together. After the first one that does not belong to a property list
-// nothing more is looked at.
-class Builder {
+// Puts the pieces of a document together. After the first one that does not belong to a property
+// list nothing more is looked at.
+class Builder final : public xml::ElementReceiver {
  public:
-  // False from the first thing that is no property list on.
-  bool good() const { return _good; }
+  void begin() override { *this = Builder(); }
+
+  bool open(std::string_view name) override {
+    openElement(name);
+    return _good;
+  }
+
+  bool text(std::string_view bytes) override {
+    if (_leaf)
+      _text += bytes;
+    else if (!isBlank(bytes))
+      fail();
+    return _good;
+  }
+
+  bool close() override {
+    if (_leaf)
+      closeLeaf();
+    else if (!_open.empty())
+      closeContainer();  // otherwise the "plist" element ends
+    return _good;
+  }
+
+  std::optional<Value> take() { return std::move(_root); }
+
+ private:
+  struct Container {
+    Tag tag;
+    Array array;
+    Dictionary dictionary;
+    std::optional<std::string> key;  // the one whose value comes next
+  };
+
   void fail() { _good = false; }
 
-  void open(std::string_view name) {
+  void openElement(std::string_view name) {
     const std::optional<Tag> tag = tagNamed(name);
     if (!tag || _leaf || !fits(*tag)) return fail();
     _anyElement = true;
@@ -152,31 +185,6 @@ class Builder {
     _leaf = tag;
     _text.clear();
   }
-
-  void text(std::string_view bytes) {
-    if (_leaf)
-      _text += bytes;
-    else if (!isBlank(bytes))
-      fail();
-  }
-
-  void close() {
-    if (_leaf) return closeLeaf();
-    if (!_open.empty()) closeContainer();  // otherwise the "plist" element ends
-  }
-
-  std::optional<Value> take() {
-    if (!_good) return std::nullopt;
-    return std::move(_root);
-  }
-
- private:
-  struct Container {
-    Tag tag;
-    Array array;
-    Dictionary dictionary;
-    std::optional<std::string> key;  // the one whose value comes next
-  };
 
   bool fits(Tag tag) const {
     if (tag == Tag::plist) return !_anyElement;
@@ -225,7 +233,7 @@ class Builder {
     container.key.reset();
   }
 
-  bool _good = true;
+  bool _good = true;  // false from the first thing that is no property list on
   bool _anyElement = false;
   std::size_t _objects = 0;  // keys and values so far
   std::vector<Container> _open;
@@ -234,78 +242,11 @@ class Builder {
   std::optional<Value> _root;
 };
 
-// Lets the builder take an event, and ends the work when it makes no property list.
-template <class Step>
-void step(void* context, Step take) {
-  auto& builder = xml::Parser::receiverOf<Builder>(context);
-  if (!builder.good()) return;
-  xml::Parser::guarded(context, [&] { take(builder); });
-  if (!builder.good()) xml::Parser::refuse(context);
-}
-
-void open(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar*, int,
-          const xmlChar**, int, int, const xmlChar**) {
-  step(context, [&](Builder& builder) {
-    if (prefix != nullptr) return builder.fail();
-    builder.open(reinterpret_cast<const char*>(name));
-  });
-}
-
-void close(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
-  step(context, [](Builder& builder) { builder.close(); });
-}
-
-void text(void* context, const xmlChar* bytes, int size) {
-  step(context, [&](Builder& builder) {
-    builder.text({reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size)});
-  });
-}
-
-void refuseElement(void* context, const xmlChar*, int, xmlElementContent*) {
-  xml::Parser::refuse(context);
-}
-void refuseAttribute(void* context, const xmlChar*, const xmlChar*, int, int, const xmlChar*,
-                     xmlEnumeration* choices) {
-  xmlFreeEnumeration(choices);
-  xml::Parser::refuse(context);
-}
-void refuseNotation(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
-  xml::Parser::refuse(context);
-}
-void refuseEntity(void* context, const xmlChar*, int, const xmlChar*, const xmlChar*, xmlChar*) {
-  xml::Parser::refuse(context);
-}
-void refuseUnparsedEntity(void* context, const xmlChar*, const xmlChar*, const xmlChar*,
-                          const xmlChar*) {
-  xml::Parser::refuse(context);
-}
-// Asked only for entities that XML itself does not define.
-xmlEntity* refuseReference(void* context, const xmlChar*) {
-  xml::Parser::refuse(context);
-  return nullptr;
-}
-
-xmlSAXHandler handler() {
-  xmlSAXHandler sax{};
-  sax.startElementNs = open;
-  sax.endElementNs = close;
-  sax.characters = text;
-  sax.ignorableWhitespace = text;
-  sax.elementDecl = refuseElement;
-  sax.attributeDecl = refuseAttribute;
-  sax.notationDecl = refuseNotation;
-  sax.entityDecl = refuseEntity;
-  sax.unparsedEntityDecl = refuseUnparsedEntity;
-  sax.getEntity = refuseReference;
-  sax.getParameterEntity = refuseReference;
-  return sax;
-}
-
 }  // namespace
 
 std::optional<Value> readXml(std::string_view bytes) {
   Builder builder;
-  if (!xml::Parser(bytes, handler(), &builder).read()) return std::nullopt;
+  if (!xml::readElements(bytes, kUsualType, builder)) return std::nullopt;
   return builder.take();
 }
 

@@ -124,7 +124,7 @@ TEST_F(XmlWorkTest, EveryRefusalWhileADocumentIsWrittenIsThrown) {
 }
 
 TEST_F(XmlWorkTest, EveryRefusalWhileAPropertyListIsReadIsThrown) {
-  constexpr const char* list = "<plist><dict><key>k</key><string>text</string></dict></plist>";
+  constexpr const char* list = "<plist>\r\n<dict><key>k</key><string>text</string></dict></plist>";
 
   EXPECT_GT(refusalsThrownBy([] { EXPECT_TRUE(PropertyList::readXml(list)); }), 10);
 }
