@@ -10,10 +10,12 @@ if(NOT HOTFIX_SYSTEM)
 endif()
 
 # What the build asks of a system besides its folder: whether its sources are Objective-C++ too,
-# which frameworks the library needs, whether its linker takes a version script, and whether the
-# tests of the whole program run there: they need mount namespaces and look into /proc.
+# which frameworks the library needs, under which name libxml2 is loaded (when it cannot be asked
+# itself), whether its linker takes a version script, and whether the tests of the whole program run
+# there: they need mount namespaces and look into /proc.
 set(HOTFIX_OBJECTIVE_C OFF)
 set(HOTFIX_FRAMEWORKS "")
+set(HOTFIX_XML_LIBRARY "")
 set(HOTFIX_VERSION_SCRIPT ON)
 set(HOTFIX_NAMESPACES OFF)
 if(HOTFIX_SYSTEM STREQUAL "linux")
@@ -21,6 +23,7 @@ if(HOTFIX_SYSTEM STREQUAL "linux")
 elseif(HOTFIX_SYSTEM STREQUAL "macos")
   set(HOTFIX_OBJECTIVE_C ON)
   set(HOTFIX_FRAMEWORKS "-framework AppKit" "-framework CoreFoundation")
+  set(HOTFIX_XML_LIBRARY "/usr/lib/libxml2.2.dylib")
   set(HOTFIX_VERSION_SCRIPT OFF)
 endif()
 

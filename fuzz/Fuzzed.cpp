@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "base/XmlLibrary.h"
+
 // Memory is measured by a sanitizer's hooks and not at all without one. Not every compiler with
 // sanitizers brings the header that declares them.
 extern "C" {
@@ -109,7 +111,10 @@ extern "C" const char* __asan_default_options() {
   return "malloc_context_size=0:quarantine_size_mb=16:detect_stack_use_after_return=1";
 }
 
+// The XML library is loaded first: it is not the inputs' memory, and where their root is another
+// one it could not be found.
 extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
+  (void)installer::xml::library();  // only that it was asked counts
   if (__sanitizer_install_malloc_and_free_hooks != nullptr)
     __sanitizer_install_malloc_and_free_hooks(installer::fuzz::onMalloc, installer::fuzz::onFree);
   return 0;

@@ -1,7 +1,5 @@
 #include "base/LibraryDocument.h"
 
-#include <libxml/xmlsave.h>
-
 #include <utility>
 
 #include "base/XmlWork.h"
@@ -15,7 +13,7 @@ constexpr std::size_t kMaximumValue = std::size_t{1} << 20;    // bytes
 constexpr std::size_t kMaximumValues = std::size_t{32} << 20;  // bytes, each value counted twice
 
 bool isBlankText(const xmlNode* node) {
-  return node->type == XML_TEXT_NODE && xmlIsBlankNode(node) != 0;
+  return node->type == XML_TEXT_NODE && library().xmlIsBlankNode(node) != 0;
 }
 
 bool isLayoutOnly(const xmlNode* node) {
@@ -35,10 +33,10 @@ bool holdsOnlyElements(const xmlNode* element) {
 
 // What the element says about its white space, `inherited` when it says nothing.
 bool preservesSpace(const xmlNode* element, bool inherited) {
-  xmlChar* space = xmlGetNsProp(element, BAD_CAST "space", XML_XML_NAMESPACE);
+  xmlChar* space = library().xmlGetNsProp(element, BAD_CAST "space", XML_XML_NAMESPACE);
   const bool preserve = textOf(space) == "preserve";
   const bool normal = textOf(space) == "default";
-  xmlFree(space);
+  (*library().xmlFreePlace)(space);
   return preserve || (inherited && !normal);
 }
 
@@ -47,20 +45,20 @@ void dropBlanks(xmlNode* element) {
   for (xmlNode* child = element->children; child != nullptr; child = next) {
     next = child->next;
     if (!isBlankText(child)) continue;
-    xmlUnlinkNode(child);
-    xmlFreeNode(child);
+    library().xmlUnlinkNode(child);
+    library().xmlFreeNode(child);
   }
 }
 
 xmlNode* lineBreak(xmlDoc* document, int level) {
   const std::string text = "\n" + std::string(static_cast<std::size_t>(level) * kBlanksALevel, ' ');
-  return xmlNewDocText(document, BAD_CAST text.c_str());
+  return library().xmlNewDocText(document, BAD_CAST text.c_str());
 }
 
 void addLineBreaks(xmlNode* element, int level) {
   for (xmlNode* child = element->children; child != nullptr; child = child->next)
-    xmlAddPrevSibling(child, lineBreak(element->doc, level + 1));
-  xmlAddChild(element, lineBreak(element->doc, level));
+    library().xmlAddPrevSibling(child, lineBreak(element->doc, level + 1));
+  library().xmlAddChild(element, lineBreak(element->doc, level));
 }
 
 void reindentElement(xmlNode* element, int level, bool inherited) {
@@ -79,12 +77,12 @@ int saveOptions(const xmlDoc& document) {
 }
 
 struct BufferDeleter {
-  void operator()(xmlBuffer* buffer) const { xmlBufferFree(buffer); }
+  void operator()(xmlBuffer* buffer) const { library().xmlBufferFree(buffer); }
 };
 
 void putEvenly(xmlDoc& document) {
   const XmlWork work;
-  if (xmlNode* root = xmlDocGetRootElement(&document)) reindentElement(root, 0, false);
+  if (xmlNode* root = library().xmlDocGetRootElement(&document)) reindentElement(root, 0, false);
   work.checkMemory();
 }
 
@@ -122,7 +120,7 @@ class AttributeChange {
     if (!before) return;
     const std::string wanted = _change(*before);
     if (valueOf(attribute) != wanted)
-      xmlSetProp(attribute->parent, attribute->name, BAD_CAST wanted.c_str());
+      library().xmlSetProp(attribute->parent, attribute->name, BAD_CAST wanted.c_str());
   }
 
  private:
@@ -130,7 +128,7 @@ class AttributeChange {
     for (xmlNode* piece = attribute->children; piece != nullptr; piece = piece->next) {
       if (piece->type != XML_TEXT_NODE) continue;
       const std::string text = _change(textOf(piece->content));
-      xmlNodeSetContent(piece, BAD_CAST text.c_str());
+      library().xmlNodeSetContent(piece, BAD_CAST text.c_str());
     }
   }
 
@@ -174,7 +172,7 @@ Document LibraryDocument::parse(std::string_view bytes) {
 }
 
 RewritableDocument::Element LibraryDocument::root() const {
-  return xmlDocGetRootElement(_tree.get());
+  return library().xmlDocGetRootElement(_tree.get());
 }
 
 std::vector<RewritableDocument::Element> LibraryDocument::childrenNamed(
@@ -198,15 +196,15 @@ void LibraryDocument::changeAttributes(const std::vector<Element>& elements, std
 
 std::optional<std::string> LibraryDocument::serialize() const {
   const XmlWork work;
-  const std::unique_ptr<xmlBuffer, BufferDeleter> buffer(xmlBufferCreate());
+  const std::unique_ptr<xmlBuffer, BufferDeleter> buffer(library().xmlBufferCreate());
   const auto* encoding = reinterpret_cast<const char*>(_tree->encoding);
-  xmlSaveCtxt* saving = xmlSaveToBuffer(buffer.get(), encoding, saveOptions(*_tree));
+  xmlSaveCtxt* saving = library().xmlSaveToBuffer(buffer.get(), encoding, saveOptions(*_tree));
   // Null when nobody knows the encoding any more, which leaves no bytes.
-  xmlSaveDoc(saving, _tree.get());
-  xmlSaveClose(saving);
+  library().xmlSaveDoc(saving, _tree.get());
+  library().xmlSaveClose(saving);
   work.checkMemory();
-  std::string bytes(reinterpret_cast<const char*>(xmlBufferContent(buffer.get())),
-                    static_cast<std::size_t>(xmlBufferLength(buffer.get())));
+  std::string bytes(reinterpret_cast<const char*>(library().xmlBufferContent(buffer.get())),
+                    static_cast<std::size_t>(library().xmlBufferLength(buffer.get())));
   if (!treeOf(bytes)) return std::nullopt;
   return bytes;
 }

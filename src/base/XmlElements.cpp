@@ -47,7 +47,7 @@ class Handing {
   }
   static void refuseAttribute(void* context, const xmlChar*, const xmlChar*, int, int,
                               const xmlChar*, xmlEnumeration* choices) {
-    xmlFreeEnumeration(choices);
+    library().xmlFreeEnumeration(choices);
     Parser::refuse(context);
   }
   static void refuseNotation(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {

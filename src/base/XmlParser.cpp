@@ -1,7 +1,5 @@
 #include "base/XmlParser.h"
 
-#include <libxml/parserInternals.h>
-
 #include <climits>
 #include <utility>
 
@@ -13,7 +11,7 @@ namespace {
 
 xmlParserCtxt* contextFor(std::string_view bytes) {
   if (bytes.size() > INT_MAX) return nullptr;
-  return xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size()));
+  return library().xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size()));
 }
 
 // After its first error the library reads on, without events and so without anybody to stop it.
@@ -28,8 +26,8 @@ void endAtError(void*, Error error) {
 }  // namespace
 
 void Parser::ContextDeleter::operator()(xmlParserCtxt* context) const {
-  xmlFreeDoc(context->myDoc);  // made by some declarations, whatever the handlers
-  xmlFreeParserCtxt(context);
+  library().xmlFreeDoc(context->myDoc);  // made by some declarations, whatever the handlers
+  library().xmlFreeParserCtxt(context);
 }
 
 Parser::Parser(std::string_view bytes, const xmlSAXHandler& handler, void* receiver)
@@ -37,7 +35,7 @@ Parser::Parser(std::string_view bytes, const xmlSAXHandler& handler, void* recei
   if (!_context) return;
   *_context->sax = guardedHandler();
   _context->_private = this;  // handed on to the contexts in which entities are read
-  xmlCtxtUseOptions(_context.get(), XML_PARSE_NONET);
+  library().xmlCtxtUseOptions(_context.get(), XML_PARSE_NONET);
 }
 
 xmlSAXHandler Parser::guardedHandler() const {
@@ -51,7 +49,7 @@ xmlSAXHandler Parser::guardedHandler() const {
 }
 
 bool Parser::read() {
-  if (_context) xmlParseDocument(_context.get());
+  if (_context) library().xmlParseDocument(_context.get());
   if (_lacksMemory) throw std::bad_alloc();
   _work.checkMemory();
   return _context && !_refused && _context->wellFormed != 0 && atEnd();
@@ -67,7 +65,7 @@ Parser& Parser::of(void* context) {
 
 void Parser::refuse(void* context) {
   of(context)._refused = true;
-  xmlStopParser(static_cast<xmlParserCtxt*>(context));
+  library().xmlStopParser(static_cast<xmlParserCtxt*>(context));
 }
 
 // All that follows in the document. Without an encoder it is there already. With one the library
@@ -78,7 +76,7 @@ std::string_view Parser::decodedRest() {
   const auto place = input->cur - input->base;
   while (input->buf->encoder != nullptr) {
     input->cur = input->end;
-    if (xmlParserInputGrow(input, INPUT_CHUNK) <= 0) break;
+    if (library().xmlParserInputGrow(input, INPUT_CHUNK) <= 0) break;
   }
   input->cur = input->base + place;
   return {reinterpret_cast<const char*>(input->cur),

@@ -1,13 +1,12 @@
 #pragma once
 
-#include <libxml/parser.h>
-
 #include <cstddef>
 #include <memory>
 #include <new>
 #include <string_view>
 #include <vector>
 
+#include "base/XmlLibrary.h"
 #include "base/XmlWork.h"
 
 namespace installer::xml {
@@ -15,8 +14,8 @@ namespace installer::xml {
 inline constexpr int kMaximumAttributes = 64;  // of one element, declared defaults among them
 inline constexpr int kMaximumNamespaces = 64;  // declared by one element and all around it
 
-// The one way in which XML is read: one parser of libxml2 at work on one document. Documents come
-// from other people. Nothing outside of them is loaded, nothing is written to standard error, the
+// The one way in which libxml2 reads: one parser at work on one document. Documents come from other
+// people. Nothing outside of them is loaded, nothing is written to standard error, the
 // first error ends the work, and what the library does in quadratic time is bounded: the length of
 // markup (see hasShortMarkup) and the attributes and namespaces of an element. Only for sources
 // that use libxml2.

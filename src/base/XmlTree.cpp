@@ -1,9 +1,5 @@
 #include "base/XmlTree.h"
 
-#include <libxml/SAX2.h>
-#include <libxml/entities.h>
-#include <libxml/parser.h>
-
 #include "base/MarkupScan.h"
 #include "base/XmlParser.h"
 #include "base/XmlRewriting.h"
@@ -24,7 +20,7 @@ bool startsLikeUtf16(std::string_view bytes) {
 // Notes the encoding that a document without a declared one is in, so that it is kept.
 void noteEncoding(xmlDoc& document, std::string_view bytes) {
   if (document.encoding != nullptr) return;
-  document.encoding = xmlCharStrdup(startsLikeUtf16(bytes) ? "UTF-16" : "UTF-8");
+  document.encoding = library().xmlCharStrdup(startsLikeUtf16(bytes) ? "UTF-16" : "UTF-8");
 }
 
 // A character as an attribute's value tells it. The library itself sees to quotation marks, and
@@ -57,13 +53,13 @@ std::string escaped(const xmlChar* value) {
 void escapeName(xmlNs& space) {
   const std::string name = escaped(space.href);
   if (textOf(space.href) == name) return;
-  xmlFree(const_cast<xmlChar*>(space.href));
-  space.href = xmlCharStrdup(name.c_str());
+  (*library().xmlFreePlace)(const_cast<xmlChar*>(space.href));
+  space.href = library().xmlCharStrdup(name.c_str());
 }
 
 xmlSAXHandler builtInHandler() {
   xmlSAXHandler sax{};
-  xmlSAXVersion(&sax, 2);
+  library().xmlSAXVersion(&sax, 2);
   return sax;
 }
 
@@ -80,8 +76,8 @@ const xmlSAXHandler& builtIn() {
 // each is given an empty entity of its own while the document is read, which is never part of it.
 class Building {
  public:
-  Building() : _outside(xmlNewDoc(BAD_CAST "1.0")) {
-    xmlCreateIntSubset(_outside.get(), BAD_CAST "outside", nullptr, nullptr);
+  Building() : _outside(library().xmlNewDoc(BAD_CAST "1.0")) {
+    library().xmlCreateIntSubset(_outside.get(), BAD_CAST "outside", nullptr, nullptr);
   }
 
   static xmlSAXHandler handler();
@@ -155,9 +151,9 @@ class Building {
   }
 
   static xmlEntity* outsideEntity(xmlDoc* outside, const xmlChar* name) {
-    if (xmlEntity* known = xmlGetDocEntity(outside, name)) return known;
-    return xmlAddDocEntity(outside, name, XML_INTERNAL_GENERAL_ENTITY, nullptr, nullptr,
-                           BAD_CAST "");
+    if (xmlEntity* known = library().xmlGetDocEntity(outside, name)) return known;
+    return library().xmlAddDocEntity(outside, name, XML_INTERNAL_GENERAL_ENTITY, nullptr, nullptr,
+                                     BAD_CAST "");
   }
 
   // Used together, parameter entities make declarations of any length.
@@ -197,7 +193,7 @@ xmlSAXHandler Building::handler() {
 }  // namespace
 
 void TreeDeleter::operator()(xmlDoc* document) const {
-  xmlFreeDoc(document);
+  library().xmlFreeDoc(document);
 }
 
 Tree treeOf(std::string_view bytes) {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <libxml/tree.h>
-
 #include <memory>
 #include <string_view>
+
+#include "base/XmlLibrary.h"
 
 namespace installer::xml {
 

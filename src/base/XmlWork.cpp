@@ -43,18 +43,18 @@ void drop(void*, Error) {}
 }  // namespace
 
 XmlWork::XmlWork()
-    : _errorContext(xmlStructuredErrorContext),
-      _errorHandler(xmlStructuredError),
+    : _errorContext(*library().xmlStructuredErrorContextPlace()),
+      _errorHandler(*library().xmlStructuredErrorPlace()),
       _refusalsBefore(refusals) {
-  xmlSetStructuredErrorFunc(nullptr, drop);
+  library().xmlSetStructuredErrorFunc(nullptr, drop);
   if (depth++ > 0) return;
-  xmlMemGet(&found.free, &found.malloc, &found.realloc, &found.strdup);
-  xmlMemSetup(found.free, notedMalloc, notedRealloc, notedStrdup);
+  library().xmlMemGet(&found.free, &found.malloc, &found.realloc, &found.strdup);
+  library().xmlMemSetup(found.free, notedMalloc, notedRealloc, notedStrdup);
 }
 
 XmlWork::~XmlWork() {
-  if (--depth == 0) xmlMemSetup(found.free, found.malloc, found.realloc, found.strdup);
-  xmlSetStructuredErrorFunc(_errorContext, _errorHandler);
+  if (--depth == 0) library().xmlMemSetup(found.free, found.malloc, found.realloc, found.strdup);
+  library().xmlSetStructuredErrorFunc(_errorContext, _errorHandler);
 }
 
 void XmlWork::checkMemory() const {

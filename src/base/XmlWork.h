@@ -1,7 +1,6 @@
 #pragma once
 
-#include <libxml/xmlerror.h>
-#include <libxml/xmlmemory.h>
+#include "base/XmlLibrary.h"
 
 namespace installer::xml {
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 
+#include "base/LibraryLack.h"
 #include "driver/Checks.h"
 #include "driver/InstallPaths.h"
 #include "driver/LauncherWait.h"
@@ -162,6 +163,12 @@ void tellOfMemory(const Trace& trace) {
   if (!trace.isOpen()) tellNoMemoryToBegin();
 }
 
+// The library's own words, which name it.
+void tellOfLibrary(const xml::LibraryLack& lack, const Trace& trace) {
+  log(LogLevel::error, "{}. The installation ends here.", lack.what());
+  if (!trace.isOpen()) fmt::print(stderr, "HotfixInstaller: {}.\n", lack.what());
+}
+
 }  // namespace
 
 int runInstaller(const std::vector<std::string>& arguments) {
@@ -171,6 +178,9 @@ int runInstaller(const std::vector<std::string>& arguments) {
     return runUntilInterrupted(arguments, trace) ? 0 : 1;
   } catch (const std::bad_alloc&) {
     tellOfMemory(trace);
+    return 1;
+  } catch (const xml::LibraryLack& lack) {
+    tellOfLibrary(lack, trace);
     return 1;
   }
 }
