@@ -13,7 +13,7 @@ namespace {
 constexpr const char* kCount = "/control/allocations";
 constexpr const char* kPlace = "/control/allocation";
 
-std::vector<long> everyAllocation(const Learned& learned) {
+std::vector<long> everyAllocation(const Scenario&, const Learned& learned) {
   std::vector<long> points(static_cast<std::size_t>(learned.allocations));
   std::iota(points.begin(), points.end(), 1);
   return points;

@@ -12,9 +12,9 @@ bool canFailWith(const std::vector<int>& errors, int error) {
   return std::find(errors.begin(), errors.end(), error) != errors.end();
 }
 
-std::function<std::vector<long>(const Learned&)> where(
+std::function<std::vector<long>(const Scenario&, const Learned&)> where(
     std::function<bool(const LoggedCall&)> applies) {
-  return [applies = std::move(applies)](const Learned& learned) {
+  return [applies = std::move(applies)](const Scenario&, const Learned& learned) {
     return callsThat(learned, applies);
   };
 }

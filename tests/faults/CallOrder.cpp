@@ -29,10 +29,6 @@ std::string folderOf(const std::string& path) {
   return path.substr(0, path.rfind('/'));
 }
 
-bool startsChild(long number) {
-  return number == SYS_clone || number == SYS_clone3 || number == SYS_vfork;
-}
-
 bool renames(long number) {
   return number == SYS_rename || number == SYS_renameat || number == SYS_renameat2;
 }
@@ -55,7 +51,7 @@ class CallOrder {
     if (number == SYS_fsync || number == SYS_fdatasync) noteFlush(program.pathOf(call));
     if (number == SYS_syncfs) noteFlushOfAll();
     if (renames(number)) noteRename(program.pathOf(call), program.otherPathOf(call));
-    if (startsChild(number)) noteChild();
+    if (startsChild(*call.form)) noteChild();
   }
 
   std::vector<Violation> end() {
@@ -145,14 +141,14 @@ class CallOrder {
   std::vector<Violation> _found;
 };
 
-std::vector<Violation> followRun(const Runner& runner, const Scenario& scenario,
-                                 const Learned& /*learned*/, long /*point*/) {
+Outcome followRun(const Runner& runner, const Scenario& scenario, const Learned& /*learned*/,
+                  long /*point*/) {
   CallOrder order(runner.world(), scenario);
   runner.prepare(scenario);
   (void)runner.run(scenario, [&](Tracee& program, const Call& call, long /*number*/) {
     order.follow(program, call);
   });
-  return order.end();
+  return {order.end(), "the whole run"};
 }
 
 }  // namespace
@@ -160,7 +156,7 @@ std::vector<Violation> followRun(const Runner& runner, const Scenario& scenario,
 Kind callOrderKind() {
   return {.name = "order",
           .about = "no fault: what is locked and flushed before what",
-          .points = [](const Learned&) { return std::vector<long>{0}; },
+          .points = [](const Scenario&, const Learned&) { return std::vector<long>{0}; },
           .tried = followRun};
 }
 

@@ -168,6 +168,10 @@ const std::map<std::string_view, int>& errorNames() {
 
 }  // namespace
 
+bool startsChild(const CallForm& form) {
+  return form.number == SYS_clone || form.number == SYS_clone3 || form.number == SYS_vfork;
+}
+
 std::optional<Call> callOf(long number, const std::array<std::uint64_t, 6>& arguments,
                            const ReadNumber& numberAt) {
   static const std::map<long, CallForm> forms = allForms();

@@ -41,6 +41,8 @@ struct Call {
 // Reads a number of the program's memory.
 using ReadNumber = std::function<std::uint64_t(std::uint64_t address)>;
 
+bool startsChild(const CallForm& form);
+
 // Nothing for a call that is not counted.
 std::optional<Call> callOf(long number, const std::array<std::uint64_t, 6>& arguments,
                            const ReadNumber& numberAt);

@@ -152,16 +152,17 @@ Files ownReports(const Files& files) {
   return own;
 }
 
-Violations judge(const Runner& runner, const Scenario& scenario, const Learned& learned,
-                 Judging judging, const Run& run) {
-  Violations found = judgeGuards(runner.world(), scenario, run.files);
+Violations judgeAnyRun(const World& world, const Scenario& scenario, const Run& run) {
+  Violations found = judgeGuards(world, scenario, run.files);
   append(found, judgeTrace(ownReports(run.files)));
   append(found, judgeRecord(ownReports(run.files)));
-  if (judging == Judging::foreign) {
-    append(found, judgeElsewhere(scenario, run.files));
-    append(found, judgeEnd(run));
-    return found;
-  }
+  return found;
+}
+
+Violations judge(const Runner& runner, const Scenario& scenario, const Learned& learned,
+                 Judging judging, const Run& run) {
+  if (judging == Judging::foreign) return judgeForeign(runner.world(), scenario, run);
+  Violations found = judgeAnyRun(runner.world(), scenario, run);
   append(found, judgeMoment(scenario, learned, run.files));
   if (judging == Judging::again) {
     const Run second = runner.run(scenario, letBe);
@@ -174,16 +175,18 @@ Violations judge(const Runner& runner, const Scenario& scenario, const Learned& 
   return found;
 }
 
-std::string callAt(const Learned& learned, long point) {
-  if (point == 0) return "the whole run";
-  return learned.calls.at(static_cast<std::size_t>(point - 1)).text;
-}
-
 }  // namespace
+
+Violations judgeForeign(const World& world, const Scenario& scenario, const Run& run) {
+  Violations found = judgeAnyRun(world, scenario, run);
+  append(found, judgeElsewhere(scenario, run.files));
+  append(found, judgeEnd(run));
+  return found;
+}
 
 Outcome tryPoint(const Runner& runner, const Scenario& asItIs, const Learned& learned,
                  const Kind& kind, long point) {
-  if (kind.tried) return {kind.tried(runner, asItIs, learned, point), callAt(learned, point)};
+  if (kind.tried) return kind.tried(runner, asItIs, learned, point);
   Outcome outcome{{}, "never reached"};
   const bool countsCalls = !kind.variables;
   const Scenario scenario = kind.judging == Judging::foreign ? forPlanting(asItIs) : asItIs;

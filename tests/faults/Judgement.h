@@ -9,11 +9,9 @@
 
 namespace installer::faults {
 
-// What came of one point of a sweep.
-struct Outcome {
-  std::vector<Violation> violations;
-  std::string call;  // the one that was acted on
-};
+// What must be true whoever else moved the application's files: what lies outside of them is as it
+// was, and the run ended well.
+std::vector<Violation> judgeForeign(const World& world, const Scenario& scenario, const Run& run);
 
 // Lets the scenario run with the fault at that call, and again where the fault ends the run.
 Outcome tryPoint(const Runner& runner, const Scenario& scenario, const Learned& learned,

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "faults/AllocationKind.h"
+#include "faults/Attack.h"
 #include "faults/CallKinds.h"
 #include "faults/CallOrder.h"
 #include "faults/Planting.h"
@@ -18,6 +19,7 @@ std::vector<Kind> allKinds() {
   all.push_back(callOrderKind());
   all.push_back(powerCutKind());
   for (Kind& kind : plantingKinds()) all.push_back(std::move(kind));
+  for (Kind& kind : attackKinds()) all.push_back(std::move(kind));
   return all;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -19,18 +20,25 @@ enum class Judging {
   foreign,  // another moved the files: only what lies outside, and how the run ends
 };
 
+// What came of one point of a sweep.
+struct Outcome {
+  std::vector<Violation> violations;
+  std::string call;             // the one that was acted on
+  std::uint64_t exchanges = 0;  // by an attacker while the program ran
+};
+
 // One kind of fault: where it can happen, and what happens there. A point is a call by its number,
 // save where points() counts something else.
 struct Kind {
   std::string name;
   std::string about;  // one line for people
-  std::function<std::vector<long>(const Learned& learned)> points;
+  std::function<std::vector<long>(const Scenario& scenario, const Learned& learned)> points;
   std::function<Action(const Runner& runner, const Scenario& scenario, long point)> action =
       nullptr;
   Judging judging = Judging::whole;
   // Tries a point in a way of its own, in place of an action.
-  std::function<std::vector<Violation>(const Runner& runner, const Scenario& scenario,
-                                       const Learned& learned, long point)>
+  std::function<Outcome(const Runner& runner, const Scenario& scenario, const Learned& learned,
+                        long point)>
       tried = nullptr;
   // Why the kind can not be tried on this machine; absent for one that always can.
   std::function<std::optional<std::string>(const Runner& runner)> refused = nullptr;

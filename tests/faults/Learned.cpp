@@ -22,7 +22,8 @@ Action watching(const Runner& runner, Learned& learned) {
   return [&, watchFiles = watchingFiles(runner, learned)](Tracee& program, const Call& call,
                                                           long number) {
     const int size = call.form->size;
-    learned.calls.push_back({program.described(call), call.form, call.effect, call.errors,
+    learned.calls.push_back({program.described(call), program.pathOf(call),
+                             program.otherPathOf(call), call.form, call.effect, call.errors,
                              size < 0 ? 0 : call.arguments[static_cast<std::size_t>(size)]});
     watchFiles(program, call, number);
   };

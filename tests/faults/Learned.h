@@ -12,6 +12,8 @@ namespace installer::faults {
 // One call of a run in which nothing went wrong.
 struct LoggedCall {
   std::string text;  // for people
+  std::string path;  // what it is made on; "" for nothing
+  std::string otherPath;
   const CallForm* form = nullptr;
   Effect effect = Effect::looking;
   std::vector<int> errors;

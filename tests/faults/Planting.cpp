@@ -80,11 +80,6 @@ std::optional<std::string> firstTemporary(const World& world, const Scenario& sc
   return std::nullopt;
 }
 
-std::string guardOf(const PlantedName& name, bool isFolder) {
-  if (isFolder) return kGuardedFolder;
-  return name.path.empty() ? std::string(kGuarded) + "/file" : guardedFileFor(name.path);
-}
-
 enum class Form { link, hardLink };
 
 void plant(const World& world, const Scenario& scenario, const PlantedName& name, Form form) {
@@ -101,20 +96,42 @@ void plant(const World& world, const Scenario& scenario, const PlantedName& name
     (void)lchown(place.c_str(), test::kAlice, test::kAlice);  // as the user would have made it
 }
 
+bool isAtOrBelow(const std::string& path, const std::string& folder) {
+  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+// Whether the call looks at the name or what is below it, lists it or may change what it leads to.
+bool isAbout(const PlantedName& name, const LoggedCall& call) {
+  if (startsChild(*call.form)) return true;
+  const auto touches = [&](const std::string& path) {
+    if (name.path.empty()) return isTemporary(path);
+    return isAtOrBelow(path, name.path) || path == name.path.substr(0, name.path.rfind('/'));
+  };
+  return touches(call.path) || touches(call.otherPath);
+}
+
+// The first call, and each one after a call about the name. What is planted in between finds the
+// program as one of these did: knowing the same of the name, and doing the same with it next.
+std::vector<long> pointsAround(const PlantedName& name, const Learned& learned) {
+  bool isNext = true;
+  return callsThat(learned, [&](const LoggedCall& call) {
+    const bool isPoint = isNext;
+    isNext = isAbout(name, call);
+    return isPoint;
+  });
+}
+
 Kind planting(const PlantedName& name, Form form) {
   const std::string word = form == Form::link ? "link-" : "hard-link-";
   return {
       .name = word + name.name,
       .about = "before the call it leads to something guarded",
       .points =
-          [](const Learned& learned) {
-            return callsThat(learned, [](const LoggedCall&) { return true; });
+          [name](const Scenario& scenario, const Learned& learned) {
+            return pointsAround(inScenario(name, scenario), learned);
           },
       .action = [name, form](const Runner& runner, const Scenario& scenario, long point) -> Action {
-        // The scenario says where it lies.
-        PlantedName here = name;
-        for (const PlantedName& other : plantedNames(scenario))
-          if (other.name == name.name) here = other;
+        const PlantedName here = inScenario(name, scenario);
         return [=, &runner, &scenario](Tracee& program, const Call&, long number) {
           if (number != point) return;
           plant(runner.world(), scenario, here, form);
@@ -125,6 +142,25 @@ Kind planting(const PlantedName& name, Form form) {
 }
 
 }  // namespace
+
+PlantedName inScenario(const PlantedName& name, const Scenario& scenario) {
+  const auto names = plantedNames(scenario);
+  return *std::find_if(names.begin(), names.end(),
+                       [&](const PlantedName& other) { return other.name == name.name; });
+}
+
+std::string guardOf(const PlantedName& name, bool isFolder) {
+  if (isFolder) return kGuardedFolder;
+  return name.path.empty() ? std::string(kGuarded) + "/file" : guardedFileFor(name.path);
+}
+
+void makeFolderOfLinks(const std::string& folder) {
+  for (const std::string& name : namesInFolders()) {
+    const fs::path link = folder + "/" + name;
+    fs::create_directories(link.parent_path());
+    (void)symlink((kGuardedFolder + "/" + name).c_str(), link.c_str());
+  }
+}
 
 std::vector<PlantedName> plantedNames(const Scenario& scenario) {
   cli::Instance instance;

@@ -23,6 +23,16 @@ std::vector<PlantedName> plantedNames(const Scenario& scenario);
 // a folder, all of them with the secret in the form that a file of that name has.
 Scenario forPlanting(Scenario scenario);
 
+// The guarded item that looks like what the name has, or would have.
+std::string guardOf(const PlantedName& name, bool isFolder);
+
+// Makes, in a folder of the user, a link for everything that the program looks for in a folder, to
+// the same in the guarded folder. Paths are those of this process.
+void makeFolderOfLinks(const std::string& folder);
+
+// The name of that kind as it is in the scenario.
+PlantedName inScenario(const PlantedName& name, const Scenario& scenario);
+
 // One kind for each name and form: before the call the entry is moved away, and a link to something
 // guarded takes its place.
 std::vector<Kind> plantingKinds();

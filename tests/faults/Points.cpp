@@ -2,8 +2,9 @@
 
 namespace installer::faults {
 
-std::vector<long> pointsOf(const Kind& kind, const Learned& learned, const Options& options) {
-  std::vector<long> points = kind.points(learned);
+std::vector<long> pointsOf(const Kind& kind, const Scenario& scenario, const Learned& learned,
+                           const Options& options) {
+  std::vector<long> points = kind.points(scenario, learned);
   std::erase_if(points, [&](long point) {
     return point < options.first || (options.last > 0 && point > options.last);
   });

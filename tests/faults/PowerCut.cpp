@@ -64,8 +64,8 @@ std::vector<Violation> judgeDisk(const Scenario& scenario, const Learned& learne
   return found;
 }
 
-std::vector<Violation> tryCut(const Runner& runner, const Scenario& scenario,
-                              const Learned& learned, long point) {
+std::vector<Violation> judgeCut(const Runner& runner, const Scenario& scenario,
+                                const Learned& learned, long point) {
   const World& world = runner.world();
   if (!cutPower(runner, scenario, point)) return {{"power", "the disk could not be kept"}};
   const std::string place = world.host(kMountPoint);
@@ -74,6 +74,11 @@ std::vector<Violation> tryCut(const Runner& runner, const Scenario& scenario,
   std::erase_if(files, [](const auto& entry) { return entry.first.ends_with("/lost+found"); });
   unmountDisk(place);
   return judgeDisk(scenario, learned, files);
+}
+
+Outcome tryCut(const Runner& runner, const Scenario& scenario, const Learned& learned, long point) {
+  return {judgeCut(runner, scenario, learned, point),
+          learned.calls.at(static_cast<std::size_t>(point - 1)).text};
 }
 
 std::optional<std::string> refused(const Runner& runner) {
@@ -88,7 +93,7 @@ Kind powerCutKind() {
   return {.name = "power",
           .about = "the power goes before the call; the disk is looked at",
           .points =
-              [](const Learned& learned) {
+              [](const Scenario&, const Learned& learned) {
                 return callsThat(learned, [](const LoggedCall& call) {
                   return call.effect == Effect::changing;
                 });

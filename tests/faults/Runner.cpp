@@ -12,7 +12,8 @@ void Runner::prepare(const Scenario& scenario) const {
 }
 
 Run Runner::run(const Scenario& scenario, const Action& action,
-                const std::map<std::string, std::string>& variables) const {
+                const std::map<std::string, std::string>& variables,
+                const std::function<void()>& atEnd) const {
   Run run;
   auto around = environment();
   around.insert(variables.begin(), variables.end());
@@ -23,6 +24,7 @@ Run Runner::run(const Scenario& scenario, const Action& action,
     while (const auto call = program.next()) action(program, *call, ++number);
     run.end = program.end();
   }
+  atEnd();
   // What runs all the while has to be there for a second run.
   run.othersEnded = !scenario.running.empty() || World::waitForOthers();
   run.files = _world.files();

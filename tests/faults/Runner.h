@@ -32,9 +32,12 @@ class Runner {
 
   // Puts the scenario's files and children in place.
   void prepare(const Scenario& scenario) const;
-  // With more variables around it than environment() has.
-  Run run(const Scenario& scenario, const Action& action,
-          const std::map<std::string, std::string>& variables = {}) const;
+  // With more variables around it than environment() has. What is to be done when the program has
+  // ended is done before anybody looks at the files.
+  Run run(
+      const Scenario& scenario, const Action& action,
+      const std::map<std::string, std::string>& variables = {},
+      const std::function<void()>& atEnd = [] {}) const;
 
   const World& world() const { return _world; }
 

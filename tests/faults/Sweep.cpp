@@ -96,7 +96,7 @@ class Sweep {
     const auto start = Clock::now();
     if (const auto reason = kind.refused ? kind.refused(_runner) : std::nullopt)
       return print(fmt::format("skipped: {} {}: {}", scenario.name, kind.name, *reason));
-    const std::vector<long> points = pointsOf(kind, learned, _options);
+    const std::vector<long> points = pointsOf(kind, scenario, learned, _options);
     for (const long point : points) {
       row.violations += sweepPoint(scenario, learned, kind, point);
       ++row.points;
