@@ -200,6 +200,7 @@ Outcome tryPoint(const Runner& runner, const Scenario& asItIs, const Learned& le
       },
       countsCalls ? std::map<std::string, std::string>() : kind.variables(point));
   if (!countsCalls) outcome.call = placeOfAllocation(runner.world());
+  outcome.trace = contentOf(run.files, cli::kTrace);
   outcome.violations = judge(runner, scenario, learned, kind.judging, run);
   return outcome;
 }

@@ -25,6 +25,7 @@ struct Outcome {
   std::vector<Violation> violations;
   std::string call;             // the one that was acted on
   std::uint64_t exchanges = 0;  // by an attacker while the program ran
+  std::string trace = {};       // as the run left it
 };
 
 // One kind of fault: where it can happen, and what happens there. A point is a call by its number,

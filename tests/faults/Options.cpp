@@ -29,6 +29,13 @@ bool readRange(const std::string& text, Options& options) {
   return readNumber(text.substr(dash + 1), options.last);
 }
 
+bool readPart(const std::string& text, Options& options) {
+  const std::size_t slash = text.find('/');
+  return slash != std::string::npos && readNumber(text.substr(0, slash), options.part) &&
+         readNumber(text.substr(slash + 1), options.parts) && options.part > 0 &&
+         options.part <= options.parts;
+}
+
 bool readFlag(const std::string& name, Options& options) {
   if (name == "--list") return options.list = true;
   if (name == "--verbose") return options.verbose = true;
@@ -37,6 +44,7 @@ bool readFlag(const std::string& name, Options& options) {
 
 bool readValue(const std::string& name, const std::string& value, Options& options) {
   if (name == "--range") return readRange(value, options);
+  if (name == "--part") return readPart(value, options);
   if (name == "--sample") return readNumber(value, options.sample);
   if (name == "--seed") return readNumber(value, options.seed);
   if (name == "--scenario") {

@@ -16,10 +16,12 @@ struct Options {
   long last = 0;           // 0 for no limit
   std::size_t sample = 0;  // points for each scenario and kind, evenly spread; 0 for all
   unsigned long seed = 1;  // moves the sample
-  std::string state;       // file of what has been done; "" for none
-  std::string program;     // the installer
-  bool list = false;       // only tell what there is
-  bool verbose = false;    // every call, and what differs
+  std::size_t part = 1;    // of all points, which every process of several takes its share of
+  std::size_t parts = 1;
+  std::string state;     // file of what has been done; "" for none
+  std::string program;   // the installer
+  bool list = false;     // only tell what there is
+  bool verbose = false;  // every call, and the traces
 };
 
 inline constexpr const char* kUsage =
@@ -30,9 +32,10 @@ inline constexpr const char* kUsage =
     "  --range FIRST-LAST    only these calls\n"
     "  --sample N            N points of each scenario and kind, evenly spread\n"
     "  --seed N              another sample\n"
+    "  --part N/OF           every OF-th point, beginning with the N-th\n"
     "  --resume FILE         go on where the sweep with that file was broken off\n"
     "  --program FILE        sweep this program\n"
-    "  --verbose             tell each call and what differs\n"
+    "  --verbose             tell each call and the traces\n"
     "  --list                tell the scenarios and kinds\n";
 
 // Nothing when they can not be understood.

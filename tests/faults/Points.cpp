@@ -2,13 +2,23 @@
 
 namespace installer::faults {
 
+namespace {
+
+std::vector<long> partOf(const std::vector<long>& points, std::size_t part, std::size_t parts) {
+  std::vector<long> own;
+  for (std::size_t i = part - 1; i < points.size(); i += parts) own.push_back(points[i]);
+  return own;
+}
+
+}  // namespace
+
 std::vector<long> pointsOf(const Kind& kind, const Scenario& scenario, const Learned& learned,
                            const Options& options) {
   std::vector<long> points = kind.points(scenario, learned);
   std::erase_if(points, [&](long point) {
     return point < options.first || (options.last > 0 && point > options.last);
   });
-  return sampleOf(points, options.sample, options.seed);
+  return partOf(sampleOf(points, options.sample, options.seed), options.part, options.parts);
 }
 
 std::vector<long> sampleOf(const std::vector<long>& points, std::size_t wanted,

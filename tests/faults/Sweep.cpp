@@ -10,22 +10,13 @@
 #include "faults/Judgement.h"
 #include "faults/Points.h"
 #include "faults/SweepState.h"
+#include "faults/Table.h"
 
 namespace installer::faults {
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-// One line of the table at the end.
-struct Row {
-  std::string scenario;
-  std::string kind;
-  std::size_t calls = 0;
-  std::size_t points = 0;
-  std::size_t violations = 0;
-  double seconds = 0;
-};
 
 double secondsSince(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
@@ -56,13 +47,10 @@ class Sweep {
   int run() {
     for (const Scenario& scenario : scenarios())
       if (isAsked(_options.scenarios, scenario.name)) sweepScenario(scenario);
-    printTable();
+    if (_table.empty()) return 2;
+    print(_table.text());
     for (const std::string& rule : _options.without) print("not judged: " + rule);
-    if (_rows.empty()) return 2;
-    return std::all_of(_rows.begin(), _rows.end(),
-                       [](const Row& row) { return row.violations == 0; })
-               ? 0
-               : 1;
+    return _table.violations() == 0 ? 0 : 1;
   }
 
  private:
@@ -78,8 +66,10 @@ class Sweep {
     const auto start = Clock::now();
     Outcome outcome{judged(learn(_runner, scenario, learned)), "no call"};
     printViolations(scenario.name + " undisturbed", outcome);
-    _rows.push_back({scenario.name, "undisturbed", learned.calls.size(), 1,
-                     outcome.violations.size(), secondsSince(start)});
+    _table.addScenario(scenario.name, learned.calls.size());
+    _table.add(
+        scenario.name, "undisturbed",
+        {.points = 1, .violations = outcome.violations.size(), .seconds = secondsSince(start)});
   }
 
   // Without what breaks rules that are not asked for.
@@ -92,30 +82,28 @@ class Sweep {
   }
 
   void sweepKind(const Scenario& scenario, const Learned& learned, const Kind& kind) {
-    Row row{scenario.name, kind.name, learned.calls.size()};
-    const auto start = Clock::now();
     if (const auto reason = kind.refused ? kind.refused(_runner) : std::nullopt)
       return print(fmt::format("skipped: {} {}: {}", scenario.name, kind.name, *reason));
     const std::vector<long> points = pointsOf(kind, scenario, learned, _options);
+    Tally all;
     for (const long point : points) {
-      row.violations += sweepPoint(scenario, learned, kind, point);
-      ++row.points;
-      showProgress(row, points.size());
+      all += sweepPoint(scenario, learned, kind, point);
+      showProgress(scenario.name + " " + kind.name, all, points.size());
     }
-    row.seconds = secondsSince(start);
-    _rows.push_back(row);
+    if (all.points > 0) _table.add(scenario.name, kind.name, all);
   }
 
-  std::size_t sweepPoint(const Scenario& scenario, const Learned& learned, const Kind& kind,
-                         long point) {
+  Tally sweepPoint(const Scenario& scenario, const Learned& learned, const Kind& kind, long point) {
     const std::string name = fmt::format("{} {}:{}", scenario.name, kind.name, point);
     if (const auto known = _state.known(name)) return *known;
+    const auto start = Clock::now();
     Outcome outcome = tryPoint(_runner, scenario, learned, kind, point);
     outcome.violations = judged(std::move(outcome.violations));
     printViolations(name, outcome);
-    if (_options.verbose) print(name + " -- at " + outcome.call);
-    _state.add(name, outcome.violations.size());
-    return outcome.violations.size();
+    if (_options.verbose) print(name + " -- at " + outcome.call + "\n" + outcome.trace);
+    const Tally tally{1, outcome.violations.size(), outcome.exchanges, secondsSince(start)};
+    _state.add(name, tally);
+    return tally;
   }
 
   static void printCalls(const Learned& learned) {
@@ -125,26 +113,18 @@ class Sweep {
                         call.effect == Effect::changing ? "changing" : "looking ", call.text));
   }
 
-  // In place on a terminal, else nothing: the table tells it all.
-  static void showProgress(const Row& row, std::size_t points) {
-    if (isatty(STDERR_FILENO) == 0) return;
-    std::fprintf(stderr, "\r%s %s %zu/%zu, %zu violations \033[K", row.scenario.c_str(),
-                 row.kind.c_str(), row.points, points, row.violations);
-    if (row.points == points) std::fputs("\r\033[K", stderr);
-  }
-
-  void printTable() const {
-    print(fmt::format("{:<16} {:<12} {:>6} {:>7} {:>10} {:>8}", "scenario", "kind", "calls",
-                      "points", "violations", "seconds"));
-    for (const Row& row : _rows)
-      print(fmt::format("{:<16} {:<12} {:>6} {:>7} {:>10} {:>8.1f}", row.scenario, row.kind,
-                        row.calls, row.points, row.violations, row.seconds));
+  // In place on a terminal, else nothing: the table tells it all. One of several processes will do.
+  void showProgress(const std::string& name, const Tally& all, std::size_t points) const {
+    if (isatty(STDERR_FILENO) == 0 || _options.part > 1) return;
+    std::fprintf(stderr, "\r%s %zu/%zu, %zu violations \033[K", name.c_str(), all.points, points,
+                 all.violations);
+    if (all.points == points) std::fputs("\r\033[K", stderr);
   }
 
   const Runner& _runner;
   const Options& _options;
   SweepState _state;
-  std::vector<Row> _rows;
+  Table _table;
 };
 
 }  // namespace

@@ -1,26 +1,27 @@
 #pragma once
 
-#include <fstream>
 #include <map>
 #include <optional>
 #include <string>
 
+#include "faults/Table.h"
+
 namespace installer::faults {
 
-// Which points have been swept, and how many violations each had: kept in a file, so that a sweep
-// that was broken off goes on.
+// Which points have been swept, and what came of each: kept in a file, so that a sweep which was
+// broken off goes on, and several processes can share one.
 class SweepState {
  public:
   // "" keeps nothing.
-  explicit SweepState(const std::string& file);
+  explicit SweepState(std::string file);
 
-  // The violations of a point of before; nothing for a new one.
-  std::optional<std::size_t> known(const std::string& point) const;
-  void add(const std::string& point, std::size_t violations);
+  // What came of a point of before; nothing for a new one.
+  std::optional<Tally> known(const std::string& point) const;
+  void add(const std::string& point, const Tally& tally);
 
  private:
-  std::map<std::string, std::size_t> _points;
-  std::ofstream _file;
+  std::map<std::string, Tally> _points;
+  std::string _file;
 };
 
 }  // namespace installer::faults

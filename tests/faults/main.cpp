@@ -2,7 +2,9 @@
 // what is left. docs/testing.md tells how.
 
 #include <sched.h>
+#include <signal.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -54,6 +56,7 @@ int sweepApart(const std::string& folder, const Options& options) {
   std::fflush(stdout);
   const pid_t child = fork();
   if (child == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // and with the first process all others end
     const int status = sweepIn(folder, options);
     std::fflush(stdout);
     _exit(status);
