@@ -13,6 +13,8 @@
 #include <optional>
 #include <utility>
 
+#include "platform/Reported.h"
+#include "platform/files/Failure.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Memory.h"
 #include "platform/posix/Uninterrupted.h"
@@ -37,15 +39,16 @@ bool isMarked(int table, const std::string& link, const std::string& path) {
          named.st_ino != running.st_ino;
 }
 
-std::optional<std::string> executableOf(int table, const char* process) {
-  const std::string link = std::string(process) + "/exe";
-  std::array<char, PATH_MAX> bytes;
-  const ssize_t length = readlinkat(table, link.c_str(), bytes.data(), bytes.size());
-  if (length == -1) return std::nullopt;
-  std::string path(bytes.data(), static_cast<std::size_t>(length));
-  if (path.ends_with(kDeleted) && isMarked(table, link, path))
-    path.resize(path.size() - kDeleted.size());
-  return path;
+// A process that is not seen passes for one that does not run.
+void tellUnreadable(const std::string& path, int error) {
+  checkMemory(error);
+  reported::tell(failure(path, "read", error));
+}
+
+// The kernel's own processes have no executable, some have ended meanwhile, and some are not ours
+// to look at.
+bool mayBeLeftOut(int error) {
+  return error == ENOENT || error == ESRCH || error == EACCES || error == EPERM;
 }
 
 bool isOwn(int table, const char* process) {
@@ -82,13 +85,30 @@ std::vector<std::string> argumentsIn(std::string_view bytes) {
 
 }  // namespace
 
+std::optional<std::string> ProcProcessTable::executableOf(int table, const char* process) const {
+  const std::string link = std::string(process) + "/exe";
+  std::array<char, PATH_MAX> bytes;
+  const ssize_t length = readlinkat(table, link.c_str(), bytes.data(), bytes.size());
+  if (length == -1) {
+    if (!mayBeLeftOut(errno)) tellUnreadable(_folder + "/" + link, errno);
+    return std::nullopt;
+  }
+  std::string path(bytes.data(), static_cast<std::size_t>(length));
+  if (path.ends_with(kDeleted) && isMarked(table, link, path))
+    path.resize(path.size() - kDeleted.size());
+  return path;
+}
+
 template <class Visit>
 void ProcProcessTable::eachProcess(Visit visit) const {
   const std::unique_ptr<DIR, int (*)(DIR*)> table(opendir(_folder.c_str()), closedir);
-  if (!table) checkMemory(errno);
-  if (!table) return;
-  while (const dirent* entry = readdir(table.get()))
+  if (!table) return tellUnreadable(_folder, errno);
+  errno = 0;
+  while (const dirent* entry = readdir(table.get())) {
     if (isNumber(entry->d_name)) visit(dirfd(table.get()), entry->d_name);
+    errno = 0;  // a visit has had its own failures
+  }
+  if (errno != 0) tellUnreadable(_folder, errno);
 }
 
 std::vector<std::string> ProcProcessTable::executables() const {

@@ -1,12 +1,16 @@
 #pragma once
 
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "platform/posix/PosixProcessTable.h"
 
 namespace installer {
 
 // The process table as the kernel tells it in a folder with one folder a process, whose link "exe"
 // leads to the executable. Processes that have none (the kernel's own) or do not let this user look
-// are left out.
+// are left out; any other failure is one error line.
 class ProcProcessTable : public PosixProcessTable {
  public:
   explicit ProcProcessTable(std::string folder = "/proc") : _folder(std::move(folder)) {}
@@ -15,6 +19,7 @@ class ProcProcessTable : public PosixProcessTable {
 
  private:
   std::vector<std::string> executables() const override;
+  std::optional<std::string> executableOf(int table, const char* process) const;
   // Calls visit(the open folder, name) for each process.
   template <class Visit>
   void eachProcess(Visit visit) const;

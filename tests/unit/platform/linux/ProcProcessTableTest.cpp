@@ -8,6 +8,7 @@
 #include "platform/posix/PosixChildProcesses.h"
 #include "support/ChildFolder.h"
 #include "support/Proves.h"
+#include "support/Sandbox.h"
 #include "support/ScopedVariable.h"
 #include "support/TemporaryFolder.h"
 
@@ -229,10 +230,40 @@ TEST_F(MadeTableTest, AnExecutableWithoutFolderIsItsOwnName) {
   EXPECT_THAT(_table.valuesForKey(kName), ElementsAre("p"));
 }
 
-TEST_F(MadeTableTest, NoTableHasNoProcesses) {
+TEST_F(MadeTableTest, NoTableHasNoProcessesAndSaysSo) {
+  proves("PROCESS-8");
+  const Sandbox sandbox;
   ProcProcessTable table(_folder.path("nowhere"));
 
   EXPECT_THAT(table.valuesForKey(kExecutable), IsEmpty());
+
+  EXPECT_THAT(sandbox.log(),
+              ElementsAre(Says(LogLevel::error, "\"" + _folder.path("nowhere") +
+                                                    "\" cannot be read: No such file or "
+                                                    "directory")));
+}
+
+TEST_F(MadeTableTest, AnExecutableThatCannotBeReadIsTold) {
+  proves("PROCESS-8");
+  const Sandbox sandbox;
+  _folder.makeFile("3/exe", "no link");
+  _folder.makeLink("4/exe", "/bin/sh");
+
+  EXPECT_THAT(_table.valuesForKey(kExecutable), ElementsAre("/bin/sh"));
+
+  EXPECT_THAT(sandbox.log(),
+              ElementsAre(Says(LogLevel::error, "\"" + _folder.path("3/exe") +
+                                                    "\" cannot be read: Invalid argument")));
+}
+
+TEST_F(MadeTableTest, AProcessThatHasEndedOrHasNoneIsNotTold) {
+  proves("PROCESS-8");
+  const Sandbox sandbox;
+  _folder.makeFolder("3");
+
+  EXPECT_THAT(_table.valuesForKey(kExecutable), IsEmpty());
+
+  EXPECT_THAT(sandbox.log(), IsEmpty());
 }
 
 }  // namespace
