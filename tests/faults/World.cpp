@@ -98,7 +98,7 @@ void World::startIdle(const std::string& program) const {
 }
 
 bool World::waitForOthers() {
-  constexpr int kTurns = 2000;
+  constexpr int kTurns = 20000;
   for (int turn = 0; turn < kTurns; ++turn) {
     const pid_t process = waitpid(-1, nullptr, WNOHANG | __WALL);
     if (process < 0 && errno == ECHILD) return true;
