@@ -1,14 +1,12 @@
 #include "base/RealText.h"
 
 #include <fmt/format.h>
-#include <locale.h>
-#include <stdlib.h>
-#if __has_include(<xlocale.h>)
-#include <xlocale.h>
-#endif
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <locale>
+#include <sstream>
 
 namespace installer {
 namespace {
@@ -60,9 +58,8 @@ bool isWord(std::string_view text, std::string_view word) {
                             [](char c, char small) { return isLetter(c) && (c | 0x20) == small; });
 }
 
-// "nan" may have a word in brackets behind it.
-bool isSpecial(std::string_view text) {
-  if (isWord(text, "inf") || isWord(text, "infinity")) return true;
+// It may have a word in brackets behind it.
+bool isNan(std::string_view text) {
   if (!isWord(text.substr(0, 3), "nan")) return false;
   text.remove_prefix(3);
   if (text.empty()) return true;
@@ -114,17 +111,29 @@ std::string fixed(const Decimal& decimal, double number) {
   return digits.insert(digits.size() - behind, ".");
 }
 
+std::optional<double> magnitudeFromText(std::string_view text) {
+  if (isWord(text, "inf") || isWord(text, "infinity"))
+    return std::numeric_limits<double>::infinity();
+  if (isNan(text)) return std::numeric_limits<double>::quiet_NaN();
+  if (!isDecimal(text)) return std::nullopt;
+  std::istringstream stream{std::string(text)};
+  stream.imbue(std::locale::classic());
+  double number = 0;
+  stream >> number;
+  const bool isHeld = std::isfinite(number) && !stream.fail() && (number != 0 || isZero(text));
+  if (!isHeld) return std::nullopt;
+  return number;
+}
+
 }  // namespace
 
 std::optional<double> realFromText(std::string_view text) {
-  const std::string_view magnitude = text.starts_with('-') ? text.substr(1) : text;
-  const bool special = isSpecial(magnitude);
-  if (!special && !isDecimal(magnitude)) return std::nullopt;
-  static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
-  const double number = strtod_l(std::string(text).c_str(), nullptr, plain);
-  const bool isHeld = std::isfinite(number) && (number != 0 || isZero(magnitude));
-  if (!special && !isHeld) return std::nullopt;
-  return number;
+  if (text.starts_with('-')) {
+    const std::optional<double> magnitude = magnitudeFromText(text.substr(1));
+    if (!magnitude) return std::nullopt;
+    return -*magnitude;
+  }
+  return magnitudeFromText(text);
 }
 
 std::string textFromReal(double number) {
