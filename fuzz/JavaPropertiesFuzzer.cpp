@@ -6,7 +6,6 @@
 #include "Fuzzed.h"
 #include "formats/JavaPropertiesReader.h"
 #include "formats/JavaPropertiesWriter.h"
-#include "hotfix/base/OrderedDictionary.h"
 #include "hotfix/util/StringUtil.h"
 #include "support/models/PropertiesReaderModel.h"
 #include "support/models/PropertiesWriterModel.h"
@@ -15,14 +14,12 @@ namespace installer::fuzz {
 
 namespace {
 
-using Entries = OrderedDictionary<std::string>;
-
 // The model searches its entries from the beginning: for longer texts it takes too long.
 constexpr std::size_t kLongestModelled = 2048;
 
-Entries read(std::string_view text) {
-  Entries entries;
-  readJavaProperties(text, entries);
+TextDictionary read(std::string_view text) {
+  TextDictionary entries;
+  readJavaProperties(std::string(text), entries);
   return entries;
 }
 
@@ -39,34 +36,36 @@ bool isTold(std::string_view value) {
          value.back() != ' ';
 }
 
-void compareWithModel(const Entries& entries, std::string_view input, const std::string& written) {
+void compareWithModel(const TextDictionary& entries, std::string_view input,
+                      const std::string& written) {
   const model::Entries expected = model::readProperties(std::string(input));
   const bool isEqual = std::equal(
       entries.begin(), entries.end(), expected.begin(), expected.end(),
-      [](const auto& a, const auto& b) { return a.first == b.first && a.second == b.second; });
+      [](const auto& a, const auto& b) { return a.key == b.first && a.value == b.second; });
   require(isEqual, "the entries are the model's");
   require(written == model::writtenProperties(expected), "the text is the model's");
 }
 
-void readAgain(const Entries& entries, const std::string& written) {
-  const Entries again = read(written);
+void readAgain(const TextDictionary& entries, const std::string& written) {
+  const TextDictionary again = read(written);
   for (const auto& [key, value] : entries) {
     if (key.empty() || !isPlain(key) || !isTold(value)) continue;
-    const std::string* found = again.find(key);
-    require(found != nullptr, "the key comes back");
-    require(StringUtil::convertUnicode2Characters(*found) == value, "the value comes back");
+    const auto found = again.find(key);
+    require(found.has_value(), "the key comes back");
+    require(StringUtil::convertUnicode2Characters(std::string(*found)) == value,
+            "the value comes back");
   }
 }
 
 }  // namespace
 
 void tryInput(std::string_view input) {
-  const Entries entries = read(input);
+  const TextDictionary entries = read(input);
   const std::string written = writeJavaProperties(entries);
   if (input.size() <= kLongestModelled) compareWithModel(entries, input, written);
   // Without backslashes in keys no two of them become the same.
   const bool areKeysApart = std::ranges::none_of(
-      entries, [](const auto& entry) { return entry.first.find('\\') != std::string::npos; });
+      entries, [](const auto& entry) { return entry.key.find('\\') != std::string_view::npos; });
   if (areKeysApart) readAgain(entries, written);
 }
 

@@ -30,12 +30,6 @@ std::uint64_t bigEndian(std::string_view bytes) {
   return number;
 }
 
-bool isAscii(std::string_view bytes) {
-  for (const char byte : bytes)
-    if (static_cast<unsigned char>(byte) > 0x7F) return false;
-  return true;
-}
-
 std::string textFromUtf16(std::string_view bytes) {
   std::u16string units;
   for (std::size_t at = 0; at < bytes.size(); at += 2)

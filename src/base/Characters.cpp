@@ -1,6 +1,8 @@
 #include "base/Characters.h"
 
 #include <array>
+#include <cstdint>
+#include <cstring>
 
 namespace installer {
 
@@ -63,6 +65,19 @@ char tail(char32_t character, int shift) {
 }
 
 }  // namespace
+
+// Eight bytes at a time.
+bool isAscii(std::string_view text) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+  std::uint64_t seen = 0;
+  for (; text.size() >= sizeof seen; text.remove_prefix(sizeof seen)) {
+    std::uint64_t block = 0;
+    std::memcpy(&block, text.data(), sizeof block);
+    seen |= block;
+  }
+  for (const char character : text) seen |= static_cast<unsigned char>(character);
+  return (seen & kHighBits) == 0;
+}
 
 DecodedCharacter decodeCharacter(std::string_view text, std::size_t at) {
   return sequenceAt(text, at).value_or(DecodedCharacter{static_cast<unsigned char>(text[at]), 1});

@@ -15,6 +15,8 @@ struct DecodedCharacter {
   std::size_t length = 0;  // bytes that it takes in the text, 1 to 4
 };
 
+bool isAscii(std::string_view text);
+
 // The character at byte `at`, which must be inside the text.
 DecodedCharacter decodeCharacter(std::string_view text, std::size_t at);
 

@@ -19,29 +19,47 @@ std::optional<std::string> expanded(const std::optional<std::string>& path) {
 
 }  // namespace
 
+JavaProperties::JavaProperties() : _dict(std::make_unique<TextDictionary>()) {}
+
+JavaProperties::JavaProperties(const JavaProperties& other)
+    : _dict(std::make_unique<TextDictionary>(*other._dict)),
+      _file(other._file),
+      _readError(other._readError),
+      _failedSave(other._failedSave) {}
+
+JavaProperties& JavaProperties::operator=(const JavaProperties& other) {
+  *_dict = *other._dict;
+  _file = other._file;
+  _readError = other._readError;
+  _failedSave = other._failedSave;
+  return *this;
+}
+
+JavaProperties::~JavaProperties() = default;
+
 JavaProperties::JavaProperties(const std::optional<std::string>& file)
     : JavaProperties(file, FailedSave::isTold) {}
 
 JavaProperties::JavaProperties(const std::optional<std::string>& file, FailedSave failedSave)
-    : _file(expanded(file)), _failedSave(failedSave) {
+    : _dict(std::make_unique<TextDictionary>()), _file(expanded(file)), _failedSave(failedSave) {
   initDictionary();
 }
 
 void JavaProperties::initDictionary() {
   if (!_file) return;
   FileError error;
-  const std::optional<std::string> bytes = Platform::current().files->read(*_file, &error);
+  std::optional<std::string> bytes = Platform::current().files->read(*_file, &error);
   _readError.reset();
   if (bytes)
-    readJavaProperties(*bytes, _dict);
+    readJavaProperties(*std::move(bytes), *_dict);
   else if (error.code != FileError::kMissing)
     _readError = error;
 }
 
 std::optional<std::string> JavaProperties::getPropertyForKey(const std::string& key) const {
-  const std::string* value = _dict.find(key);
-  if (value == nullptr) return std::nullopt;
-  return *value;
+  const std::optional<std::string_view> value = _dict->find(key);
+  if (!value) return std::nullopt;
+  return std::string(*value);
 }
 
 bool JavaProperties::setProperty(const std::optional<std::string>& value,
@@ -54,17 +72,18 @@ bool JavaProperties::setProperty(const std::optional<std::string>& value,
     log(LogLevel::error, "attempt to insert nil value (key: {})", *forKey);
     return false;
   }
-  _dict.set(*forKey, *value);
+  _dict->set(*forKey, *value);
   return true;
 }
 
 void JavaProperties::removePropertyForKey(const std::string& key) {
-  _dict.remove(key);
+  _dict->remove(key);
 }
 
 std::vector<std::string> JavaProperties::propertyNames() const {
   std::vector<std::string> names;
-  for (const auto& entry : _dict) names.push_back(entry.first);
+  names.reserve(_dict->size());
+  for (const auto& entry : *_dict) names.emplace_back(entry.key);
   return names;
 }
 
@@ -80,7 +99,7 @@ bool JavaProperties::savePropertiesToFile(const std::optional<std::string>& path
     if (isTold) reported::tell(*_readError);
     return false;
   }
-  const std::string text = writeJavaProperties(_dict);
+  const std::string text = writeJavaProperties(*_dict);
   return isTold ? reported::write(*target, text) : Platform::current().files->write(*target, text);
 }
 
@@ -88,7 +107,7 @@ bool JavaProperties::mergeWithJavaProperties(const std::optional<std::string>& p
   if (!path) return true;
   if (!exists(path::expandingTilde(*path))) return false;
   const JavaProperties other(path);
-  for (const auto& [key, value] : other._dict) _dict.set(key, value);
+  for (const auto& [key, value] : *other._dict) _dict->set(key, value);
   return savePropertiesToFile(std::nullopt);
 }
 

@@ -1,6 +1,11 @@
 #include "formats/JavaPropertiesReader.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstring>
+#include <span>
+#include <string_view>
 #include <utility>
 
 #include "base/Characters.h"
@@ -10,6 +15,7 @@ namespace installer {
 namespace {
 
 constexpr std::string_view kOptionPrefix = "-X";   // begins an option of the Java virtual machine
+constexpr std::size_t kEntriesAtOnce = 64;         // that are stored together
 constexpr std::string_view kContinuation = " \\";  // ends a line that the next one continues
 
 // White space and line ends among the characters of Latin-1, next line and no-break space included.
@@ -18,10 +24,14 @@ bool isTrimmed(char character) {
   return (number >= 0x09 && number <= 0x0D) || number == 0x20 || number == 0x85 || number == 0xA0;
 }
 
-std::string_view trimmed(std::string_view line) {
-  while (!line.empty() && isTrimmed(line.front())) line.remove_prefix(1);
-  while (!line.empty() && isTrimmed(line.back())) line.remove_suffix(1);
+std::span<char> trimmed(std::span<char> line) {
+  while (!line.empty() && isTrimmed(line.front())) line = line.subspan(1);
+  while (!line.empty() && isTrimmed(line.back())) line = line.first(line.size() - 1);
   return line;
+}
+
+std::string_view viewOf(std::span<char> text) {
+  return {text.data(), text.size()};
 }
 
 bool isSeparator(char character) {
@@ -35,25 +45,54 @@ bool isEscapable(char character) {
          character == '=' || character == '!';
 }
 
-void appendLatin1(char character, std::string& to) {
-  appendCharacter(static_cast<unsigned char>(character), to);
+std::string fromLatin1(std::string_view latin1) {
+  std::string text;
+  for (const char character : latin1) appendCharacter(static_cast<unsigned char>(character), text);
+  return text;
 }
+
+// A text that is put together from parts of a line in the line's own bytes: what lies between the
+// parts has been looked at and is of no more use.
+class JoinedParts {
+ public:
+  void append(std::span<char> part) {
+    if (_joined.empty()) {
+      _joined = part;
+      return;
+    }
+    char* const end = _joined.data() + _joined.size();
+    if (part.data() != end) std::memmove(end, part.data(), part.size());
+    _joined = {_joined.data(), _joined.size() + part.size()};
+  }
+
+  std::string_view view() const { return viewOf(_joined); }
+
+ private:
+  std::span<char> _joined;
+};
 
 // Reads line by line; what one line leaves behind for the next are its flags.
 class LineReader {
  public:
-  explicit LineReader(OrderedDictionary<std::string>& entries) : _entries(entries) {}
+  explicit LineReader(TextDictionary& entries) : _entries(entries) {}
 
-  void read(std::string_view line);
+  // A trimmed line of bytes that the dictionary keeps.
+  void read(std::span<char> line);
+  void storeEntries();
 
  private:
-  void readCharacter(std::string_view line, std::size_t at);
-  void readSeparator(char character);
-  void readOrdinary(char character);
+  std::size_t readFrom(std::span<char> line, std::size_t at);
+  bool isDropped(std::span<char> line, std::size_t backslash);
+  std::size_t endOfOrdinary(std::string_view line, std::size_t at) const;
+  void readSeparator(std::span<char> separator);
+  void readOrdinary(std::span<char> characters);
 
-  OrderedDictionary<std::string>& _entries;
-  std::string _key;
-  std::string _value;
+  TextDictionary& _entries;
+  std::array<TextDictionary::Entry, kEntriesAtOnce> _read;
+  std::size_t _readCount = 0;
+  JoinedParts _key;
+  JoinedParts _value;
+  bool _asksForMore = false;  // the line ends as a continued one does
   // A backslash asked for a continuation and nothing was added to a value since. Lines that add
   // nothing keep it, so that a blank line behind a continuation is lost too.
   bool _continued = false;
@@ -62,61 +101,81 @@ class LineReader {
   bool _beforeSeparator = false;
 };
 
-void LineReader::read(std::string_view line) {
-  if (line.starts_with('#')) return;
-  _key.clear();
-  _value.clear();
+void LineReader::read(std::span<char> line) {
+  const std::string_view text = viewOf(line);
+  if (text.starts_with('#')) return;
+  _key = {};
+  _value = {};
+  _asksForMore = text.ends_with(kContinuation);
   // The blank that a continuation needs has separated a value from its key, or is in one.
   _inValue = _continued;
   // A line of one character keeps the flag of the line before it.
-  if (!_continued && line.size() >= 2) _optionLine = line.starts_with(kOptionPrefix);
+  if (!_continued && line.size() >= 2) _optionLine = text.starts_with(kOptionPrefix);
   _beforeSeparator = true;
-  for (std::size_t at = 0; at < line.size(); ++at) readCharacter(line, at);
-  if (!_continued) _entries.set(std::move(_key), std::move(_value));
+  for (std::size_t at = 0; at < line.size();) at = readFrom(line, at);
+  if (_continued) return;
+  _read[_readCount++] = {_key.view(), _value.view()};
+  if (_readCount == _read.size()) storeEntries();
 }
 
-void LineReader::readCharacter(std::string_view line, std::size_t at) {
-  const char character = line[at];
-  if (character == '\\') {
-    const bool last = at + 1 == line.size();
-    if (last && line.ends_with(kContinuation)) {
-      _continued = true;
-      return;
-    }
-    if (!last && isEscapable(line[at + 1])) return;
-  }
-  if (_beforeSeparator && isSeparator(character)) {
-    readSeparator(character);
-  } else {
-    readOrdinary(character);
-  }
+void LineReader::storeEntries() {
+  _entries.setKept(std::span(_read).first(_readCount));
+  _readCount = 0;
 }
 
-void LineReader::readSeparator(char character) {
+// Takes the character there, with all behind it that are of its kind; answers where to go on.
+std::size_t LineReader::readFrom(std::span<char> line, std::size_t at) {
+  if (line[at] == '\\' && isDropped(line, at)) return at + 1;
+  if (_beforeSeparator && isSeparator(line[at])) {
+    readSeparator(line.subspan(at, 1));
+    return at + 1;
+  }
+  const std::size_t end = endOfOrdinary(viewOf(line), at + 1);
+  readOrdinary(line.subspan(at, end - at));
+  return end;
+}
+
+bool LineReader::isDropped(std::span<char> line, std::size_t backslash) {
+  const bool last = backslash + 1 == line.size();
+  if (!last) return isEscapable(line[backslash + 1]);
+  _continued = _continued || _asksForMore;
+  return _asksForMore;
+}
+
+// Behind the first character of a value no other one separates.
+std::size_t LineReader::endOfOrdinary(std::string_view line, std::size_t at) const {
+  if (_inValue) return std::min(line.find('\\', at), line.size());
+  while (at < line.size() && line[at] != '\\' && !isSeparator(line[at])) ++at;
+  return at;
+}
+
+void LineReader::readSeparator(std::span<char> separator) {
   _inValue = true;
-  if (_optionLine) _value += character;
+  if (_optionLine) _value.append(separator);
 }
 
-void LineReader::readOrdinary(char character) {
+void LineReader::readOrdinary(std::span<char> characters) {
   if (!_inValue) {
-    appendLatin1(character, _key);
+    _key.append(characters);
     return;
   }
-  appendLatin1(character, _value);
+  _value.append(characters);
   _continued = false;
   _beforeSeparator = false;
 }
 
 }  // namespace
 
-void readJavaProperties(std::string_view latin1, OrderedDictionary<std::string>& entries) {
+void readJavaProperties(std::string latin1, TextDictionary& entries) {
   LineReader reader(entries);
-  while (!latin1.empty()) {
-    const std::size_t end = latin1.find('\n');
-    reader.read(trimmed(latin1.substr(0, end)));
-    if (end == std::string_view::npos) break;
-    latin1.remove_prefix(end + 1);
+  std::span<char> rest = entries.keep(std::move(latin1));
+  while (!rest.empty()) {
+    const std::size_t end = std::min(viewOf(rest).find('\n'), rest.size());
+    const std::span<char> line = trimmed(rest.first(end));
+    reader.read(isAscii(viewOf(line)) ? line : entries.keepCopy(fromLatin1(viewOf(line))));
+    rest = rest.subspan(std::min(end + 1, rest.size()));
   }
+  reader.storeEntries();
 }
 
 }  // namespace installer

@@ -1,15 +1,14 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
-#include "hotfix/base/OrderedDictionary.h"
+#include "base/TextDictionary.h"
 
 namespace installer {
 
 // Takes the entries of a properties file's text over into `entries`; a key read again replaces its
 // earlier value. `latin1` are the file's bytes, one character each; keys and values come out as
 // UTF-8. Every text can be read: there are no errors.
-void readJavaProperties(std::string_view latin1, OrderedDictionary<std::string>& entries);
+void readJavaProperties(std::string latin1, TextDictionary& entries);
 
 }  // namespace installer

@@ -4,8 +4,12 @@
 
 namespace installer {
 
-std::string writeJavaProperties(const OrderedDictionary<std::string>& entries) {
+// Quarters of its length that a text with the usual escapes has.
+constexpr std::size_t kLengthening = 5;
+
+std::string writeJavaProperties(const TextDictionary& entries) {
   std::string text;
+  text.reserve(entries.textSize() * kLengthening / 4 + entries.size() * 2);
   for (const auto& [key, value] : entries) {
     if (key.empty()) continue;
     appendEscapedKey(key, text);

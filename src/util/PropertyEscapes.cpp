@@ -1,5 +1,6 @@
 #include "util/PropertyEscapes.h"
 
+#include <array>
 #include <cstddef>
 
 #include "base/Characters.h"
@@ -8,12 +9,25 @@ namespace installer {
 
 namespace {
 
-bool isPrintable(char character) {
-  return character >= 0x20 && character <= 0x7E;
+using CharacterSet = std::array<bool, 256>;
+
+// Those that stand for themselves: the printable ones without the given.
+constexpr CharacterSet plainBut(std::string_view others) {
+  CharacterSet plain{};
+  for (std::size_t character = 0x20; character <= 0x7E; ++character) plain[character] = true;
+  for (const char other : others) plain[static_cast<unsigned char>(other)] = false;
+  return plain;
 }
 
-bool takesBackslashAnywhere(char character) {
-  return character == '#' || character == '!' || character == '=' || character == ':';
+constexpr CharacterSet kPlainInKey = plainBut("#!=:\\ ");
+constexpr CharacterSet kPlainInValue = plainBut("#!=:\\");
+
+bool isAmong(const CharacterSet& characters, char character) {
+  return characters[static_cast<unsigned char>(character)];
+}
+
+bool isPrintable(char character) {
+  return character >= 0x20 && character <= 0x7E;
 }
 
 void appendUnicodeEscapes(char32_t character, std::string& to) {
@@ -25,37 +39,42 @@ void appendUnicodeEscapes(char32_t character, std::string& to) {
   }
 }
 
-// `takesBackslash` is asked for printable characters by their place in the text.
-template <class TakesBackslash>
-void appendEscaped(std::string_view text, TakesBackslash takesBackslash, std::string& to) {
+std::size_t endOfPlain(std::string_view text, std::size_t at, const CharacterSet& plain) {
+  while (at < text.size() && isAmong(plain, text[at])) ++at;
+  return at;
+}
+
+// What stands for the character that is not plain; answers where to go on.
+std::size_t appendEscape(std::string_view text, std::size_t at, bool isKey, std::string& to) {
+  if (isPrintable(text[at])) {
+    // In a value a backslash before "u" stays single, so that an escape already in the text stays
+    // one.
+    if (isKey || text.substr(at, 2) != "\\u") to += '\\';
+    to += text[at];
+    return at + 1;
+  }
+  const auto [character, length] = decodeCharacter(text, at);
+  appendUnicodeEscapes(character, to);
+  return at + length;
+}
+
+void appendEscaped(std::string_view text, bool isKey, std::string& to) {
+  const CharacterSet& plain = isKey ? kPlainInKey : kPlainInValue;
   for (std::size_t at = 0; at < text.size();) {
-    if (isPrintable(text[at])) {
-      if (takesBackslash(at)) to += '\\';
-      to += text[at++];
-      continue;
-    }
-    const auto [character, length] = decodeCharacter(text, at);
-    appendUnicodeEscapes(character, to);
-    at += length;
+    const std::size_t end = endOfPlain(text, at, plain);
+    to += text.substr(at, end - at);
+    at = end < text.size() ? appendEscape(text, end, isKey, to) : end;
   }
 }
 
 }  // namespace
 
 void appendEscapedKey(std::string_view key, std::string& to) {
-  const auto takesBackslash = [key](std::size_t at) {
-    return key[at] == ' ' || key[at] == '\\' || takesBackslashAnywhere(key[at]);
-  };
-  appendEscaped(key, takesBackslash, to);
+  appendEscaped(key, true, to);
 }
 
 void appendEscapedValue(std::string_view value, std::string& to) {
-  // A backslash before "u" stays single, so that an escape already in the text stays one.
-  const auto takesBackslash = [value](std::size_t at) {
-    if (value[at] == '\\') return value.substr(at + 1, 1) != "u";
-    return takesBackslashAnywhere(value[at]);
-  };
-  appendEscaped(value, takesBackslash, to);
+  appendEscaped(value, false, to);
 }
 
 void appendHexDigits(char16_t unit, std::string& to) {

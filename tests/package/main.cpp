@@ -8,6 +8,7 @@
 #include <hotfix/base/KeyedHash.h>
 #include <hotfix/base/OrderedDictionary.h>
 #include <hotfix/base/Path.h>
+#include <hotfix/base/PlaceIndex.h>
 #include <hotfix/base/PropertyList.h>
 #include <hotfix/base/XmlDocument.h>
 #include <hotfix/driver/Installer.h>

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <initializer_list>
-#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,6 +9,7 @@
 #include <vector>
 
 #include "hotfix/base/KeyedHash.h"
+#include "hotfix/base/PlaceIndex.h"
 
 namespace installer {
 
@@ -47,36 +46,33 @@ class OrderedDictionary {
   /// The value stored under `key`, owned by the dictionary and valid until its next change;
   /// nullptr when there is none.
   const Value* find(std::string_view key) const {
-    const std::optional<std::size_t> place = placeOf(key);
+    const std::optional<std::size_t> place = placeOf(key, Hash{}(key));
     return place ? &_entries[*place].second : nullptr;
   }
 
   /// Stores the value under `key`, in place of what was there.
   void set(std::string key, Value value) {
-    if (const std::optional<std::size_t> place = placeOf(key)) {
+    const std::size_t hash = Hash{}(key);
+    if (const std::optional<std::size_t> place = placeOf(key, hash)) {
       _entries[*place].second = std::move(value);
       return;
     }
     _entries.emplace_back(std::move(key), std::move(value));
-    if (_entries.size() * 2 > _slots.size()) {
-      rebuildSlots();
-    } else {
-      fillSlot(_entries.size() - 1);
-    }
+    _places.add(hash, _entries.size() - 1);
   }
 
   /// Removes the entry; nothing happens when there is none.
   void remove(std::string_view key) {
-    const std::optional<std::size_t> place = placeOf(key);
+    const std::optional<std::size_t> place = placeOf(key, Hash{}(key));
     if (!place) return;
     _entries.erase(_entries.begin() + static_cast<std::ptrdiff_t>(*place));
-    rebuildSlots();
+    _places.remove(*place);
   }
 
   /// Removes every entry.
   void clear() {
     _entries.clear();
-    _slots.clear();
+    _places.clear();
   }
 
   friend bool operator==(const OrderedDictionary& left, const OrderedDictionary& right) {
@@ -96,34 +92,12 @@ class OrderedDictionary {
   /// @endcond
 
  private:
-  static constexpr std::size_t kFree = std::numeric_limits<std::size_t>::max();
-
-  [[nodiscard]] std::optional<std::size_t> placeOf(std::string_view key) const {
-    if (_slots.empty()) return std::nullopt;
-    for (std::size_t slot = firstSlot(key); _slots[slot] != kFree; slot = nextSlot(slot))
-      if (_entries[_slots[slot]].first == key) return _slots[slot];
-    return std::nullopt;
+  [[nodiscard]] std::optional<std::size_t> placeOf(std::string_view key, std::size_t hash) const {
+    return _places.find(hash, [&](std::size_t place) { return _entries[place].first == key; });
   }
-
-  void fillSlot(std::size_t place) {
-    std::size_t slot = firstSlot(_entries[place].first);
-    while (_slots[slot] != kFree) slot = nextSlot(slot);
-    _slots[slot] = place;
-  }
-
-  /// At least half of the slots stay free, so that a search ends soon.
-  void rebuildSlots() {
-    _slots.assign(std::bit_ceil(_entries.size() * 4), kFree);
-    for (std::size_t place = 0; place < _entries.size(); ++place) fillSlot(place);
-  }
-
-  std::size_t firstSlot(std::string_view key) const { return Hash{}(key) & (_slots.size() - 1); }
-  std::size_t nextSlot(std::size_t slot) const { return (slot + 1) & (_slots.size() - 1); }
 
   std::vector<Entry> _entries;
-  /// Open hash table: the entries' places, kFree in a slot without one. A power of two long; empty
-  /// before the first entry.
-  std::vector<std::size_t> _slots;
+  PlaceIndex _places;
 };
 
 }  // namespace installer

@@ -1,14 +1,16 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "hotfix/base/DeletedForNull.h"
-#include "hotfix/base/OrderedDictionary.h"
 #include "hotfix/platform/FileError.h"
 
 namespace installer {
+
+class TextDictionary;
 
 /// Whether a save that fails leaves an error line with the reason.
 enum class FailedSave { isTold, isPassedOver };
@@ -23,7 +25,13 @@ enum class FailedSave { isTold, isPassedOver };
 class JavaProperties {
  public:
   /// No entries, no file.
-  JavaProperties() = default;
+  JavaProperties();
+  /// The same entries, bound to the same file.
+  /// @{
+  JavaProperties(const JavaProperties& other);
+  JavaProperties& operator=(const JavaProperties& other);
+  /// @}
+  ~JavaProperties();
 
   /// Binds to `file` with a leading "~" expanded and reads it when it exists. A missing file gives
   /// an empty object whose save creates it. One that exists but cannot be read gives an empty
@@ -76,8 +84,8 @@ class JavaProperties {
   /// @endcond
 
  private:
-  OrderedDictionary<std::string> _dict;
-  std::optional<std::string> _file;  // "~" expanded
+  std::unique_ptr<TextDictionary> _dict;  // never null
+  std::optional<std::string> _file;       // "~" expanded
   std::optional<FileError> _readError;
   FailedSave _failedSave = FailedSave::isTold;
 };

@@ -53,6 +53,18 @@ INSTANTIATE_TEST_SUITE_P(
                                    {0xDBFF, 'a'}}),
     [](const auto& tested) { return tested.param.name; });
 
+TEST(CharactersTest, OneByteBeyondAsciiIsSeenWhereverItIs) {
+  for (std::size_t length = 0; length < 30; ++length) {
+    std::string text(length, '\x7F');
+    EXPECT_TRUE(isAscii(text));
+    for (std::size_t at = 0; at < length; ++at) {
+      text[at] = '\x80';
+      EXPECT_FALSE(isAscii(text)) << length << " " << at;
+      text[at] = '\0';
+    }
+  }
+}
+
 // What the rows with halves of pairs hold is no UTF-8 by its letter.
 TEST_P(CharacterTable, HalvesAreNoUtf8) {
   for (std::size_t at = 0; at < GetParam().bytes.size();) {

@@ -19,12 +19,24 @@ using model::Entries;
 using test::forRandomCases;
 using test::RandomSource;
 
-Entries entriesOf(const OrderedDictionary<std::string>& dictionary) {
-  return {dictionary.begin(), dictionary.end()};
+Entries entriesOf(const TextDictionary& dictionary) {
+  Entries entries;
+  for (const auto& [key, value] : dictionary) entries.emplace_back(key, value);
+  return entries;
+}
+
+TextDictionary dictionaryOf(const Entries& entries) {
+  TextDictionary dictionary;
+  for (const auto& [key, value] : entries) dictionary.set(key, value);
+  return dictionary;
+}
+
+std::string written(const Entries& entries) {
+  return writeJavaProperties(dictionaryOf(entries));
 }
 
 Entries read(const std::string& text) {
-  OrderedDictionary<std::string> dictionary;
+  TextDictionary dictionary;
   readJavaProperties(text, dictionary);
   return entriesOf(dictionary);
 }
@@ -191,7 +203,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(JavaPropertiesReaderTest, EntriesJoinTheOnesThatAreThere) {
   proves("PROPERTIES-20");
-  OrderedDictionary<std::string> dictionary = {{"k", "1"}, {"j", "3"}};
+  TextDictionary dictionary = dictionaryOf({{"k", "1"}, {"j", "3"}});
 
   readJavaProperties("x=4\nk=2\n", dictionary);
 
@@ -203,35 +215,66 @@ TEST(JavaPropertiesReaderTest, ManyLinesAreAllThere) {
   constexpr int kLines = 100'000;
   std::string text;
   for (int line = 0; line < kLines; ++line) text += std::to_string(line) + "=x\n";
-  OrderedDictionary<std::string> dictionary;
+  TextDictionary dictionary;
 
   readJavaProperties(text, dictionary);
 
   EXPECT_EQ(dictionary.size(), static_cast<std::size_t>(kLines));
-  EXPECT_THAT(dictionary.find("99999"), ::testing::Pointee(std::string("x")));
+  EXPECT_THAT(dictionary.find("99999"), ::testing::Optional(std::string_view("x")));
+}
+
+// Bytes beyond ASCII become two, for which a line has no room.
+TEST(JavaPropertiesReaderTest, ManyLinesBeyondAsciiAreAllThere) {
+  proves("PROPERTIES-3");
+  constexpr int kLines = 10'000;
+  std::string text;
+  Entries expected;
+  for (int line = 0; line < kLines; ++line) {
+    const std::string number = std::to_string(line);
+    text += "k" + number + "\xE9=\xFF\\:" + number + "\n";
+    expected.emplace_back("k" + number + "\u00e9", "\u00ff:" + number);
+  }
+
+  EXPECT_EQ(read(text), expected);
+}
+
+// Longer than the entries that are stored together.
+TEST(JavaPropertiesReaderTest, LaterOnesOfManyEqualKeysWin) {
+  proves("PROPERTIES-3");
+  std::string text;
+  for (int line = 0; line < 1000; ++line)
+    text += std::to_string(line % 7) + "=" + std::to_string(line) + "\n";
+
+  EXPECT_EQ(read(text), (Entries{{"0", "994"},
+                                 {"1", "995"},
+                                 {"2", "996"},
+                                 {"3", "997"},
+                                 {"4", "998"},
+                                 {"5", "999"},
+                                 {"6", "993"}}));
 }
 
 // --- Writing -------------------------------------------------------------------------------------
 
 TEST(JavaPropertiesWriterTest, EveryEntryIsALineInOrder) {
   proves("PROPERTIES-11");
-  EXPECT_EQ(writeJavaProperties({{"b", "2"}, {"a", "1"}}), "b=2\na=1\n");
+  EXPECT_EQ(written({{"b", "2"}, {"a", "1"}}), "b=2\na=1\n");
 }
 
 TEST(JavaPropertiesWriterTest, NoEntriesAreNoText) {
   proves("PROPERTIES-11");
-  EXPECT_EQ(writeJavaProperties({}), "");
+  EXPECT_EQ(written({}), "");
 }
 
 TEST(JavaPropertiesWriterTest, EmptyKeyHasNoLine) {
   proves("PROPERTIES-11");
-  EXPECT_EQ(writeJavaProperties({{"a", "1"}, {"", "x"}, {"b", ""}}), "a=1\nb=\n");
+  EXPECT_EQ(written({{"a", "1"}, {"", "x"}, {"b", ""}}), "a=1\nb=\n");
 }
 
 TEST(JavaPropertiesWriterTest, KeyAndValueAreEscapedEachInItsWay) {
   proves("PROPERTIES-11");
   EXPECT_EQ(
-      writeJavaProperties(
+      written(
           {{"a b", "x y"}, {"d", "c:\\dir"}, {"u", "\\u00e9"}, {"\\u00e9", "\u00e9\t\U0001F600"}}),
       "a\\ b=x y\nd=c\\:\\\\dir\nu=\\u00e9\n\\\\u00e9=\\u00e9\\u0009\\ud83d\\ude00\n");
 }
@@ -285,9 +328,9 @@ TEST(JavaPropertiesModelTest, RandomTextsAreReadAsTheModelSays) {
   });
 }
 
-OrderedDictionary<std::string> randomEntries(RandomSource& random) {
+TextDictionary randomEntries(RandomSource& random) {
   const std::vector<std::string> more = {"\u00e9", "\u20ac", "\U0001F600", "\xED\xA0\xBD"};
-  OrderedDictionary<std::string> entries;
+  TextDictionary entries;
   for (std::size_t left = random.below(5); left > 0; --left)
     entries.set(random.textOf(kPieces, 4) + random.textOf(more, 1),
                 random.textOf(kPieces, 8) + random.textOf(more, 1));
@@ -297,7 +340,7 @@ OrderedDictionary<std::string> randomEntries(RandomSource& random) {
 TEST(JavaPropertiesModelTest, RandomEntriesAreWrittenAsTheModelSays) {
   proves("PROPERTIES-13");
   forRandomCases([](RandomSource& random) {
-    const OrderedDictionary<std::string> entries = randomEntries(random);
+    const TextDictionary entries = randomEntries(random);
 
     EXPECT_EQ(writeJavaProperties(entries), model::writtenProperties(entriesOf(entries)));
   });
@@ -327,7 +370,7 @@ TEST(JavaPropertiesModelTest, PlainEntriesSurviveARoundTrip) {
   const std::vector<std::string> plain = {"a", "b", "0", ".", "-", "_", "/", "~"};
   const std::vector<std::string> inside = {"a", "=", ":", "#", "!", " ", "0", ".", "\"", "x"};
   forRandomCases([&](RandomSource& random) {
-    OrderedDictionary<std::string> entries;
+    TextDictionary entries;
     for (std::size_t left = random.below(5); left > 0; --left)
       entries.set("k" + random.textOf(plain, 6), "v" + random.textOf(inside, 8) + "v");
 
