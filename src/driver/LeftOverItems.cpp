@@ -4,6 +4,7 @@
 
 #include "driver/RunState.h"
 #include "hotfix/base/Path.h"
+#include "hotfix/formats/Configuration.h"
 #include "instance/InstanceLayout.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
@@ -26,11 +27,16 @@ void removeLeftOverItems(const std::optional<std::string>& rcpData) {
     removeFrom(runState()._rcpHomeOfWorkflow);
   const Platform& platform = Platform::current();
   const FixedPaths& paths = platform.paths;
-  std::set<std::string> shared;
+  std::set<std::string> folders;  // in which others can be at work
+  const auto addFolderOf = [&](const std::string& item) {
+    folders.insert(path::deletingLastComponent(item));
+  };
   for (const std::string& file : {paths.errorMarker, paths.pasteboard, paths.internalConfiguration})
-    shared.insert(path::deletingLastComponent(file));
-  if (rcpData) shared.insert(path::deletingLastComponent(InstanceLayout::dataSettings(*rcpData)));
-  for (const std::string& folder : shared)
+    addFolderOf(file);
+  if (rcpData) addFolderOf(InstanceLayout::dataSettings(*rcpData));
+  const auto location = Configuration().getPropertyValueForKey("newInstallLocation");
+  if (location) addFolderOf(*location);
+  for (const std::string& folder : folders)
     platform.files->removeLeftOvers(folder, LeftOvers::within);
 }
 

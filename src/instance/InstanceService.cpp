@@ -61,8 +61,6 @@ void InstanceService::copyStagingFolder(const std::optional<std::string>& locati
     return;
   }
   const Platform& platform = Platform::current();
-  // A copy that was killed. The folder is nobody's own: others can be at work in it.
-  platform.files->removeLeftOvers(path::deletingLastComponent(*location), LeftOvers::within);
   CopySource staging = platform.paths.stagingFolder;
   staging.mayOwn = [&platform](uid_t owner) { return platform.users->trusts(owner); };
   FileError error;

@@ -152,6 +152,15 @@ TEST_F(InstanceServiceTest, StagingFolderIsCopiedToTheNewLocation) {
                                            "6 newInstallLocation : " + _sandbox.path("new") + "."));
 }
 
+TEST_F(InstanceServiceTest, WhatIsInTheMakingBesideTheNewLocationIsNotLookedFor) {
+  _sandbox.write("opt/.hotfix-1", "x");
+  nameInstallLocation(_sandbox.path("opt/new"));
+
+  const InstanceService service(home());
+
+  EXPECT_TRUE(_sandbox.exists("opt/.hotfix-1")) << "a run does that, once";
+}
+
 TEST_F(InstanceServiceTest, EveryServiceCopiesTheStagingFolder) {
   proves("INSTANCE-4");
   _sandbox.write("tmp/qlmcore2/file", "staged");
