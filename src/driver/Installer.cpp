@@ -29,8 +29,6 @@ namespace {
 constexpr const char* kUsage =
     "Usage: HotfixInstaller <pathToInstallPackage> <pathToInstallDestination> "
     "[-rcpdata <pathToRcpData>]\n";
-constexpr std::string_view kNoMemory =
-    "There is not enough memory to go on. The installation ends here.";
 
 // The mirrored trace of one run.
 class Trace {
@@ -44,8 +42,11 @@ class Trace {
 
   void open() {
     if (InstallUtil::shouldWriteTraces()) _descriptor = InstallUtil::openTraceFile();
+    _isBegun = true;
   }
-  bool isOpen() const { return _descriptor.has_value(); }
+  // Whether the run has got behind the opening, and whether that gave it a file.
+  bool isBegun() const { return _isBegun; }
+  bool isOpen() const { return _descriptor.value_or(-1) != -1; }
 
  private:
   static bool isStillWanted() {
@@ -56,7 +57,8 @@ class Trace {
     }
   }
 
-  std::optional<int> _descriptor;  // nullopt when no trace is wanted
+  std::optional<int> _descriptor;  // nullopt when no trace is wanted, -1 when it cannot be had
+  bool _isBegun = false;
 };
 
 std::optional<std::string> chooseRcpData(const std::vector<std::string>& arguments,
@@ -156,11 +158,11 @@ bool runUntilInterrupted(const std::vector<std::string>& arguments, Trace& trace
   }
 }
 
-// A line so short needs no memory. Standard error is for the runs that end before they have a
-// trace.
+// A line so short needs no memory. Standard error is for the runs that have no trace.
 void tellOfMemory(const Trace& trace) {
-  Platform::current().log->write(LogLevel::error, kNoMemory);
-  if (!trace.isOpen()) tellNoMemoryToBegin();
+  const char* const line = trace.isBegun() ? kNoMemoryToGoOn : kNoMemoryToBegin;
+  Platform::current().log->write(LogLevel::error, line);
+  if (!trace.isOpen()) tellOfMemoryWithoutTrace(line);
 }
 
 // The library's own words, which name it.

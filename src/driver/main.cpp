@@ -17,7 +17,7 @@ int main(int argc, char* argv[]) {
   try {
     return installer::runInstaller(std::vector<std::string>(argv, argv + argc));
   } catch (const std::bad_alloc&) {
-    installer::tellNoMemoryToBegin();
+    installer::tellOfMemoryWithoutTrace(installer::kNoMemoryToBegin);
     return 1;
   }
 }

@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include <algorithm>
+#include <new>
 
 #include "driver/ErrorStatus.h"
 #include "hotfix/util/InstallUtil.h"
@@ -814,6 +815,38 @@ TEST_F(InstallerTest, NothingIsInstalledIntoAClosedInstance) {
   EXPECT_EQ(record(), code(0, {}));
   EXPECT_FALSE(hasMarker());
   EXPECT_THAT(runs(), IsEmpty());
+}
+
+// --- Memory --------------------------------------------------------------------------------------
+
+class MemoryEndTest : public InstallerTest {
+ protected:
+  // What a run tells on standard error in which memory ends with the launcher's first start.
+  std::string errorsOfARun() {
+    _sandbox.children().onStart([](const Command&) { throw std::bad_alloc(); });
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(run(), 1);
+    return ::testing::internal::GetCapturedStderr();
+  }
+
+  static constexpr const char* kLine =
+      "There is not enough memory to go on. The installation ends here.";
+};
+
+TEST_F(MemoryEndTest, IsTheLastLineOfTheTrace) {
+  proves("MEMORY-2");
+  EXPECT_EQ(errorsOfARun(), "");
+
+  EXPECT_THAT(_sandbox.read(_sandbox.paths().traceFile), EndsWith(std::string(kLine) + "\n"));
+}
+
+TEST_F(MemoryEndTest, IsNoLackAtTheBeginningWhereTheRunHasNoTrace) {
+  proves("MEMORY-2");
+  _sandbox.makeFolder(_sandbox.paths().traceFile);
+
+  EXPECT_EQ(errorsOfARun(), "HotfixInstaller: " + std::string(kLine) + "\n");
+
+  EXPECT_THAT(linesAt(LogLevel::error), Contains(kLine));
 }
 
 class ErrorStatusTest : public InstallerTest {};
