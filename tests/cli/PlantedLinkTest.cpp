@@ -140,6 +140,25 @@ TEST_F(PlantedLinkTest, BundleThatBecomesALinkIsWorkedOnAllTheSame) {
   EXPECT_TRUE(_sandbox.isRegular(moved + "deploy/install.update.xml"));
 }
 
+TEST_F(PlantedLinkTest, PackageThatBecomesALinkIsInstalledAllTheSame) {
+  proves("FILES-23");
+  exchangeAtStart(1, _package.folder);
+
+  EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
+}
+
+TEST_F(PlantedLinkTest, DeployBesideThePackageThatBecomesALinkIsCopiedAllTheSame) {
+  proves("FILES-23");
+  const std::string deploy = _package.deployFile("");
+  exchangeAtStart(1, deploy.substr(0, deploy.find_last_not_of('/') + 1));
+
+  EXPECT_EQ(0, install().status);
+
+  EXPECT_EQ("1.5", recorded("hotfixVersion"));
+}
+
 TEST_F(PlantedLinkTest, DataFolderThatBecomesALinkIsWorkedOnAllTheSame) {
   proves("FILES-23");
   const std::string data = "/Users/alice/data";

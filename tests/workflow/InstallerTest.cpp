@@ -7,9 +7,11 @@
 #include <cerrno>
 
 #include <algorithm>
+#include <filesystem>
 #include <new>
 
 #include "driver/ErrorStatus.h"
+#include "hotfix/base/Path.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/ProvisioningCommand.h"
 #include "support/FolderHolder.h"
@@ -815,6 +817,83 @@ TEST_F(InstallerTest, NothingIsInstalledIntoAClosedInstance) {
   EXPECT_EQ(record(), code(0, {}));
   EXPECT_FALSE(hasMarker());
   EXPECT_THAT(runs(), IsEmpty());
+}
+
+// --- What a run does first, for both homes -------------------------------------------------------
+
+// The workflow's home is not the registered one.
+class TwoHomesTest : public InstallerTest {
+ protected:
+  TwoHomesTest() {
+    describe("allowMultiInstance", false);
+    registerBundle(_sandbox.path("Applications/Other.app"));
+    _sandbox.write(registered("deploy/install.xml"), "<m/>");
+  }
+
+  static std::string registered(const std::string& name) {
+    return "Applications/Other.app/Contents/MacOS/rcp/" + name;
+  }
+};
+
+TEST_F(TwoHomesTest, LauncherLeftBehindInEitherIsWaitedFor) {
+  proves("LOCK-7");
+  for (const std::string& home : {home(), _sandbox.path(registered(""))}) {
+    std::vector<std::string> line = {path::appendingComponent(home, "rcplauncher")};
+    for (const std::string& argument :
+         ProvisioningCommand::arguments(ProvisioningCommand::kUpdate, "en_US", "/data"))
+      line.push_back(argument);
+    _sandbox.clearLog();
+    _sandbox.processes().addCommandLine(line);
+    _sandbox.clock().onPause([this] { _sandbox.processes().clear(); });
+
+    EXPECT_EQ(run(), 0);
+
+    EXPECT_THAT(linesAt(LogLevel::notice),
+                Contains(StartsWith("A launcher that an earlier installation left behind")))
+        << home;
+  }
+}
+
+TEST_F(TwoHomesTest, LeftOversOfBothAreRemoved) {
+  proves("AGAIN-1");
+  _sandbox.write(inHome("deploy/.hotfix-1"), "x");
+  _sandbox.write(registered("deploy/.hotfix-2"), "x");
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_FALSE(_sandbox.exists(inHome("deploy/.hotfix-1")));
+  EXPECT_FALSE(_sandbox.exists(registered("deploy/.hotfix-2")));
+}
+
+TEST_F(InstallerTest, LeftOversStayWhereNoLockTellsThatNobodyMakesThem) {
+  proves("AGAIN-2");
+  _sandbox.write(inHome("deploy/.hotfix-1"), "in the making");
+  _sandbox.files().failLocking(ENOLCK);
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_TRUE(_sandbox.exists(inHome("deploy/.hotfix-1")));
+  _sandbox.remove(inHome("deploy/.hotfix-1"));
+}
+
+TEST_F(TwoHomesTest, BundleOfTheWorkflowIsOpenedOnce) {
+  proves("FILES-23");
+  const std::string bundle = _sandbox.path(kBundle);
+  const std::string elsewhere = _sandbox.makeFolder("elsewhere");
+  _sandbox.write("elsewhere/Contents/MacOS/rcp/plugin_customization.ini", "guarded=1\n");
+  const auto before = snapshotOf(elsewhere);
+  _sandbox.children().onStart([&](const Command&) {
+    if (!_sandbox.exists(bundle + ".old")) {
+      std::filesystem::rename(bundle, bundle + ".old");
+      _sandbox.makeLink(bundle, elsewhere);
+    }
+    _sandbox.write(bundle + ".old/Contents/MacOS/.provisioning_rc", "rc=0\n");
+  });
+
+  EXPECT_EQ(run(), 0);
+
+  EXPECT_THAT(TreeDiff(before, snapshotOf(elsewhere)).lines(), IsEmpty());
+  EXPECT_TRUE(_sandbox.exists(bundle + ".old/Contents/MacOS/rcp/deploy/install.update.xml"));
 }
 
 // --- Memory --------------------------------------------------------------------------------------

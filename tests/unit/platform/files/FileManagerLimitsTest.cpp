@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <string>
 
 #include "support/ChildRun.h"
@@ -47,6 +48,24 @@ class FileManagerLimitsTest : public FileManagerFixture {
     _folder.makeFile(chain(root, folders) + "/file", "x", 0600);
   }
 };
+
+TEST_F(FileManagerLimitsTest, LeftOversAreLookedForAsDeepAsAWalkGoes) {
+  proves("FILES-17");
+  if (!systemAllowsMany()) GTEST_SKIP() << "the system allows too few descriptors";
+  makeChain("root", kDeepest + 1);
+  _folder.makeFile(chain("root", kDeepest) + "/.hotfix-1");
+  _folder.makeFile(chain("root", kDeepest + 1) + "/.hotfix-2");
+
+  EXPECT_TRUE(inChild([&] {
+    if (!allowDescriptors(kManyDescriptors)) return false;
+    _files.removeLeftOvers(path("root"), LeftOvers::below);
+    return true;
+  }));
+
+  EXPECT_FALSE(isThere(chain("root", kDeepest) + "/.hotfix-1"));
+  EXPECT_TRUE(isThere(chain("root", kDeepest + 1) + "/.hotfix-2"));
+  std::filesystem::remove(path(chain("root", kDeepest + 1) + "/.hotfix-2"));
+}
 
 TEST_F(FileManagerLimitsTest, TheDeepestTreeIsRemovedAndADeeperOneIsAFailure) {
   proves("FILES-17");
