@@ -57,8 +57,7 @@ enum class ReplacedFile { takeOver, forget };
 enum class LeftOvers {
   // In the folder itself, files that no living process is making; so are folders, where others can
   // not give such a name to root's. For folders that others work in. Links, which are made and
-  // named
-  // at once, are not looked at.
+  // named at once, are not looked at.
   within,
   // All of them, at every depth: for a folder whose lock the caller has.
   below,
