@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/files/Claim.h"
+#include "platform/files/TemporaryItem.h"
 
 namespace installer {
 
@@ -31,13 +32,15 @@ int putInPlace(FileChanges& changes, const Place& place, const NewFile& file, in
 
 // Whoever looked for left-overs before the file was claimed takes it for one: the next one has
 // another name. In the end a file will do that somebody else keeps from being claimed.
-int createClaimed(FileChanges& changes, int folder, mode_t mode, std::string& name,
+int createClaimed(FileChanges& changes, int folder, mode_t mode, std::optional<TemporaryItem>& item,
                   Descriptor& file) {
   for (int attempt = 1;; ++attempt) {
-    name = FileChanges::freeTemporaryName(folder);
-    if (const int error = changes.createFile(folder, name, mode, file)) return error;
+    item.emplace(changes, folder);
+    if (const int error = changes.createFile(folder, item->name(), mode, file)) {
+      item->forget();
+      return error;
+    }
     if (claim(file) || attempt == kMaximumAttempts) return 0;
-    (void)changes.unlink(folder, name);  // mostly it is gone
   }
 }
 
@@ -47,13 +50,12 @@ int replaceFile(FileChanges& changes, const Place& place, const NewFile& file) {
   const int folder = place.folder.get();
   if (isFolder(folder, place.name)) return EISDIR;
   const mode_t mode = file.mode ? kPrivateMode : kDefaultMode;
-  std::string temporary;
+  std::optional<TemporaryItem> temporary;
   Descriptor descriptor;
   if (const int error = createClaimed(changes, folder, mode, temporary, descriptor)) return error;
-  if (const int error = putInPlace(changes, place, file, descriptor.get(), temporary)) {
-    (void)changes.unlink(folder, temporary);  // the first error is the one to tell
+  if (const int error = putInPlace(changes, place, file, descriptor.get(), temporary->name()))
     return error;
-  }
+  temporary->forget();
   return changes.flushFolder(folder);
 }
 
