@@ -24,6 +24,20 @@ bool makeFolderUnlessThere(const std::string& folder, const FileAttributes& attr
          Platform::current().files->createDirectory(folder, Intermediates::refuse, attributes);
 }
 
+// The home is made when it is missing.
+bool copyLauncherTemplate(const CopySource& source, const std::string& rcpHome) {
+  FileManager& files = *Platform::current().files;
+  const bool hasHome = files.createDirectory(rcpHome, Intermediates::create);
+  if (!hasHome) log(LogLevel::error, "Failed to create directory {}", rcpHome);
+  const std::string target = InstanceLayout::launcherProperties(rcpHome);
+  if (files.copy(source, target, ExistingItem::fail)) return true;
+  log(LogLevel::error, "Fail to copy rcplauncher.properties to {}, try again...", target);
+  // On purpose, a folder that could not be made fails the second attempt even when it copies.
+  if (files.copy(source, target, ExistingItem::fail) && hasHome) return true;
+  log(LogLevel::error, "Fail to copy rcplauncher.properties to {} again!", target);
+  return false;
+}
+
 }  // namespace
 
 bool InstanceService::generateLinks() {
@@ -39,20 +53,6 @@ bool InstanceService::generateLinks() {
   writeLink(InstanceLayout::rcpLink(*_pathToRcphome), *_pathToRcphome);
   writeLink(InstanceLayout::sharedLink(*_pathToRcphome), InstanceLayout::shared(*_pathToRcphome));
   return true;
-}
-
-bool InstanceService::copyLauncherTemplate(const std::string& path) const {
-  FileManager& files = *Platform::current().files;
-  const bool hasHome = files.createDirectory(*_pathToRcphome, Intermediates::create);
-  if (!hasHome) log(LogLevel::error, "Failed to create directory {}", *_pathToRcphome);
-  const std::string target = InstanceLayout::launcherProperties(*_pathToRcphome);
-  const CopySource source(path, contentFolders());
-  if (files.copy(source, target, ExistingItem::fail)) return true;
-  log(LogLevel::error, "Fail to copy rcplauncher.properties to {}, try again...", target);
-  // On purpose, a folder that could not be made fails the second attempt even when it copies.
-  if (files.copy(source, target, ExistingItem::fail) && hasHome) return true;
-  log(LogLevel::error, "Fail to copy rcplauncher.properties to {} again!", target);
-  return false;
 }
 
 void InstanceService::setIdentity(JavaProperties& launcherProperties) const {
@@ -79,7 +79,7 @@ bool InstanceService::generateRcplauncherPropertiesWithTemplate(
     log(LogLevel::error, "Fail to locate the template for rcplauncher.properties.");
     return false;
   }
-  if (!copyLauncherTemplate(path)) return false;
+  if (!copyLauncherTemplate({path, contentFolders()}, *_pathToRcphome)) return false;
   log(LogLevel::info, "Update rcplauncher.properties. ");
   JavaProperties properties(InstanceLayout::launcherProperties(*_pathToRcphome),
                             FailedSave::isPassedOver);

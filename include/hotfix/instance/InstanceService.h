@@ -295,7 +295,6 @@ class InstanceService {
   void setLauncherProperty(const std::string& key, const std::string& value);
   void setIdentity(JavaProperties& launcherProperties) const;
   void setBaseLocation(JavaProperties& launcherProperties) const;
-  [[nodiscard]] bool copyLauncherTemplate(const std::string& path) const;
   void startProvisioning(const std::optional<std::string>& pathToLauncher,
                          std::string_view operation) const;
 
