@@ -2,47 +2,40 @@
 
 #include <cerrno>
 #include <string_view>
+#include <utility>
 
 #include "platform/posix/Memory.h"
 
 namespace installer {
 
 FolderReader::FolderReader(Descriptor folder) {
-  if (folder.valid()) _stream = ::fdopendir(folder.get());
-  if (_stream == nullptr) {
-    _error = errno;
-    checkMemory(_error);
-    return;
-  }
-  (void)folder.release();  // the stream owns it now
-}
-
-FolderReader::~FolderReader() {
-  if (_stream != nullptr) (void)::closedir(_stream);  // nothing was written
+  if (folder.valid()) _stream = openFolderStream(std::move(folder));
+  if (_stream) return;
+  _error = errno;
+  checkMemory(_error);
 }
 
 std::optional<std::string> FolderReader::next() {
-  while (_stream != nullptr) {
-    errno = 0;
-    const dirent* entry = ::readdir(_stream);
-    if (entry == nullptr) {
+  while (_stream) {
+    const ListedEntry entry = _stream->next();
+    if (entry.name == nullptr) {
       _error = errno;
       return std::nullopt;
     }
-    const std::string_view name = entry->d_name;
+    const std::string_view name = entry.name;
     if (name == "." || name == "..") continue;
-    _mayBeFolder = entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN;
+    _kind = entry.kind;
     return std::string(name);
   }
   return std::nullopt;
 }
 
 void FolderReader::rewind() {
-  if (_stream != nullptr) ::rewinddir(_stream);
+  if (_stream) _stream->rewind();
 }
 
 int FolderReader::descriptor() const {
-  return _stream == nullptr ? -1 : ::dirfd(_stream);
+  return _stream ? _stream->descriptor() : -1;
 }
 
 }  // namespace installer

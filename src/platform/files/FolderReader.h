@@ -1,10 +1,10 @@
 #pragma once
 
-#include <dirent.h>
-
+#include <memory>
 #include <optional>
 #include <string>
 
+#include "platform/files/FolderStream.h"
 #include "platform/posix/Descriptor.h"
 
 namespace installer {
@@ -18,16 +18,14 @@ class FolderReader {
  public:
   // An invalid descriptor gives a reader without names and with errno's error.
   explicit FolderReader(Descriptor folder);
-  FolderReader(const FolderReader&) = delete;
-  FolderReader& operator=(const FolderReader&) = delete;
-  ~FolderReader();
 
   // The next name other than "." and ".."; nullopt at the end or after an error.
   [[nodiscard]] std::optional<std::string> next();
 
-  // Whether the entry with the name just answered can be a folder. What is none costs no look then;
-  // not every file system tells.
-  bool mayBeFolder() const { return _mayBeFolder; }
+  // That of the entry with the name just answered.
+  EntryKind kind() const { return _kind; }
+  // Whether that entry can be a folder. What is none costs no look then.
+  bool mayBeFolder() const { return _kind == EntryKind::folder || _kind == EntryKind::unknown; }
 
   // Begins again at the first name.
   void rewind();
@@ -38,9 +36,9 @@ class FolderReader {
   int descriptor() const;
 
  private:
-  DIR* _stream = nullptr;
+  std::unique_ptr<FolderStream> _stream;  // null when there is nothing to read
   int _error = 0;
-  bool _mayBeFolder = true;
+  EntryKind _kind = EntryKind::unknown;
 };
 
 }  // namespace installer
