@@ -32,6 +32,15 @@ auto findEntry(Lookup lookup, Read read) -> std::optional<decltype(read(Entry{})
   }
 }
 
+// What `find()` answers, from the second time on without asking it, unless it found nothing.
+template <class Known, class Find>
+auto findOnce(Known& known, const std::string& name, Find find) -> decltype(find()) {
+  if (const auto place = known.find(name); place != known.end()) return place->second;
+  const auto found = find();
+  if (found) known.emplace(name, *found);
+  return found;
+}
+
 }  // namespace
 
 std::optional<std::string> PosixUserContext::environment(const std::string& variable) {
@@ -50,15 +59,19 @@ uid_t PosixUserContext::effectiveUserId() {
 }
 
 std::optional<User> PosixUserContext::findUser(const std::string& name) {
-  return findEntry<passwd>([&](auto... space) { return getpwnam_r(name.c_str(), space...); },
-                           [](const passwd& entry) {
-                             return User{entry.pw_name, entry.pw_uid, entry.pw_gid, entry.pw_dir};
-                           });
+  return findOnce(_users, name, [&] {
+    return findEntry<passwd>([&](auto... space) { return getpwnam_r(name.c_str(), space...); },
+                             [](const passwd& entry) {
+                               return User{entry.pw_name, entry.pw_uid, entry.pw_gid, entry.pw_dir};
+                             });
+  });
 }
 
 std::optional<gid_t> PosixUserContext::findGroup(const std::string& name) {
-  return findEntry<group>([&](auto... space) { return getgrnam_r(name.c_str(), space...); },
-                          [](const group& entry) { return entry.gr_gid; });
+  return findOnce(_groups, name, [&] {
+    return findEntry<group>([&](auto... space) { return getgrnam_r(name.c_str(), space...); },
+                            [](const group& entry) { return entry.gr_gid; });
+  });
 }
 
 bool PosixUserContext::setEffectiveUserId(uid_t uid) {
