@@ -14,11 +14,10 @@ namespace {
 
 bool isAtWork(const std::string& launcher) {
   ProcessTable& processes = *Platform::current().processes;
-  const std::string resolved = processes.asReported(launcher);
   const auto lines = processes.commandLines();
   return std::any_of(lines.begin(), lines.end(), [&](const std::vector<std::string>& line) {
     const auto running = ProvisioningCommand::launcherIn(line);
-    return running && processes.asReported(*running) == resolved;
+    return running && processes.asReported(*running) == processes.asReported(launcher);
   });
 }
 

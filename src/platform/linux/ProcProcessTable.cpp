@@ -1,6 +1,5 @@
 #include "platform/linux/ProcProcessTable.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,12 +8,13 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <memory>
 #include <optional>
 #include <utility>
 
 #include "platform/Reported.h"
 #include "platform/files/Failure.h"
+#include "platform/files/FolderReader.h"
+#include "platform/files/Opening.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Memory.h"
 #include "platform/posix/Uninterrupted.h"
@@ -51,25 +51,25 @@ bool mayBeLeftOut(int error) {
   return error == ENOENT || error == ESRCH || error == EACCES || error == EPERM;
 }
 
-bool isOwn(int table, const char* process) {
-  struct stat status {};
-  return fstatat(table, process, &status, 0) == 0 && status.st_uid == geteuid();
+// The kernel's own processes are many, and have no more of a command line than of an executable.
+bool hasExecutable(int table, const std::string& process) {
+  const std::string link = process + "/exe";
+  char first = 0;
+  return readlinkat(table, link.c_str(), &first, 1) != -1 || errno != ENOENT;
 }
 
-// Empty for a process that has ended, and for the kernel's own.
-std::string commandLineOf(int table, const char* process) {
-  const std::string name = std::string(process) + "/cmdline";
+bool belongsTo(uid_t user, int table, const std::string& process) {
+  struct stat status {};
+  return fstatat(table, process.c_str(), &status, 0) == 0 && status.st_uid == user;
+}
+
+// Empty for a process that has ended. The kernel tells all of it at once.
+std::string_view commandLineOf(int table, const std::string& process, std::vector<char>& space) {
+  const std::string name = process + "/cmdline";
   const Descriptor file(openat(table, name.c_str(), O_RDONLY | O_CLOEXEC));
-  std::string bytes(kLongestCommandLine, '\0');
-  std::size_t size = 0;
-  while (size < bytes.size()) {
-    const auto more = [&] { return read(file.get(), bytes.data() + size, bytes.size() - size); };
-    const ssize_t count = uninterrupted(more);
-    if (count <= 0) break;
-    size += static_cast<std::size_t>(count);
-  }
-  bytes.resize(size);
-  return bytes;
+  const auto readAll = [&] { return read(file.get(), space.data(), space.size()); };
+  const ssize_t count = uninterrupted(readAll);
+  return {space.data(), count > 0 ? static_cast<std::size_t>(count) : 0};
 }
 
 // A zero byte stands behind each argument.
@@ -85,8 +85,9 @@ std::vector<std::string> argumentsIn(std::string_view bytes) {
 
 }  // namespace
 
-std::optional<std::string> ProcProcessTable::executableOf(int table, const char* process) const {
-  const std::string link = std::string(process) + "/exe";
+std::optional<std::string> ProcProcessTable::executableOf(int table,
+                                                          const std::string& process) const {
+  const std::string link = process + "/exe";
   std::array<char, PATH_MAX> bytes;
   const ssize_t length = readlinkat(table, link.c_str(), bytes.data(), bytes.size());
   if (length == -1) {
@@ -101,29 +102,27 @@ std::optional<std::string> ProcProcessTable::executableOf(int table, const char*
 
 template <class Visit>
 void ProcProcessTable::eachProcess(Visit visit) const {
-  const std::unique_ptr<DIR, int (*)(DIR*)> table(opendir(_folder.c_str()), closedir);
-  if (!table) return tellUnreadable(_folder, errno);
-  errno = 0;
-  while (const dirent* entry = readdir(table.get())) {
-    if (isNumber(entry->d_name)) visit(dirfd(table.get()), entry->d_name);
-    errno = 0;  // a visit has had its own failures
-  }
-  if (errno != 0) tellUnreadable(_folder, errno);
+  FolderReader table(openFolderFollowingLinks(AT_FDCWD, _folder));
+  while (const auto name = table.next())
+    if (isNumber(*name)) visit(table.descriptor(), *name);
+  if (table.error() != 0) tellUnreadable(_folder, table.error());
 }
 
 std::vector<std::string> ProcProcessTable::executables() const {
   std::vector<std::string> paths;
-  eachProcess([&](int table, const char* process) {
-    if (auto path = executableOf(table, process)) paths.push_back(*path);
+  eachProcess([&](int table, const std::string& process) {
+    if (auto path = executableOf(table, process)) paths.push_back(std::move(*path));
   });
   return paths;
 }
 
 std::vector<std::vector<std::string>> ProcProcessTable::commandLines() {
   std::vector<std::vector<std::string>> lines;
-  eachProcess([&](int table, const char* process) {
-    if (!isOwn(table, process)) return;
-    auto line = argumentsIn(commandLineOf(table, process));
+  std::vector<char> space(kLongestCommandLine);
+  const uid_t user = geteuid();
+  eachProcess([&](int table, const std::string& process) {
+    if (!hasExecutable(table, process) || !belongsTo(user, table, process)) return;
+    auto line = argumentsIn(commandLineOf(table, process, space));
     if (!line.empty()) lines.push_back(std::move(line));
   });
   return lines;

@@ -19,7 +19,7 @@ class ProcProcessTable : public PosixProcessTable {
 
  private:
   std::vector<std::string> executables() const override;
-  std::optional<std::string> executableOf(int table, const char* process) const;
+  std::optional<std::string> executableOf(int table, const std::string& process) const;
   // Calls visit(the open folder, name) for each process.
   template <class Visit>
   void eachProcess(Visit visit) const;

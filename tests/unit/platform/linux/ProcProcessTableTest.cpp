@@ -138,6 +138,10 @@ TEST_F(RunningProgramTest, IsReportedWithASlashAtTheEndWhereOneWasGiven) {
 
 class MadeTableTest : public ::testing::Test {
  protected:
+  void makeExecutable(const std::string& process) const {
+    _folder.makeLink(process + "/exe", "/bin/sh");
+  }
+
   TemporaryFolder _folder;
   ProcProcessTable _table{_folder.path()};
 };
@@ -162,14 +166,22 @@ TEST_F(MadeTableTest, ProcessesWithoutACommandLineAreLeftOut) {
   _folder.makeFolder("3");
   _folder.makeFile("4/cmdline", "ended without a zero byte");
   _folder.makeFile("self/cmdline", std::string("self\0", 5));
+  for (const char* process : {"1", "2", "3", "4", "self"}) makeExecutable(process);
 
   EXPECT_THAT(_table.commandLines(),
               UnorderedElementsAre(ElementsAre("init", "--first"),
                                    ElementsAre("ended without a zero byte")));
 }
 
+TEST_F(MadeTableTest, TheKernelsOwnProcessesHaveNoCommandLine) {
+  _folder.makeFile("1/cmdline", std::string("own\0", 4));
+
+  EXPECT_THAT(_table.commandLines(), IsEmpty());
+}
+
 TEST_F(MadeTableTest, CommandLineIsReadUpTo64KiB) {
   _folder.makeFile("1/cmdline", std::string(std::size_t{80} << 10, 'x'));
+  makeExecutable("1");
 
   EXPECT_THAT(_table.commandLines(),
               ElementsAre(ElementsAre(std::string(std::size_t{64} << 10, 'x'))));
@@ -178,6 +190,8 @@ TEST_F(MadeTableTest, CommandLineIsReadUpTo64KiB) {
 TEST_F(MadeTableTest, CommandLinesOfOtherUsersAreLeftOut) {
   _folder.makeFile("1/cmdline", std::string("own\0", 4));
   _folder.makeFile("2/cmdline", std::string("other\0", 6));
+  makeExecutable("1");
+  makeExecutable("2");
   if (lchown(_folder.path("2").c_str(), 4711, 4711) != 0)
     GTEST_SKIP() << "only root can give files away";
 
