@@ -1,14 +1,12 @@
 #include "platform/files/FileChanges.h"
 
 #include <fcntl.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -17,6 +15,7 @@
 #include "platform/Interruption.h"
 #include "platform/files/FileSystemCalls.h"
 #include "platform/files/Opening.h"
+#include "platform/files/TemporaryNames.h"
 #include "platform/posix/Uninterrupted.h"
 
 namespace installer {
@@ -24,19 +23,11 @@ namespace installer {
 namespace {
 
 constexpr std::size_t kCopyBlock = std::size_t{256} << 10;  // bytes through our own memory
+// Up to here the way through our own memory takes less time than the kernel's.
+constexpr std::size_t kSmallFile = std::size_t{64} << 10;
 
 int answer(int result) {
   return result == 0 ? 0 : errno;
-}
-
-// Not to be guessed, so that nobody can keep us from a free name. When the system has no random
-// numbers to give, the process's own number keeps two processes apart; counted as well, so that
-// another try is another name.
-std::string newTemporaryName() {
-  static std::uint64_t count = 0;
-  std::uint64_t number = 0;
-  if (::getentropy(&number, sizeof number) != 0) number = static_cast<std::uint64_t>(::getpid());
-  return std::string(FileChanges::kTemporaryPrefix) + std::to_string(number + ++count);
 }
 
 int writeAll(int file, std::string_view bytes) {
@@ -48,10 +39,15 @@ int writeAll(int file, std::string_view bytes) {
   return 0;
 }
 
-// Whatever keeps the kernel from copying, the plain loop after it meets and reports.
-void copyInKernel(int from, int to) {
-  while (syscalls::copyRange(from, to, std::numeric_limits<int>::max()) > 0) {
+// Whether that many bytes were copied. Whatever keeps the kernel from it, the plain loop after it
+// meets and reports.
+bool copyInKernel(int from, int to, std::size_t size) {
+  while (size > 0) {
+    const ssize_t count = syscalls::copyRange(from, to, size);
+    if (count <= 0) return false;
+    size -= static_cast<std::size_t>(count);
   }
+  return true;
 }
 
 }  // namespace
@@ -59,9 +55,7 @@ void copyInKernel(int from, int to) {
 FileChanges::FileChanges(Door refusal) : _refusal(std::move(refusal)) {}
 
 std::string FileChanges::freeTemporaryName(int folder) {
-  std::string name = newTemporaryName();
-  while (statusOf(folder, name)) name = newTemporaryName();
-  return name;
+  return TemporaryNames().next(folder);
 }
 
 bool FileChanges::isTemporaryName(std::string_view name) {
@@ -96,19 +90,22 @@ int FileChanges::write(int file, std::string_view bytes) {
   return writeAll(file, bytes);
 }
 
-int FileChanges::copyBytes(int from, int to) {
+int FileChanges::copyBytes(int from, int to, std::size_t size) {
   if (const int refused = _refusal(FileOperation::kWrite)) return refused;
-  copyInKernel(from, to);
-  return copyInBlocks(from, to);
+  if (size > kSmallFile && copyInKernel(from, to, size)) return 0;
+  return copyInBlocks(from, to, size);
 }
 
-int FileChanges::copyInBlocks(int from, int to) {
+int FileChanges::copyInBlocks(int from, int to, std::size_t size) {
   _block.resize(kCopyBlock);
   const auto readBlock = [&] { return ::read(from, _block.data(), _block.size()); };
+  std::size_t copied = 0;
   while (const ssize_t count = uninterrupted(readBlock)) {
     if (count == -1) return errno;
-    if (const int error = writeAll(to, {_block.data(), static_cast<std::size_t>(count)}))
-      return error;
+    const auto length = static_cast<std::size_t>(count);
+    if (const int error = writeAll(to, {_block.data(), length})) return error;
+    copied += length;
+    if (copied == size) return 0;
   }
   return 0;
 }

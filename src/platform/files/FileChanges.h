@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -36,7 +37,10 @@ class FileChanges {
   [[nodiscard]] int makeLink(int folder, const std::string& name, const std::string& target);
 
   [[nodiscard]] int write(int file, std::string_view bytes);
-  [[nodiscard]] int copyBytes(int from, int to);  // from the offset of `from` to its end
+  // From the offset of `from` to its end, which is where `size` bytes are copied; for a file that
+  // does not tell its size, which is 0 then, and for one that has become another, where no more
+  // comes.
+  [[nodiscard]] int copyBytes(int from, int to, std::size_t size);
   [[nodiscard]] int truncate(int file);
 
   [[nodiscard]] int flush(int file);
@@ -61,7 +65,7 @@ class FileChanges {
   [[nodiscard]] int changeModeOfItem(int item, mode_t mode);
 
  private:
-  [[nodiscard]] int copyInBlocks(int from, int to);
+  [[nodiscard]] int copyInBlocks(int from, int to, std::size_t size);
 
   Door _refusal;
   std::vector<char> _block;  // for bytes that pass through our own memory, kept for the next file

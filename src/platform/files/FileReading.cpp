@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "platform/files/Opening.h"
 #include "platform/posix/Uninterrupted.h"
 
 namespace installer {
@@ -19,21 +18,20 @@ std::nullopt_t tooLong() {
 
 }  // namespace
 
-// The system's word on the length is where it begins: files that are made when they are read have
-// none.
-std::optional<std::string> readWhole(const Descriptor& file, std::size_t maximum) {
-  const auto status = statusOf(file);
-  if (!status) return std::nullopt;
-  if (static_cast<std::size_t>(status->st_size) > maximum) return tooLong();
+// The system's word on the length is where it begins, and where it ends when there is no more then:
+// files that are made when they are read have none.
+std::optional<std::string> readWhole(const RegularFile& file, std::size_t maximum) {
+  const auto expected = static_cast<std::size_t>(file.status.st_size);
+  if (expected > maximum) return tooLong();
   std::string bytes;
-  bytes.resize(static_cast<std::size_t>(status->st_size) + BUFSIZ);
+  bytes.resize(expected + BUFSIZ);
   std::size_t length = 0;
   while (length <= maximum) {
     const ssize_t count = uninterrupted(
-        [&] { return ::read(file.get(), bytes.data() + length, bytes.size() - length); });
+        [&] { return ::read(file.file.get(), bytes.data() + length, bytes.size() - length); });
     if (count == -1) return std::nullopt;
     length += static_cast<std::size_t>(count);
-    if (count == 0) {
+    if (count == 0 || length == expected) {
       bytes.resize(length);
       return bytes;
     }

@@ -35,13 +35,14 @@ std::optional<uid_t> stricter(std::optional<uid_t> one, std::optional<uid_t> oth
   return kNobody;
 }
 
-// The walk begins at the folder that was opened, if one was.
-Place behindLinks(FoundEntry entry, const LinkJudge& mayFollow) {
-  if (entry.error != 0) return noPlace(entry.error);
-  return openPlaceBehindLinks(std::move(entry.opened), entry.name, mayFollow);
-}
-
 }  // namespace
+
+Place FoundEntry::behindLinks(const LinkJudge& mayFollow) && {
+  if (error != 0) return noPlace(error);
+  if (!opened.valid() && folder != AT_FDCWD) opened = Descriptor(syscalls::openItem(folder, "."));
+  if (!opened.valid() && folder != AT_FDCWD) return noPlace(errno);
+  return openPlaceBehindLinks(std::move(opened), name, mayFollow);
+}
 
 FoundEntry foundAt(Place place) {
   FoundEntry entry;
@@ -52,16 +53,19 @@ FoundEntry foundAt(Place place) {
   return entry;
 }
 
-std::optional<struct stat> FoundEntry::status() const {
+std::optional<struct stat> FoundEntry::status() {
   errno = error;
-  if (error != 0) return std::nullopt;
-  return follow ? statusFollowingLinks(folder, name) : statusOf(folder, name);
+  if (error != 0 || _status) return _status;
+  _status = follow ? statusFollowingLinks(folder, name) : statusOf(folder, name);
+  return _status;
 }
 
-Descriptor FoundEntry::openFile() const {
+RegularFile FoundEntry::openFile() {
   errno = error;
   if (error != 0) return {};
-  return follow ? openRegularFileFollowingLinks(folder, name) : openRegularFile(folder, name);
+  if (follow) return openRegularFileFollowingLinks(folder, name);
+  const bool isSeen = _status && S_ISREG(_status->st_mode);
+  return openRegularFile(folder, name, isSeen ? Seen::yes : Seen::no);
 }
 
 Descriptor FoundEntry::openFolder() const {
@@ -109,10 +113,30 @@ bool HeldFolders::open(HeldFolder& held) {
   return held.folder.valid();
 }
 
+// Where there is no link there is nobody to judge.
+bool HeldFolders::openWithoutLinks(HeldFolder& held) {
+  const auto below = find(held.path, Itself::doesNot);
+  if (below && !open(*below->held)) return false;
+  const int start = below ? below->held->folder.get() : AT_FDCWD;
+  const std::string& path = below ? below->rest : held.path;
+  const auto beneath = below ? syscalls::Beneath::yes : syscalls::Beneath::no;
+  held.folder = Descriptor(syscalls::openFolderWithoutLinks(start, path.c_str(), beneath));
+  return held.folder.valid();
+}
+
 void HeldFolders::openAnew(HeldFolder& held) {
-  std::set<uid_t> strangers;
   held.links.clear();
-  const Place place = behindLinks(entry(held.path), [&](const struct stat& link) {
+  if (openWithoutLinks(held)) {
+    held.error = 0;
+    held.mayEnter = true;
+  } else {
+    openJudgingLinks(held);
+  }
+}
+
+void HeldFolders::openJudgingLinks(HeldFolder& held) {
+  std::set<uid_t> strangers;
+  const Place place = entry(held.path).behindLinks([&](const struct stat& link) {
     held.links.insert(identityOf(link));
     if (!isTrusted(link)) strangers.insert(link.st_uid);
     return link.st_nlink == 1;  // with a second name it can have been made for another place
@@ -174,9 +198,20 @@ FoundEntry HeldFolders::entry(const std::string& path) {
 }
 
 FoundEntry HeldFolders::entryBelow(const Below& below) {
-  FoundEntry found = foundAt(placeBelow(below));
+  FoundEntry found = foundBelow(below);
   found.owner = below.held->newOwner;
   return found;
+}
+
+// What lies in the held folder itself needs no other folder to be opened.
+FoundEntry HeldFolders::foundBelow(const Below& below) {
+  std::string name = withoutTrailingSlashes(below.rest);
+  if (name.find('/') != std::string::npos || name == ".." || !open(*below.held))
+    return foundAt(placeBelow(below));
+  FoundEntry entry;
+  entry.folder = below.held->folder.get();
+  entry.name = std::move(name);
+  return entry;
 }
 
 FoundEntry HeldFolders::item(const std::string& path) {
@@ -190,7 +225,7 @@ FoundEntry HeldFolders::itemBelow(const Below& below, const std::string& path) {
   if (below.rest.empty()) return foundAt({openBeneath(*below.held, "."), ".", 0});
   FoundEntry found = entryBelow(below);
   if (isLink(found.status())) {
-    Place place = behindLinks(std::move(found), [](const struct stat&) { return true; });
+    Place place = std::move(found).behindLinks([](const struct stat&) { return true; });
     if (place.usable() && heldAround(place).empty()) return notFound(EPERM);
     found = behindLink(below.held->newOwner, std::move(place));
   }
@@ -250,7 +285,7 @@ Descriptor HeldFolders::openNamedFolder(const std::string& path, std::set<FileId
   }
   FoundEntry named = entry(path);
   if (!isLink(named.status())) return named.openFolder();
-  const Place place = behindLinks(std::move(named), [&](const struct stat& link) {
+  const Place place = std::move(named).behindLinks([&](const struct stat& link) {
     if (isTrusted(link)) links.insert(identityOf(link));
     return isTrusted(link);
   });

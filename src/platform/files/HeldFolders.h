@@ -10,6 +10,7 @@
 
 #include "platform/UserContext.h"
 #include "platform/files/Ancestry.h"
+#include "platform/files/LinkWalk.h"
 #include "platform/files/Opening.h"
 #include "platform/posix/Descriptor.h"
 
@@ -26,10 +27,15 @@ struct FoundEntry {
   // that its reader is not meant to see. nullopt when anybody may.
   std::optional<uid_t> owner;
 
-  // nullopt with errno set, and invalid with errno set.
-  [[nodiscard]] std::optional<struct stat> status() const;
-  Descriptor openFile() const;
+  // nullopt with errno set, and invalid with errno set. The entry is looked at once.
+  [[nodiscard]] std::optional<struct stat> status();
+  RegularFile openFile();
   Descriptor openFolder() const;
+  // See LinkWalk.h. A path of no held folder is followed from where the process is.
+  Place behindLinks(const LinkJudge& mayFollow) &&;
+
+ private:
+  std::optional<struct stat> _status;
 };
 
 // The entry at the place, which stays open.
@@ -88,9 +94,12 @@ class HeldFolders {
   std::optional<Below> find(const std::string& path, Itself itself);
   bool open(HeldFolder& held);
   void openAnew(HeldFolder& held);
+  bool openWithoutLinks(HeldFolder& held);
+  void openJudgingLinks(HeldFolder& held);
   Descriptor openBeneath(const HeldFolder& held, const std::string& rest);
   Place placeBelow(const Below& below);
   FoundEntry entryBelow(const Below& below);
+  FoundEntry foundBelow(const Below& below);
   FoundEntry itemBelow(const Below& below, const std::string& path);
   std::vector<std::shared_ptr<HeldFolder>> heldAround(const Place& place) const;
   bool isRefused(HeldFolder& held);

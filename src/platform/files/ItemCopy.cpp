@@ -44,30 +44,44 @@ bool ItemCopy::build(const Entry& source, TemporaryItem& temporary) {
 }
 
 bool ItemCopy::copyEntry(const Entry& source, const Entry& copy, int depth) {
+  switch (source.kind) {
+    case EntryKind::file:
+      return copyFile(source, copy);
+    case EntryKind::link:
+      return copyLink(source, copy);
+    case EntryKind::folder:
+      return copyFolder(source, copy, depth);
+    case EntryKind::other:
+      return fail("is not a regular file, folder or link");
+    case EntryKind::unknown:
+      break;
+  }
   const auto status = statusOf(source.folder, source.name);
   if (!status) return check(errno);
-  if (S_ISREG(status->st_mode)) return copyFile(source, copy);
-  if (S_ISLNK(status->st_mode)) return copyLink(source, copy);
-  if (S_ISDIR(status->st_mode)) return copyFolder(source, copy, depth);
-  return fail("is not a regular file, folder or link");
+  return copyEntry({source.folder, source.name, kindOf(*status)}, copy, depth);
 }
 
 bool ItemCopy::copyFile(const Entry& source, const Entry& copy) {
-  const Descriptor from = openRegularFile(source.folder, source.name);
-  const auto status = statusOf(from);
-  if (!status) return check(errno);
-  if (!mayTake(*status)) return false;
+  const RegularFile from = openRegularFile(source.folder, source.name, Seen::yes);
+  if (!from.valid()) return check(errno);
+  if (!mayTake(from.status)) return false;
+  TemporaryItem* const temporary = takeTemporary();
   Descriptor to;
   if (!check(_changes.createFile(copy.folder, copy.name, kPrivateFile, to))) return false;
-  isMade(to);
-  if (check(fillFile(from.get(), *status, to.get()))) return true;
-  (void)_changes.unlink(copy.folder, copy.name);  // the first error is the one to tell
-  return false;
+  if (temporary != nullptr) temporary->isMade(to);
+  if (!check(fillFile(from, to.get()))) {
+    (void)_changes.unlink(copy.folder, copy.name);  // the first error is the one to tell
+    return false;
+  }
+  if (temporary != nullptr) temporary->keepOpen(std::move(to));
+  return true;
 }
 
-int ItemCopy::fillFile(int from, const struct stat& status, int to) {
+int ItemCopy::fillFile(const RegularFile& from, int to) {
+  const struct stat& status = from.status;
   if (isBorrowed(status, _owner)) return EPERM;
-  if (const int error = _changes.copyBytes(from, to)) return error;
+  const auto size = static_cast<std::size_t>(status.st_size);
+  if (const int error = _changes.copyBytes(from.file.get(), to, size)) return error;
   if (const int error = giveModeAndTime(to, status)) return error;
   return _flush == Flush::eachFile ? _changes.flush(to) : 0;
 }
@@ -103,23 +117,21 @@ bool ItemCopy::mayTake(const struct stat& opened) {
   return !mayOwn || mayOwn(opened.st_uid) || fail("belongs to another user");
 }
 
-// What is below a folder goes with it.
-void ItemCopy::isMade(const Descriptor& copy) {
-  if (auto* const temporary = std::exchange(_temporary, nullptr)) temporary->isMade(copy);
-}
-
 // A folder gets its mode and time after its entries, and also when they are not all there.
 bool ItemCopy::fillFolder(Descriptor from, const Entry& copy, const struct stat& status,
                           int depth) {
-  const Descriptor to = openFolder(copy.folder, copy.name);
+  TemporaryItem* const temporary = takeTemporary();  // what is below it goes with it
+  Descriptor to = openFolder(copy.folder, copy.name);
   if (!to.valid()) {
     (void)check(errno);  // remembers the error; the answer is known
     (void)_changes.removeEmptyFolder(copy.folder, copy.name);  // nothing was copied
     return false;
   }
-  isMade(to);
+  if (temporary != nullptr) temporary->isMade(to);
   const bool whole = copyEntries(std::move(from), to.get(), depth);
-  return check(giveModeAndTime(to.get(), status)) && whole;
+  const bool isFinished = check(giveModeAndTime(to.get(), status)) && whole;
+  if (temporary != nullptr) temporary->keepOpen(std::move(to));
+  return isFinished;
 }
 
 bool ItemCopy::copyEntries(Descriptor from, int to, int depth) {
@@ -127,7 +139,8 @@ bool ItemCopy::copyEntries(Descriptor from, int to, int depth) {
   const std::size_t ownLength = _item.size();
   while (const auto name = reader.next()) {
     _item.append("/").append(*name);
-    if (!copyEntry({reader.descriptor(), *name}, {to, *name}, depth + 1)) return false;
+    const Entry source{reader.descriptor(), *name, reader.kind()};
+    if (!copyEntry(source, {to, *name}, depth + 1)) return false;
     _item.resize(ownLength);
   }
   return check(reader.error());

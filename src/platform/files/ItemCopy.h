@@ -8,16 +8,11 @@
 #include <utility>
 
 #include "platform/files/FileChanges.h"
+#include "platform/files/Opening.h"
 #include "platform/files/TemporaryItem.h"
 #include "platform/posix/Descriptor.h"
 
 namespace installer {
-
-// An entry of an open folder; AT_FDCWD and a path do as well.
-struct Entry {
-  int folder;
-  std::string name;
-};
 
 // Who writes the bytes of a copied file down to the medium.
 enum class Flush {
@@ -50,13 +45,14 @@ class ItemCopy {
   [[nodiscard]] bool copyLink(const Entry& source, const Entry& copy);
   [[nodiscard]] bool copyFolder(const Entry& source, const Entry& copy, int depth);
   [[nodiscard]] bool mayTake(const struct stat& opened);
-  void isMade(const Descriptor& copy);
 
-  [[nodiscard]] int fillFile(int from, const struct stat& status, int to);
+  [[nodiscard]] int fillFile(const RegularFile& from, int to);
   [[nodiscard]] bool fillFolder(Descriptor from, const Entry& copy, const struct stat& status,
                                 int depth);
   [[nodiscard]] bool copyEntries(Descriptor from, int to, int depth);
   [[nodiscard]] int giveModeAndTime(int descriptor, const struct stat& status);
+
+  TemporaryItem* takeTemporary() { return std::exchange(_temporary, nullptr); }
 
   bool check(int error);
   [[nodiscard]] bool fail(const std::string& reason);
@@ -65,7 +61,7 @@ class ItemCopy {
   Flush _flush;
   std::optional<uid_t> _owner;
   std::function<bool(uid_t)> _mayOwn;   // until it was asked
-  TemporaryItem* _temporary = nullptr;  // until it is made
+  TemporaryItem* _temporary = nullptr;  // until its maker has taken it
   std::string _item;                    // under way
   std::string _failedItem;
   std::string _reason;

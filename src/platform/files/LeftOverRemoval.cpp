@@ -58,7 +58,7 @@ bool LeftOverRemoval::isNamedByUs(int folder) {
 Descriptor LeftOverRemoval::claimedEntry(int folder, const std::string& name,
                                          const struct stat& status) {
   Descriptor entry =
-      S_ISDIR(status.st_mode) ? openFolder(folder, name) : openRegularFile(folder, name);
+      S_ISDIR(status.st_mode) ? openFolder(folder, name) : openRegularFile(folder, name).file;
   if (!entry.valid() || !claimLeftOver(entry)) return {};
   const auto now = statusOf(folder, name);
   const bool isSame = now && identityOf(*now) == identityOf(status) &&

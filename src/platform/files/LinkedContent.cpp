@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "platform/files/Ancestry.h"
-#include "platform/files/LinkWalk.h"
 
 namespace installer {
 
@@ -47,9 +46,7 @@ Place openLinkedContent(HeldFolders& folders, const std::string& path,
                         const std::vector<std::string>& within) {
   const std::string link = withoutTrailingSlashes(path);
   FoundEntry named = folders.entry(link);
-  if (named.error != 0) return noPlace(named.error);
-  Place file = openPlaceBehindLinks(std::move(named.opened), named.name,
-                                    [](const struct stat&) { return true; });
+  Place file = std::move(named).behindLinks([](const struct stat&) { return true; });
   if (!file.usable()) return file;
   std::vector<std::string> all = within;
   all.push_back(folderOf(link));

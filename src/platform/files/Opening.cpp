@@ -19,19 +19,27 @@ std::optional<struct stat> statusWithFlags(int folder, const std::string& name, 
   return status;
 }
 
-// Judged before opening, for the opening of a pipe or device has effects of its own, and again
-// afterwards, for the entry can have been changed in between.
-Descriptor openRegular(int folder, const std::string& name, int statusFlags, int openFlags) {
+RegularFile refused(mode_t mode) {
+  errno = S_ISDIR(mode) ? EISDIR : EINVAL;
+  return {};
+}
+
+// Judged once more, for the entry can have been changed since it was seen.
+RegularFile openSeen(int folder, const std::string& name, int flags) {
+  RegularFile opened{openEntry(folder, name, O_RDONLY | O_NONBLOCK | O_NOCTTY | flags)};
+  const auto status = statusOf(opened.file);
+  if (!status) return {};
+  if (!S_ISREG(status->st_mode)) return refused(status->st_mode);
+  opened.status = *status;
+  return opened;
+}
+
+// Judged before opening, for the opening of a pipe or device has effects of its own.
+RegularFile openUnseen(int folder, const std::string& name, int statusFlags, int flags) {
   const auto before = statusWithFlags(folder, name, statusFlags);
   if (!before) return {};
-  if (S_ISREG(before->st_mode)) {
-    Descriptor file = openEntry(folder, name, O_RDONLY | O_NONBLOCK | O_NOCTTY | openFlags);
-    if (!file.valid()) return {};
-    const auto after = statusOf(file);
-    if (after && S_ISREG(after->st_mode)) return file;
-  }
-  errno = S_ISDIR(before->st_mode) ? EISDIR : EINVAL;
-  return {};
+  if (!S_ISREG(before->st_mode)) return refused(before->st_mode);
+  return openSeen(folder, name, flags);
 }
 
 }  // namespace
@@ -78,12 +86,13 @@ Descriptor openFolderFollowingLinks(int folder, const std::string& name) {
   return openEntry(folder, name, O_RDONLY | O_DIRECTORY);
 }
 
-Descriptor openRegularFile(int folder, const std::string& name) {
-  return openRegular(folder, name, AT_SYMLINK_NOFOLLOW, O_NOFOLLOW);
+RegularFile openRegularFile(int folder, const std::string& name, Seen seen) {
+  return seen == Seen::yes ? openSeen(folder, name, O_NOFOLLOW)
+                           : openUnseen(folder, name, AT_SYMLINK_NOFOLLOW, O_NOFOLLOW);
 }
 
-Descriptor openRegularFileFollowingLinks(int folder, const std::string& name) {
-  return openRegular(folder, name, 0, 0);
+RegularFile openRegularFileFollowingLinks(int folder, const std::string& name) {
+  return openUnseen(folder, name, 0, 0);
 }
 
 std::optional<struct stat> statusOf(int folder, const std::string& name) {
@@ -105,6 +114,12 @@ std::optional<std::string> targetOf(const Descriptor& link) {
   const ssize_t length = syscalls::readLink(link.get(), target.data(), target.size());
   if (length == -1) return std::nullopt;
   return std::string(target.data(), static_cast<std::size_t>(length));
+}
+
+EntryKind kindOf(const struct stat& status) {
+  if (S_ISREG(status.st_mode)) return EntryKind::file;
+  if (S_ISDIR(status.st_mode)) return EntryKind::folder;
+  return S_ISLNK(status.st_mode) ? EntryKind::link : EntryKind::other;
 }
 
 bool isFolder(const std::optional<struct stat>& status) {

@@ -6,9 +6,17 @@
 #include <string>
 #include <string_view>
 
+#include "platform/files/FolderStream.h"
 #include "platform/posix/Descriptor.h"
 
 namespace installer {
+
+// An entry of an open folder; AT_FDCWD and a path do as well.
+struct Entry {
+  int folder;
+  std::string name;
+  EntryKind kind = EntryKind::unknown;  // as it was last seen
+};
 
 // Where an entry is: the open folder that holds it, and its name there.
 struct Place {
@@ -38,10 +46,21 @@ Descriptor openEntry(int folder, const std::string& name, int flags, mode_t mode
 Descriptor openFolder(int folder, const std::string& name);
 Descriptor openFolderFollowingLinks(int folder, const std::string& name);
 
+// A regular file that is open for reading, as it was then.
+struct RegularFile {
+  Descriptor file;
+  struct stat status {};
+
+  bool valid() const { return file.valid(); }
+};
+
+// Whether the entry has just been seen to be a regular file.
+enum class Seen { no, yes };
+
 // Opens a regular file for reading without ever waiting; anything else is refused unopened, with
 // errno EINVAL. A link in the last component is refused or followed.
-Descriptor openRegularFile(int folder, const std::string& name);
-Descriptor openRegularFileFollowingLinks(int folder, const std::string& name);
+RegularFile openRegularFile(int folder, const std::string& name, Seen seen = Seen::no);
+RegularFile openRegularFileFollowingLinks(int folder, const std::string& name);
 
 // The status of the entry itself, not of what a link leads to. nullopt with errno set.
 [[nodiscard]] std::optional<struct stat> statusOf(int folder, const std::string& name);
@@ -51,6 +70,7 @@ Descriptor openRegularFileFollowingLinks(int folder, const std::string& name);
 
 // Where the link leads that a descriptor of syscalls::openItem() names. nullopt with errno set.
 [[nodiscard]] std::optional<std::string> targetOf(const Descriptor& link);
+EntryKind kindOf(const struct stat& status);
 
 // Whether what has this status is a folder, or a link; false for what has none.
 bool isFolder(const std::optional<struct stat>& status);

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 #include "platform/files/Opening.h"
@@ -22,6 +23,10 @@ std::size_t maximumFolders() {
   rlimit limit{};
   if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return kMinimumFolders;
   return std::clamp<rlim_t>(limit.rlim_cur / 3, kMinimumFolders, kMaximumFolders);
+}
+
+bool isFolderInTheWay(int error) {
+  return error == EISDIR || error == ENOTDIR || error == ENOTEMPTY || error == EEXIST;
 }
 
 }  // namespace
@@ -74,13 +79,13 @@ void PendingNames::giveName(Waiting& copy) {
   (void)removeEntry(_changes, folder, copy.name);  // the old entry goes even so
 }
 
-// A rename replaces a file or link by itself, without a moment in which there is none.
+// A rename replaces a file or link by itself, without a moment in which there is none. Where one of
+// the two is a folder, the old entry has to go first.
 int PendingNames::replace(const Waiting& copy) {
   const int folder = copy.folder->get();
-  const auto old = statusOf(folder, copy.name);
-  const auto fresh = statusOf(folder, copy.temporary.name());
-  const bool hasFolder = isFolder(old) || isFolder(fresh);
-  if (old && hasFolder) (void)removeEntry(_changes, folder, copy.name);  // the rename will tell
+  const int error = _changes.rename(folder, copy.temporary.name(), copy.name);
+  if (!isFolderInTheWay(error)) return error;
+  (void)removeEntry(_changes, folder, copy.name);  // the rename will tell
   return _changes.rename(folder, copy.temporary.name(), copy.name);
 }
 

@@ -41,13 +41,12 @@ bool answerWithItem(int error, const std::string& path, std::string_view done, F
 }
 
 // The bytes of a file just opened; errno is still that of a failed opening.
-std::optional<std::string> readOpened(const Descriptor& file, const std::string& path,
+std::optional<std::string> readOpened(const RegularFile& file, const std::string& path,
                                       std::optional<uid_t> owner, FileError* error) {
   std::optional<std::string> bytes;
-  const auto status = file.valid() ? statusOf(file) : std::nullopt;
-  if (status && isBorrowed(*status, owner))
+  if (file.valid() && isBorrowed(file.status, owner))
     errno = EPERM;
-  else if (status)
+  else if (file.valid())
     bytes = readWhole(file, FileManager::kMaximumRead);
   if (!bytes && error != nullptr) *error = readFailure(path, errno);
   return bytes;
@@ -102,16 +101,15 @@ std::optional<std::vector<std::string>> PosixFileManager::list(const std::string
 }
 
 std::optional<std::string> PosixFileManager::read(const std::string& path, FileError* error) {
-  const FoundEntry found = _folders.item(path);
+  FoundEntry found = _folders.item(path);
   return readOpened(found.openFile(), path, found.owner, error);
 }
 
 std::optional<std::string> PosixFileManager::readUnlinked(const std::string& path,
                                                           FileOrigin* origin, FileError* error) {
-  const FoundEntry found = _folders.entry(path);
-  const Descriptor file = found.openFile();
-  const auto status = file.valid() ? statusOf(file) : std::nullopt;
-  if (status && origin != nullptr) *origin = {status->st_uid, status->st_nlink > 1};
+  FoundEntry found = _folders.entry(path);
+  const RegularFile file = found.openFile();
+  if (file.valid() && origin != nullptr) *origin = {file.status.st_uid, file.status.st_nlink > 1};
   return readOpened(file, path, found.owner, error);
 }
 

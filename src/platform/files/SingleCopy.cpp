@@ -18,6 +18,7 @@ SingleCopy::SingleCopy(HeldFolders& folders, FileChanges& changes, const CopySou
 
 std::optional<FileError> SingleCopy::run() {
   findSource();
+  _place = _folders.place(_to);
   if (_existing != ExistingItem::replace) return copyItem();
   if (const int error = clearTheWay())
     return failure(FileError::kOther, _from.path, reasonOf(error));
@@ -42,29 +43,34 @@ std::optional<FileError> SingleCopy::copyItem() {
     return failure(tellsMissing(error) ? FileError::kMissing : FileError::kOther, _from.path,
                    reasonOf(error));
   }
-  if (_existing != ExistingItem::replace && _folders.entry(_to).status()) return answerExisting();
-  return copy(S_ISDIR(source->st_mode));
+  if (_existing != ExistingItem::replace && old()) return answerExisting();
+  return copy(*source);
+}
+
+// What stands at the destination. The root has no place.
+std::optional<struct stat> SingleCopy::old() const {
+  return _place.usable() ? statusOf(_place.folder.get(), _place.name)
+                         : _folders.entry(_to).status();
 }
 
 // A tree is flushed once; a part of one gets its name all the same and the first error is told.
-std::optional<FileError> SingleCopy::copy(bool isFolder) {
-  const Place place = _folders.place(_to);
-  if (!place.usable()) return failure(FileError::kOther, _from.path, reasonOf(place.error));
+std::optional<FileError> SingleCopy::copy(const struct stat& source) {
+  if (!_place.usable()) return failure(FileError::kOther, _from.path, reasonOf(_place.error));
+  const bool isFolder = S_ISDIR(source.st_mode);
   ItemCopy item(_changes, isFolder ? Flush::later : Flush::eachFile, _source.owner, _from.mayOwn);
-  TemporaryItem temporary(_changes, place.folder.get(), Claimed::yes);
-  const bool whole = item.build({_source.folder, _source.name}, temporary);
+  TemporaryItem temporary(_changes, _place.folder.get(), Claimed::yes);
+  const bool whole = item.build({_source.folder, _source.name, kindOf(source)}, temporary);
   Failure named;
-  if (temporary.exists()) named = giveName(place, temporary, isFolder);
+  if (temporary.exists()) named = giveName(temporary, isFolder);
   if (whole) return named;
   const std::string below = item.failedItem().substr(_source.name.size());
   return failure(FileError::kOther, withoutTrailingSlashes(_from.path) + below, item.reason());
 }
 
-std::optional<FileError> SingleCopy::giveName(const Place& place, TemporaryItem& temporary,
-                                              bool isFolder) {
-  const int folder = place.folder.get();
+std::optional<FileError> SingleCopy::giveName(TemporaryItem& temporary, bool isFolder) {
+  const int folder = _place.folder.get();
   const int flushed = isFolder ? _changes.flushFileSystem(folder) : 0;
-  const int named = rename(place, temporary.name());
+  const int named = rename(temporary.name());
   if (named == 0) temporary.forget();
   if (named == EEXIST && _existing != ExistingItem::replace) {
     return answerExisting();  // somebody was quicker
@@ -77,24 +83,24 @@ std::optional<FileError> SingleCopy::giveName(const Place& place, TemporaryItem&
   return failure(FileError::kOther, _from.path, reasonOf(error));
 }
 
-int SingleCopy::rename(const Place& place, const std::string& temporary) {
-  const int folder = place.folder.get();
+int SingleCopy::rename(const std::string& temporary) {
+  const int folder = _place.folder.get();
   return _existing == ExistingItem::replace
-             ? _changes.rename(folder, temporary, place.name)
-             : _changes.renameKeepingExisting(folder, temporary, place.name);
+             ? _changes.rename(folder, temporary, _place.name)
+             : _changes.renameKeepingExisting(folder, temporary, _place.name);
 }
 
 // Removes what a rename cannot replace. 0 when nothing of it is left.
 int SingleCopy::clearTheWay() {
-  const auto old = _folders.entry(_to).status();
-  if (!old || !isInTheWay(*old)) return 0;
-  const Place place = _folders.place(_to);
-  if (!place.usable()) return place.error;
-  const int error = removeEntry(_changes, place.folder.get(), place.name, Heed::yes);
+  const auto found = old();
+  if (!found || !isInTheWay(*found)) return 0;
+  if (!_place.usable()) return _place.error;
+  const int error = removeEntry(_changes, _place.folder.get(), _place.name, Heed::yes);
+  findSource();                        // it can have been the old item, or below it
   return error == ENOENT ? 0 : error;  // somebody was quicker
 }
 
-bool SingleCopy::isInTheWay(const struct stat& old) const {
+bool SingleCopy::isInTheWay(const struct stat& old) {
   if (S_ISDIR(old.st_mode)) return true;
   const auto source = _source.status();
   return source && (S_ISDIR(source->st_mode) || isOwnPlace(*source, old));
@@ -105,16 +111,15 @@ bool SingleCopy::isOwnPlace(const struct stat& source, const struct stat& old) c
   if (identityOf(source) != identityOf(old)) return false;
   if (old.st_nlink == 1) return true;
   const Place named = _folders.place(_from.path);
-  const Place to = _folders.place(_to);
   const int folder = _isBehindLink ? _source.folder : named.folder.get();
   const std::string& name = _isBehindLink ? _source.name : named.name;
-  return to.usable() && name == to.name && identityOf(folder) == identityOf(to.folder.get());
+  return _place.usable() && name == _place.name &&
+         identityOf(folder) == identityOf(_place.folder.get());
 }
 
 void SingleCopy::removeOld() {
-  const Place place = _folders.place(_to);
-  if (!place.usable()) return;
-  (void)removeEntry(_changes, place.folder.get(), place.name);  // the failure is told already
+  if (!_place.usable()) return;
+  (void)removeEntry(_changes, _place.folder.get(), _place.name);  // the failure is told already
 }
 
 std::optional<FileError> SingleCopy::answerExisting() const {

@@ -25,12 +25,14 @@ class SingleCopy {
 
   void findSource();
   Failure copyItem();
-  Failure copy(bool isFolder);
-  Failure giveName(const Place& place, TemporaryItem& temporary, bool isFolder);
-  [[nodiscard]] int rename(const Place& place, const std::string& temporary);
+  Failure copy(const struct stat& source);
+  Failure giveName(TemporaryItem& temporary, bool isFolder);
+  [[nodiscard]] int rename(const std::string& temporary);
+
+  std::optional<struct stat> old() const;
 
   [[nodiscard]] int clearTheWay();
-  bool isInTheWay(const struct stat& old) const;
+  bool isInTheWay(const struct stat& old);
   bool isOwnPlace(const struct stat& source, const struct stat& old) const;
   void removeOld();
 
@@ -44,6 +46,7 @@ class SingleCopy {
   ExistingItem _existing;
   FoundEntry _source;  // what is copied: the item itself, or the file behind a link
   bool _isBehindLink = false;
+  Place _place;           // where it is copied to
   bool _isNamed = false;  // the copy, or what there is of it, stands at `_to`
 };
 

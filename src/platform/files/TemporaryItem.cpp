@@ -1,8 +1,7 @@
 #include "platform/files/TemporaryItem.h"
 
-#include <fcntl.h>
-
 #include <exception>
+#include <utility>
 
 #include "platform/files/Claim.h"
 #include "platform/files/TreeRemoval.h"
@@ -20,9 +19,11 @@ TemporaryItem::~TemporaryItem() {
 
 // One that others were quicker to take for a left-over is gone; its maker will meet that.
 void TemporaryItem::isMade(const Descriptor& item) {
-  if (!_isClaimed) return;
-  _made = Descriptor(::fcntl(item.get(), F_DUPFD_CLOEXEC, 0));
-  (void)claim(_made);
+  if (_isClaimed) (void)claim(item);
+}
+
+void TemporaryItem::keepOpen(Descriptor item) {
+  if (_isClaimed) _made = std::move(item);
 }
 
 }  // namespace installer

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/files/FileChanges.h"
+#include "platform/files/TemporaryNames.h"
 #include "platform/posix/Descriptor.h"
 
 namespace installer {
@@ -22,6 +23,9 @@ class TemporaryItem {
         _folder(folder),
         _name(FileChanges::freeTemporaryName(folder)),
         _isClaimed(claimed == Claimed::yes) {}
+  // The same, with the next of these names; not claimed.
+  TemporaryItem(FileChanges& changes, int folder, TemporaryNames& names)
+      : _changes(changes), _folder(folder), _name(names.next(folder)), _isClaimed(false) {}
   TemporaryItem(TemporaryItem&& other) noexcept
       : _changes(other._changes),
         _folder(other._folder),
@@ -38,8 +42,10 @@ class TemporaryItem {
   const std::string& name() const { return _name; }
   bool exists() const { return !_name.empty(); }
 
-  // For the maker, with what now stands under the name.
+  // For the maker, with what now stands under the name, and in the end, so that what is claimed
+  // stays so.
   void isMade(const Descriptor& item);
+  void keepOpen(Descriptor item);
 
   // The entry is gone or has another name.
   void forget() { _name.clear(); }

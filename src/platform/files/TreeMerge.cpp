@@ -1,5 +1,6 @@
 #include "platform/files/TreeMerge.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/files/FolderReader.h"
@@ -12,6 +13,12 @@ namespace {
 
 OpenFolder share(Descriptor folder) {
   return std::make_shared<const Descriptor>(std::move(folder));
+}
+
+bool leadsToFolder(const Entry& entry) {
+  if (entry.kind == EntryKind::link || entry.kind == EntryKind::unknown)
+    return isFolder(statusFollowingLinks(entry.folder, entry.name));
+  return entry.kind == EntryKind::folder;
 }
 
 }  // namespace
@@ -41,7 +48,7 @@ void TreeMerge::mergeSubfolder(const Entry& source, const std::string& name, Des
     return mergeThroughLink(source, name, std::move(folder), destination, depth);
   }
   Descriptor existing = openFolder(destination->get(), name);
-  if (!existing.valid() || isInSource(existing.get(), folder.get())) return;
+  if (!existing.valid() || isSource(source, existing.get(), folder.get())) return;
   mergeFolder(std::move(folder), share(std::move(existing)), depth);
 }
 
@@ -65,22 +72,23 @@ void TreeMerge::mergeFolder(Descriptor source, const OpenFolder& destination, in
   _underWay.push_back(*identity);
   FolderReader reader(std::move(source));
   while (const auto name = reader.next()) {
-    mergeEntry({reader.descriptor(), *name}, destination, depth + 1);
+    mergeEntry({reader.descriptor(), *name, reader.kind()}, destination, depth + 1);
   }
   _underWay.pop_back();
 }
 
 void TreeMerge::mergeEntry(const Entry& source, const OpenFolder& destination, int depth) {
-  const auto status = statusFollowingLinks(source.folder, source.name);
-  if (!isFolder(status)) return replaceEntry(source, source.name, destination);
-  Descriptor folder = openFolderFollowingLinks(source.folder, source.name);
+  if (!leadsToFolder(source)) return replaceEntry(source, source.name, destination);
+  Descriptor folder = source.kind == EntryKind::folder
+                          ? openFolder(source.folder, source.name)
+                          : openFolderFollowingLinks(source.folder, source.name);
   mergeSubfolder(source, source.name, std::move(folder), destination, depth);
 }
 
 void TreeMerge::replaceEntry(const Entry& source, const std::string& name,
                              const OpenFolder& destination) {
   ItemCopy copy(_changes, Flush::later);
-  TemporaryItem temporary(_changes, destination->get());
+  TemporaryItem temporary(_changes, destination->get(), _names);
   (void)copy.build(source, temporary);  // what could be copied gets the name
   if (!temporary.exists()) {
     (void)removeEntry(_changes, destination->get(), name);  // failures are passed over in merges
@@ -92,11 +100,20 @@ void TreeMerge::replaceEntry(const Entry& source, const std::string& name,
 void TreeMerge::copyMissing(const Entry& source, const std::string& name,
                             const OpenFolder& destination) {
   ItemCopy copy(_changes, Flush::later);
-  TemporaryItem temporary(_changes, destination->get());
+  TemporaryItem temporary(_changes, destination->get(), _names);
   (void)copy.build(source, temporary);  // a part of a tree gets the name too
   if (temporary.exists()) {
     _pending.add(destination, std::move(temporary), name, TakenName::keep);
   }
+}
+
+// Where no link was followed, a folder of a destination that is in no source folder is in none
+// either, unless it is one itself.
+bool TreeMerge::isSource(const Entry& source, int folder, int enteredSource) const {
+  if (source.kind != EntryKind::folder) return isInSource(folder, enteredSource);
+  const auto identity = identityOf(folder);
+  return !identity || identity == identityOf(enteredSource) ||
+         std::find(_underWay.begin(), _underWay.end(), *identity) != _underWay.end();
 }
 
 bool TreeMerge::leadsOut(int folder) const {

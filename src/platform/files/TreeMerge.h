@@ -11,6 +11,7 @@
 #include "platform/files/HeldFolders.h"
 #include "platform/files/ItemCopy.h"
 #include "platform/files/PendingNames.h"
+#include "platform/files/TemporaryNames.h"
 #include "platform/posix/Descriptor.h"
 
 namespace installer {
@@ -35,10 +36,12 @@ class TreeMerge {
   void copyMissing(const Entry& source, const std::string& name, const OpenFolder& destination);
 
   bool leadsOut(int folder) const;
+  bool isSource(const Entry& source, int folder, int enteredSource) const;
   bool isInSource(int folder, int enteredSource) const;
 
   HeldFolders& _folders;
   FileChanges& _changes;
+  TemporaryNames _names;
   PendingNames _pending;
   std::optional<FileIdentity> _boundary;
   std::set<FileIdentity> _entered;      // every source folder that was merged

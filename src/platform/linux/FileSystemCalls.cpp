@@ -36,6 +36,14 @@ int renameInSteps(int fromFolder, const char* from, int toFolder, const char* to
   return -1;
 }
 
+int openResolved(int start, const char* path, unsigned flags, unsigned resolve) {
+  open_how how{};
+  how.flags = flags | O_DIRECTORY | O_CLOEXEC;
+  how.resolve = resolve;
+  return static_cast<int>(
+      uninterrupted([&] { return ::syscall(SYS_openat2, start, path, &how, sizeof how); }));
+}
+
 }  // namespace
 
 int renameKeepingExisting(int fromFolder, const char* from, int toFolder, const char* to) {
@@ -77,11 +85,12 @@ int changeModeOfItem(int item, mode_t mode) {
 }
 
 int openFolderBeneath(int above, const char* path) {
-  open_how how{};
-  how.flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
-  return static_cast<int>(
-      uninterrupted([&] { return ::syscall(SYS_openat2, above, path, &how, sizeof how); }));
+  return openResolved(above, path, O_RDONLY, RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS);
+}
+
+int openFolderWithoutLinks(int start, const char* path, Beneath beneath) {
+  return openResolved(start, path, O_PATH,
+                      RESOLVE_NO_SYMLINKS | (beneath == Beneath::yes ? RESOLVE_BENEATH : 0U));
 }
 
 int openFolderAbove(int folder) {

@@ -47,6 +47,11 @@ int openFolderBeneath(int /*above*/, const char* /*path*/) {
   return -1;
 }
 
+int openFolderWithoutLinks(int /*start*/, const char* /*path*/, Beneath /*beneath*/) {
+  errno = ENOSYS;
+  return -1;
+}
+
 int openFolderAbove(int folder) {
   return ::openat(folder, "..", O_SEARCH | O_CLOEXEC);
 }

@@ -150,8 +150,8 @@ TEST_F(FileManagerReadTest, TheLimitIsExact) {
 TEST_F(FileManagerReadTest, AClosedOrWriteOnlyFileIsUnreadable) {
   const std::string name = _folder.makeFile("file", "x");
 
-  EXPECT_EQ(readWhole(Descriptor(), 10), std::nullopt);
-  EXPECT_EQ(readWhole(openEntry(AT_FDCWD, name, O_WRONLY), 10), std::nullopt);
+  EXPECT_EQ(readWhole(RegularFile(), 10), std::nullopt);
+  EXPECT_EQ(readWhole(RegularFile{openEntry(AT_FDCWD, name, O_WRONLY)}, 10), std::nullopt);
 }
 
 TEST_F(FileManagerReadTest, OnlyRegularFilesAreReadAndNothingElseIsOpened) {

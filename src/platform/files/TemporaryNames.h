@@ -1,0 +1,26 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace installer {
+
+// Chooses the temporary names of one operation. They cannot be guessed, so that nobody can keep us
+// from a free one: a name is looked for in its folder only when the system has no random numbers to
+// give.
+class TemporaryNames {
+ public:
+  // A name that is not taken in the open folder. Changes nothing.
+  std::string next(int folder);
+
+ private:
+  [[nodiscard]] bool draw();
+
+  std::array<std::uint64_t, 32> _numbers{};
+  std::size_t _left = 0;    // of them
+  bool _mayBeMany = false;  // whether one was not enough
+};
+
+}  // namespace installer
