@@ -6,13 +6,13 @@
 #include "platform/Interruption.h"
 #include "platform/files/FileSystemCalls.h"
 #include "platform/files/FolderReader.h"
-#include "platform/files/Opening.h"
 
 namespace installer {
 
 namespace {
 
 constexpr mode_t kModeBits = 07777;
+constexpr mode_t kLostBits = S_ISUID | S_ISGID;  // when an item is given away
 
 }  // namespace
 
@@ -27,41 +27,61 @@ bool AttributeWalk::changeBelow(Descriptor folder) {
 
 void AttributeWalk::walk(Descriptor folder, int depth) {
   FolderReader reader(std::move(folder));
-  while (const auto name = reader.next()) visit(reader.descriptor(), *name, depth);
+  bool isLikelyRight = true;
+  while (const auto name = reader.next()) {
+    checkInterruption();
+    isLikelyRight = visit({reader.descriptor(), *name}, isLikelyRight, depth);
+  }
   check(reader.error() == 0);
 }
 
-void AttributeWalk::visit(int folder, const std::string& name, int depth) {
-  checkInterruption();
-  const auto status = statusOf(folder, name);
-  if (!status) return check(errno == ENOENT);  // removed meanwhile: nothing is left to change
-  if (_spared.contains(identityOf(*status))) return;
+// Whether the entry was right, for what stands beside it is mostly the same: behind a wrong one an
+// entry is opened at once, and looked at through what would be changed.
+bool AttributeWalk::visit(const Entry& entry, bool isLikelyRight, int depth) {
+  Descriptor item = isLikelyRight ? Descriptor() : openItem(entry);
+  const bool isOpen = item.valid();
+  const auto status = isOpen ? statusOf(item) : statusOf(entry.folder, entry.name);
+  if (!status) {
+    check(errno == ENOENT);  // removed meanwhile: nothing is left to change
+    return isLikelyRight;
+  }
+  if (_spared.contains(identityOf(*status))) return true;
   check(_ownership.isComplete());
-  if (!isRight(*status)) change(Descriptor(syscalls::openItem(folder, name.c_str())));
-  if (!S_ISDIR(status->st_mode)) return;
-  if (depth + 1 >= kMaximumDepth) return check(false);
-  walk(openFolder(folder, name), depth + 1);
+  const bool wasRight = isRight(*status);
+  if (!wasRight && isOpen) change(item, *status);
+  if (!wasRight && !isOpen) openAndChange(entry);
+  item = Descriptor();  // what is below has need of descriptors too
+  if (S_ISDIR(status->st_mode)) enter(entry, depth + 1);
+  return wasRight;
 }
 
-// Judged again on the very item that is changed. Owner first: giving an item away clears mode bits.
-void AttributeWalk::change(const Descriptor& item) {
+Descriptor AttributeWalk::openItem(const Entry& entry) {
+  return Descriptor(syscalls::openItem(entry.folder, entry.name.c_str()));
+}
+
+void AttributeWalk::enter(const Entry& entry, int depth) {
+  if (depth >= kMaximumDepth) return check(false);
+  walk(openFolder(entry.folder, entry.name), depth);
+}
+
+// Judged again on the very item that is changed.
+void AttributeWalk::openAndChange(const Entry& entry) {
+  const Descriptor item = openItem(entry);
   const auto status = statusOf(item);
-  if (!status || isSomebodyElses(*status)) return check(false);
-  changeOwner(item, *status);
-  changeMode(item, *status);
+  if (!status) return check(false);
+  change(item, *status);
 }
 
-void AttributeWalk::changeOwner(const Descriptor& item, const struct stat& status) {
-  if (hasOwnership(status)) return;
-  check(_changes.changeOwnerOfItem(item.get(), _ownership.ownerOrSame(),
-                                   _ownership.groupOrSame()) == 0);
-}
-
-void AttributeWalk::changeMode(const Descriptor& item, const struct stat& status) {
-  if (S_ISLNK(status.st_mode)) return;
-  // Asked anew, for the change of owner can have cleared bits.
-  const auto now = statusOf(item);
-  if (now && hasMode(*now)) return;
+// Owner first: giving an item away clears mode bits.
+void AttributeWalk::change(const Descriptor& item, const struct stat& status) {
+  if (isSomebodyElses(status)) return check(false);
+  const bool givesAway = !hasOwnership(status);
+  if (givesAway) {
+    check(_changes.changeOwnerOfItem(item.get(), _ownership.ownerOrSame(),
+                                     _ownership.groupOrSame()) == 0);
+  }
+  const bool hasLostBits = givesAway && (status.st_mode & kLostBits) != 0;
+  if (hasMode(status) && !hasLostBits) return;
   check(_changes.changeModeOfItem(item.get(), _mode) == 0);
 }
 

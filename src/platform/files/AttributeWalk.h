@@ -3,18 +3,19 @@
 #include <sys/stat.h>
 
 #include <set>
-#include <string>
 
 #include "platform/files/Ancestry.h"
 #include "platform/files/FileChanges.h"
+#include "platform/files/Opening.h"
 #include "platform/files/Ownership.h"
 #include "platform/posix/Descriptor.h"
 
 namespace installer {
 
 // Gives owner, group and mode to everything below one folder. An entry that has them already costs
-// one look at it. An entry is changed through a descriptor that names it, so that nobody can put a
-// link in its place between the look and the change.
+// one look at it, as long as the one before it had them too. An entry is changed through a
+// descriptor that names it, so that nobody can put a link in its place between the look and the
+// change.
 class AttributeWalk {
  public:
   // Links that are in `spared` keep their owner; the set must live as long as the walk.
@@ -27,10 +28,12 @@ class AttributeWalk {
 
  private:
   void walk(Descriptor folder, int depth);
-  void visit(int folder, const std::string& name, int depth);
-  void change(const Descriptor& item);
-  void changeOwner(const Descriptor& item, const struct stat& status);
-  void changeMode(const Descriptor& item, const struct stat& status);
+  bool visit(const Entry& entry, bool isLikelyRight, int depth);
+  void enter(const Entry& entry, int depth);
+  void openAndChange(const Entry& entry);
+  void change(const Descriptor& item, const struct stat& status);
+
+  static Descriptor openItem(const Entry& entry);
 
   bool isRight(const struct stat& status) const;
   bool hasOwnership(const struct stat& status) const;

@@ -18,6 +18,7 @@
 #include "platform/files/LogOpening.h"
 #include "platform/files/Opening.h"
 #include "platform/files/Ownership.h"
+#include "platform/files/PathBelow.h"
 #include "platform/files/SingleCopy.h"
 #include "platform/files/TreeMerge.h"
 #include "platform/files/TreeRemoval.h"
@@ -50,6 +51,21 @@ std::optional<std::string> readOpened(const RegularFile& file, const std::string
     bytes = readWhole(file, FileManager::kMaximumRead);
   if (!bytes && error != nullptr) *error = readFailure(path, errno);
   return bytes;
+}
+
+struct NamedFolder {
+  std::string path;
+  Descriptor folder;
+};
+
+// Whether the folder is below one of those, which its path tells and the disk confirms.
+bool isBelowOne(const std::string& path, const Descriptor& folder,
+                const std::vector<NamedFolder>& others) {
+  return std::any_of(others.begin(), others.end(), [&](const NamedFolder& other) {
+    const auto identity = identityOf(other.folder.get());
+    return restBelow(other.path, path) && identity &&
+           isInside(folder.get(), *identity).value_or(false);
+  });
 }
 
 // What the file at the place hands over to the one that replaces it.
@@ -207,17 +223,18 @@ bool PosixFileManager::mayEnter(const std::string& path) {
 bool PosixFileManager::changeAttributesBelowAll(const std::vector<std::string>& folders,
                                                 const FileAttributes& attributes) {
   std::set<FileIdentity> links;
-  std::vector<Descriptor> opened;
+  std::vector<NamedFolder> opened;
   bool succeeded = true;
   for (const std::string& path : folders) {
     Descriptor folder = _folders.openNamedFolder(path, links);
+    if (folder.valid() && isBelowOne(path, folder, opened)) continue;  // comes with that one
     if (folder.valid())
-      opened.push_back(std::move(folder));
+      opened.push_back({path, std::move(folder)});
     else if (!exists(path) || isDirectory(path))
       succeeded = false;  // while nothing is below a file
   }
   const Ownership ownership = resolveOwnership(_users, attributes);
-  for (Descriptor& folder : opened) {
+  for (auto& [path, folder] : opened) {
     AttributeWalk walk(_changes, ownership, attributes.mode, links);
     if (!walk.changeBelow(std::move(folder))) succeeded = false;
   }
