@@ -177,6 +177,15 @@ std::optional<Call> Tracee::next() {
   return std::nullopt;
 }
 
+std::optional<long> Tracee::nextOfAll() {
+  if (_inCall) settle();
+  if (!_running || !resume(PTRACE_SYSCALL)) return std::nullopt;
+  _inCall = true;
+  user_regs_struct registers{};
+  ptrace(PTRACE_GETREGS, _process, nullptr, &registers);
+  return static_cast<long>(registers.orig_rax);
+}
+
 void Tracee::fail(int error) {
   user_regs_struct registers{};
   ptrace(PTRACE_GETREGS, _process, nullptr, &registers);

@@ -45,6 +45,9 @@ class Tracee {
   // when it has ended.
   std::optional<Call> next();
 
+  // The same for all calls, also those that are not counted otherwise: the call's number.
+  std::optional<long> nextOfAll();
+
   // What becomes of the call at which the program is stopped.
   void fail(int error);            // it is not made and answers that
   void shorten(const Call& call);  // half of the bytes
