@@ -1,5 +1,6 @@
 #include "base/PlainDocument.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/PlainReader.h"
@@ -13,46 +14,53 @@ bool isBlank(std::string_view text) {
   return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
-void escapeText(std::string_view text, std::string& to) {
-  for (const char character : text) switch (character) {
-      case '&':
-        to += "&amp;";
-        break;
-      case '<':
-        to += "&lt;";
-        break;
-      case '>':
-        to += "&gt;";
-        break;
-      case '\r':
-        to += "&#13;";
-        break;
-      default:
-        to += character;
-    }
+// What is written for a character of a text; empty for most.
+std::string_view escaped(char character) {
+  switch (character) {
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '\r':
+      return "&#13;";
+    default:
+      return {};
+  }
 }
 
-void escapeValue(std::string_view value, std::string& to) {
-  for (const char character : value) switch (character) {
-      case '"':
-        to += "&quot;";
-        break;
-      case '\t':
-        to += "&#9;";
-        break;
-      case '\n':
-        to += "&#10;";
-        break;
-      default:
-        escapeText({&character, 1}, to);
-    }
+// The same for an attribute's value.
+std::string_view escapedInValue(char character) {
+  switch (character) {
+    case '"':
+      return "&quot;";
+    case '\t':
+      return "&#9;";
+    case '\n':
+      return "&#10;";
+    default:
+      return escaped(character);
+  }
+}
+
+template <class Escape>
+void append(std::string_view text, Escape escape, std::string& to) {
+  std::size_t begin = 0;  // of what is written as it is
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const std::string_view reference = escape(text[at]);
+    if (reference.empty()) continue;
+    to.append(text.substr(begin, at - begin)).append(reference);
+    begin = at + 1;
+  }
+  to.append(text.substr(begin));
 }
 
 std::string startTag(const PlainReader& reader) {
   std::string tag(reader.name());
   for (const PlainReader::Attribute& attribute : reader.attributes()) {
     tag.append(" ").append(attribute.name).append("=\"");
-    escapeValue(decodedValue(attribute.value), tag);
+    append(decodedValue(attribute.value), escapedInValue, tag);
     tag += '"';
   }
   return tag;
@@ -173,7 +181,7 @@ void PlainDocument::addText(const PlainReader& reader) {
   }
   const std::string text = decoded(reader.content());
   std::string written;
-  escapeText(text, written);
+  append(text, escaped, written);
   _nodes.push_back({keep(std::move(written)), 1, 0, isBlank(text) ? Kind::blanks : Kind::text});
 }
 
@@ -221,7 +229,7 @@ void PlainDocument::changeAttribute(Node& element, std::string_view name, const 
   const std::optional<Place> place = valueIn(tag, element.nameSize, name);
   if (!place) return;
   std::string changed(tag.substr(0, place->begin));
-  escapeValue(change(decoded(tag.substr(place->begin, place->size))), changed);
+  append(change(decoded(tag.substr(place->begin, place->size))), escapedInValue, changed);
   changed += tag.substr(place->begin + place->size);
   if (changed != tag) element.written = keep(std::move(changed));
 }

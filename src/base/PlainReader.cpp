@@ -123,9 +123,9 @@ bool isShortAndBlank(std::string_view text) {
 }  // namespace
 
 bool PlainVocabulary::add(std::string_view word) {
-  const std::size_t place = (word.size() * 31 + static_cast<unsigned char>(word.front()) * 7U +
-                             static_cast<unsigned char>(word.back())) %
-                            _recent.size();
+  const std::size_t first = static_cast<unsigned char>(word.front());
+  const std::size_t last = static_cast<unsigned char>(word.back());
+  const std::size_t place = (word.size() * 31 + first * 7 + last) % _recent.size();
   if (_recent[place] == word) return true;
   _recent[place] = word;
   _size += word.size();
