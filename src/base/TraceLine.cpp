@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <iterator>
 #include <optional>
@@ -38,6 +39,15 @@ bool isControl(char32_t character) {
   return character < 0x20 || (character >= 0x7F && character < 0xA0);
 }
 
+// How many bytes from the first one on are letters, digits and signs of ASCII, most of all that is
+// told.
+std::size_t plainBytes(std::string_view text) {
+  const auto* other = std::find_if(text.begin(), text.end(), [](char byte) {
+    return byte < ' ' || byte > '~';  // bytes beyond ASCII are one or the other
+  });
+  return static_cast<std::size_t>(other - text.begin());
+}
+
 const char* nameOf(LogLevel level) {
   return kLevels.at(static_cast<std::size_t>(level) - static_cast<std::size_t>(LogLevel::error));
 }
@@ -47,6 +57,10 @@ const char* nameOf(LogLevel level) {
 void appendEscaped(std::string_view message, LineText& text) {
   if (message.ends_with('\n')) message.remove_suffix(1);
   for (std::size_t at = 0; at < message.size();) {
+    const std::size_t plain = plainBytes(message.substr(at));
+    append(message.substr(at, plain), text);
+    at += plain;
+    if (at == message.size()) break;
     const std::optional<DecodedCharacter> decoded = decodeUtf8(message, at);
     const auto [character, length] =
         decoded.value_or(DecodedCharacter{static_cast<unsigned char>(message[at]), 1});

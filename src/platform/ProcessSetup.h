@@ -9,6 +9,10 @@ namespace installer {
 // lines under the program's name, with the process's number.
 void setUpProcess();
 
+// Whether setUpProcess() was called: the connection to the system log is our own then. A host of
+// the library may have told it to show lines elsewhere, too.
+[[nodiscard]] bool ownsSystemLog();
+
 // Opens the databases of users and groups, after filling the descriptors, for what the databases
 // open stays open. To be called before main: a C library that is given no memory here can end the
 // process, and then nothing has begun. Later look-ups answer a lack.

@@ -1,19 +1,36 @@
 #include "platform/linux/SyslogSystemLog.h"
 
 #include <syslog.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
 
 #include "base/TraceLine.h"
+#include "platform/Clock.h"
 
 namespace installer {
 
-SyslogSystemLog::SyslogSystemLog(Clock& clock) : _files(clock) {}
+SyslogSystemLog::SyslogSystemLog(Clock& clock) : _clock(clock), _files(clock) {}
+
+SyslogSystemLog::SyslogSystemLog(Clock& clock, std::string socket)
+    : _clock(clock), _files(clock), _socket(std::move(socket)) {}
 
 void SyslogSystemLog::write(LogLevel level, std::string_view message) {
   LineText text;
   appendEscaped(message, text);
   const std::string_view line = viewOf(text);
-  syslog(static_cast<int>(level), "%.*s", static_cast<int>(line.size()), line.data());
+  if (isHeard())
+    syslog(static_cast<int>(level), "%.*s", static_cast<int>(line.size()), line.data());
   _files.write(level, line);
+}
+
+bool SyslogSystemLog::isHeard() {
+  if (!_socket) return true;
+  const int now = _clock.localTime().tm_sec;
+  if (now != _lookedAt) _isThere = access(_socket->c_str(), F_OK) == 0 || errno != ENOENT;
+  _lookedAt = now;
+  return _isThere;
 }
 
 int SyslogSystemLog::addFile(int descriptor) {

@@ -1,5 +1,8 @@
 #include "platform/SystemPlatform.h"
 
+#include <syslog.h>
+
+#include "platform/ProcessSetup.h"
 #include "platform/linux/FilePasteboard.h"
 #include "platform/linux/ProcProcessTable.h"
 #include "platform/linux/SyslogSystemLog.h"
@@ -8,6 +11,11 @@
 
 namespace installer {
 namespace {
+
+SyslogSystemLog systemLog(Clock& clock) {
+  if (!ownsSystemLog()) return SyslogSystemLog(clock);
+  return {clock, _PATH_LOG};
+}
 
 struct LinuxPlatform : PosixPlatform {
   LinuxPlatform() {
@@ -20,7 +28,7 @@ struct LinuxPlatform : PosixPlatform {
  private:
   ProcProcessTable _processes;
   FilePasteboard _pasteboard{_files, paths.pasteboard};
-  SyslogSystemLog _log{_clock};
+  SyslogSystemLog _log = systemLog(_clock);
   UserPreferences _preferences{_files, _users};
 };
 

@@ -13,6 +13,8 @@
 namespace installer {
 namespace {
 
+bool isSetUp = false;
+
 // The lowest free descriptor is handed out first, so each hole is filled by its own open.
 void fillStandardDescriptors() {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
@@ -27,6 +29,11 @@ void setUpProcess() {
   (void)std::signal(SIGXFSZ, SIG_IGN);  // nor is this one
   noteInterruptions();
   openlog("HotfixInstaller", LOG_PID, LOG_USER);
+  isSetUp = true;
+}
+
+bool ownsSystemLog() {
+  return isSetUp;
 }
 
 // Root is known everywhere and at once; whoever else is asked for later can take their time.

@@ -1,17 +1,23 @@
 #include "platform/linux/SyslogSystemLog.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <syslog.h>
+#include <unistd.h>
 
 #include <cstdarg>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
 #include "platform/ProcessSetup.h"
 #include "support/FakeClock.h"
 #include "support/Proves.h"
+#include "support/TemporaryFolder.h"
 
 // These definitions come before the C library's, so that the tests see what it would be given.
 namespace {
@@ -49,6 +55,8 @@ namespace installer::test {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
 class SyslogSystemLogTest : public ::testing::Test {
  protected:
@@ -92,6 +100,65 @@ TEST_F(SyslogSystemLogTest, WritesMessagesEscapedAndNeverAsFormats) {
   log.write(LogLevel::info, "100 %s %n\x1b[1m\n");
 
   EXPECT_THAT(calls, ElementsAre("6 100 %s %n\\x1b[1m"));
+}
+
+// A host of the library may have told the C library to show lines elsewhere, too.
+TEST_F(SyslogSystemLogTest, NobodyNeedsToListenToAHostsLog) {
+  proves("LIBRARY-6");
+  SyslogSystemLog log(_clock);
+
+  log.write(LogLevel::info, "a");
+
+  EXPECT_THAT(calls, ElementsAre("6 a"));
+}
+
+TEST_F(SyslogSystemLogTest, WhileNobodyListensNothingGoesOut) {
+  proves("LOG-10");
+  const TemporaryFolder folder;
+  const std::string socket = folder.path() + "/log";
+  SyslogSystemLog log(_clock, socket);
+  log.write(LogLevel::info, "a");
+  EXPECT_THAT(calls, IsEmpty());
+
+  std::ofstream(socket).put('x');
+  log.write(LogLevel::info, "b");
+  EXPECT_THAT(calls, IsEmpty());  // in the same second
+
+  _clock.set(2024, 3, 9, 14, 5, 8);
+  log.write(LogLevel::info, "c");
+  EXPECT_THAT(calls, ElementsAre("6 c"));
+
+  ASSERT_TRUE(std::filesystem::remove(socket));
+  log.write(LogLevel::info, "d");
+  _clock.set(2024, 3, 9, 14, 5, 9);
+  log.write(LogLevel::info, "e");
+  EXPECT_THAT(calls, ElementsAre("6 c", "6 d"));
+}
+
+// The C library knows better what becomes of a connection.
+TEST_F(SyslogSystemLogTest, WhatCannotBeLookedAtMayListen) {
+  const TemporaryFolder folder;
+  std::ofstream(folder.path() + "/file").put('x');
+  SyslogSystemLog log(_clock, folder.path() + "/file/log");
+
+  log.write(LogLevel::info, "a");
+
+  EXPECT_THAT(calls, ElementsAre("6 a"));
+}
+
+TEST_F(SyslogSystemLogTest, FilesGetTheirLinesWhoeverListens) {
+  proves("LOG-10");
+  const TemporaryFolder folder;
+  SyslogSystemLog log(_clock, folder.path() + "/none");
+  const std::string path = folder.path() + "/trace";
+  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+  ASSERT_EQ(0, log.addFile(file));
+
+  log.write(LogLevel::info, "a");
+  close(file);
+
+  std::ifstream trace(path);
+  EXPECT_THAT(std::string(std::istreambuf_iterator<char>(trace), {}), HasSubstr(" <Info>: a\n"));
 }
 
 }  // namespace
