@@ -21,13 +21,12 @@ AttributeWalk::AttributeWalk(FileChanges& changes, const Ownership& ownership, m
     : _changes(changes), _ownership(ownership), _mode(mode), _spared(spared) {}
 
 bool AttributeWalk::changeBelow(Descriptor folder) {
-  walk(std::move(folder), 0);
+  walk(std::move(folder), true, 0);
   return _succeeded;
 }
 
-void AttributeWalk::walk(Descriptor folder, int depth) {
+void AttributeWalk::walk(Descriptor folder, bool isLikelyRight, int depth) {
   FolderReader reader(std::move(folder));
-  bool isLikelyRight = true;
   while (const auto name = reader.next()) {
     checkInterruption();
     isLikelyRight = visit({reader.descriptor(), *name}, isLikelyRight, depth);
@@ -35,8 +34,8 @@ void AttributeWalk::walk(Descriptor folder, int depth) {
   check(reader.error() == 0);
 }
 
-// Whether the entry was right, for what stands beside it is mostly the same: behind a wrong one an
-// entry is opened at once, and looked at through what would be changed.
+// Whether the entry was right, for what is below it and stands behind it is mostly the same: after
+// a wrong one an entry is opened at once, and looked at through what would be changed.
 bool AttributeWalk::visit(const Entry& entry, bool isLikelyRight, int depth) {
   Descriptor item = isLikelyRight ? Descriptor() : openItem(entry);
   const bool isOpen = item.valid();
@@ -51,7 +50,7 @@ bool AttributeWalk::visit(const Entry& entry, bool isLikelyRight, int depth) {
   if (!wasRight && isOpen) change(item, *status);
   if (!wasRight && !isOpen) openAndChange(entry);
   item = Descriptor();  // what is below has need of descriptors too
-  if (S_ISDIR(status->st_mode)) enter(entry, depth + 1);
+  if (S_ISDIR(status->st_mode)) enter(entry, wasRight, depth + 1);
   return wasRight;
 }
 
@@ -59,9 +58,9 @@ Descriptor AttributeWalk::openItem(const Entry& entry) {
   return Descriptor(syscalls::openItem(entry.folder, entry.name.c_str()));
 }
 
-void AttributeWalk::enter(const Entry& entry, int depth) {
+void AttributeWalk::enter(const Entry& entry, bool wasRight, int depth) {
   if (depth >= kMaximumDepth) return check(false);
-  walk(openFolder(entry.folder, entry.name), depth);
+  walk(openFolder(entry.folder, entry.name), wasRight, depth);
 }
 
 // Judged again on the very item that is changed.

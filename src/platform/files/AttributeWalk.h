@@ -27,9 +27,9 @@ class AttributeWalk {
   [[nodiscard]] bool changeBelow(Descriptor folder);
 
  private:
-  void walk(Descriptor folder, int depth);
+  void walk(Descriptor folder, bool isLikelyRight, int depth);
   bool visit(const Entry& entry, bool isLikelyRight, int depth);
-  void enter(const Entry& entry, int depth);
+  void enter(const Entry& entry, bool wasRight, int depth);
   void openAndChange(const Entry& entry);
   void change(const Descriptor& item, const struct stat& status);
 
