@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "base/BinaryPropertyListReader.h"
+#include "base/XmlPropertyListCheck.h"
 #include "base/XmlPropertyListReader.h"
 #include "base/XmlPropertyListWriter.h"
 
@@ -54,17 +56,18 @@ std::optional<Value> parse(std::string_view bytes) {
 
 std::optional<std::string> serialize(const Value& value) {
   std::optional<std::string> bytes = writeXml(value);
-  const std::optional<Value> read = bytes ? readXml(*bytes) : std::nullopt;
-  // What was read as it was meant is told by the same XML again.
-  if (!read || writeXml(*read) != bytes) return std::nullopt;
-  return bytes;
+  return bytes && isToldBy(*bytes, value) ? std::move(bytes) : std::nullopt;
+}
+
+std::optional<std::string> serializeDictionary(const Dictionary& dictionary) {
+  std::optional<std::string> bytes = writeXml(dictionary);
+  return bytes && isToldBy(*bytes, dictionary) ? std::move(bytes) : std::nullopt;
 }
 
 std::optional<Dictionary> parseDictionary(std::string_view bytes) {
-  const std::optional<Value> value = parse(bytes);
-  const Dictionary* dictionary = value ? value->as<Dictionary>() : nullptr;
-  if (dictionary == nullptr) return std::nullopt;
-  return *dictionary;
+  std::optional<Value> value = parse(bytes);
+  if (!value) return std::nullopt;
+  return std::move(*value).take<Dictionary>();
 }
 
 std::optional<std::string> textForKey(const Dictionary& dictionary, std::string_view key) {

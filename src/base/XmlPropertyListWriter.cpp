@@ -17,11 +17,18 @@ constexpr std::string_view kHead =
     "<plist version=\"1.0\">\n";
 constexpr std::string_view kFoot = "</plist>\n";
 
-// The shortest text that reads back as the same number.
 class Writer {
  public:
   bool write(const Value& value) {
     return std::visit([this](const auto& held) { return writeHeld(held); }, value.storage());
+  }
+
+  bool writeHeld(const Dictionary& dictionary) {
+    return container("dict", dictionary.empty(), [&] {
+      for (const auto& [key, value] : dictionary)
+        if (!element("key", key) || !write(value)) return false;
+      return true;
+    });
   }
 
   std::string takeText() { return std::move(_text); }
@@ -49,14 +56,6 @@ class Writer {
     return container("array", array.empty(), [&] {
       for (const Value& value : array)
         if (!write(value)) return false;
-      return true;
-    });
-  }
-
-  bool writeHeld(const Dictionary& dictionary) {
-    return container("dict", dictionary.empty(), [&] {
-      for (const auto& [key, value] : dictionary)
-        if (!element("key", key) || !write(value)) return false;
       return true;
     });
   }
@@ -93,24 +92,26 @@ class Writer {
 
   void indent() { _text.append(static_cast<std::size_t>(_depth), '\t'); }
 
-  // A bare carriage return would be read as a line feed.
+  // What is between the characters that are written otherwise goes over as it is.
   void escape(std::string_view text) {
-    for (const char character : text) switch (character) {
-        case '&':
-          _text += "&amp;";
-          break;
-        case '<':
-          _text += "&lt;";
-          break;
-        case '>':
-          _text += "&gt;";
-          break;
-        case '\r':
-          _text += "&#13;";
-          break;
-        default:
-          _text += character;
-      }
+    for (std::size_t at = 0; at < text.size();) {
+      const std::size_t begin = at;
+      while (at < text.size() && isPlain(text[at])) ++at;
+      _text += text.substr(begin, at - begin);
+      if (at < text.size()) escape(text[at++]);
+    }
+  }
+
+  // A bare carriage return would be read as a line feed.
+  static bool isPlain(char character) {
+    return character != '&' && character != '<' && character != '>' && character != '\r';
+  }
+
+  void escape(char character) {
+    if (character == '&') _text += "&amp;";
+    if (character == '<') _text += "&lt;";
+    if (character == '>') _text += "&gt;";
+    if (character == '\r') _text += "&#13;";
   }
 
   std::string _text{kHead};
@@ -122,6 +123,12 @@ class Writer {
 std::optional<std::string> writeXml(const Value& value) {
   Writer writer;
   if (!writer.write(value)) return std::nullopt;
+  return writer.takeText().append(kFoot);
+}
+
+std::optional<std::string> writeXml(const Dictionary& dictionary) {
+  Writer writer;
+  if (!writer.writeHeld(dictionary)) return std::nullopt;
   return writer.takeText().append(kFoot);
 }
 

@@ -24,7 +24,7 @@ std::optional<Dictionary> readDictionary(const std::string& path, FileError& err
 }
 
 bool writeDictionary(const Dictionary& dictionary, const std::string& path) {
-  const std::optional<std::string> bytes = serialize(Value(dictionary));
+  const std::optional<std::string> bytes = serializeDictionary(dictionary);
   return bytes && reported::write(path, *bytes);
 }
 

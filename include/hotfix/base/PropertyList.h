@@ -72,6 +72,12 @@ class Value {
   const T* as() const {
     return std::get_if<T>(&_storage);
   }
+  /// The held value, moved out of this object, when it is of type T; nullopt otherwise.
+  template <class T>
+  std::optional<T> take() && {
+    if (T* held = std::get_if<T>(&_storage)) return std::move(*held);
+    return std::nullopt;
+  }
   /// The held value, of whichever type; owned by this object.
   const Storage& storage() const { return _storage; }
 
@@ -96,6 +102,9 @@ inline constexpr std::size_t kMaximumObjects = 1'000'000;  ///< values in one li
 /// read back and compared before they are handed out. The one loss accepted is a date's part of a
 /// second: the whole second in which the date lies is written. Years end with 9999.
 [[nodiscard]] std::optional<std::string> serialize(const Value& value);
+
+/// The same for a list whose root is the dictionary.
+[[nodiscard]] std::optional<std::string> serializeDictionary(const Dictionary& dictionary);
 
 /// The text stored under `key`; nullopt when the key is missing or holds another type.
 [[nodiscard]] std::optional<std::string> textForKey(const Dictionary& dictionary,

@@ -49,6 +49,11 @@ TEST(PropertyListValueTest, TypesTellValuesApart) {
   EXPECT_EQ(Value(1).as<std::string>(), nullptr);
 }
 
+TEST(PropertyListValueTest, HeldValueCanBeTakenOut) {
+  EXPECT_EQ(Value(Dictionary{{"a", 1}}).take<Dictionary>(), (Dictionary{{"a", 1}}));
+  EXPECT_EQ(Value("a").take<Dictionary>(), std::nullopt);
+}
+
 // --- Looking up ----------------------------------------------------------------------------------
 
 TEST(PropertyListLookupTest, OnlyTextsAreTexts) {
@@ -145,6 +150,16 @@ TEST(PropertyListSerializeTest, EveryKindOfValueIsReadBackInOrder) {
   ASSERT_EQ(read, value);
   EXPECT_EQ(read->as<Dictionary>()->begin()->first, "z");
   EXPECT_EQ(serialize(*read), bytes);
+}
+
+TEST(PropertyListSerializeTest, DictionaryIsWrittenAsItsValueIs) {
+  proves("LIST-16", "LIST-17");
+  const Dictionary dictionary{{"a", "b"}, {"c", Array{1}}};
+
+  EXPECT_EQ(serializeDictionary(dictionary), serialize(dictionary));
+  EXPECT_EQ(serializeDictionary({}), serialize(Dictionary{}));
+  EXPECT_EQ(serializeDictionary({{"a", "\x01"}}), std::nullopt);
+  EXPECT_EQ(serializeDictionary({{"a", Date{1e300}}}), std::nullopt);
 }
 
 TEST(PropertyListSerializeTest, WhatXmlCannotTellIsRefused) {
