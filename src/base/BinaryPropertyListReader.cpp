@@ -294,6 +294,7 @@ class Reader {
     const std::optional<std::string_view> values = references(head.body + keys->size(), head.count);
     if (!values) return std::nullopt;
     Dictionary dictionary;
+    dictionary.reserve(head.count);
     for (std::uint64_t place = 0; place < head.count; ++place) {
       std::optional<std::string> name = key(reference(*keys, place));
       if (!name) return std::nullopt;

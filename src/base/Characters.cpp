@@ -60,6 +60,10 @@ bool isHalf(char32_t character) {
   return isHighHalf(character) || isLowHalf(character);
 }
 
+bool isPlainAscii(char byte) {
+  return byte >= ' ' && byte <= '~';
+}
+
 char tail(char32_t character, int shift) {
   return static_cast<char>(0x80u | (character >> shift & 0x3Fu));
 }
@@ -152,7 +156,12 @@ bool isXmlCharacter(char32_t character) {
 
 std::string asXmlCharacters(std::string_view text) {
   std::string result;
+  result.reserve(text.size());
   for (std::size_t at = 0; at < text.size();) {
+    const std::size_t begin = at;
+    while (at < text.size() && isPlainAscii(text[at])) ++at;
+    result += text.substr(begin, at - begin);
+    if (at == text.size()) break;
     const auto [character, length] = decodeCharacter(text, at);
     appendCharacter(isXmlCharacter(character) ? character : kReplacement, result);
     at += length;

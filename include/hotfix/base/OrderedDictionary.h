@@ -43,6 +43,12 @@ class OrderedDictionary {
   /// Behind the last entry.
   const_iterator end() const { return _entries.end(); }
 
+  /// Has room for so many entries, to which it need not grow then.
+  void reserve(std::size_t count) {
+    _entries.reserve(count);
+    _places.reserve(count);
+  }
+
   /// The value stored under `key`, owned by the dictionary and valid until its next change;
   /// nullptr when there is none.
   const Value* find(std::string_view key) const {

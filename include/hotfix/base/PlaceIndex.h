@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -31,10 +32,14 @@ class PlaceIndex {
     if (!_slots.empty()) __builtin_prefetch(&_slots[firstSlot(static_cast<std::uint32_t>(hash))]);
   }
 
+  /// Has room for so many places.
+  void reserve(std::size_t count) {
+    if (!hasRoomFor(count)) rebuild(std::bit_ceil(count + count / 2 + 1));
+  }
+
   /// Adds the place behind all others: 0, then 1, and so on.
   void add(std::size_t hash, std::size_t place) {
-    if ((place + 1) * 3 > _slots.size() * 2)
-      rebuild(_slots.empty() ? kFirstSlots : _slots.size() * 2);
+    if (!hasRoomFor(place + 1)) rebuild(_slots.empty() ? kFirstSlots : _slots.size() * 2);
     fillSlot({static_cast<std::uint32_t>(hash), static_cast<std::uint32_t>(place)});
   }
 
@@ -60,6 +65,8 @@ class PlaceIndex {
   };
 
   /// At least a third of the slots stay free, so that a search ends soon.
+  bool hasRoomFor(std::size_t count) const { return count * 3 <= _slots.size() * 2; }
+
   void rebuild(std::size_t count) {
     const std::vector<Slot> old = std::exchange(_slots, std::vector<Slot>(count));
     for (const Slot& slot : old)

@@ -82,6 +82,16 @@ TEST(OrderedDictionaryTest, ClearedDictionaryStartsAnew) {
   EXPECT_THAT(dictionary.find("6"), IsNull());
 }
 
+TEST(OrderedDictionaryTest, RoomIsNoEntry) {
+  Dictionary dictionary = {{"a", 1}};
+
+  dictionary.reserve(1000);
+
+  EXPECT_THAT(keysOf(dictionary), ElementsAre("a"));
+  EXPECT_THAT(dictionary.find("a"), Pointee(1));
+  EXPECT_THAT(dictionary.find("b"), IsNull());
+}
+
 TEST(OrderedDictionaryTest, EveryKeyOfManyIsFoundWhateverTheirNumber) {
   proves("LIST-20");
   for (int count = 0; count <= 300; ++count) {

@@ -79,6 +79,19 @@ TEST(PlaceIndexTest, PlacesBehindARemovedOneMoveUp) {
   EXPECT_EQ(find(index, 12, 1), Place(1));
 }
 
+TEST(PlaceIndexTest, RoomChangesNothing) {
+  PlaceIndex index;
+  for (std::size_t count = 0; count < 40; ++count) {
+    index.reserve(count);
+    index.add(count * 3, count);
+    index.reserve(count / 2);
+
+    for (std::size_t place = 0; place <= count; ++place)
+      ASSERT_EQ(find(index, place * 3, place), Place(place));
+    ASSERT_EQ(find(index, 1, 0), std::nullopt);
+  }
+}
+
 TEST(PlaceIndexTest, ClearedOneStartsAnew) {
   PlaceIndex index;
   index.add(10, 0);
