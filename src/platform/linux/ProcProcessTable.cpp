@@ -63,15 +63,6 @@ bool belongsTo(uid_t user, int table, const std::string& process) {
   return fstatat(table, process.c_str(), &status, 0) == 0 && status.st_uid == user;
 }
 
-// Empty for a process that has ended. The kernel tells all of it at once.
-std::string_view commandLineOf(int table, const std::string& process, std::vector<char>& space) {
-  const std::string name = process + "/cmdline";
-  const Descriptor file(openat(table, name.c_str(), O_RDONLY | O_CLOEXEC));
-  const auto readAll = [&] { return read(file.get(), space.data(), space.size()); };
-  const ssize_t count = uninterrupted(readAll);
-  return {space.data(), count > 0 ? static_cast<std::size_t>(count) : 0};
-}
-
 // A zero byte stands behind each argument.
 std::vector<std::string> argumentsIn(std::string_view bytes) {
   std::vector<std::string> arguments;
@@ -98,6 +89,17 @@ std::optional<std::string> ProcProcessTable::executableOf(int table,
   if (path.ends_with(kDeleted) && isMarked(table, link, path))
     path.resize(path.size() - kDeleted.size());
   return path;
+}
+
+// Empty for a process that has ended. The kernel tells all of it at once.
+std::string_view ProcProcessTable::commandLineOf(int table, const std::string& process,
+                                                 std::vector<char>& space) const {
+  const std::string name = process + "/cmdline";
+  const Descriptor file(openat(table, name.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file.valid() && !mayBeLeftOut(errno)) tellUnreadable(_folder + "/" + name, errno);
+  const auto readAll = [&] { return read(file.get(), space.data(), space.size()); };
+  const ssize_t count = uninterrupted(readAll);
+  return {space.data(), count > 0 ? static_cast<std::size_t>(count) : 0};
 }
 
 template <class Visit>

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/posix/PosixProcessTable.h"
@@ -20,6 +21,8 @@ class ProcProcessTable : public PosixProcessTable {
  private:
   std::vector<std::string> executables() const override;
   std::optional<std::string> executableOf(int table, const std::string& process) const;
+  std::string_view commandLineOf(int table, const std::string& process,
+                                 std::vector<char>& space) const;
   // Calls visit(the open folder, name) for each process.
   template <class Visit>
   void eachProcess(Visit visit) const;

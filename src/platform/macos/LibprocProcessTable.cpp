@@ -6,8 +6,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <utility>
+
+#include "platform/Reported.h"
+#include "platform/files/Failure.h"
 
 namespace installer {
 namespace {
@@ -17,10 +21,10 @@ constexpr std::size_t kSpare = 64;
 
 std::vector<pid_t> allProcesses() {
   const int expected = proc_listallpids(nullptr, 0);
-  if (expected <= 0) return {};
-  std::vector<pid_t> processes(static_cast<std::size_t>(expected) + kSpare);
+  std::vector<pid_t> processes(static_cast<std::size_t>(std::max(expected, 0)) + kSpare);
   const int count =
       proc_listallpids(processes.data(), static_cast<int>(processes.size() * sizeof(pid_t)));
+  if (count <= 0) reported::tell(failure("the process table", "read", errno));
   processes.resize(static_cast<std::size_t>(std::max(count, 0)));
   return processes;
 }

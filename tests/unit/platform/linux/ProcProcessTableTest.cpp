@@ -270,6 +270,21 @@ TEST_F(MadeTableTest, AnExecutableThatCannotBeReadIsTold) {
                                                     "\" cannot be read: Invalid argument")));
 }
 
+TEST_F(MadeTableTest, ACommandLineThatCannotBeOpenedIsTold) {
+  proves("PROCESS-8");
+  const Sandbox sandbox;
+  _folder.makeLink("3/exe", "/bin/sh");
+  _folder.makeLink("3/cmdline", "cmdline");
+  _folder.makeLink("4/exe", "/bin/sh");
+
+  EXPECT_THAT(_table.commandLines(), IsEmpty());
+
+  EXPECT_THAT(sandbox.log(),
+              ElementsAre(Says(LogLevel::error, "\"" + _folder.path("3/cmdline") +
+                                                    "\" cannot be read: Too many levels of "
+                                                    "symbolic links")));
+}
+
 TEST_F(MadeTableTest, AProcessThatHasEndedOrHasNoneIsNotTold) {
   proves("PROCESS-8");
   const Sandbox sandbox;
