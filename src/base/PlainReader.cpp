@@ -38,7 +38,7 @@ constexpr bool belongsToName(char byte) {
 
 constexpr auto kBelongsToName = [] {
   std::array<bool, 256> table{};
-  for (std::size_t byte = 0; byte < table.size(); ++byte)
+  for (std::size_t byte = 0; byte != table.size(); ++byte)
     table[byte] = belongsToName(static_cast<char>(byte));
   return table;
 }();

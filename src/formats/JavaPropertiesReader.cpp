@@ -76,8 +76,8 @@ class LineReader {
  public:
   explicit LineReader(TextDictionary& entries) : _entries(entries) {}
 
-  // A trimmed line of bytes that the dictionary keeps.
-  void read(std::span<char> line);
+  // A trimmed line of bytes that the dictionary keeps, and how many characters they are.
+  void read(std::span<char> line, std::size_t characters);
   void storeEntries();
 
  private:
@@ -101,7 +101,7 @@ class LineReader {
   bool _beforeSeparator = false;
 };
 
-void LineReader::read(std::span<char> line) {
+void LineReader::read(std::span<char> line, std::size_t characters) {
   const std::string_view text = viewOf(line);
   if (text.starts_with('#')) return;
   _key = {};
@@ -110,7 +110,7 @@ void LineReader::read(std::span<char> line) {
   // The blank that a continuation needs has separated a value from its key, or is in one.
   _inValue = _continued;
   // A line of one character keeps the flag of the line before it.
-  if (!_continued && line.size() >= 2) _optionLine = text.starts_with(kOptionPrefix);
+  if (!_continued && characters >= 2) _optionLine = text.starts_with(kOptionPrefix);
   _beforeSeparator = true;
   for (std::size_t at = 0; at < line.size();) at = readFrom(line, at);
   if (_continued) return;
@@ -172,7 +172,8 @@ void readJavaProperties(std::string latin1, TextDictionary& entries) {
   while (!rest.empty()) {
     const std::size_t end = std::min(viewOf(rest).find('\n'), rest.size());
     const std::span<char> line = trimmed(rest.first(end));
-    reader.read(isAscii(viewOf(line)) ? line : entries.keepCopy(fromLatin1(viewOf(line))));
+    reader.read(isAscii(viewOf(line)) ? line : entries.keepCopy(fromLatin1(viewOf(line))),
+                line.size());
     rest = rest.subspan(std::min(end + 1, rest.size()));
   }
   reader.storeEntries();
