@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <string>
 
-#include "platform/files/Opening.h"
+#include "platform/files/RenameInSteps.h"
 #include "platform/posix/Uninterrupted.h"
 
 namespace installer::syscalls {
@@ -20,21 +20,6 @@ namespace {
 // Since Linux 6.6, the same number on every architecture that matters; the C library's headers may
 // be older than the kernel.
 constexpr long kChangeModeCall = 452;
-
-// For file systems that cannot keep an existing entry by themselves. A file gets a second name
-// first, which fails on an existing one; a folder can at worst take the place of an empty folder.
-int renameInSteps(int fromFolder, const char* from, int toFolder, const char* to) {
-  if (!isFolder(fromFolder, from)) {
-    if (::linkat(fromFolder, from, toFolder, to, 0) != 0) return -1;
-    return ::unlinkat(fromFolder, from, 0);
-  }
-  struct stat status {};
-  if (::fstatat(toFolder, to, &status, AT_SYMLINK_NOFOLLOW) != 0) {
-    return ::renameat(fromFolder, from, toFolder, to);
-  }
-  errno = EEXIST;
-  return -1;
-}
 
 int openResolved(int start, const char* path, unsigned flags, unsigned resolve) {
   open_how how{};

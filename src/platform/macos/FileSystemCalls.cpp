@@ -2,22 +2,42 @@
 
 #include <fcntl.h>
 #include <stdio.h>
+#include <sys/param.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+
+#include "platform/files/RenameInSteps.h"
 
 namespace installer::syscalls {
 
+namespace {
+
+// Whether `path` names the item that has been opened, and no other by now.
+bool isNamedBy(const struct stat& item, const char* path) {
+  struct stat named {};
+  return ::lstat(path, &named) == 0 && named.st_dev == item.st_dev && named.st_ino == item.st_ino;
+}
+
+}  // namespace
+
+// exFAT, SMB and NFS know no such renaming.
 int renameKeepingExisting(int fromFolder, const char* from, int toFolder, const char* to) {
-  return ::renameatx_np(fromFolder, from, toFolder, to, RENAME_EXCL);
+  if (::renameatx_np(fromFolder, from, toFolder, to, RENAME_EXCL) == 0) return 0;
+  if (errno != ENOTSUP && errno != EINVAL) return -1;
+  return renameInSteps(fromFolder, from, toFolder, to);
 }
 
 int flushFileSystem(int folder) {
   return ::fsync_volume_np(folder, SYNC_VOLUME_FULLSYNC | SYNC_VOLUME_WAIT);
 }
 
+// A file system that cannot make the medium write is asked for as much as it can. Any other failure
+// is one: what was to be written may be lost.
 int flushFile(int file) {
   if (::fcntl(file, F_FULLFSYNC) == 0) return 0;
+  if (errno != ENOTSUP && errno != EINVAL && errno != ENOTTY) return -1;
   return ::fsync(file);
 }
 
@@ -30,8 +50,18 @@ int openItem(int folder, const char* name) {
   return ::openat(folder, name, O_EVTONLY | O_SYMLINK | O_NONBLOCK | O_CLOEXEC);
 }
 
+// freadlink() is younger than the oldest macOS. A link's target never changes, so what is read by
+// its name is its own when the name is the item's before and afterwards.
 ssize_t readLink(int item, char* target, std::size_t size) {
-  return ::freadlink(item, target, size);
+  struct stat status {};
+  std::array<char, MAXPATHLEN> path{};
+  if (::fstat(item, &status) != 0 || ::fcntl(item, F_GETPATH, path.data()) != 0) return -1;
+  if (isNamedBy(status, path.data())) {
+    const ssize_t length = ::readlink(path.data(), target, size);
+    if (length < 0 || isNamedBy(status, path.data())) return length;
+  }
+  errno = ESTALE;
+  return -1;
 }
 
 int changeOwnerOfItem(int item, uid_t owner, gid_t group) {

@@ -19,13 +19,18 @@ namespace {
 // Processes that may start between counting them and listing them.
 constexpr std::size_t kSpare = 64;
 
+// A list that is full may lack processes, and is asked for again with more room.
 std::vector<pid_t> allProcesses() {
-  const int expected = proc_listallpids(nullptr, 0);
-  std::vector<pid_t> processes(static_cast<std::size_t>(std::max(expected, 0)) + kSpare);
-  const int count =
-      proc_listallpids(processes.data(), static_cast<int>(processes.size() * sizeof(pid_t)));
-  if (count <= 0) reported::tell(failure("the process table", "read", errno));
-  processes.resize(static_cast<std::size_t>(std::max(count, 0)));
+  std::vector<pid_t> processes;
+  std::size_t room = 0;
+  do {
+    const int expected = std::max(proc_listallpids(nullptr, 0), 0);
+    room = std::max(static_cast<std::size_t>(expected), 2 * room) + kSpare;
+    processes.resize(room);
+    const int count = proc_listallpids(processes.data(), static_cast<int>(room * sizeof(pid_t)));
+    if (count <= 0) reported::tell(failure("the process table", "read", errno));
+    processes.resize(static_cast<std::size_t>(std::max(count, 0)));
+  } while (processes.size() >= room);
   return processes;
 }
 

@@ -57,6 +57,43 @@ TEST_F(FileManagerOtherKernelTest, CopiesGetTheirNamesWithoutAKeepingRename) {
   }
 }
 
+TEST_F(FileManagerOtherKernelTest, CopiesGetTheirNamesWithoutSecondNamesToo) {
+  _folder.makeFile("file", "x", 0640);
+
+  for (const int error : {EPERM, EOPNOTSUPP}) {
+    EXPECT_TRUE(without(SYS_renameat2, EINVAL, [&] {
+      return without(SYS_linkat, error, [&] { return copy("file", "file copy"); });
+    })) << error;
+
+    EXPECT_THAT(TreeDiff(snapshot("file"), snapshot("file copy")).lines(), IsEmpty());
+    removeTree(path("file copy"));
+  }
+}
+
+TEST_F(FileManagerOtherKernelTest, SomebodyQuickerIsNotReplacedWithoutSecondNames) {
+  _folder.makeFile("file", "new");
+
+  EXPECT_TRUE(without(SYS_renameat2, EINVAL, [&] {
+    return without(SYS_linkat, EPERM, [&] {
+      _files.beforeNext(FileOperation::kRename, [this] { _folder.makeFile("to", "theirs"); });
+      FileError error;
+      return !copy("file", "to", &error) && error.code == FileError::kExists;
+    });
+  }));
+
+  EXPECT_EQ(snapshot("to")["."].content, "theirs");
+}
+
+TEST_F(FileManagerOtherKernelTest, AnotherFailureOfTheSecondNameIsAFailure) {
+  _folder.makeFile("file", "new");
+
+  EXPECT_TRUE(without(SYS_renameat2, EINVAL, [&] {
+    return without(SYS_linkat, EIO, [&] { return !copy("file", "to"); });
+  }));
+
+  EXPECT_THAT(pathsIn(snapshot()), ElementsAre("file"));
+}
+
 TEST_F(FileManagerOtherKernelTest, AFileThatOthersKeepFromBeingClaimedIsWrittenAllTheSame) {
   using enum FileOperation;
   EXPECT_TRUE(without(SYS_flock, EWOULDBLOCK, [&] {
