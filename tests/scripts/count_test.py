@@ -21,7 +21,6 @@ class CountTest(unittest.TestCase):
     def record(self, runs):
         self._record.write_text(json.dumps({
             "groups": {"durability": {"for": "flushes", "kinds": ["fsync"]},
-                       "listening": {"for": "the log", "more": 3, "kinds": ["access"]},
                        "opening": {"for": "files", "kinds": ["openat", "close"]}},
             "runs": runs}), encoding="utf-8")
 
@@ -49,12 +48,6 @@ class CountTest(unittest.TestCase):
 
     def testOneMoreOfFewFails(self):
         self.assertEqual(self.count(counts=[("fsync", 7)]).returncode, 1)
-
-    def testWhatALongerRunMakesMoreOftenMayBeMadeThatOften(self):
-        self.record({"install": {"total": 2, "access": 2}})
-
-        self.assertEqual(self.count(counts=[("access", 5)]).returncode, 0)
-        self.assertEqual(self.count(counts=[("access", 6)]).returncode, 1)
 
     def testAKindThatWasNeverMadeFails(self):
         self.assertEqual(self.count(counts=[("close", 1)]).returncode, 1)

@@ -7,14 +7,20 @@
 #include <utility>
 
 #include "base/TraceLine.h"
-#include "platform/Clock.h"
 
 namespace installer {
 
-SyslogSystemLog::SyslogSystemLog(Clock& clock) : _clock(clock), _files(clock) {}
+namespace {
+
+// Lines that nobody may hear before the next look.
+constexpr unsigned kUnheardLines = 64;
+
+}  // namespace
+
+SyslogSystemLog::SyslogSystemLog(Clock& clock) : _files(clock), _isThere(true) {}
 
 SyslogSystemLog::SyslogSystemLog(Clock& clock, std::string socket)
-    : _clock(clock), _files(clock), _socket(std::move(socket)) {}
+    : _files(clock), _socket(std::move(socket)) {}
 
 void SyslogSystemLog::write(LogLevel level, std::string_view message) {
   LineText text;
@@ -26,10 +32,8 @@ void SyslogSystemLog::write(LogLevel level, std::string_view message) {
 }
 
 bool SyslogSystemLog::isHeard() {
-  if (!_socket) return true;
-  const int now = _clock.localTime().tm_sec;
-  if (now != _lookedAt) _isThere = access(_socket->c_str(), F_OK) == 0 || errno != ENOENT;
-  _lookedAt = now;
+  if (!_isThere && _unheard++ % kUnheardLines == 0)
+    _isThere = access(_socket.c_str(), F_OK) == 0 || errno != ENOENT;
   return _isThere;
 }
 

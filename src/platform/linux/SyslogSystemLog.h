@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "platform/SystemLog.h"
@@ -14,8 +13,9 @@ class SyslogSystemLog : public SystemLog {
  public:
   explicit SyslogSystemLog(Clock& clock);
 
-  // The system log listens at `socket`. While nothing is there, which is looked at once a second,
-  // nothing goes out: the C library would make a connection in vain for each line.
+  // The system log listens at `socket`. Until something is there, which is looked at for the first
+  // line and every 64 lines, nothing goes out: the C library would make a connection in vain for
+  // each.
   SyslogSystemLog(Clock& clock, std::string socket);
 
   void write(LogLevel level, std::string_view message) override;
@@ -25,11 +25,10 @@ class SyslogSystemLog : public SystemLog {
  private:
   bool isHeard();
 
-  Clock& _clock;
   LogFiles _files;
-  std::optional<std::string> _socket;  // nullopt when it is never looked at
-  int _lookedAt = -1;                  // second of the minute
-  bool _isThere = true;
+  std::string _socket;
+  unsigned _unheard = 0;  // lines
+  bool _isThere = false;  // for good: what becomes of a connection the C library knows better
 };
 
 }  // namespace installer
