@@ -142,9 +142,13 @@ TEST_F(FileManagerLimitsTest, WithoutDescriptorsLeftAWalkFailsAndLeavesNoTrace) 
   proves("FILES-17");
   makeChain("tree", 100);
   _folder.makeFolder(chain("to", 100));
+  makeChain("known", 3);
+  _folder.makeFolder(chain("known to", 3));
   const FileAttributes attributes{"self", "own", 0775};
 
   EXPECT_TRUE(inChild([&] {
+    // A sanitizer looks at memory through a pipe; what it has seen before needs none.
+    _files.merge(path("known"), path("known to"), path(""));
     if (!allowDescriptors(kFewDescriptors)) return false;
     _files.merge(path("tree"), path("to"), path(""));
     return !_files.changeAttributesBelow(path("tree"), attributes) &&
