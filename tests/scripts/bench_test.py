@@ -5,6 +5,8 @@ import importlib.machinery
 import importlib.util
 import io
 import json
+import os
+import shutil
 import sys
 import tempfile
 import unittest
@@ -135,13 +137,10 @@ class GrowthTest(unittest.TestCase):
                          ["`piece/N`", "10", "0", "-", "-", "0", "-"])
 
     def testProcessesAreThereMeanwhile(self):
-        def sleeping():
-            names = [name.read_text(encoding="utf-8", errors="replace")
-                     for name in Path("/proc").glob("[0-9]*/comm") if name.exists()]
-            return names.count("sleep\n")
-
-        with GROWTH.sleepers(20):
-            self.assertGreaterEqual(sleeping(), 20)
+        with GROWTH.sleepers(20) as processes:
+            programs = [os.readlink(f"/proc/{one.pid}/exe") for one in processes]
+        self.assertEqual(programs, [os.path.realpath(shutil.which("sleep"))] * 20)
+        self.assertNotIn(None, [one.returncode for one in processes])
 
 
 class PlotTest(unittest.TestCase):
