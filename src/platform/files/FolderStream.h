@@ -2,12 +2,10 @@
 
 #include <memory>
 
+#include "platform/files/EntryKind.h"
 #include "platform/posix/Descriptor.h"
 
 namespace installer {
-
-// What a listing tells of an entry: not what a link leads to, and not on every file system.
-enum class EntryKind { unknown, file, folder, link, other };
 
 struct ListedEntry {
   const char* name = nullptr;  // until the next entry is asked for

@@ -116,12 +116,6 @@ std::optional<std::string> targetOf(const Descriptor& link) {
   return std::string(target.data(), static_cast<std::size_t>(length));
 }
 
-EntryKind kindOf(const struct stat& status) {
-  if (S_ISREG(status.st_mode)) return EntryKind::file;
-  if (S_ISDIR(status.st_mode)) return EntryKind::folder;
-  return S_ISLNK(status.st_mode) ? EntryKind::link : EntryKind::other;
-}
-
 bool isFolder(const std::optional<struct stat>& status) {
   return status && S_ISDIR(status->st_mode);
 }

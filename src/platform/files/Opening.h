@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/files/FolderStream.h"
+#include "platform/files/EntryKind.h"
 #include "platform/posix/Descriptor.h"
 
 namespace installer {
@@ -70,7 +70,6 @@ RegularFile openRegularFileFollowingLinks(int folder, const std::string& name);
 
 // Where the link leads that a descriptor of syscalls::openItem() names. nullopt with errno set.
 [[nodiscard]] std::optional<std::string> targetOf(const Descriptor& link);
-EntryKind kindOf(const struct stat& status);
 
 // Whether what has this status is a folder, or a link; false for what has none.
 bool isFolder(const std::optional<struct stat>& status);

@@ -13,21 +13,6 @@ namespace {
 
 constexpr std::size_t kBlock = std::size_t{32} << 10;  // bytes a call
 
-EntryKind kindOf(unsigned char type) {
-  switch (type) {
-    case DT_REG:
-      return EntryKind::file;
-    case DT_DIR:
-      return EntryKind::folder;
-    case DT_LNK:
-      return EntryKind::link;
-    case DT_UNKNOWN:
-      return EntryKind::unknown;
-    default:
-      return EntryKind::other;
-  }
-}
-
 // The C library's own stream asks two things more of every folder, whose kind and flags are known
 // here.
 class EntryBlocks : public FolderStream {
@@ -39,7 +24,7 @@ class EntryBlocks : public FolderStream {
     if (_place == _end && !readBlock()) return {};
     const auto* const entry = reinterpret_cast<const dirent64*>(_block.get() + _place);
     _place += entry->d_reclen;
-    return {entry->d_name, kindOf(entry->d_type)};
+    return {entry->d_name, kindOfListed(entry->d_type)};
   }
 
   void rewind() override {

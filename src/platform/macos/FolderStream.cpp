@@ -8,21 +8,6 @@ namespace installer {
 
 namespace {
 
-EntryKind kindOf(unsigned char type) {
-  switch (type) {
-    case DT_REG:
-      return EntryKind::file;
-    case DT_DIR:
-      return EntryKind::folder;
-    case DT_LNK:
-      return EntryKind::link;
-    case DT_UNKNOWN:
-      return EntryKind::unknown;
-    default:
-      return EntryKind::other;
-  }
-}
-
 class LibraryStream : public FolderStream {
  public:
   explicit LibraryStream(DIR* stream) : _stream(stream) {}
@@ -34,7 +19,7 @@ class LibraryStream : public FolderStream {
     errno = 0;
     const dirent* const entry = ::readdir(_stream);
     if (entry == nullptr) return {};
-    return {entry->d_name, kindOf(entry->d_type)};
+    return {entry->d_name, kindOfListed(entry->d_type)};
   }
 
   void rewind() override { ::rewinddir(_stream); }
