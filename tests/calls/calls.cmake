@@ -5,7 +5,7 @@ if(NOT TARGET fault-sweep OR NOT HOTFIX_BUILD_SAMPLE)
 endif()
 
 file(GLOB call_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/*.cpp)
-foreach(source Calls ElfMain Tracee)
+foreach(source Apart Calls ElfMain Tracee)
   list(APPEND call_sources ${CMAKE_CURRENT_SOURCE_DIR}/faults/${source}.cpp)
 endforeach()
 add_executable(call-count ${call_sources})
