@@ -1,13 +1,13 @@
 #include "base/RealText.h"
 
 #include <gtest/gtest.h>
-#include <locale.h>
 
 #include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <locale>
 #include <random>
 #include <string>
 #include <utility>
@@ -75,13 +75,20 @@ TEST(RealTextTest, WhatADoubleCannotHoldIsNotRead) {
     EXPECT_EQ(realFromText(text), std::nullopt) << text;
 }
 
+class CommaAndGroups : public std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
 TEST(RealTextTest, NoLocaleIsAsked) {
-  // Where it is not installed, the test says less.
-  const char* comma = setlocale(LC_NUMERIC, "de_DE.UTF-8");
+  const std::locale before =
+      std::locale::global(std::locale(std::locale::classic(), new CommaAndGroups));
   EXPECT_EQ(realFromText("1.5"), 1.5);
+  EXPECT_EQ(realFromText("1234.5"), 1234.5);
   EXPECT_EQ(realFromText("1,5"), std::nullopt);
-  EXPECT_EQ(textFromReal(1.5), "1.5");
-  if (comma != nullptr) setlocale(LC_NUMERIC, "C");
+  EXPECT_EQ(textFromReal(1234.5), "1234.5");
+  std::locale::global(before);
 }
 
 // Where the standard library has the conversions, they are the judge.

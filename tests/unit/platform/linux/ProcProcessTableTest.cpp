@@ -142,6 +142,10 @@ class MadeTableTest : public ::testing::Test {
     _folder.makeLink(process + "/exe", "/bin/sh");
   }
 
+  auto cannotRead(const std::string& item, const std::string& why) const {
+    return Says(LogLevel::error, "\"" + _folder.path(item) + "\" cannot be read: " + why);
+  }
+
   TemporaryFolder _folder;
   ProcProcessTable _table{_folder.path()};
 };
@@ -251,10 +255,7 @@ TEST_F(MadeTableTest, NoTableHasNoProcessesAndSaysSo) {
 
   EXPECT_THAT(table.valuesForKey(kExecutable), IsEmpty());
 
-  EXPECT_THAT(sandbox.log(),
-              ElementsAre(Says(LogLevel::error, "\"" + _folder.path("nowhere") +
-                                                    "\" cannot be read: No such file or "
-                                                    "directory")));
+  EXPECT_THAT(sandbox.log(), ElementsAre(cannotRead("nowhere", "No such file or directory")));
 }
 
 TEST_F(MadeTableTest, AnExecutableThatCannotBeReadIsTold) {
@@ -265,9 +266,7 @@ TEST_F(MadeTableTest, AnExecutableThatCannotBeReadIsTold) {
 
   EXPECT_THAT(_table.valuesForKey(kExecutable), ElementsAre("/bin/sh"));
 
-  EXPECT_THAT(sandbox.log(),
-              ElementsAre(Says(LogLevel::error, "\"" + _folder.path("3/exe") +
-                                                    "\" cannot be read: Invalid argument")));
+  EXPECT_THAT(sandbox.log(), ElementsAre(cannotRead("3/exe", "Invalid argument")));
 }
 
 TEST_F(MadeTableTest, ACommandLineThatCannotBeOpenedIsTold) {
@@ -280,9 +279,7 @@ TEST_F(MadeTableTest, ACommandLineThatCannotBeOpenedIsTold) {
   EXPECT_THAT(_table.commandLines(), IsEmpty());
 
   EXPECT_THAT(sandbox.log(),
-              ElementsAre(Says(LogLevel::error, "\"" + _folder.path("3/cmdline") +
-                                                    "\" cannot be read: Too many levels of "
-                                                    "symbolic links")));
+              ElementsAre(cannotRead("3/cmdline", "Too many levels of symbolic links")));
 }
 
 TEST_F(MadeTableTest, AProcessThatHasEndedOrHasNoneIsNotTold) {
