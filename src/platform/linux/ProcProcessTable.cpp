@@ -96,9 +96,9 @@ std::string_view ProcProcessTable::commandLineOf(int table, const std::string& p
                                                  std::vector<char>& space) const {
   const std::string name = process + "/cmdline";
   const Descriptor file(openat(table, name.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!file.valid() && !mayBeLeftOut(errno)) tellUnreadable(_folder + "/" + name, errno);
   const auto readAll = [&] { return read(file.get(), space.data(), space.size()); };
-  const ssize_t count = uninterrupted(readAll);
+  const ssize_t count = file.valid() ? uninterrupted(readAll) : -1;
+  if (count == -1 && !mayBeLeftOut(errno)) tellUnreadable(_folder + "/" + name, errno);
   return {space.data(), count > 0 ? static_cast<std::size_t>(count) : 0};
 }
 

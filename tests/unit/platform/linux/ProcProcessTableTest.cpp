@@ -282,6 +282,17 @@ TEST_F(MadeTableTest, ACommandLineThatCannotBeOpenedIsTold) {
               ElementsAre(cannotRead("3/cmdline", "Too many levels of symbolic links")));
 }
 
+TEST_F(MadeTableTest, ACommandLineThatCannotBeReadIsTold) {
+  proves("PROCESS-8");
+  const Sandbox sandbox;
+  makeExecutable("3");
+  _folder.makeFolder("3/cmdline");
+
+  EXPECT_THAT(_table.commandLines(), IsEmpty());
+
+  EXPECT_THAT(sandbox.log(), ElementsAre(cannotRead("3/cmdline", "Is a directory")));
+}
+
 TEST_F(MadeTableTest, AProcessThatHasEndedOrHasNoneIsNotTold) {
   proves("PROCESS-8");
   const Sandbox sandbox;
