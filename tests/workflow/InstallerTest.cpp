@@ -32,6 +32,7 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
+using ::testing::SizeIs;
 using ::testing::StartsWith;
 
 class InstallerTest : public PackageFixture {
@@ -806,6 +807,7 @@ TEST_F(InstallerTest, OfAClosedInstanceTheChecksTell) {
 
   EXPECT_EQ(record(), code(6, {"Quillmere"}));
   EXPECT_TRUE(hasMarker());
+  EXPECT_THAT(runs(), SizeIs(2));
 }
 
 TEST_F(InstallerTest, NothingIsInstalledIntoAClosedInstance) {
