@@ -1,6 +1,7 @@
 #include "hotfix/driver/Installer.h"
 
 #include <cstdio>
+#include <exception>
 #include <new>
 #include <optional>
 #include <string_view>
@@ -52,8 +53,8 @@ class Trace {
   static bool isStillWanted() {
     try {
       return InstallUtil::shouldWriteTraces();
-    } catch (const std::bad_alloc&) {
-      return true;  // as it was at the start
+    } catch (const std::exception&) {  // no memory, or not the library that the list needs now
+      return true;                     // as it was at the start
     }
   }
 
@@ -92,7 +93,7 @@ std::optional<InstanceLock> lockInstances() {
 }
 
 // Whether another run may be at work there, so that this one has to end before it looks. Of a home
-// that is closed to us the checks tell, and we change nothing there.
+// that is closed to us the checks tell; nothing is installed there.
 bool mayBeShared(const InstanceLock& lock) {
   return lock.refusal() && lock.refusal()->code != FileError::kClosed;
 }
@@ -145,19 +146,6 @@ bool run(const std::vector<std::string>& arguments) {
   return installPackage(arguments);
 }
 
-// No error is sent: the record's reader has none for what whoever sent the signal knows.
-bool runUntilInterrupted(const std::vector<std::string>& arguments, Trace& trace) {
-  try {
-    trace.open();
-    const bool installed = run(arguments);
-    checkInterruption();
-    return installed;
-  } catch (const Interrupted& interrupted) {
-    log(LogLevel::error, "Asked to end by {}. The installation ends here.", interrupted.cause);
-    return false;
-  }
-}
-
 // A line so short needs no memory. Standard error is for the runs that have no trace.
 void tellOfMemory(const Trace& trace) {
   const char* const line = trace.isBegun() ? kNoMemoryToGoOn : kNoMemoryToBegin;
@@ -171,18 +159,31 @@ void tellOfLibrary(const xml::LibraryLack& lack, const Trace& trace) {
   if (!trace.isOpen()) fmt::print(stderr, "HotfixInstaller: {}.\n", lack.what());
 }
 
+// For an end on the way no error is sent: the record's reader has none for what whoever sent the
+// signal knows, nor for what the machine lacks.
+bool runToAnEnd(const std::vector<std::string>& arguments, Trace& trace) {
+  try {
+    trace.open();
+    const bool installed = run(arguments);
+    checkInterruption();
+    return installed;
+  } catch (const Interrupted& interrupted) {
+    log(LogLevel::error, "Asked to end by {}. The installation ends here.", interrupted.cause);
+  } catch (const xml::LibraryLack& lack) {
+    tellOfLibrary(lack, trace);
+  }
+  return false;
+}
+
 }  // namespace
 
 int runInstaller(const std::vector<std::string>& arguments) {
   const ToldOnce lines;
   Trace trace;
   try {
-    return runUntilInterrupted(arguments, trace) ? 0 : 1;
+    return runToAnEnd(arguments, trace) ? 0 : 1;
   } catch (const std::bad_alloc&) {
     tellOfMemory(trace);
-    return 1;
-  } catch (const xml::LibraryLack& lack) {
-    tellOfLibrary(lack, trace);
     return 1;
   }
 }

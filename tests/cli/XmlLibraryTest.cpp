@@ -12,6 +12,10 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
+constexpr const char* kPreferences =
+    "/Users/alice/Library/Preferences/com.kiv.rcp.install.mac.plist";
+constexpr const char* kUnusualPreferences = "\xEF\xBB\xBF<plist><dict/></plist>";
+
 // Runs on a machine on which the XML library cannot be loaded.
 class XmlLibraryTest : public InstallerTest {
  protected:
@@ -50,10 +54,20 @@ TEST_F(XmlLibraryTest, RunEndsWhenItIsNeededAndCannotBeLoaded) {
   EXPECT_EQ(0, install().status);  // with the library
 }
 
+// Whether the trace is wanted is asked in the end, too.
+TEST_F(XmlLibraryTest, PreferencesThatNeedItInTheEndEndNothing) {
+  proves("XML-2");
+  _sandbox.writeFile(kPreferences, "<plist><dict/></plist>");
+  _sandbox.script(
+      "rcplauncher",
+      ChildScript().write(_instance.result(), "rc=0\n").write(kPreferences, kUnusualPreferences));
+
+  EXPECT_EQ(0, installWithoutLibrary().status);
+}
+
 TEST_F(XmlLibraryTest, LackIsToldOnStandardErrorBeforeThereIsATrace) {
   proves("XML-2");
-  _sandbox.writeFile("/Users/alice/Library/Preferences/com.kiv.rcp.install.mac.plist",
-                     "\xEF\xBB\xBF<plist><dict/></plist>");
+  _sandbox.writeFile(kPreferences, kUnusualPreferences);
 
   const RunResult result = installWithoutLibrary();
 

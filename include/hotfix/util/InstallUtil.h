@@ -13,8 +13,8 @@
 namespace installer {
 
 /// Operations of the installer without state: its errors, the processes and bundles of the machine,
-/// files and receipts, tracing and locale, the manifest version. None throws but
-/// std::bad_alloc.
+/// files and receipts, tracing and locale, the manifest version. None throws but std::bad_alloc,
+/// and std::runtime_error where a list needs the XML library, which cannot be loaded.
 class InstallUtil {
  public:
   InstallUtil() = delete;
