@@ -14,10 +14,6 @@ constexpr std::size_t kSmallestBlock = 1024;  // bytes
 constexpr std::size_t kLargestBlock = std::size_t{1} << 20;
 constexpr std::size_t kAtOnce = 32;  // entries whose places are looked up together
 
-std::string_view viewOf(std::span<char> text) {
-  return {text.data(), text.size()};
-}
-
 }  // namespace
 
 TextDictionary::TextDictionary(const TextDictionary& other)
@@ -79,8 +75,8 @@ void TextDictionary::setKept(std::span<const Entry> entries) {
 }
 
 std::span<char> TextDictionary::keep(std::string bytes) {
-  _kept += bytes.size();
   _blocks.push_front(std::move(bytes));
+  _kept += _blocks.front().size();
   return _blocks.front();
 }
 
@@ -107,17 +103,18 @@ void TextDictionary::replaceValue(std::size_t place, std::string_view by) {
 }
 
 void TextDictionary::add(const Entry& entry, std::size_t hash) {
+  _places.makeRoomFor(_entries.size() + 1);
   _entries.push_back(entry);
   _places.add(hash, _entries.size() - 1);
   _textSize += entry.key.size() + entry.value.size();
 }
 
-// Brings the texts together in one block of our own.
+// Brings the texts together in one block of our own. Once there is memory for that, nothing fails.
 void TextDictionary::gather() {
-  const std::forward_list<std::string> old = std::exchange(_blocks, {});
+  std::forward_list<std::string> blocks(1);
+  blocks.front().reserve(_textSize);
+  _blocks.swap(blocks);
   _kept = 0;
-  _blocks.emplace_front();
-  _blocks.front().reserve(_textSize);
   for (Entry& entry : _entries)
     entry = {viewOf(keepCopy(entry.key)), viewOf(keepCopy(entry.value))};
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <forward_list>
 #include <optional>
 #include <span>
@@ -12,6 +11,10 @@
 #include "hotfix/base/PlaceIndex.h"
 
 namespace installer {
+
+inline std::string_view viewOf(std::span<char> text) {
+  return {text.data(), text.size()};
+}
 
 // An OrderedDictionary of texts for files with very many entries: the texts lie in a few large
 // blocks, of which a file's own bytes can be one, so that an entry takes no memory of its own.
@@ -30,15 +33,14 @@ class TextDictionary {
   TextDictionary& operator=(TextDictionary other) noexcept;
   ~TextDictionary() = default;
 
-  bool empty() const { return _entries.empty(); }
   std::size_t size() const { return _entries.size(); }
   const_iterator begin() const { return _entries.begin(); }
   const_iterator end() const { return _entries.end(); }
   // Bytes of all keys and values.
   std::size_t textSize() const { return _textSize; }
 
-  // Bytes of all texts that are kept for the entries; at most twice as many after a change, but for
-  // a few.
+  // Bytes of all texts that are kept; after set() and remove() at most twice those of the entries,
+  // but for a few.
   std::size_t keptSize() const { return _kept; }
 
   // The value stored under `key`, valid until the next change; nullopt when there is none.

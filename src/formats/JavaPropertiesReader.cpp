@@ -30,10 +30,6 @@ std::span<char> trimmed(std::span<char> line) {
   return line;
 }
 
-std::string_view viewOf(std::span<char> text) {
-  return {text.data(), text.size()};
-}
-
 bool isSeparator(char character) {
   return character == '=' || character == ':' || character == ' ' || character == '\t';
 }

@@ -63,6 +63,7 @@ class OrderedDictionary {
       _entries[*place].second = std::move(value);
       return;
     }
+    _places.makeRoomFor(_entries.size() + 1);  // an entry without a place would be there twice
     _entries.emplace_back(std::move(key), std::move(value));
     _places.add(hash, _entries.size() - 1);
   }

@@ -37,9 +37,14 @@ class PlaceIndex {
     if (!hasRoomFor(count)) rebuild(std::bit_ceil(count + count / 2 + 1));
   }
 
-  /// Adds the place behind all others: 0, then 1, and so on.
+  /// Has room for so many places, one more than there are; grows by halves.
+  void makeRoomFor(std::size_t count) {
+    if (!hasRoomFor(count)) rebuild(_slots.empty() ? kFirstSlots : _slots.size() * 2);
+  }
+
+  /// Adds the place behind all others: 0, then 1, and so on. Throws nothing where there is room.
   void add(std::size_t hash, std::size_t place) {
-    if (!hasRoomFor(place + 1)) rebuild(_slots.empty() ? kFirstSlots : _slots.size() * 2);
+    makeRoomFor(place + 1);
     fillSlot({static_cast<std::uint32_t>(hash), static_cast<std::uint32_t>(place)});
   }
 
