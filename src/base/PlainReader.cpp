@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <optional>
+#include <utility>
 
 #include "base/Characters.h"
 #include "base/LetterCase.h"
@@ -78,14 +81,12 @@ struct Reference {
   std::size_t length = 0;  // bytes from the ampersand to the semicolon
 };
 
-// nullopt for the number of no character.
+// nullopt for the number of no character. No reference is long enough for one that does not fit.
 std::optional<Reference> numbered(std::string_view digits, int base, std::size_t length) {
-  constexpr std::size_t kMaximumDigits = 7;
   std::uint32_t number = 0;
   const char* const end = digits.data() + digits.size();
   const auto read = std::from_chars(digits.data(), end, number, base);
-  if (digits.empty() || digits.size() > kMaximumDigits || read.ptr != end) return std::nullopt;
-  if (!isXmlCharacter(number)) return std::nullopt;
+  if (read.ptr != end || !isXmlCharacter(number)) return std::nullopt;
   return Reference{number, length};
 }
 
@@ -284,7 +285,7 @@ PlainReader::Piece PlainReader::readEnd() {
   const std::size_t begin = _at + 2;
   if (_open.empty() || !_bytes.substr(begin).starts_with(_open.back())) return Piece::unusual;
   const std::size_t at = behindBlanks(begin + _open.back().size());
-  if (byteAt(at) != '>') return Piece::unusual;
+  if (byteAt(at) != '>' || at + 1 - _at > kMaximumMarkup) return Piece::unusual;
   _name = _open.back();
   _open.pop_back();
   _at = at + 1;
@@ -346,9 +347,9 @@ void appendDecoded(std::string_view text, std::string& to) {
     to += text.substr(at, reference - at);
     at = reference;
     if (at == text.size()) break;
-    const Reference found = referenceAt(text, at).value_or(Reference{'&', 1});
-    appendCharacter(found.character, to);
-    at += found.length;
+    const std::optional<Reference> found = referenceAt(text, at);  // nothing else was let through
+    appendCharacter(found->character, to);
+    at += found->length;
   }
 }
 

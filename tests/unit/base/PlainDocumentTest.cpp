@@ -110,6 +110,8 @@ TEST(PlainDocumentTest, IsWithinBounds) {
   EXPECT_FALSE(isPlainAndTheSame("<m" + attributes(33) + "/>"));
   EXPECT_TRUE(isPlainAndTheSame("<m" + blanks + "/>"));
   EXPECT_FALSE(isPlainAndTheSame("<m" + blanks + blanks + "/>"));
+  EXPECT_TRUE(isPlainAndTheSame("<m></m" + blanks + ">"));
+  EXPECT_FALSE(isPlainAndTheSame("<m></m" + blanks + blanks + ">"));
   EXPECT_TRUE(isPlainAndTheSame("<" + std::string(256, 'm') + "/>"));
   EXPECT_FALSE(isPlainAndTheSame("<" + std::string(257, 'm') + "/>"));
   EXPECT_TRUE(isPlainAndTheSame("<m>" + text + "</m>"));
