@@ -120,7 +120,9 @@ std::optional<double> magnitudeFromText(std::string_view text) {
   stream.imbue(std::locale::classic());
   double number = 0;
   stream >> number;
-  const bool isHeld = std::isfinite(number) && !stream.fail() && (number != 0 || isZero(text));
+  // Some libraries take what is held with fewer digits for a failure; the text itself is none.
+  const bool isRead = !stream.fail() || std::fpclassify(number) == FP_SUBNORMAL;
+  const bool isHeld = std::isfinite(number) && isRead && (number != 0 || isZero(text));
   if (!isHeld) return std::nullopt;
   return number;
 }
