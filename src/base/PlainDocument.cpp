@@ -4,63 +4,19 @@
 #include <utility>
 
 #include "base/PlainReader.h"
+#include "base/XmlBlanks.h"
+#include "base/XmlEscapes.h"
 #include "base/XmlTree.h"
 
 namespace installer::xml {
 
 namespace {
 
-bool isBlank(std::string_view text) {
-  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
-}
-
-// What is written for a character of a text; empty for most.
-std::string_view escaped(char character) {
-  switch (character) {
-    case '&':
-      return "&amp;";
-    case '<':
-      return "&lt;";
-    case '>':
-      return "&gt;";
-    case '\r':
-      return "&#13;";
-    default:
-      return {};
-  }
-}
-
-// The same for an attribute's value.
-std::string_view escapedInValue(char character) {
-  switch (character) {
-    case '"':
-      return "&quot;";
-    case '\t':
-      return "&#9;";
-    case '\n':
-      return "&#10;";
-    default:
-      return escaped(character);
-  }
-}
-
-template <class Escape>
-void append(std::string_view text, Escape escape, std::string& to) {
-  std::size_t begin = 0;  // of what is written as it is
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const std::string_view reference = escape(text[at]);
-    if (reference.empty()) continue;
-    to.append(text.substr(begin, at - begin)).append(reference);
-    begin = at + 1;
-  }
-  to.append(text.substr(begin));
-}
-
 std::string startTag(const PlainReader& reader) {
   std::string tag(reader.name());
   for (const PlainReader::Attribute& attribute : reader.attributes()) {
     tag.append(" ").append(attribute.name).append("=\"");
-    append(decodedValue(attribute.value), escapedInValue, tag);
+    appendEscapedValue(decodedValue(attribute.value), tag);
     tag += '"';
   }
   return tag;
@@ -181,11 +137,12 @@ void PlainDocument::addText(const PlainReader& reader) {
   }
   const std::string text = decoded(reader.content());
   std::string written;
-  append(text, escaped, written);
+  appendEscaped(text, written);
   _nodes.push_back({keep(std::move(written)), 1, 0, isBlank(text) ? Kind::blanks : Kind::text});
 }
 
-// The library makes one of two that follow each other.
+// The library makes one of two that follow each other. Whether something is between them is for it
+// to tell.
 bool PlainDocument::addSection(const PlainReader& reader) {
   return _nodes.back().kind != Kind::section && add(reader.content(), Kind::section);
 }
@@ -229,7 +186,7 @@ void PlainDocument::changeAttribute(Node& element, std::string_view name, const 
   const std::optional<Place> place = valueIn(tag, element.nameSize, name);
   if (!place) return;
   std::string changed(tag.substr(0, place->begin));
-  append(change(decoded(tag.substr(place->begin, place->size))), escapedInValue, changed);
+  appendEscapedValue(change(decoded(tag.substr(place->begin, place->size))), changed);
   changed += tag.substr(place->begin + place->size);
   if (changed != tag) element.written = keep(std::move(changed));
 }

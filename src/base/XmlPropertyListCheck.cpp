@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/XmlBlanks.h"
 #include "base/XmlElements.h"
 #include "base/XmlPropertyListElements.h"
 
@@ -46,7 +47,7 @@ class Comparison final : public xml::ElementReceiver {
   }
 
   bool text(std::string_view bytes) override {
-    if (!_leaf) return isBlank(bytes);
+    if (!_leaf) return xml::isBlank(bytes);
     _text += bytes;
     return true;
   }

@@ -9,15 +9,16 @@
 #include "base/Base64.h"
 #include "base/PropertyListDate.h"
 #include "base/RealText.h"
+#include "base/XmlBlanks.h"
 
 namespace installer::PropertyList {
 
 namespace {
 
 std::string_view trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(kBlanks);
+  const std::size_t first = text.find_first_not_of(xml::kBlanks);
   if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+  return text.substr(first, text.find_last_not_of(xml::kBlanks) - first + 1);
 }
 
 std::optional<std::uint64_t> magnitude(std::string_view digits) {
@@ -78,10 +79,6 @@ std::optional<Value> flagFromText(bool flag, std::string_view text) {
 }
 
 }  // namespace
-
-bool isBlank(std::string_view text) {
-  return text.find_first_not_of(kBlanks) == std::string_view::npos;
-}
 
 std::optional<Tag> tagNamed(std::string_view name) {
   constexpr std::array<std::pair<std::string_view, Tag>, 11> tags{{{"key", Tag::key},

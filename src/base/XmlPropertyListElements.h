@@ -10,7 +10,6 @@
 namespace installer::PropertyList {
 
 inline constexpr std::string_view kUidKey = "CF$UID";
-inline constexpr std::string_view kBlanks = " \t\r\n";
 // As we and the platform write it.
 inline constexpr std::string_view kUsualType =
     "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
@@ -19,8 +18,6 @@ inline constexpr std::string_view kUsualType =
 enum class Tag { plist, dict, array, key, string, integer, real, date, data, yes, no };
 
 std::optional<Tag> tagNamed(std::string_view name);
-
-bool isBlank(std::string_view text);
 
 // What an element says that holds text; nullopt when it says nothing of its kind.
 [[nodiscard]] std::optional<Value> leafFromText(Tag tag, std::string&& text);

@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "base/XmlBlanks.h"
 #include "base/XmlElements.h"
 #include "base/XmlPropertyListElements.h"
 
@@ -34,7 +35,7 @@ class Builder final : public xml::ElementReceiver {
   bool text(std::string_view bytes) override {
     if (_leaf)
       _text += bytes;
-    else if (!isBlank(bytes))
+    else if (!xml::isBlank(bytes))
       fail();
     return _good;
   }

@@ -5,16 +5,15 @@
 #include "base/Base64.h"
 #include "base/PropertyListDate.h"
 #include "base/RealText.h"
+#include "base/XmlEscapes.h"
+#include "base/XmlPropertyListElements.h"
 
 namespace installer::PropertyList {
 
 namespace {
 
-constexpr std::string_view kHead =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
-    "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-    "<plist version=\"1.0\">\n";
+constexpr std::string_view kHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+constexpr std::string_view kOpening = "\n<plist version=\"1.0\">\n";
 constexpr std::string_view kFoot = "</plist>\n";
 
 class Writer {
@@ -83,7 +82,7 @@ class Writer {
     _text += '<';
     _text += tag;
     _text += '>';
-    escape(text);
+    xml::appendEscaped(text, _text);
     _text += "</";
     _text += tag;
     _text += ">\n";
@@ -92,29 +91,7 @@ class Writer {
 
   void indent() { _text.append(static_cast<std::size_t>(_depth), '\t'); }
 
-  // What is between the characters that are written otherwise goes over as it is.
-  void escape(std::string_view text) {
-    for (std::size_t at = 0; at < text.size();) {
-      const std::size_t begin = at;
-      while (at < text.size() && isPlain(text[at])) ++at;
-      _text += text.substr(begin, at - begin);
-      if (at < text.size()) escape(text[at++]);
-    }
-  }
-
-  // A bare carriage return would be read as a line feed.
-  static bool isPlain(char character) {
-    return character != '&' && character != '<' && character != '>' && character != '\r';
-  }
-
-  void escape(char character) {
-    if (character == '&') _text += "&amp;";
-    if (character == '<') _text += "&lt;";
-    if (character == '>') _text += "&gt;";
-    if (character == '\r') _text += "&#13;";
-  }
-
-  std::string _text{kHead};
+  std::string _text = std::string(kHead).append(kUsualType).append(kOpening);
   int _depth = 0;  // open containers
 };
 

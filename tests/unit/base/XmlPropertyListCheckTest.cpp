@@ -140,7 +140,7 @@ TEST(XmlPropertyListCheckTest, UnusualBytesAreComparedFromTheirBeginning) {
   EXPECT_FALSE(isToldBy(xmlList(elements + "<?A:b c?><true/>"), value));
 }
 
-TEST(XmlPropertyListCheckTest, NestingAndNumberAreThoseThatCanBeRead) {
+TEST(XmlPropertyListCheckTest, NestingIsWhatCanBeRead) {
   Value deep(true);
   for (int level = 0; level < kMaximumDepth; ++level) deep = Array{deep};
   std::string elements = "<true/>";
