@@ -9,8 +9,6 @@ namespace installer::calls {
 
 namespace {
 
-constexpr long kChangeModeAtCall = 452;  // newer than the headers of some systems
-
 #define NAMED(name) \
   { SYS_##name, #name }
 

@@ -4,6 +4,8 @@
 
 namespace installer::calls {
 
+inline constexpr long kChangeModeAtCall = 452;  // newer than the headers of some systems
+
 // The name of the system call of that number; "call <number>" for one that is not known here.
 std::string nameOfCall(long number);
 

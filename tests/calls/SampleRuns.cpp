@@ -120,6 +120,7 @@ void SampleRoot::install(const std::string& hotfix) const {
 }
 
 void SampleRoot::command(const std::vector<std::string>& words) const {
+  fflush(stdout);  // or the child would write what waits once more
   const pid_t child = fork();
   if (child == 0) become(_root, words);
   int status = -1;

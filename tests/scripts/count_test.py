@@ -22,10 +22,11 @@ class CountTest(unittest.TestCase):
         self._record.write_text(json.dumps({
             "groups": {"durability": {"for": "flushes", "kinds": ["fsync"]},
                        "opening": {"for": "files", "kinds": ["openat", "close"]}},
+            "taken": {"kernel": "Linux 6.6", "library": "glibc 2.36"},
             "runs": runs}), encoding="utf-8")
 
-    def count(self, *options, counts=(), status=0, run="install"):
-        lines = "".join(f"{run}\\t{kind}\\t{number}\\n" for kind, number in counts)
+    def count(self, *options, counts=(), status=0, run="install", taken="Linux 6.6\\tglibc 2.36"):
+        lines = f"{taken}\\n" + "".join(f"{run}\\t{kind}\\t{number}\\n" for kind, number in counts)
         self._counter.write_text(f"#!/bin/sh\nprintf '{lines}'\nexit {status}\n", encoding="utf-8")
         self._counter.chmod(0o755)
         return subprocess.run([COUNT, "--counter", self._counter, "--record", self._record, *options],
@@ -69,20 +70,36 @@ class CountTest(unittest.TestCase):
 
             self.assertEqual(result.returncode, status)
 
+    def testAnotherKernelIsCompared(self):
+        for number, status in ((100, 0), (103, 1)):
+            result = self.count(counts=[("openat", number)], taken="Linux 7.0\\tglibc 2.36")
+
+            self.assertEqual(result.returncode, status)
+
+    def testAnotherLibraryIsSkipped(self):
+        result = self.count(counts=[("openat", 103)], taken="Linux 6.6\\tglibc 2.41")
+
+        self.assertEqual(result.returncode, 77)
+        self.assertIn("skipped: glibc 2.41 is no glibc 2.36", result.stdout)
+
     def testAnUpdateKeepsTheWordsAndTakesTheCounts(self):
-        result = self.count("--update", counts=[("openat", 120), ("close", 3)])
+        taken = "Linux 6.12\\tglibc 2.41"
+        result = self.count("--update", counts=[("openat", 120), ("close", 3)], taken=taken)
 
         self.assertEqual(result.returncode, 0)
         record = json.loads(self._record.read_text(encoding="utf-8"))
         self.assertEqual(record["runs"], {"install": {"total": 123, "close": 3, "openat": 120}})
+        self.assertEqual(record["taken"], {"kernel": "Linux 6.12", "library": "glibc 2.41"})
         self.assertEqual(record["groups"]["opening"]["for"], "files")
-        self.assertEqual(self.count(counts=[("openat", 120), ("close", 3)]).returncode, 0)
+        again = self.count(counts=[("openat", 120), ("close", 3)], taken=taken)
+        self.assertEqual(again.returncode, 0)
 
     def testTheRecordOfTheHouseKnowsFourRuns(self):
         record = json.loads((ROOT / "tests/calls/record.json").read_text(encoding="utf-8"))
 
         self.assertEqual(set(record["runs"]),
                          {"install", "upgrade", "refusal", "wrong-attributes"})
+        self.assertEqual(set(record["taken"]), {"kernel", "library"})
         for counts in record["runs"].values():
             kinds = {kind: number for kind, number in counts.items() if kind != "total"}
             self.assertEqual(counts["total"], sum(kinds.values()))
