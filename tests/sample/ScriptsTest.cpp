@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -311,19 +312,48 @@ TEST(MakeHotfixTest, BothScriptsTakeTheSameOptions) {
                                      "  --extras FOLDER", "  --site FOLDER"}));
 }
 
+// A program that stays up until this object goes.
+class Staying {
+ public:
+  // Returns when it is the program, and no more the process that was to become it: that is when
+  // what such a process does not keep is closed.
+  explicit Staying(std::string program) {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(0, pipe2(ends.data(), O_CLOEXEC));
+    std::string option = "--stay";
+    std::string seconds = "3600";
+    std::array<char*, 4> arguments{program.data(), option.data(), seconds.data(), nullptr};
+    EXPECT_EQ(0,
+              posix_spawn(&_process, program.c_str(), nullptr, nullptr, arguments.data(), environ));
+    close(ends[1]);
+    char nothing = 0;
+    EXPECT_EQ(0, read(ends[0], &nothing, 1));
+    close(ends[0]);
+  }
+  Staying(const Staying&) = delete;
+  Staying& operator=(const Staying&) = delete;
+  ~Staying() {
+    if (_process <= 0) return;
+    kill(_process, SIGTERM);
+    waitpid(_process, nullptr, 0);
+  }
+
+  fs::path executable() const {
+    std::error_code unknown;
+    return fs::read_symlink("/proc/" + std::to_string(_process) + "/exe", unknown);
+  }
+
+ private:
+  pid_t _process = -1;
+};
+
 TEST(ApplicationTest, RunningProcessIsSeenInsideItsBundle) {
   const SampleWorld world;
-  std::string program = (world.app() / "Contents/MacOS/Quillmere").string();
-  std::string option = "--stay";
-  std::string seconds = "60";
-  std::array<char*, 4> arguments{program.data(), option.data(), seconds.data(), nullptr};
-  pid_t child = -1;
-  ASSERT_EQ(posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments.data(), environ), 0);
+  const fs::path program = world.app() / "Contents/MacOS/Quillmere";
 
-  EXPECT_EQ(fs::read_symlink("/proc/" + std::to_string(child) + "/exe"), program);
+  const Staying application(program.string());
 
-  kill(child, SIGTERM);
-  waitpid(child, nullptr, 0);
+  EXPECT_EQ(application.executable(), program);
 }
 
 TEST(ApplicationTest, TellsItsFeatures) {
