@@ -32,8 +32,8 @@ struct RunOptions {
   std::string input;                                 // standard input holds this and ends
   std::vector<std::vector<std::string>> background;  // programs that run all the while
   std::string awaited;                               // path that must exist before the start
-  std::chrono::milliseconds limit{20'000};
-  std::map<int, std::uint64_t> limits;  // RLIMIT_FSIZE, say, -> soft and hard limit
+  std::chrono::milliseconds limit{60'000};           // for a machine that has much else to do
+  std::map<int, std::uint64_t> limits;               // RLIMIT_FSIZE, say, -> soft and hard limit
   std::vector<int> ignoredSignals;
   std::vector<int> blockedSignals;
   bool systemLog = false;     // whether a system log listens at /dev/log
