@@ -3,8 +3,6 @@
 #include <unistd.h>
 
 #include <csignal>
-
-#include <chrono>
 #include <filesystem>
 
 #include "cli/Fixtures.h"
@@ -248,15 +246,6 @@ TEST_F(OrdinaryUserTest, ReadsItsOwnLocale) {
 
 class TwoRunsTest : public EnvironmentTest {
  protected:
-  template <class Condition>
-  bool comesTrue(Condition condition) const {
-    for (int turn = 0; turn < 2000; ++turn) {
-      if (condition()) return true;
-      usleep(5000);
-    }
-    return false;
-  }
-
   bool secondWaits() const {
     const auto trace = _sandbox.readFile(kTrace);
     return trace && trace->find("<Notice>: Another installation") != std::string::npos;
@@ -391,9 +380,9 @@ TEST_F(TwoRunsTest, AnotherInstanceIsNotWaitedFor) {
 TEST_F(TwoRunsTest, KilledRunLeavesNoLockBehind) {
   proves("LOCK-3");
   _sandbox.script("rcplauncher", 1, ChildScript().await("/never"));
-  RunOptions options;
-  options.limit = std::chrono::milliseconds(500);
-  ASSERT_EQ(-1, install(options).status);
+  RunningProgram first = _sandbox.start({_package.folder, _destination});
+  EXPECT_TRUE(comesTrue([&] { return launches() == 1; }));
+  first.kill();
 
   EXPECT_EQ(0, install().status);
 

@@ -1,6 +1,9 @@
 #include "cli/Fixtures.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <chrono>
 #include <ctime>
 #include <ostream>
 #include <sstream>
@@ -124,6 +127,16 @@ ListValue InstallerTest::listAt(const std::string& path) const {
   const auto list = readXmlList(*text);
   EXPECT_TRUE(list.has_value()) << path << " is no property list: " << *text;
   return list.value_or(ListValue{});
+}
+
+bool InstallerTest::comesTrue(const std::function<bool()>& condition) {
+  using Clock = std::chrono::steady_clock;
+  const auto end = Clock::now() + RunOptions().limit;
+  while (!condition()) {
+    if (Clock::now() > end) return false;
+    usleep(5000);
+  }
+  return true;
 }
 
 std::vector<TraceLine> InstallerTest::serviceLines() const {

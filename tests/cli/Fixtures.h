@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -114,6 +115,10 @@ class InstallerTest : public ::testing::Test {
   std::optional<std::string> recorded(const std::string& key) const {
     return listAt(_instance.info()).stringAt(key);
   }
+
+  // Looks until it is so, for what others do meanwhile; false when that takes longer than a run
+  // may.
+  static bool comesTrue(const std::function<bool()>& condition);
 
   // The lines that the making of a service writes, home and staging.
   std::vector<TraceLine> serviceLines() const;

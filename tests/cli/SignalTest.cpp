@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include <unistd.h>
 #include <csignal>
+#include <cstdio>
 
 #include "cli/Fixtures.h"
 #include "support/Proves.h"
@@ -55,15 +55,6 @@ INSTANTIATE_TEST_SUITE_P(Ends, SignalTest,
 
 class EarlyEndTest : public InstallerTest {
  protected:
-  template <class Condition>
-  static bool comesTrue(Condition condition) {
-    for (int turn = 0; turn < 2000; ++turn) {
-      if (condition()) return true;
-      usleep(5000);
-    }
-    return false;
-  }
-
   // The number of the process that has written the line into the trace; empty without one.
   std::string writerOf(const std::string& line) const {
     const std::string trace = _sandbox.readFile(kTrace).value_or("");
