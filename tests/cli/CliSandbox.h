@@ -88,6 +88,7 @@ class CliSandbox {
   static constexpr const char* kProgram = test::kProgramInRoot;
   static constexpr const char* kChild = test::kChildInRoot;
   static constexpr const char* kAllocationFault = test::kAllocationFaultInRoot;
+  static constexpr const char* kKillAtName = test::kKillAtNameInRoot;
   static constexpr uid_t kAlice = test::kAlice;
   static constexpr uid_t kBob = test::kBob;
   static constexpr gid_t kAdmin = test::kAdmin;

@@ -142,6 +142,7 @@ void mountRoot(const std::string& root, const std::string& program) {
   bindFile(program, root + kProgramInRoot);
   bindFile(recordedChild(), root + kChildInRoot);
   bindFile(HOTFIX_BINARY_DIR "/preload/AllocationFault.so", root + kAllocationFaultInRoot);
+  bindFile(HOTFIX_BINARY_DIR "/preload/KillAtName.so", root + kKillAtNameInRoot);
   const std::string proc = root + "/proc";
   if (mount("proc", proc.c_str(), "proc", 0, nullptr) != 0 &&
       mount("/proc", proc.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0)

@@ -31,8 +31,9 @@ void writeUserDatabase(const std::string& root, bool withAdmin);
 // The program and the helper that plays its children, as they are named below a root.
 inline constexpr const char* kProgramInRoot = "/control/HotfixInstaller";
 inline constexpr const char* kChildInRoot = "/control/child";
-// To be preloaded (LD_PRELOAD); its source tells by which variables it is told what to do.
+// To be preloaded (LD_PRELOAD); their sources tell by which variables they are told what to do.
 inline constexpr const char* kAllocationFaultInRoot = "/control/AllocationFault.so";
+inline constexpr const char* kKillAtNameInRoot = "/control/KillAtName.so";
 
 // Mounts libraries, devices, the process list, the helper and the program of that path below the
 // root. Ends the process with status 126 and a line when something is refused.
