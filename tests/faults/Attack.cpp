@@ -14,6 +14,7 @@
 #include "faults/Attacker.h"
 #include "faults/Judgement.h"
 #include "faults/Normal.h"
+#include "faults/Paths.h"
 #include "faults/Planting.h"
 #include "support/linux/PrivateRoot.h"
 
@@ -28,10 +29,6 @@ constexpr long kRuns = 200;
 constexpr std::array<std::string_view, 4> kScenarios{"install", "upgrade", "higher", "staged"};
 const std::string kBaits = "/Users/alice/baits";
 constexpr int kHardLinks = 64;
-
-bool isAtOrBelow(const std::string& path, const std::string& folder) {
-  return !folder.empty() && (path == folder || path.starts_with(folder + "/"));
-}
 
 // Application, data and the entry itself belong to the user, as on most machines.
 Scenario forAttack(const Scenario& asItIs, const PlantedName& name) {
@@ -83,8 +80,7 @@ std::vector<Violation> judgeAttack(const Runner& runner, const Scenario& scenari
                                    std::uint64_t exchanges) {
   std::vector<Violation> found = judgeForeign(runner.world(), scenario, run);
   // What comes to be only for a moment or late may be missed.
-  const bool isAllTheWhile =
-      scenario.files.contains(name.path.substr(0, name.path.rfind('/'))) && !name.path.empty();
+  const bool isAllTheWhile = scenario.files.contains(folderOf(name.path)) && !name.path.empty();
   if (exchanges == 0 && isAllTheWhile)
     found.push_back({"attack", "nothing was exchanged while the program ran"});
   return found;
@@ -111,7 +107,7 @@ Outcome attack(const Runner& runner, const Scenario& asItIs, const PlantedName& 
 
 // In a folder that never comes to be nothing can be exchanged.
 bool isWithinReach(const PlantedName& name, const Learned& learned) {
-  return learned.files.contains(name.path.substr(0, name.path.rfind('/'))) || name.path.empty();
+  return learned.files.contains(folderOf(name.path)) || name.path.empty();
 }
 
 std::vector<long> everyRun(const PlantedName& name, const Scenario& scenario,

@@ -14,6 +14,7 @@
 #include <new>
 #include <utility>
 
+#include "faults/Paths.h"
 #include "support/linux/PrivateRoot.h"
 
 namespace installer::faults {
@@ -62,7 +63,7 @@ class Pair {
   // is made again.
   std::uint64_t exchangeAt(const std::string& place) {
     constexpr int kTurns = 16;
-    const std::string aside = place.substr(0, place.rfind('/')) + "/aside";
+    const std::string aside = folderOf(place) + "/aside";
     if (_bait == Identity() || (identityAt(aside) != _bait && identityAt(place) != _bait)) {
       (void)moveTo(aside, aside + std::to_string(++_count), RENAME_NOREPLACE);  // mostly nothing
       _assault.makeBait(aside);

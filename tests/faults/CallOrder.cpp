@@ -11,6 +11,8 @@
 #include <string>
 #include <utility>
 
+#include "faults/Paths.h"
+
 namespace installer::faults {
 
 namespace fs = std::filesystem;
@@ -23,10 +25,6 @@ std::optional<Identity> identityAt(const std::string& path) {
   struct stat status {};
   if (lstat(path.c_str(), &status) != 0) return std::nullopt;
   return Identity(status.st_dev, status.st_ino);
-}
-
-std::string folderOf(const std::string& path) {
-  return path.substr(0, path.rfind('/'));
 }
 
 bool renames(long number) {

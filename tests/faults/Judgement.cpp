@@ -8,6 +8,7 @@
 #include "cli/Fixtures.h"
 #include "faults/AllocationKind.h"
 #include "faults/Normal.h"
+#include "faults/Paths.h"
 #include "faults/Planting.h"
 #include "faults/Reports.h"
 
@@ -68,7 +69,7 @@ Violations judgeElsewhere(const Scenario& scenario, const Files& files) {
 Files withCopiesOpen(const Scenario& scenario, Files files) {
   for (auto& [path, entry] : files) {
     const bool isClosed = entry.kind == "folder" && entry.mode == 0700 && entry.owner == 0;
-    const auto isAbove = [&](const std::string& copy) { return path.starts_with(copy); };
+    const auto isAbove = [&](const std::string& copy) { return isAtOrBelow(path, copy); };
     if (isClosed && std::any_of(scenario.copies.begin(), scenario.copies.end(), isAbove))
       entry.mode = 0755;
   }

@@ -9,6 +9,7 @@
 
 #include "cli/Fixtures.h"
 #include "faults/Normal.h"
+#include "faults/Paths.h"
 #include "support/ListText.h"
 #include "support/linux/PrivateRoot.h"
 
@@ -96,16 +97,12 @@ void plant(const World& world, const Scenario& scenario, const PlantedName& name
     (void)lchown(place.c_str(), test::kAlice, test::kAlice);  // as the user would have made it
 }
 
-bool isAtOrBelow(const std::string& path, const std::string& folder) {
-  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
-}
-
 // Whether the call looks at the name or what is below it, lists it or may change what it leads to.
 bool isAbout(const PlantedName& name, const LoggedCall& call) {
   if (startsChild(*call.form)) return true;
   const auto touches = [&](const std::string& path) {
     if (name.path.empty()) return isTemporary(path);
-    return isAtOrBelow(path, name.path) || path == name.path.substr(0, name.path.rfind('/'));
+    return isAtOrBelow(path, name.path) || path == folderOf(name.path);
   };
   return touches(call.path) || touches(call.otherPath);
 }

@@ -10,6 +10,7 @@
 
 #include "cli/Fixtures.h"
 #include "faults/Normal.h"
+#include "faults/Paths.h"
 #include "support/ListText.h"
 
 namespace installer::faults {
@@ -109,7 +110,7 @@ std::vector<Violation> judgeStatus(const Scenario& scenario, const Run& run) {
 std::vector<Violation> judgeLeftOvers(const Files& files, const Files& before) {
   std::vector<Violation> found;
   for (const auto& [path, entry] : files) {
-    const bool isInOther = isTemporary(path.substr(0, path.rfind('/')));
+    const bool isInOther = isTemporary(folderOf(path));
     if (isTemporary(path) && !isInOther && !before.contains(path))
       found.push_back({"left-over", path});
   }

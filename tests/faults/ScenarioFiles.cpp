@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "faults/Paths.h"
 #include "support/ListText.h"
 #include "support/linux/PrivateRoot.h"
 
@@ -171,7 +172,7 @@ Scenario ScenarioFiles::scenario(const std::string& name, const std::string& abo
   made.code = code;
   made.name = name;
   made.about = about;
-  made.arguments = {_package.folder, _instance.bundle.substr(0, _instance.bundle.rfind('/'))};
+  made.arguments = {_package.folder, folderOf(_instance.bundle)};
   if (_data != _instance.data()) made.arguments.insert(made.arguments.end(), {"-rcpdata", _data});
   made.files = _files;
   ScenarioFiles usedUp = *this;
