@@ -62,46 +62,55 @@ Tally Table::column(const std::string& group) const {
   return sum;
 }
 
-std::size_t Table::violations() const {
-  std::size_t sum = 0;
-  for (const Line& line : _lines) sum += whole(line).violations;
+Tally Table::all() const {
+  Tally sum;
+  for (const Line& line : _lines) sum += whole(line);
   return sum;
 }
 
-std::string Table::text() const {
-  Cells head{"Scenario", "Calls"};
+std::vector<std::string> Table::headCells() const {
+  Cells cells{"Scenario", "Calls"};
+  for (const std::string& group : _groups) cells.push_back("`" + group + "`");
+  cells.insert(cells.end(), {"Violations", "Seconds"});
+  return cells;
+}
+
+std::vector<std::string> Table::cellsOf(const Line& line) const {
+  Cells cells{"`" + line.scenario + "`", std::to_string(line.calls)};
+  for (const std::string& group : _groups) {
+    const auto found = line.groups.find(group);
+    cells.push_back(found == line.groups.end() ? "" : std::to_string(found->second.points));
+  }
+  const Tally sum = whole(line);
+  cells.insert(cells.end(), {std::to_string(sum.violations), inSeconds(sum.seconds)});
+  return cells;
+}
+
+std::string Table::sums() const {
   Cells points{"**Points**", ""};
   Cells violations{"**Violations**", ""};
   Cells seconds{"**Seconds**", ""};
-  Tally all;
   for (const std::string& group : _groups) {
     const Tally sum = column(group);
-    head.push_back("`" + group + "`");
     points.push_back(std::to_string(sum.points));
     violations.push_back(std::to_string(sum.violations));
     seconds.push_back(inSeconds(sum.seconds));
-    all += sum;
   }
-  head.insert(head.end(), {"Violations", "Seconds"});
+  const Tally sum = all();
   points.insert(points.end(), {"", ""});
-  violations.insert(violations.end(), {std::to_string(all.violations), ""});
-  seconds.insert(seconds.end(), {"", inSeconds(all.seconds)});
+  violations.insert(violations.end(), {std::to_string(sum.violations), ""});
+  seconds.insert(seconds.end(), {"", inSeconds(sum.seconds)});
+  return lineOf(points) + lineOf(violations) + lineOf(seconds);
+}
 
+std::string Table::text() const {
+  const Cells head = headCells();
   std::string text = lineOf(head) + lineOf(Cells(head.size(), "---"));
-  for (const Line& line : _lines) {
-    Cells cells{"`" + line.scenario + "`", std::to_string(line.calls)};
-    for (const std::string& group : _groups) {
-      const auto found = line.groups.find(group);
-      cells.push_back(found == line.groups.end() ? "" : std::to_string(found->second.points));
-    }
-    const Tally sum = whole(line);
-    cells.insert(cells.end(), {std::to_string(sum.violations), inSeconds(sum.seconds)});
-    text += lineOf(cells);
-  }
-  text += lineOf(points) + lineOf(violations) + lineOf(seconds);
-  text += fmt::format("\n{} points, {} violations, {} exchanges by attackers\n", all.points,
-                      all.violations, all.exchanges);
-  return text;
+  for (const Line& line : _lines) text += lineOf(cellsOf(line));
+  const Tally sum = all();
+  return text + sums() +
+         fmt::format("\n{} points, {} violations, {} exchanges by attackers\n", sum.points,
+                     sum.violations, sum.exchanges);
 }
 
 }  // namespace installer::faults

@@ -26,7 +26,7 @@ class Table {
   void add(const std::string& scenario, const std::string& kind, const Tally& tally);
 
   bool empty() const { return _lines.empty(); }
-  std::size_t violations() const;
+  std::size_t violations() const { return all().violations; }
   // In the form of a document's table: points by scenario and group, and what they came to.
   std::string text() const;
 
@@ -39,6 +39,11 @@ class Table {
 
   Tally whole(const Line& line) const;
   Tally column(const std::string& group) const;
+  Tally all() const;
+
+  std::vector<std::string> headCells() const;
+  std::vector<std::string> cellsOf(const Line& line) const;
+  std::string sums() const;
 
   std::vector<std::string> _groups;
   std::vector<Line> _lines;
