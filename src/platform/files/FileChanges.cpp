@@ -15,7 +15,6 @@
 #include "platform/Interruption.h"
 #include "platform/files/FileSystemCalls.h"
 #include "platform/files/Opening.h"
-#include "platform/files/TemporaryNames.h"
 #include "platform/posix/Uninterrupted.h"
 
 namespace installer {
@@ -54,13 +53,9 @@ bool copyInKernel(int from, int to, std::size_t size) {
 
 FileChanges::FileChanges(Door refusal) : _refusal(std::move(refusal)) {}
 
-std::string FileChanges::freeTemporaryName(int folder) {
-  return TemporaryNames().next(folder);
-}
-
 bool FileChanges::isTemporaryName(std::string_view name) {
-  if (!name.starts_with(kTemporaryPrefix)) return false;
-  name.remove_prefix(kTemporaryPrefix.size());
+  if (!name.starts_with(TemporaryNames::kPrefix)) return false;
+  name.remove_prefix(TemporaryNames::kPrefix.size());
   std::uint64_t number = 0;
   const auto read = std::from_chars(name.data(), name.data() + name.size(), number);
   return read.ec == std::errc() && name == std::to_string(number);

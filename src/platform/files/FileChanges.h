@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/files/FileOperation.h"
+#include "platform/files/TemporaryNames.h"
 #include "platform/posix/Descriptor.h"
 
 namespace installer {
@@ -20,12 +21,10 @@ class FileChanges {
  public:
   using Door = std::function<int(FileOperation)>;
 
-  static constexpr std::string_view kTemporaryPrefix = ".hotfix-";
-
   explicit FileChanges(Door refusal);
 
   // A name that is not taken in the folder and cannot be guessed. Changes nothing.
-  static std::string freeTemporaryName(int folder);
+  std::string freeTemporaryName(int folder) { return _names.next(folder); }
 
   // Whether freeTemporaryName() can have made the name.
   static bool isTemporaryName(std::string_view name);
@@ -68,6 +67,7 @@ class FileChanges {
   [[nodiscard]] int copyInBlocks(int from, int to, std::size_t size);
 
   Door _refusal;
+  TemporaryNames _names;
   std::vector<char> _block;  // for bytes that pass through our own memory, kept for the next file
 };
 

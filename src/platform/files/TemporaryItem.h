@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "platform/files/FileChanges.h"
-#include "platform/files/TemporaryNames.h"
 #include "platform/posix/Descriptor.h"
 
 namespace installer {
@@ -21,11 +20,8 @@ class TemporaryItem {
   TemporaryItem(FileChanges& changes, int folder, Claimed claimed = Claimed::no)
       : _changes(changes),
         _folder(folder),
-        _name(FileChanges::freeTemporaryName(folder)),
+        _name(changes.freeTemporaryName(folder)),
         _isClaimed(claimed == Claimed::yes) {}
-  // The same, with the next of these names; not claimed.
-  TemporaryItem(FileChanges& changes, int folder, TemporaryNames& names)
-      : _changes(changes), _folder(folder), _name(names.next(folder)), _isClaimed(false) {}
   TemporaryItem(TemporaryItem&& other) noexcept
       : _changes(other._changes),
         _folder(other._folder),

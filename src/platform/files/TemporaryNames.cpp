@@ -1,29 +1,28 @@
 #include "platform/files/TemporaryNames.h"
 
 #include <sys/random.h>
-#include <unistd.h>
 
-#include "platform/files/FileChanges.h"
 #include "platform/files/Opening.h"
+#include "platform/posix/OwnProcess.h"
 
 namespace installer {
 
 namespace {
 
 std::string nameWith(std::uint64_t number) {
-  return std::string(FileChanges::kTemporaryPrefix) + std::to_string(number);
+  return std::string(TemporaryNames::kPrefix) + std::to_string(number);
 }
 
 // The process's own number keeps two processes apart; counted, so that another try is another name.
 std::string nameToBeGuessed() {
   static std::uint64_t count = 0;
-  return nameWith(static_cast<std::uint64_t>(::getpid()) + ++count);
+  return nameWith(static_cast<std::uint64_t>(ownProcess()) + ++count);
 }
 
 }  // namespace
 
 std::string TemporaryNames::next(int folder) {
-  if (_left > 0 || draw()) return nameWith(_numbers[--_left]);
+  if ((_left > 0 && _drawnBy == ownProcess()) || draw()) return nameWith(_numbers[--_left]);
   std::string name = nameToBeGuessed();
   while (statusOf(folder, name)) name = nameToBeGuessed();
   return name;
@@ -35,6 +34,7 @@ bool TemporaryNames::draw() {
   _mayBeMany = true;
   if (::getentropy(_numbers.data(), count * sizeof _numbers[0]) != 0) return false;
   _left = count;
+  _drawnBy = ownProcess();
   return true;
 }
 

@@ -88,7 +88,7 @@ void TreeMerge::mergeEntry(const Entry& source, const OpenFolder& destination, i
 void TreeMerge::replaceEntry(const Entry& source, const std::string& name,
                              const OpenFolder& destination) {
   ItemCopy copy(_changes, Flush::later);
-  TemporaryItem temporary(_changes, destination->get(), _names);
+  TemporaryItem temporary(_changes, destination->get());
   (void)copy.build(source, temporary);  // what could be copied gets the name
   if (!temporary.exists()) {
     (void)removeEntry(_changes, destination->get(), name);  // failures are passed over in merges
@@ -100,7 +100,7 @@ void TreeMerge::replaceEntry(const Entry& source, const std::string& name,
 void TreeMerge::copyMissing(const Entry& source, const std::string& name,
                             const OpenFolder& destination) {
   ItemCopy copy(_changes, Flush::later);
-  TemporaryItem temporary(_changes, destination->get(), _names);
+  TemporaryItem temporary(_changes, destination->get());
   (void)copy.build(source, temporary);  // a part of a tree gets the name too
   if (temporary.exists()) {
     _pending.add(destination, std::move(temporary), name, TakenName::keep);

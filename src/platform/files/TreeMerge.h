@@ -11,7 +11,6 @@
 #include "platform/files/HeldFolders.h"
 #include "platform/files/ItemCopy.h"
 #include "platform/files/PendingNames.h"
-#include "platform/files/TemporaryNames.h"
 #include "platform/posix/Descriptor.h"
 
 namespace installer {
@@ -41,7 +40,6 @@ class TreeMerge {
 
   HeldFolders& _folders;
   FileChanges& _changes;
-  TemporaryNames _names;
   PendingNames _pending;
   std::optional<FileIdentity> _boundary;
   std::set<FileIdentity> _entered;      // every source folder that was merged

@@ -8,6 +8,7 @@
 
 #include "base/TraceLine.h"
 #include "platform/Clock.h"
+#include "platform/posix/OwnProcess.h"
 #include "platform/posix/Uninterrupted.h"
 
 namespace installer {
@@ -46,7 +47,7 @@ void LogFiles::remove(int descriptor) {
 
 void LogFiles::write(LogLevel level, std::string_view message) const {
   LineText text;
-  appendFormatted({_clock.localTime(), _host, getpid(), level, message}, text);
+  appendFormatted({_clock.localTime(), _host, ownProcess(), level, message}, text);
   for (const int descriptor : _descriptors) writeWhole(descriptor, viewOf(text));
 }
 

@@ -79,8 +79,9 @@ TEST_F(FileManagerLeftOversTest, OtherNamesStay) {
 }
 
 TEST_F(FileManagerLeftOversTest, WhatTheFileManagerMakesCountsAsItsName) {
+  FileChanges changes([](FileOperation) { return 0; });
   for (int number = 0; number < 100; ++number)
-    EXPECT_TRUE(FileChanges::isTemporaryName(FileChanges::freeTemporaryName(AT_FDCWD)));
+    EXPECT_TRUE(FileChanges::isTemporaryName(changes.freeTemporaryName(AT_FDCWD)));
   EXPECT_TRUE(FileChanges::isTemporaryName(".hotfix-0"));
 }
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/files/Opening.h"
+#include "support/ChildRun.h"
 #include "support/TemporaryFolder.h"
 
 namespace installer::test {
@@ -66,6 +67,20 @@ TEST_F(TemporaryItemTest, GoesOnceWithTheLastOwner) {
   }
 
   EXPECT_TRUE(stands(name)) << "somebody else's by now";
+}
+
+TEST_F(TemporaryItemTest, NamesOfAForkedProcessAreItsOwn) {
+  constexpr int kSome = 40;
+  for (int number = 0; number < kSome; ++number) (void)_changes.freeTemporaryName(_open.get());
+
+  EXPECT_TRUE(inChild([&] {
+    for (int number = 0; number < kSome; ++number)
+      _folder.makeFile(_changes.freeTemporaryName(_open.get()));
+    return true;
+  }));
+
+  for (int number = 0; number < kSome; ++number)
+    EXPECT_FALSE(stands(_changes.freeTemporaryName(_open.get())));
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "support/ChildRun.h"
 #include "support/FakeClock.h"
 #include "support/Proves.h"
 #include "support/TemporaryFolder.h"
@@ -79,6 +80,17 @@ TEST_F(LogFilesTest, EachLineTellsTheTimeOfItsWriting) {
 
   EXPECT_EQ(_folder.content("log"),
             line("Mar  9 14:05:07", "<Info>: first") + line("Dec 31 23:59:59", "<Error>: second"));
+}
+
+TEST_F(LogFilesTest, AForkedProcessTellsItsOwnNumber) {
+  ASSERT_EQ(_files.add(open("log")), 0);
+  _files.write(LogLevel::info, "first");
+  const std::string first = line("Mar  9 14:05:07", "<Info>: first");
+
+  EXPECT_TRUE(inChild([&] {
+    _files.write(LogLevel::info, "second");
+    return _folder.content("log") == first + line("Mar  9 14:05:07", "<Info>: second");
+  }));
 }
 
 TEST_F(LogFilesTest, EveryFileGetsEveryLine) {
