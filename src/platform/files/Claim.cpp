@@ -9,9 +9,10 @@
 
 namespace installer {
 
-bool claim(const Descriptor& item) {
+bool claim(const Descriptor& item, std::optional<struct stat>* seen) {
   if (!claimLeftOver(item)) return errno != EWOULDBLOCK;
   const auto status = statusOf(item);
+  if (seen != nullptr) *seen = status;
   return !status || status->st_nlink > 0;
 }
 

@@ -19,11 +19,18 @@ namespace installer {
 namespace {
 
 constexpr mode_t kKeptModeBits = 01777;  // a copy must not pass on the right to act as its owner
-constexpr mode_t kPrivateFile = 0600;
 constexpr mode_t kPrivateFolder = 0700;
+
+mode_t modeOfCopy(const struct stat& source) {
+  return source.st_mode & kKeptModeBits;
+}
 
 std::array<timespec, 2> timesOf(const struct stat& status) {
   return {timespec{0, UTIME_OMIT}, syscalls::modificationTime(status)};
+}
+
+void giveTime(int copy, const struct stat& source) {
+  (void)::futimens(copy, timesOf(source).data());  // not every file system keeps times
 }
 
 // 0 when the open folder may receive a copy of the source; it must not be the source or below it.
@@ -36,14 +43,19 @@ int checkOutside(int folder, const struct stat& source) {
 }  // namespace
 
 bool ItemCopy::build(const Entry& source, TemporaryItem& temporary) {
+  NewFileModes modes;
+  return build(source, temporary, modes);
+}
+
+bool ItemCopy::build(const Entry& source, TemporaryItem& temporary, NewFileModes& modes) {
   _item = source.name;
   _temporary = &temporary;
-  const bool whole = copyEntry(source, {temporary.folder(), temporary.name()}, 0);
+  const bool whole = copyEntry(source, {temporary.folder(), temporary.name(), modes}, 0);
   if (!whole && !statusOf(temporary.folder(), temporary.name())) temporary.forget();
   return whole;
 }
 
-bool ItemCopy::copyEntry(const Entry& source, const Entry& copy, int depth) {
+bool ItemCopy::copyEntry(const Entry& source, const Target& copy, int depth) {
   switch (source.kind) {
     case EntryKind::file:
       return copyFile(source, copy);
@@ -61,15 +73,16 @@ bool ItemCopy::copyEntry(const Entry& source, const Entry& copy, int depth) {
   return copyEntry({source.folder, source.name, kindOf(*status)}, copy, depth);
 }
 
-bool ItemCopy::copyFile(const Entry& source, const Entry& copy) {
+bool ItemCopy::copyFile(const Entry& source, const Target& copy) {
   const RegularFile from = openRegularFile(source.folder, source.name, Seen::yes);
   if (!from.valid()) return check(errno);
   if (!mayTake(from.status)) return false;
   TemporaryItem* const temporary = takeTemporary();
   Descriptor to;
-  if (!check(_changes.createFile(copy.folder, copy.name, kPrivateFile, to))) return false;
-  if (temporary != nullptr) temporary->isMade(to);
-  if (!check(fillFile(from, to.get()))) {
+  if (!check(_changes.createFile(copy.folder, copy.name, modeOfCopy(from.status), to)))
+    return false;
+  const auto seen = temporary != nullptr ? temporary->isMade(to) : std::nullopt;
+  if (!check(fillFile(from, to, copy.modes, seen))) {
     (void)_changes.unlink(copy.folder, copy.name);  // the first error is the one to tell
     return false;
   }
@@ -77,16 +90,22 @@ bool ItemCopy::copyFile(const Entry& source, const Entry& copy) {
   return true;
 }
 
-int ItemCopy::fillFile(const RegularFile& from, int to) {
+// The mode is there from the beginning, for whoever may open the copy may do so in the end as well.
+int ItemCopy::fillFile(const RegularFile& from, const Descriptor& to, NewFileModes& modes,
+                       const std::optional<struct stat>& seen) {
   const struct stat& status = from.status;
   if (isBorrowed(status, _owner)) return EPERM;
   const auto size = static_cast<std::size_t>(status.st_size);
-  if (const int error = _changes.copyBytes(from.file.get(), to, size)) return error;
-  if (const int error = giveModeAndTime(to, status)) return error;
-  return _flush == Flush::eachFile ? _changes.flush(to) : 0;
+  if (const int error = _changes.copyBytes(from.file.get(), to.get(), size)) return error;
+  giveTime(to.get(), status);
+  const mode_t mode = modeOfCopy(status);
+  if (!modes.isExact(to, mode, seen)) {
+    if (const int error = _changes.changeMode(to.get(), mode)) return error;
+  }
+  return _flush == Flush::eachFile ? _changes.flush(to.get()) : 0;
 }
 
-bool ItemCopy::copyLink(const Entry& source, const Entry& copy) {
+bool ItemCopy::copyLink(const Entry& source, const Target& copy) {
   const Descriptor link(syscalls::openItem(source.folder, source.name.c_str()));
   const auto status = statusOf(link);
   if (!status) return check(errno);
@@ -100,7 +119,7 @@ bool ItemCopy::copyLink(const Entry& source, const Entry& copy) {
   return true;
 }
 
-bool ItemCopy::copyFolder(const Entry& source, const Entry& copy, int depth) {
+bool ItemCopy::copyFolder(const Entry& source, const Target& copy, int depth) {
   if (depth >= kMaximumDepth) return check(ELOOP);
   Descriptor from = openFolder(source.folder, source.name);
   const auto status = statusOf(from);
@@ -118,7 +137,7 @@ bool ItemCopy::mayTake(const struct stat& opened) {
 }
 
 // A folder gets its mode and time after its entries, and also when they are not all there.
-bool ItemCopy::fillFolder(Descriptor from, const Entry& copy, const struct stat& status,
+bool ItemCopy::fillFolder(Descriptor from, const Target& copy, const struct stat& status,
                           int depth) {
   TemporaryItem* const temporary = takeTemporary();  // what is below it goes with it
   Descriptor to = openFolder(copy.folder, copy.name);
@@ -129,26 +148,23 @@ bool ItemCopy::fillFolder(Descriptor from, const Entry& copy, const struct stat&
   }
   if (temporary != nullptr) temporary->isMade(to);
   const bool whole = copyEntries(std::move(from), to.get(), depth);
-  const bool isFinished = check(giveModeAndTime(to.get(), status)) && whole;
+  giveTime(to.get(), status);
+  const bool isFinished = check(_changes.changeMode(to.get(), modeOfCopy(status))) && whole;
   if (temporary != nullptr) temporary->keepOpen(std::move(to));
   return isFinished;
 }
 
 bool ItemCopy::copyEntries(Descriptor from, int to, int depth) {
   FolderReader reader(std::move(from));
+  NewFileModes modes;
   const std::size_t ownLength = _item.size();
   while (const auto name = reader.next()) {
     _item.append("/").append(*name);
     const Entry source{reader.descriptor(), *name, reader.kind()};
-    if (!copyEntry(source, {to, *name}, depth + 1)) return false;
+    if (!copyEntry(source, {to, *name, modes}, depth + 1)) return false;
     _item.resize(ownLength);
   }
   return check(reader.error());
-}
-
-int ItemCopy::giveModeAndTime(int descriptor, const struct stat& status) {
-  (void)::futimens(descriptor, timesOf(status).data());  // not every file system keeps times
-  return _changes.changeMode(descriptor, status.st_mode & kKeptModeBits);
 }
 
 bool ItemCopy::check(int error) {

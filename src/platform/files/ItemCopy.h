@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/files/FileChanges.h"
+#include "platform/files/NewFileModes.h"
 #include "platform/files/Opening.h"
 #include "platform/files/TemporaryItem.h"
 #include "platform/posix/Descriptor.h"
@@ -34,23 +35,32 @@ class ItemCopy {
   // Stops at the first item that cannot be copied and answers false. `temporary` is then what was
   // copied, be it a part of a tree, and does not exist when that is nothing.
   [[nodiscard]] bool build(const Entry& source, TemporaryItem& temporary);
+  // The same into a folder of whose new files something is known.
+  [[nodiscard]] bool build(const Entry& source, TemporaryItem& temporary, NewFileModes& modes);
 
   // After a failure: the path of the item, beginning with the entry's name, and why.
   const std::string& failedItem() const { return _failedItem; }
   const std::string& reason() const { return _reason; }
 
  private:
-  [[nodiscard]] bool copyEntry(const Entry& source, const Entry& copy, int depth);
-  [[nodiscard]] bool copyFile(const Entry& source, const Entry& copy);
-  [[nodiscard]] bool copyLink(const Entry& source, const Entry& copy);
-  [[nodiscard]] bool copyFolder(const Entry& source, const Entry& copy, int depth);
+  // Where the copy appears.
+  struct Target {
+    int folder;
+    const std::string& name;
+    NewFileModes& modes;  // of the folder
+  };
+
+  [[nodiscard]] bool copyEntry(const Entry& source, const Target& copy, int depth);
+  [[nodiscard]] bool copyFile(const Entry& source, const Target& copy);
+  [[nodiscard]] bool copyLink(const Entry& source, const Target& copy);
+  [[nodiscard]] bool copyFolder(const Entry& source, const Target& copy, int depth);
   [[nodiscard]] bool mayTake(const struct stat& opened);
 
-  [[nodiscard]] int fillFile(const RegularFile& from, int to);
-  [[nodiscard]] bool fillFolder(Descriptor from, const Entry& copy, const struct stat& status,
+  [[nodiscard]] int fillFile(const RegularFile& from, const Descriptor& to, NewFileModes& modes,
+                             const std::optional<struct stat>& seen);
+  [[nodiscard]] bool fillFolder(Descriptor from, const Target& copy, const struct stat& status,
                                 int depth);
   [[nodiscard]] bool copyEntries(Descriptor from, int to, int depth);
-  [[nodiscard]] int giveModeAndTime(int descriptor, const struct stat& status);
 
   TemporaryItem* takeTemporary() { return std::exchange(_temporary, nullptr); }
 

@@ -18,8 +18,10 @@ TemporaryItem::~TemporaryItem() {
 }
 
 // One that others were quicker to take for a left-over is gone; its maker will meet that.
-void TemporaryItem::isMade(const Descriptor& item) {
-  if (_isClaimed) (void)claim(item);
+std::optional<struct stat> TemporaryItem::isMade(const Descriptor& item) {
+  std::optional<struct stat> seen;
+  if (_isClaimed) (void)claim(item, &seen);
+  return seen;
 }
 
 void TemporaryItem::keepOpen(Descriptor item) {

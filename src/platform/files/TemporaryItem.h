@@ -1,5 +1,8 @@
 #pragma once
 
+#include <sys/stat.h>
+
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -39,8 +42,8 @@ class TemporaryItem {
   bool exists() const { return !_name.empty(); }
 
   // For the maker, with what now stands under the name, and in the end, so that what is claimed
-  // stays so.
-  void isMade(const Descriptor& item);
+  // stays so. Answers the item as it was seen on that occasion, if it was.
+  std::optional<struct stat> isMade(const Descriptor& item);
   void keepOpen(Descriptor item);
 
   // The entry is gone or has another name.

@@ -33,51 +33,52 @@ void TreeMerge::run(const std::string& from, const std::string& to) {
   Descriptor folder = _folders.item(from).openFolder();
   Place place = _folders.place(to);
   if (!folder.valid() || !place.usable()) return;
-  mergeSubfolder({source.folder, source.name}, place.name, std::move(folder),
-                 share(std::move(place.folder)), 0);
+  Destination above{share(std::move(place.folder)), {}};
+  mergeSubfolder({source.folder, source.name}, place.name, std::move(folder), above, 0);
   _pending.finish();
 }
 
 // Merges the source folder into the destination's entry of that name.
 void TreeMerge::mergeSubfolder(const Entry& source, const std::string& name, Descriptor folder,
-                               const OpenFolder& destination, int depth) {
-  const auto old = statusOf(destination->get(), name);
+                               Destination& destination, int depth) {
+  const auto old = statusOf(destination.get(), name);
   if (!old) return copyMissing(source, name, destination);
   if (!folder.valid()) return;  // cannot be listed
   if (isLink(old)) {
     return mergeThroughLink(source, name, std::move(folder), destination, depth);
   }
-  Descriptor existing = openFolder(destination->get(), name);
+  Descriptor existing = openFolder(destination.get(), name);
   if (!existing.valid() || isSource(source, existing.get(), folder.get())) return;
-  mergeFolder(std::move(folder), share(std::move(existing)), depth);
+  mergeFolder(std::move(folder), std::move(existing), depth);
 }
 
 // A link that leads nowhere or to no folder stays. What waits is settled before and after, for the
 // link can lead to a folder that has a name of its own in this merge.
 void TreeMerge::mergeThroughLink(const Entry& source, const std::string& name, Descriptor folder,
-                                 const OpenFolder& destination, int depth) {
-  Descriptor existing = openFolderFollowingLinks(destination->get(), name);
+                                 Destination& destination, int depth) {
+  Descriptor existing = openFolderFollowingLinks(destination.get(), name);
   if (!existing.valid()) return;
   if (leadsOut(existing.get()) || isInSource(existing.get(), folder.get())) {
     return replaceEntry(source, name, destination);
   }
   _pending.settle();
-  mergeFolder(std::move(folder), share(std::move(existing)), depth);
+  mergeFolder(std::move(folder), std::move(existing), depth);
   _pending.settle();
 }
 
-void TreeMerge::mergeFolder(Descriptor source, const OpenFolder& destination, int depth) {
+void TreeMerge::mergeFolder(Descriptor source, Descriptor destination, int depth) {
   const auto identity = identityOf(source.get());
   if (depth >= kMaximumDepth || !identity || !_entered.insert(*identity).second) return;
   _underWay.push_back(*identity);
+  Destination into{share(std::move(destination)), {}};
   FolderReader reader(std::move(source));
   while (const auto name = reader.next()) {
-    mergeEntry({reader.descriptor(), *name, reader.kind()}, destination, depth + 1);
+    mergeEntry({reader.descriptor(), *name, reader.kind()}, into, depth + 1);
   }
   _underWay.pop_back();
 }
 
-void TreeMerge::mergeEntry(const Entry& source, const OpenFolder& destination, int depth) {
+void TreeMerge::mergeEntry(const Entry& source, Destination& destination, int depth) {
   if (!leadsToFolder(source)) return replaceEntry(source, source.name, destination);
   Descriptor folder = source.kind == EntryKind::folder
                           ? openFolder(source.folder, source.name)
@@ -86,24 +87,24 @@ void TreeMerge::mergeEntry(const Entry& source, const OpenFolder& destination, i
 }
 
 void TreeMerge::replaceEntry(const Entry& source, const std::string& name,
-                             const OpenFolder& destination) {
+                             Destination& destination) {
   ItemCopy copy(_changes, Flush::later);
-  TemporaryItem temporary(_changes, destination->get());
-  (void)copy.build(source, temporary);  // what could be copied gets the name
+  TemporaryItem temporary(_changes, destination.get());
+  (void)copy.build(source, temporary, destination.modes);  // what could be copied gets the name
   if (!temporary.exists()) {
-    (void)removeEntry(_changes, destination->get(), name);  // failures are passed over in merges
+    (void)removeEntry(_changes, destination.get(), name);  // failures are passed over in merges
     return;
   }
-  _pending.add(destination, std::move(temporary), name, TakenName::replace);
+  _pending.add(destination.folder, std::move(temporary), name, TakenName::replace);
 }
 
 void TreeMerge::copyMissing(const Entry& source, const std::string& name,
-                            const OpenFolder& destination) {
+                            Destination& destination) {
   ItemCopy copy(_changes, Flush::later);
-  TemporaryItem temporary(_changes, destination->get());
-  (void)copy.build(source, temporary);  // a part of a tree gets the name too
+  TemporaryItem temporary(_changes, destination.get());
+  (void)copy.build(source, temporary, destination.modes);  // a part of a tree gets the name too
   if (temporary.exists()) {
-    _pending.add(destination, std::move(temporary), name, TakenName::keep);
+    _pending.add(destination.folder, std::move(temporary), name, TakenName::keep);
   }
 }
 

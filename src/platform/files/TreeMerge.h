@@ -10,6 +10,7 @@
 #include "platform/files/FileChanges.h"
 #include "platform/files/HeldFolders.h"
 #include "platform/files/ItemCopy.h"
+#include "platform/files/NewFileModes.h"
 #include "platform/files/PendingNames.h"
 #include "platform/posix/Descriptor.h"
 
@@ -25,14 +26,22 @@ class TreeMerge {
   void run(const std::string& from, const std::string& to);
 
  private:
+  // A folder that is merged into.
+  struct Destination {
+    OpenFolder folder;
+    NewFileModes modes;
+
+    int get() const { return folder->get(); }
+  };
+
   void mergeSubfolder(const Entry& source, const std::string& name, Descriptor folder,
-                      const OpenFolder& destination, int depth);
+                      Destination& destination, int depth);
   void mergeThroughLink(const Entry& source, const std::string& name, Descriptor folder,
-                        const OpenFolder& destination, int depth);
-  void mergeFolder(Descriptor source, const OpenFolder& destination, int depth);
-  void mergeEntry(const Entry& source, const OpenFolder& destination, int depth);
-  void replaceEntry(const Entry& source, const std::string& name, const OpenFolder& destination);
-  void copyMissing(const Entry& source, const std::string& name, const OpenFolder& destination);
+                        Destination& destination, int depth);
+  void mergeFolder(Descriptor source, Descriptor destination, int depth);
+  void mergeEntry(const Entry& source, Destination& destination, int depth);
+  void replaceEntry(const Entry& source, const std::string& name, Destination& destination);
+  void copyMissing(const Entry& source, const std::string& name, Destination& destination);
 
   bool leadsOut(int folder) const;
   bool isSource(const Entry& source, int folder, int enteredSource) const;

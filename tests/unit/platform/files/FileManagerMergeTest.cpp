@@ -532,6 +532,7 @@ TEST_F(FileManagerMergeTest, WhateverFailsEveryFileIsOldOrNewOrGone) {
 }
 
 TEST_F(FileManagerMergeTest, WhateverFailsAtTheCopyTheOldFileIsGone) {
+  const CreationMask mask(077);  // so that the mode is a change of its own
   _folder.makeFile("from/name", "new");
   using enum FileOperation;
 

@@ -432,6 +432,7 @@ class InheritanceWatch : public PosixFileManager {
 
 TEST_F(FileManagerWriteTest, ChildrenInheritNoDescriptor) {
   proves("CHILD-2");
+  const CreationMask mask(077);  // so that modes are changes of their own
   _folder.makeFile("tree/a/file", "x");
   _folder.makeFile("other/a/file", "x");
   const int before = InheritanceWatch::countInherited();

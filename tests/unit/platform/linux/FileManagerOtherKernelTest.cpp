@@ -252,6 +252,7 @@ class FileManagerRefusalTest : public FileManagerOtherKernelTest,
 
 TEST_P(FileManagerRefusalTest, IsAFailureThatLeavesNothing) {
   proves("FILES-2");
+  const CreationMask mask(077);  // so that modes are changes of their own
   _folder.makeFile("file", "old");
   _folder.makeFile("tree/file", "old", 0600);
   _folder.makeLink("link", "nowhere");
