@@ -20,6 +20,14 @@ FoundEntry notFound(int error) {
   return entry;
 }
 
+// An entry of a held folder that is open.
+FoundEntry foundIn(const HeldFolder& held, std::string name) {
+  FoundEntry entry;
+  entry.folder = held.folder.get();
+  entry.name = std::move(name);
+  return entry;
+}
+
 FoundEntry atPath(std::string path, bool follow) {
   FoundEntry entry;
   entry.folder = AT_FDCWD;
@@ -208,10 +216,7 @@ FoundEntry HeldFolders::foundBelow(const Below& below) {
   std::string name = withoutTrailingSlashes(below.rest);
   if (name.find('/') != std::string::npos || name == ".." || !open(*below.held))
     return foundAt(placeBelow(below));
-  FoundEntry entry;
-  entry.folder = below.held->folder.get();
-  entry.name = std::move(name);
-  return entry;
+  return foundIn(*below.held, std::move(name));
 }
 
 FoundEntry HeldFolders::item(const std::string& path) {
@@ -222,7 +227,7 @@ FoundEntry HeldFolders::item(const std::string& path) {
 
 FoundEntry HeldFolders::itemBelow(const Below& below, const std::string& path) {
   if (!open(*below.held)) return notFound(below.held->error);
-  if (below.rest.empty()) return foundAt({openBeneath(*below.held, "."), ".", 0});
+  if (below.rest.empty()) return foundIn(*below.held, ".");
   FoundEntry found = entryBelow(below);
   if (isLink(found.status())) {
     Place place = std::move(found).behindLinks([](const struct stat&) { return true; });

@@ -1,7 +1,5 @@
 #include "platform/files/Ownership.h"
 
-#include <sys/stat.h>
-
 namespace installer {
 
 namespace {
@@ -22,9 +20,9 @@ Ownership resolveOwnership(UserContext& users, const FileAttributes& attributes)
   return ownership;
 }
 
-void giveOwnershipIfPossible(FileChanges& changes, int file, const Ownership& ownership) {
-  struct stat status {};
-  if (::fstat(file, &status) == 0 && !differs(status, ownership)) return;
+void giveOwnershipIfPossible(FileChanges& changes, int file, const Ownership& ownership,
+                             const std::optional<struct stat>& seen) {
+  if (seen && !differs(*seen, ownership)) return;
   if (changes.changeOwner(file, ownership.ownerOrSame(), ownership.groupOrSame()) == 0) return;
   // Who may not give a file away can often still choose among his own groups.
   constexpr auto kSameOwner = static_cast<uid_t>(-1);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <optional>
@@ -26,7 +27,8 @@ struct Ownership {
 Ownership resolveOwnership(UserContext& users, const FileAttributes& attributes);
 
 // Gives the open file as much of the ownership as the system allows. Nothing is changed where
-// nothing differs.
-void giveOwnershipIfPossible(FileChanges& changes, int file, const Ownership& ownership);
+// nothing differs from the file as it was seen.
+void giveOwnershipIfPossible(FileChanges& changes, int file, const Ownership& ownership,
+                             const std::optional<struct stat>& seen);
 
 }  // namespace installer

@@ -141,6 +141,7 @@ int PosixFileManager::replace(const std::string& path, std::string_view bytes,
   NewFile file{bytes, mode, {}};
   const auto old = statusOf(place.folder.get(), place.name);
   if (!old && errno != ENOENT) return errno;  // whose it is could not be kept
+  if (isFolder(old)) return EISDIR;
   if (replaced == ReplacedFile::takeOver && old && S_ISREG(old->st_mode)) takeOver(*old, file);
   return replaceFile(_changes, place, file);
 }
