@@ -28,11 +28,10 @@ InstanceService::InstanceService(const std::optional<std::string>& pathToRcphome
                                  const std::optional<std::string>& pathToRcpData) {
   log(LogLevel::info, "The pathToRcphome is: {}.", orNull(pathToRcphome));
   const std::optional<std::string> location = newInstallLocation();
-  if (pathToRcphome)
-    (void)Platform::current().files->createDirectory(  // looked at below
-        *pathToRcphome, Intermediates::create);
+  const bool isThere = pathToRcphome && Platform::current().files->createDirectory(
+                                            *pathToRcphome, Intermediates::create);
   copyStagingFolder(location);
-  if (!exists(pathToRcphome)) {
+  if (!isThere && !exists(pathToRcphome)) {  // it can be something else than a folder
     log(LogLevel::error, "No file at: {}!", orNull(pathToRcphome));
     return;
   }

@@ -106,11 +106,12 @@ std::optional<Dictionary> HotfixPackage::properties(const std::optional<std::str
     if (lack != nullptr) *lack = reason;
     return std::nullopt;
   };
-  if (!package || !reported::exists(*package)) return without(Lack::package);
+  if (!package || package->empty()) return without(Lack::package);
   const std::string file = propertiesFile(*package);
-  if (!reported::exists(file)) return without(Lack::description);
   FileError error;
   const std::optional<std::string> bytes = Platform::current().files->read(file, &error);
+  if (!bytes && !reported::exists(*package)) return without(Lack::package);
+  if (!bytes && !reported::exists(file)) return without(Lack::description);
   if (!bytes) reported::tellUnreadable(error);
   std::optional<Dictionary> entries = bytes ? PropertyList::parseDictionary(*bytes) : std::nullopt;
   if (!entries) return without(Lack::propertyList);
