@@ -172,6 +172,21 @@ TEST_F(PosixChildProcessesTest, AChildHasDefaultSignalHandling) {
   EXPECT_THAT(onlyRecord().blockedSignals, IsEmpty());
 }
 
+TEST_F(PosixChildProcessesTest, AChildIsTheSameWhenNoDescriptorIsToBeHad) {
+  proves("CHILD-4");
+  const ScopedAction interrupt(SIGINT, SIG_IGN);
+  const ScopedAction user(SIGUSR2, SIG_IGN);
+  {
+    const ScopedLimit limit(RLIMIT_NOFILE, 64);
+    const std::vector<int> descriptors = takeAllDescriptors();
+    run(playedChild());
+    for (const int descriptor : descriptors) close(descriptor);
+  }
+
+  EXPECT_THAT(onlyRecord().ignoredSignals, IsEmpty());
+  EXPECT_THAT(onlyRecord().descriptors, SizeIs(3));
+}
+
 TEST_F(PosixChildProcessesTest, AChildInheritsEnvironmentFolderMaskAndUser) {
   proves("CHILD-3");
   const ScopedVariable variable("HOTFIX_TEST_VARIABLE", "a value");

@@ -1,0 +1,69 @@
+#include "platform/posix/Spawn.h"
+
+#include <crt_externs.h>
+#include <fcntl.h>
+#include <spawn.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "platform/posix/Memory.h"
+
+namespace installer {
+namespace {
+
+// Setting it up can fail for want of memory only, and a child that is set up by halves must not be
+// started.
+class Spawn {
+ public:
+  Spawn() {
+    checkMemory(posix_spawn_file_actions_init(&_actions));
+    checkMemory(posix_spawnattr_init(&_attributes));
+    sigset_t signals;
+    sigfillset(&signals);
+    (void)posix_spawnattr_setsigdefault(&_attributes, &signals);  // cannot fail once set up
+    sigemptyset(&signals);
+    (void)posix_spawnattr_setsigmask(&_attributes, &signals);  // nor can this
+    // With the last flag every descriptor is closed that no file action names.
+    constexpr int kFlags =
+        POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_CLOEXEC_DEFAULT;
+    (void)posix_spawnattr_setflags(&_attributes, static_cast<short>(kFlags));  // all are known
+    connect(STDIN_FILENO, kInherited);
+  }
+  Spawn(const Spawn&) = delete;
+  Spawn& operator=(const Spawn&) = delete;
+  ~Spawn() {
+    (void)posix_spawnattr_destroy(&_attributes);        // cannot fail once set up
+    (void)posix_spawn_file_actions_destroy(&_actions);  // nor can this
+  }
+
+  void connect(int descriptor, int to) {
+    if (to == kNullDevice)
+      checkMemory(
+          posix_spawn_file_actions_addopen(&_actions, descriptor, "/dev/null", O_WRONLY, 0));
+    else if (to != kInherited)
+      checkMemory(posix_spawn_file_actions_adddup2(&_actions, to, descriptor));
+    checkMemory(posix_spawn_file_actions_addinherit_np(&_actions, descriptor));
+  }
+
+  // A shared library cannot name `environ` itself.
+  int run(const Command& command, pid_t& child) {
+    return posix_spawn(&child, command.executable.c_str(), &_actions, &_attributes,
+                       argumentVector(command).data(), *_NSGetEnviron());
+  }
+
+ private:
+  posix_spawn_file_actions_t _actions;
+  posix_spawnattr_t _attributes;
+};
+
+}  // namespace
+
+int spawn(const Command& command, const ChildOutputs& outputs, pid_t& child) {
+  Spawn start;
+  start.connect(STDOUT_FILENO, outputs.output);
+  start.connect(STDERR_FILENO, outputs.error);
+  return start.run(command, child);
+}
+
+}  // namespace installer
