@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sched.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -64,30 +63,26 @@ void restoreSignals(SignalBits changed) {
     if ((changed & 1U) != 0) (void)sigaction(signal, &standard, nullptr);  // some can not be had
 }
 
-bool connect(int descriptor, int to) {
-  if (to == kInherited) return true;
-  if (to == kNullDevice) {
-    (void)close(descriptor);  // so that there is one to be had
-    to = open("/dev/null", O_WRONLY);
-  }
-  return to == descriptor || dup2(to, descriptor) != -1;
+bool discard(int descriptor) {
+  (void)close(descriptor);  // so that there is one to be had
+  const int device = open("/dev/null", O_WRONLY);
+  if (device == -1 || device == descriptor) return device != -1;
+  const bool isConnected = dup2(device, descriptor) != -1;
+  (void)close(device);  // it can be a standard one that was closed here
+  return isConnected;
 }
 
-// A kernel before 5.9, or a container's filter, does not know the call.
-void closeAllAbove(int last) {
-  const auto first = static_cast<unsigned>(last) + 1;
-  if (close_range(first, ~0U, 0) == 0) return;
-  rlimit limit{};
-  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
-  for (rlim_t descriptor = first; descriptor < limit.rlim_max; ++descriptor)
-    (void)close(static_cast<int>(descriptor));  // most are not open
+bool connect(int descriptor, int to) {
+  if (to == kInherited) return true;
+  if (to == kNullDevice) return discard(descriptor);
+  return dup2(to, descriptor) != -1;
 }
 
 int becomeProgram(void* argument) {
   Start& start = *static_cast<Start*>(argument);
   restoreSignals(start.changed);
   if (connect(STDOUT_FILENO, start.outputs.output) && connect(STDERR_FILENO, start.outputs.error)) {
-    closeAllAbove(STDERR_FILENO);
+    closefrom(STDERR_FILENO + 1);
     sigset_t none;
     sigemptyset(&none);
     (void)sigprocmask(SIG_SETMASK, &none, nullptr);  // cannot fail

@@ -10,6 +10,7 @@
 #include <filesystem>
 
 #include "support/ChildFolder.h"
+#include "support/ChildRun.h"
 #include "support/Proves.h"
 #include "support/ScopedDescriptor.h"
 #include "support/ScopedVariable.h"
@@ -142,6 +143,23 @@ TEST_F(PosixChildProcessesTest, AChildHoldsStandardInputAndTheNullDeviceOnly) {
 
   EXPECT_THAT(onlyRecord().descriptors,
               ElementsAre(Pair(0, input), Pair(1, "/dev/null"), Pair(2, "/dev/null")));
+}
+
+// A process that uses the library need not have all of its standard descriptors.
+TEST_F(PosixChildProcessesTest, AChildOfAProcessWithoutInputHasNoneEither) {
+  EXPECT_TRUE(inChild([&] {
+    close(STDIN_FILENO);
+    run(playedChild());
+    return onlyRecord().descriptors.count(STDIN_FILENO) == 0;
+  }));
+}
+
+TEST_F(PosixChildProcessesTest, FirstLineComesThroughAStandardDescriptor) {
+  EXPECT_TRUE(inChild([&] {
+    close(STDIN_FILENO);
+    close(STDOUT_FILENO);
+    return _children.firstLine({"/bin/sh", {"-c", "echo line"}}) == "line";
+  }));
 }
 
 TEST_F(PosixChildProcessesTest, AChildMayWriteToItsNullDevice) {
