@@ -146,7 +146,7 @@ bool ItemCopy::fillFolder(Descriptor from, const Target& copy, const struct stat
     (void)_changes.removeEmptyFolder(copy.folder, copy.name);  // nothing was copied
     return false;
   }
-  if (temporary != nullptr) temporary->isMade(to);
+  if (temporary != nullptr) temporary->isMadeAsFolder(to);
   const bool whole = copyEntries(std::move(from), to.get(), depth);
   giveTime(to.get(), status);
   const bool isFinished = check(_changes.changeMode(to.get(), modeOfCopy(status))) && whole;

@@ -11,7 +11,8 @@ namespace installer {
 TemporaryItem::~TemporaryItem() {
   if (!exists()) return;
   try {
-    (void)removeEntry(_changes, _folder, _name);  // whatever ended the making is told already
+    // Whatever ended the making is told already.
+    (void)(_isFolder ? removeEntry(_changes, _folder, _name) : _changes.unlink(_folder, _name));
   } catch (const std::exception&) {
     // Without memory it stays, as it would if the process were killed.
   }
@@ -22,6 +23,13 @@ std::optional<struct stat> TemporaryItem::isMade(const Descriptor& item) {
   std::optional<struct stat> seen;
   if (_isClaimed) (void)claim(item, &seen);
   return seen;
+}
+
+// Only then entries below it are ours to remove: where others can write, they can give the name to
+// a folder that they could not empty themselves.
+void TemporaryItem::isMadeAsFolder(const Descriptor& item) {
+  _isFolder = true;
+  (void)isMade(item);
 }
 
 void TemporaryItem::keepOpen(Descriptor item) {

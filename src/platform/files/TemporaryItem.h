@@ -30,10 +30,11 @@ class TemporaryItem {
         _folder(other._folder),
         _name(std::exchange(other._name, {})),
         _isClaimed(other._isClaimed),
+        _isFolder(other._isFolder),
         _made(std::move(other._made)) {}
   TemporaryItem(const TemporaryItem&) = delete;
   TemporaryItem& operator=(const TemporaryItem&) = delete;
-  // Removes the entry with all below it; what cannot be removed stays.
+  // Removes the entry, a folder that was made with all below it; what cannot be removed stays.
   ~TemporaryItem();
 
   int folder() const { return _folder; }
@@ -44,6 +45,7 @@ class TemporaryItem {
   // For the maker, with what now stands under the name, and in the end, so that what is claimed
   // stays so. Answers the item as it was seen on that occasion, if it was.
   std::optional<struct stat> isMade(const Descriptor& item);
+  void isMadeAsFolder(const Descriptor& item);
   void keepOpen(Descriptor item);
 
   // The entry is gone or has another name.
@@ -54,6 +56,7 @@ class TemporaryItem {
   int _folder;
   std::string _name;
   bool _isClaimed;
+  bool _isFolder = false;
   Descriptor _made;  // open when it is claimed
 };
 

@@ -16,7 +16,10 @@ class TemporaryItemTest : public ::testing::Test {
  protected:
   bool stands(const std::string& name) const { return statusOf(_open.get(), name).has_value(); }
   // Puts a folder with a file in it under the name.
-  void make(const TemporaryItem& item) const { _folder.makeFile(item.name() + "/below/file"); }
+  void make(TemporaryItem& item) const {
+    _folder.makeFile(item.name() + "/below/file");
+    item.isMadeAsFolder(openFolder(_open.get(), item.name()));
+  }
 
   TemporaryFolder _folder;
   FileChanges _changes{[](FileOperation) { return 0; }};
@@ -26,7 +29,7 @@ class TemporaryItemTest : public ::testing::Test {
 TEST_F(TemporaryItemTest, GoesWithItsObjectWithAllBelowIt) {
   std::string name;
   {
-    const TemporaryItem item(_changes, _open.get());
+    TemporaryItem item(_changes, _open.get());
     name = item.name();
     EXPECT_THAT(name, ::testing::StartsWith(".hotfix-"));
     EXPECT_FALSE(stands(name)) << "nothing is made";
@@ -35,6 +38,20 @@ TEST_F(TemporaryItemTest, GoesWithItsObjectWithAllBelowIt) {
   }
 
   EXPECT_FALSE(stands(name));
+}
+
+// Whoever can write there can give it the name of a file that we make.
+TEST_F(TemporaryItemTest, NobodysFolderIsEmptied) {
+  std::string name;
+  {
+    TemporaryItem item(_changes, _open.get());
+    name = item.name();
+    _folder.makeFile("file");
+    item.isMade(openRegularFile(_open.get(), "file").file);
+    _folder.makeFile(name + "/below/file");
+  }
+
+  EXPECT_TRUE(stands(name + "/below/file"));
 }
 
 TEST_F(TemporaryItemTest, StaysWhenItIsForgotten) {
