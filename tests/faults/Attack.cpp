@@ -10,6 +10,8 @@
 #include <numeric>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <utility>
 
 #include "faults/Attacker.h"
 #include "faults/Judgement.h"
@@ -62,32 +64,33 @@ void makeBait(const PlantedName& name, bool second, const std::string& path) {
   (void)symlink(guardOf(name, name.isFolder).c_str(), path.c_str());
 }
 
-// What has a temporary name at this moment, where the program makes one.
+// Adds what has a temporary name in the folder at this moment, while the program changes it.
+void addTemporaryNames(const std::string& folder, std::vector<std::string>& paths) {
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error))
+    if (isTemporary(entry->path().string())) paths.push_back(entry->path().string());
+}
+
+// Where the program makes such names.
 std::vector<std::string> temporaryNames(const Scenario& scenario) {
   const std::string home = scenario.bundle + "/Contents/MacOS/rcp";
   std::vector<std::string> paths;
   for (const std::string& folder :
-       {home, home + "/deploy", home + "/deploy/extras", scenario.data + "/.config"}) {
-    std::error_code ignored;
-    for (const auto& entry : fs::directory_iterator(folder, ignored))
-      if (isTemporary(entry.path().string())) paths.push_back(entry.path().string());
-  }
+       {home, home + "/deploy", home + "/deploy/extras", scenario.data + "/.config"})
+    addTemporaryNames(folder, paths);
   return paths;
 }
 
-std::vector<Violation> judgeAttack(const Runner& runner, const Scenario& scenario,
-                                   const PlantedName& name, const Run& run,
-                                   std::uint64_t exchanges) {
-  std::vector<Violation> found = judgeForeign(runner.world(), scenario, run);
-  // What comes to be only for a moment or late may be missed.
-  const bool isAllTheWhile = scenario.files.contains(folderOf(name.path)) && !name.path.empty();
-  if (exchanges == 0 && isAllTheWhile)
-    found.push_back({"attack", "nothing was exchanged while the program ran"});
-  return found;
-}
+// A run that was attacked from its beginning to its end, unless the attacker ended before.
+struct Attacked {
+  Run run;
+  std::uint64_t exchanges = 0;
+  bool isWhole = false;
+};
 
-Outcome attack(const Runner& runner, const Scenario& asItIs, const PlantedName& name, long point) {
-  const Scenario scenario = forAttack(asItIs, name);
+Attacked attackedRun(const Runner& runner, const Scenario& scenario, const PlantedName& name,
+                     long point) {
   runner.prepare(scenario);
   layHardLinks(runner.world(), guardOf(name, false));
   const auto places = [&] {
@@ -96,13 +99,31 @@ Outcome attack(const Runner& runner, const Scenario& asItIs, const PlantedName& 
   const auto bait = [&](const std::string& path) { makeBait(name, point % 2 == 0, path); };
   Attacker attacker(runner.world(), {places, bait});
   const std::uint64_t before = attacker.exchanges();
-  std::uint64_t exchanges = 0;
-  const Run run = runner.run(scenario, letBe, {}, [&] {
-    exchanges = attacker.exchanges() - before;
-    attacker.stop();
+  Attacked attacked;
+  attacked.run = runner.run(scenario, letBe, {}, [&] {
+    attacked.exchanges = attacker.exchanges() - before;
+    attacked.isWhole = attacker.stop();
   });
-  return {judgeAttack(runner, scenario, name, run, exchanges),
-          fmt::format("{} exchanges", exchanges), exchanges};
+  return attacked;
+}
+
+// What comes to be only for a moment or late may be missed.
+bool isThereAllTheWhile(const PlantedName& name, const Scenario& scenario) {
+  return !name.path.empty() && scenario.files.contains(folderOf(name.path));
+}
+
+Outcome attack(const Runner& runner, const Scenario& asItIs, const PlantedName& name, long point) {
+  const Scenario scenario = forAttack(asItIs, name);
+  Attacked attacked = attackedRun(runner, scenario, name, point);
+  const auto isMissed = [&] {
+    return attacked.exchanges == 0 && isThereAllTheWhile(name, scenario);
+  };
+  // A busy machine may have let the program run alone.
+  if (isMissed()) attacked = attackedRun(runner, scenario, name, point);
+  std::vector<Violation> found = judgeForeign(runner.world(), scenario, attacked.run);
+  if (isMissed()) found.push_back({"attack", "nothing was exchanged while the program ran"});
+  if (!attacked.isWhole) found.push_back({"attack", "the attacker ended before the program"});
+  return {std::move(found), fmt::format("{} exchanges", attacked.exchanges), attacked.exchanges};
 }
 
 // In a folder that never comes to be nothing can be exchanged.

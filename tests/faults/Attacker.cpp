@@ -100,7 +100,7 @@ void Attacker::attack(const std::string& root, const Assault& assault) {
 }
 
 Attacker::~Attacker() {
-  stop();
+  (void)stop();  // whoever wants to know has asked before
   munmap(_shared, sizeof(Shared));
 }
 
@@ -108,11 +108,13 @@ std::uint64_t Attacker::exchanges() const {
   return _shared->exchanges;
 }
 
-void Attacker::stop() {
-  if (_process < 0) return;
+bool Attacker::stop() {
+  if (_process < 0) return false;
   kill(_process, SIGKILL);
-  while (waitpid(_process, nullptr, 0) < 0 && errno == EINTR) continue;
+  int status = 0;
+  while (waitpid(_process, &status, 0) < 0 && errno == EINTR) continue;
   _process = -1;
+  return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
 }
 
 }  // namespace installer::faults

@@ -31,7 +31,8 @@ class Attacker {
 
   // How often something changed its place so far.
   std::uint64_t exchanges() const;
-  void stop();
+  // Whether it was at work until now.
+  bool stop();
 
  private:
   struct Shared;
