@@ -33,10 +33,23 @@ bool isAsked(const std::vector<std::string>& names, const std::string& name) {
          });
 }
 
-void printViolations(const std::string& point, const Outcome& outcome) {
+// One line, whatever files hold.
+std::string lineOf(const std::string& point, const Violation& violation, const std::string& call) {
+  std::string line =
+      fmt::format("VIOLATION {} [{}] {} -- at {}", point, violation.rule, violation.text, call);
+  std::replace(line.begin(), line.end(), '\n', ' ');
+  return line;
+}
+
+std::vector<std::string> linesOf(const std::string& point, const Outcome& outcome) {
+  std::vector<std::string> lines;
   for (const Violation& violation : outcome.violations)
-    print(fmt::format("VIOLATION {} [{}] {} -- at {}", point, violation.rule, violation.text,
-                      outcome.call));
+    lines.push_back(lineOf(point, violation, outcome.call));
+  return lines;
+}
+
+void printAll(const std::vector<std::string>& lines) {
+  for (const std::string& line : lines) print(line);
 }
 
 class Sweep {
@@ -65,7 +78,7 @@ class Sweep {
   void learnScenario(const Scenario& scenario, Learned& learned) {
     const auto start = Clock::now();
     Outcome outcome{judged(learn(_runner, scenario, learned)), "no call"};
-    printViolations(scenario.name + " undisturbed", outcome);
+    printAll(linesOf(scenario.name + " undisturbed", outcome));
     _table.addScenario(scenario.name, learned.calls.size());
     _table.add(
         scenario.name, "undisturbed",
@@ -95,15 +108,19 @@ class Sweep {
 
   Tally sweepPoint(const Scenario& scenario, const Learned& learned, const Kind& kind, long point) {
     const std::string name = fmt::format("{} {}:{}", scenario.name, kind.name, point);
-    if (const auto known = _state.known(name)) return *known;
+    if (const auto known = _state.known(name)) {
+      printAll(known->violations);
+      return known->tally;
+    }
     const auto start = Clock::now();
     Outcome outcome = tryPoint(_runner, scenario, learned, kind, point);
     outcome.violations = judged(std::move(outcome.violations));
-    printViolations(name, outcome);
+    const Swept swept{{1, outcome.violations.size(), outcome.exchanges, secondsSince(start)},
+                      linesOf(name, outcome)};
+    printAll(swept.violations);
     if (_options.verbose) print(name + " -- at " + outcome.call + "\n" + outcome.trace);
-    const Tally tally{1, outcome.violations.size(), outcome.exchanges, secondsSince(start)};
-    _state.add(name, tally);
-    return tally;
+    _state.add(name, swept);
+    return swept.tally;
   }
 
   static void printCalls(const Learned& learned) {

@@ -39,6 +39,12 @@ set_tests_properties(
   PROPERTIES LABELS faults TIMEOUT 60 SKIP_RETURN_CODE 77
              PASS_REGULAR_EXPRESSION "VIOLATION install undisturbed .false-success.")
 
+add_test(NAME faults.tells_what_is_known
+         COMMAND ${CMAKE_CURRENT_LIST_DIR}/resumed $<TARGET_FILE:fault-sweep>
+                 $<TARGET_FILE:careless-installer>)
+set_tests_properties(faults.tells_what_is_known PROPERTIES LABELS faults TIMEOUT 60
+                                                           SKIP_RETURN_CODE 77)
+
 set(successes install,upgrade,again,failing,new-workspace,no-manifest)
 set(others characters,running,higher,not-installed,broken-merge,staged)
 
