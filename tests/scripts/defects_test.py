@@ -16,7 +16,6 @@ def changed():
     """What the script changes: the sources of its patterns, and words that each of them needs."""
     return [("src/platform/files/FileChanges.cpp", "flushFile(file)", "flush"),
             ("src/platform/files/FileReplacement.cpp", "error = fill(", "rename"),
-            ("src/platform/files/FileReplacement.cpp", "return changes.rename(", "rename"),
             ("src/platform/files/Opening.cpp", "O_DIRECTORY | O_NOFOLLOW", "no-follow"),
             ("src/platform/files/Opening.cpp", "openSeen(folder, name, O_NOFOLLOW)", "no-follow"),
             ("src/platform/files/Opening.cpp", "AT_SYMLINK_NOFOLLOW, O_NOFOLLOW", "no-follow"),
