@@ -26,6 +26,16 @@ void prepareSource(const BenchData& data, int size) {
            fs::copy_options::recursive);
 }
 
+// Whether both hold the same number of entries, and some. A merge does not tell it.
+bool isCopied(const fs::path& source, const fs::path& copy) {
+  std::error_code missing;
+  const auto entries = [&](const fs::path& folder) {
+    const fs::recursive_directory_iterator walk(folder, missing);
+    return std::distance(walk, fs::recursive_directory_iterator());
+  };
+  return entries(source) > 0 && entries(source) == entries(copy) && !missing;
+}
+
 void freshCopy(benchmark::State& state, const BenchData& data, int size) {
   prepareSource(data, size);
   for (auto _ : state)
@@ -39,6 +49,7 @@ void mergeCopy(benchmark::State& state, const BenchData& data, int size) {
   for (auto _ : state)
     benchmark::DoNotOptimize(
         InstallUtil::copyFolderFrom(data.live() / "src", data.live() / "copy"));
+  if (!isCopied(data.live() / "src", data.live() / "copy")) state.SkipWithError("not copied");
 }
 
 // `size` is that of each of the twenty files.

@@ -8,9 +8,10 @@ namespace installer::bench {
 static void rewrite(benchmark::State& state, const std::string& file, const std::string& saved) {
   for (auto _ : state) {
     InstallManifest manifest(file);
+    if (manifest.readError()) return state.SkipWithError("not read");
     if (!manifest.replaceInstallerRootWith("file:/Volumes/Pkg/hotfix.pkg") ||
         !manifest.saveInstallManifestAs(saved))
-      state.SkipWithError("not rewritten");
+      return state.SkipWithError("not rewritten");
   }
 }
 

@@ -8,8 +8,8 @@ namespace installer::bench {
 static void setKey(benchmark::State& state, const std::string& file, const std::string& saved) {
   for (auto _ : state) {
     Properties store(file);
-    if (!store.setProperty("2.0.0", "hotfixVersion")) state.SkipWithError("not loaded");
-    if (!store.savePropertiesToFile(saved)) state.SkipWithError("not saved");
+    if (!store.setProperty("2.0.0", "hotfixVersion")) return state.SkipWithError("not read");
+    if (!store.savePropertiesToFile(saved)) return state.SkipWithError("not saved");
   }
   state.SetLabel("written as XML");
 }

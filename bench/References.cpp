@@ -39,6 +39,7 @@ bool putInPlace(const std::string& temporary, const std::string& path) {
 void moveBytes(benchmark::State& state, const std::string& file, const std::string& saved) {
   for (auto _ : state) {
     const std::string text = contentOf(file + ".properties");
+    if (text.empty()) return state.SkipWithError("not read");
     benchmark::DoNotOptimize(contentOf(file + ".merge.properties"));
     std::ofstream(saved + ".new", std::ios::binary) << text;
     if (!putInPlace(saved + ".new", saved)) state.SkipWithError("not saved");

@@ -47,7 +47,10 @@ endforeach()
 if(TARGET bench)
   add_test(NAME bench.measure COMMAND ${PROJECT_SOURCE_DIR}/bench/measure --small --rounds 1
                                       --program $<TARGET_FILE:bench>)
-  set_tests_properties(bench.measure PROPERTIES LABELS bench TIMEOUT 300)
+  add_test(NAME bench.unread COMMAND ${Python3_EXECUTABLE} -B
+                                     ${CMAKE_CURRENT_SOURCE_DIR}/bench/unread_test.py
+                                     $<TARGET_FILE:bench>)
+  set_tests_properties(bench.measure bench.unread PROPERTIES LABELS bench TIMEOUT 300)
 endif()
 
 # The release as others get it: built, installed, and used from outside. The first step builds; those
