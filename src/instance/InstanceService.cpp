@@ -92,7 +92,7 @@ bool InstanceService::copyContent(const std::string& from, const std::string& to
 
 // A link that leads elsewhere is nobody's content and may come along as the link that it is.
 bool InstanceService::copyAsGiven(const std::string& from, const std::string& to) const {
-  return hasContent(from) ? copyContent(from, to) : copyItem(from, to);
+  return copyContent(from, to) || (!hasContent(from) && copyItem(from, to));
 }
 
 bool InstanceService::hasContent(const std::string& path) const {
