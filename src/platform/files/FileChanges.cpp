@@ -22,8 +22,6 @@ namespace installer {
 namespace {
 
 constexpr std::size_t kCopyBlock = std::size_t{256} << 10;  // bytes through our own memory
-// Up to here the way through our own memory takes less time than the kernel's.
-constexpr std::size_t kSmallFile = std::size_t{64} << 10;
 
 int answer(int result) {
   return result == 0 ? 0 : errno;
@@ -87,7 +85,7 @@ int FileChanges::write(int file, std::string_view bytes) {
 
 int FileChanges::copyBytes(int from, int to, std::size_t size) {
   if (const int refused = _refusal(FileOperation::kWrite)) return refused;
-  if (size > kSmallFile && copyInKernel(from, to, size)) return 0;
+  if (size > 0 && copyInKernel(from, to, size)) return 0;
   return copyInBlocks(from, to, size);
 }
 

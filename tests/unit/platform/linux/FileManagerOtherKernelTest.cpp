@@ -181,14 +181,19 @@ TEST_F(FileManagerOtherKernelTest, AnotherFailureOfTheRenameIsAFailure) {
 }
 
 TEST_F(FileManagerOtherKernelTest, BytesAreCopiedWithoutTheKernelsHelp) {
-  const std::string bytes(1'000'000, 'x');
-  _folder.makeFile("file", bytes);
+  const std::string large(1'000'000, 'x');
+  const std::string small(4'000, 'y');
+  _folder.makeFile("from/large", large);
+  _folder.makeFile("from/small", small);
 
-  for (const int error : {ENOSYS, EXDEV, EOPNOTSUPP}) {
-    EXPECT_TRUE(without(SYS_copy_file_range, error, [&] { return copy("file", "to"); })) << error;
+  for (const long call : {SYS_copy_file_range, SYS_sendfile}) {
+    for (const int error : {ENOSYS, EXDEV, EOPNOTSUPP, EINVAL}) {
+      EXPECT_TRUE(without(call, error, [&] { return copy("from", "to"); })) << call << error;
 
-    EXPECT_EQ(_folder.content("to"), bytes) << error;
-    removeTree(path("to"));
+      EXPECT_EQ(_folder.content("to/large"), large) << call << error;
+      EXPECT_EQ(_folder.content("to/small"), small) << call << error;
+      removeTree(path("to"));
+    }
   }
 }
 
@@ -273,6 +278,10 @@ bool copyFails(PosixFileManager& files, const TemporaryFolder& folder) {
          error.description.find("Input/output error") != std::string::npos;
 }
 
+bool readingCopyFails(PosixFileManager& files, const TemporaryFolder& folder) {
+  return refuseCall(SYS_sendfile, EIO) && copyFails(files, folder);
+}
+
 bool linkCopyFails(PosixFileManager& files, const TemporaryFolder& folder) {
   FileError error;
   return !files.copy(folder.path("link"), folder.path("copy"), ExistingItem::fail, &error) &&
@@ -321,9 +330,9 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         Refusal{"Write", SYS_write, writeFails}, Refusal{"WriteFlush", SYS_fsync, writeFails},
         Refusal{"WriteMode", SYS_fchmod, writeFails},
-        Refusal{"WriteRename", SYS_renameat, writeFails}, Refusal{"CopyRead", SYS_read, copyFails},
-        Refusal{"CopyFlush", SYS_fsync, copyFails}, Refusal{"CopyMode", SYS_fchmod, copyFails},
-        Refusal{"CopyRename", SYS_renameat2, copyFails},
+        Refusal{"WriteRename", SYS_renameat, writeFails},
+        Refusal{"CopyRead", SYS_read, readingCopyFails}, Refusal{"CopyFlush", SYS_fsync, copyFails},
+        Refusal{"CopyMode", SYS_fchmod, copyFails}, Refusal{"CopyRename", SYS_renameat2, copyFails},
         Refusal{"LinkCopyRead", SYS_readlinkat, linkCopyFails},
         Refusal{"LinkCopyMake", SYS_symlinkat, linkCopyFails},
         Refusal{"TreeCopyMake", SYS_mkdirat, treeCopyFails},
