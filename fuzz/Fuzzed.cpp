@@ -1,5 +1,6 @@
 #include "Fuzzed.h"
 
+#include <dlfcn.h>
 #include <time.h>
 
 #include <algorithm>
@@ -10,18 +11,23 @@
 
 #include "base/XmlLibrary.h"
 
-// Memory is measured by a sanitizer's hooks and not at all without one. Not every compiler with
-// sanitizers brings the header that declares them.
-extern "C" {
-[[gnu::weak]] int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const volatile void*,
-                                                                             std::size_t),
-                                                            void (*onFree)(const volatile void*));
-[[gnu::weak]] std::size_t __sanitizer_get_allocated_size(const volatile void* memory);
-}
-
 namespace installer::fuzz {
 
 namespace {
+
+// Memory is measured by a sanitizer's hooks and not at all without one. They are looked up: not
+// every compiler with sanitizers brings the header that declares them, and not every linker leaves
+// open what no library has.
+using InstallHooks = int(void (*onMalloc)(const volatile void*, std::size_t),
+                         void (*onFree)(const volatile void*));
+using AllocatedSize = std::size_t(const volatile void* memory);
+
+template <class Function>
+Function* sanitizers(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_DEFAULT, name));
+}
+
+AllocatedSize* const allocatedSize = sanitizers<AllocatedSize>("__sanitizer_get_allocated_size");
 
 // What an input may take: a multiple of its size, and what everything takes whatever its size. An
 // entry of a few bytes is a few words in memory, and fuzzers hold what they read twice to compare
@@ -51,8 +57,7 @@ void onMalloc(const volatile void* /*memory*/, std::size_t size) {
 
 void onFree(const volatile void* memory) {
   if (!isWatched || memory == nullptr) return;
-  takenNow -=
-      static_cast<std::ptrdiff_t>(__sanitizer_get_allocated_size(const_cast<const void*>(memory)));
+  takenNow -= static_cast<std::ptrdiff_t>(allocatedSize(memory));
 }
 
 double processorTime() {
@@ -115,8 +120,9 @@ extern "C" const char* __asan_default_options() {
 // one it could not be found.
 extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
   (void)installer::xml::library();  // only that it was asked counts
-  if (__sanitizer_install_malloc_and_free_hooks != nullptr)
-    __sanitizer_install_malloc_and_free_hooks(installer::fuzz::onMalloc, installer::fuzz::onFree);
+  using namespace installer::fuzz;
+  const auto installHooks = sanitizers<InstallHooks>("__sanitizer_install_malloc_and_free_hooks");
+  if (installHooks != nullptr && allocatedSize != nullptr) installHooks(onMalloc, onFree);
   return 0;
 }
 

@@ -25,7 +25,7 @@ class BinaryListWriter {
  private:
   std::uint64_t add(const PropertyList::Value& value) {
     const std::string bytes =
-        std::visit([this](const auto& held) { return encode(held); }, value.storage());
+        std::visit([this](const auto& held) { return this->encode(held); }, value.storage());
     _list.objects.push_back(bytes);
     return _list.objects.size() - 1;
   }

@@ -47,14 +47,14 @@ TEST(InterruptionTest, NothingIsNotedAtFirst) {
 }
 
 TEST(InterruptionTest, SignalIsNotedAndDoesNotEndTheProcess) {
-  for (const auto& [signal, cause] :
+  for (const auto& given :
        {std::pair(SIGHUP, "signal 1 (Hangup)"), std::pair(SIGINT, "signal 2 (Interrupt)"),
         std::pair(SIGTERM, "signal 15 (Terminated)")})
-    EXPECT_TRUE(inChild([signal = signal, cause = cause] {
+    EXPECT_TRUE(inChild([&given] {
       noteInterruptions();
-      raise(signal);
-      return notedCause() == cause && notedCause() == cause;
-    })) << cause;
+      raise(given.first);
+      return notedCause() == given.second && notedCause() == given.second;
+    })) << given.second;
 }
 
 TEST(InterruptionTest, FirstSignalCounts) {
