@@ -14,7 +14,10 @@ if(HOTFIX_HARDENED)
   # Distributions may predefine a lower level, hence the -U. Both are options, in one word: CMake
   # writes definitions before options, and merges options that it has seen.
   target_compile_options(hotfix_hardening INTERFACE "SHELL:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
-  target_compile_definitions(hotfix_hardening INTERFACE _GLIBCXX_ASSERTIONS)
+  # Of the two libraries each minds its own.
+  target_compile_definitions(
+    hotfix_hardening INTERFACE _GLIBCXX_ASSERTIONS
+                               _LIBCPP_HARDENING_MODE=_LIBCPP_HARDENING_MODE_EXTENSIVE)
 
   foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection)
     string(MAKE_C_IDENTIFIER "HOTFIX_HAS${flag}" known)

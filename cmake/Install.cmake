@@ -35,12 +35,22 @@ write_basic_package_version_file(hotfix-config-version.cmake COMPATIBILITY SameM
 install(FILES ${PROJECT_BINARY_DIR}/hotfix-config.cmake
               ${PROJECT_BINARY_DIR}/hotfix-config-version.cmake DESTINATION ${package_folder})
 
+# What the archive is linked with.
+set(pc_libraries ${HOTFIX_FRAMEWORKS})
+if(HOTFIX_UTF8PROC_LIBRARY)
+  list(APPEND pc_libraries -lutf8proc)
+endif()
+list(TRANSFORM CMAKE_DL_LIBS PREPEND -l OUTPUT_VARIABLE dl)
+list(APPEND pc_libraries ${dl})
+list(JOIN pc_libraries " " pc_libraries)
+
 # The .pc files are made at install time: only then is the prefix known (cmake --install --prefix).
 install(
   CODE "
   set(PROJECT_DESCRIPTION \"${PROJECT_DESCRIPTION}\")
   set(PROJECT_VERSION \"${PROJECT_VERSION}\")
   set(HOTFIX_PC_LIBDIR \"\\\${exec_prefix}/${CMAKE_INSTALL_LIBDIR}\")
+  set(HOTFIX_PC_LIBRARIES \"${pc_libraries}\")
   set(HOTFIX_PC_INCLUDEDIR \"\\\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}\")
   get_filename_component(CMAKE_INSTALL_PREFIX \"\${CMAKE_INSTALL_PREFIX}\" ABSOLUTE)
   foreach(file hotfix hotfix-libdir)

@@ -10,11 +10,13 @@ if(NOT HOTFIX_SYSTEM)
 endif()
 
 # What the build asks of a system besides its folder: whether its sources are Objective-C++ too,
-# which frameworks the library needs, under which name libxml2 is loaded (when it cannot be asked
-# itself), whether its linker takes a version script, and whether the tests of the whole program run
-# there: they need mount namespaces and look into /proc.
+# which frameworks and libraries of the system the library is linked to, under which name libxml2 is
+# loaded (when it cannot be asked itself), whether its linker takes a version script (or else a list
+# of symbols), where the libraries lie that everybody has there, and whether the tests of the whole
+# program run there: they need mount namespaces and look into /proc.
 set(HOTFIX_OBJECTIVE_C OFF)
 set(HOTFIX_FRAMEWORKS "")
+set(HOTFIX_SYSTEM_LIBRARIES "")
 set(HOTFIX_XML_LIBRARY "")
 set(HOTFIX_VERSION_SCRIPT ON)
 set(HOTFIX_NAMESPACES OFF)
@@ -22,7 +24,9 @@ if(HOTFIX_SYSTEM STREQUAL "linux")
   set(HOTFIX_NAMESPACES ON)
 elseif(HOTFIX_SYSTEM STREQUAL "macos")
   set(HOTFIX_OBJECTIVE_C ON)
-  set(HOTFIX_FRAMEWORKS "-framework AppKit" "-framework CoreFoundation")
+  set(HOTFIX_FRAMEWORKS "-framework AppKit" "-framework Foundation" "-framework CoreFoundation"
+                        -lobjc)
+  set(HOTFIX_SYSTEM_LIBRARIES "^(/usr/lib|/System)/")
   set(HOTFIX_XML_LIBRARY "/usr/lib/libxml2.2.dylib")
   set(HOTFIX_VERSION_SCRIPT OFF)
 endif()

@@ -1,0 +1,33 @@
+# hotfix_limit_exports(target): only what packaging/hotfix.map names leaves the shared library.
+#
+# A linker that takes no version script is told the same as a list of mangled names, each with a
+# star: those of what is in a class or namespace, and of its constant members.
+function(hotfix_limit_exports target)
+  set(exports ${PROJECT_SOURCE_DIR}/packaging/hotfix.map)
+  if(HOTFIX_VERSION_SCRIPT)
+    target_link_options(${target} PRIVATE -Wl,--version-script=${exports})
+  else()
+    hotfix_write_export_list(${exports} ${PROJECT_BINARY_DIR}/hotfix.exports)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${exports})
+    set(exports ${PROJECT_BINARY_DIR}/hotfix.exports)
+    target_link_options(${target} PRIVATE -Wl,-exported_symbols_list,${exports})
+  endif()
+  set_target_properties(${target} PROPERTIES LINK_DEPENDS ${exports})
+endfunction()
+
+# hotfix_write_export_list(map list)
+function(hotfix_write_export_list map list)
+  file(STRINGS ${map} patterns REGEX "^ *installer::")
+  set(symbols "")
+  foreach(pattern IN LISTS patterns)
+    string(REGEX REPLACE "^ *installer|(::)?\\*;$" "" names "${pattern}")
+    string(REGEX MATCHALL "[A-Za-z0-9_]+" names "${names}")
+    set(mangled 9installer)
+    foreach(name IN LISTS names)
+      string(LENGTH ${name} length)
+      string(APPEND mangled ${length}${name})
+    endforeach()
+    string(APPEND symbols "__ZN${mangled}*\n__ZNK${mangled}*\n")
+  endforeach()
+  file(CONFIGURE OUTPUT ${list} CONTENT "${symbols}")
+endfunction()
