@@ -1,6 +1,7 @@
 """What building needs is asked for by name, and only what is missing is installed or complained of."""
 
 import os
+import re
 import shutil
 import subprocess
 import tempfile
@@ -146,6 +147,25 @@ class BootstrapTest(unittest.TestCase):
         self.loseModules("CLI11", "benchmark")
         self.assertMissing("  pkg-config's module CLI11 (Debian: libcli11-dev)",
                            "  pkg-config's module benchmark (Debian: libbenchmark-dev)")
+
+    def testFilesAreLookedForByPattern(self):
+        with open(self._root / "scripts/bootstrap", encoding="utf-8") as file:
+            text = file.read()
+        patterns = re.findall(r"^cross +file +(\S+) +(\S+)$", text, re.MULTILINE)
+        self.assertGreater(len(patterns), 2)
+        for pattern, _ in patterns:
+            text = text.replace(f" {pattern} ", f" {self._root}{pattern} ")
+            (self._root / pattern[1:].replace("*", "some")).parent.mkdir(parents=True)
+        (self._root / "scripts/bootstrap").write_text(text, encoding="utf-8")
+        for command in ("npm", "llvm-config", "lld", "gpbs"):
+            self.make(command, "exit 0")
+        self.assertMissing(*(f"  {self._root}{pattern} (Debian: {package})"
+                             for pattern, package in patterns), sets=("cross",))
+
+        for pattern, _ in patterns:
+            (self._root / pattern[1:].replace("*", "some")).touch()
+
+        self.assertContent("cross")
 
     def testTheTestsReplayTheFuzzersWithoutClang(self):
         self.lose("clang++")
