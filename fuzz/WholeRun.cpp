@@ -14,14 +14,15 @@
 
 #include "Fuzzed.h"
 #include "PrivateRoot.h"
-#include "SystemStores.h"
 #include "base/Characters.h"
 #include "base/TraceLine.h"
 #include "hotfix/driver/Installer.h"
 #include "platform/ChildProcesses.h"
 #include "platform/Platform.h"
 #include "platform/files/PosixFileManager.h"
+#include "platform/posix/FilePasteboard.h"
 #include "platform/posix/LogFiles.h"
+#include "platform/posix/UserPreferences.h"
 #include "support/FakeClock.h"
 #include "support/FakeProcessTable.h"
 #include "support/FakeUserContext.h"
@@ -193,9 +194,9 @@ struct RunMachine {
     platform.files = &files;
     platform.children = &children;
     platform.processes = &processes;
-    platform.pasteboard = &stores.pasteboard;
+    platform.pasteboard = &pasteboard;
     platform.log = &log;
-    platform.preferences = &stores.preferences;
+    platform.preferences = &preferences;
     platform.users = &users;
     platform.clock = &clock;
   }
@@ -206,7 +207,8 @@ struct RunMachine {
   PlayedChildren children;
   test::FakeProcessTable processes;
   TraceLog log{clock};
-  test::SystemStores stores{files, users, FixedPaths().pasteboard};
+  FilePasteboard pasteboard{files, FixedPaths().pasteboard};
+  UserPreferences preferences{files, users};
   Platform platform;
   ScopedPlatform scope{platform};
 };

@@ -24,9 +24,9 @@ Platform Sandbox::services() {
   platform.files = &_files;
   platform.children = &_children;
   platform.processes = &_processes;
-  platform.pasteboard = &_stores.pasteboard;
+  platform.pasteboard = &_pasteboard;
   platform.log = &_log;
-  platform.preferences = &_stores.preferences;
+  platform.preferences = &_preferences;
   platform.users = &_users;
   platform.clock = &_clock;
   platform.paths = pathsBelowRoot();

@@ -7,11 +7,10 @@
 #include <string_view>
 #include <vector>
 
-#include "SystemStores.h"
 #include "hotfix/base/PropertyList.h"
-#include "platform/Pasteboard.h"
 #include "platform/Platform.h"
-#include "platform/Preferences.h"
+#include "platform/posix/FilePasteboard.h"
+#include "platform/posix/UserPreferences.h"
 #include "support/CapturedLog.h"
 #include "support/FailingFileManager.h"
 #include "support/FakeClock.h"
@@ -36,8 +35,8 @@ class Sandbox : public TemporaryFolder {
   Platform& platform() { return _platform; }
   const FixedPaths& paths() const { return _platform.paths; }
   FailingFileManager& files() { return _files; }
-  Pasteboard& pasteboard() { return _stores.pasteboard; }
-  Preferences& preferences() { return _stores.preferences; }
+  Pasteboard& pasteboard() { return _pasteboard; }
+  Preferences& preferences() { return _preferences; }
   FakeClock& clock() { return _clock; }
   FakeUserContext& users() { return _users; }
   FakeProcessTable& processes() { return _processes; }
@@ -85,7 +84,8 @@ class Sandbox : public TemporaryFolder {
   RecordedChildren _children;
   FakeProcessTable _processes;
   CapturedLog _log{_clock};
-  SystemStores _stores{_files, _users, root() + FixedPaths().pasteboard};
+  FilePasteboard _pasteboard{_files, root() + FixedPaths().pasteboard};
+  UserPreferences _preferences{_files, _users};
   Platform _platform = services();
   ScopedPlatform _scope{_platform};
 };

@@ -3,11 +3,11 @@
 #include <syslog.h>
 
 #include "platform/ProcessSetup.h"
-#include "platform/linux/FilePasteboard.h"
 #include "platform/linux/ProcProcessTable.h"
 #include "platform/linux/SyslogSystemLog.h"
-#include "platform/linux/UserPreferences.h"
+#include "platform/posix/FilePasteboard.h"
 #include "platform/posix/PosixPlatform.h"
+#include "platform/posix/UserPreferences.h"
 
 namespace installer {
 namespace {

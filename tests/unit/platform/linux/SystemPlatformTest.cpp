@@ -2,13 +2,13 @@
 
 #include "platform/Platform.h"
 #include "platform/files/PosixFileManager.h"
-#include "platform/linux/FilePasteboard.h"
 #include "platform/linux/ProcProcessTable.h"
 #include "platform/linux/SyslogSystemLog.h"
-#include "platform/linux/UserPreferences.h"
+#include "platform/posix/FilePasteboard.h"
 #include "platform/posix/PosixChildProcesses.h"
 #include "platform/posix/PosixClock.h"
 #include "platform/posix/PosixUserContext.h"
+#include "platform/posix/UserPreferences.h"
 
 namespace installer::test {
 namespace {

@@ -1,11 +1,14 @@
-// The services that every POSIX system has, in the contract suites.
+// The services that every POSIX system has, and the files that keep record and preferences where no
+// service does, in the contract suites.
 
 #include <grp.h>
 #include <pwd.h>
 
+#include "platform/posix/FilePasteboard.h"
 #include "platform/posix/PosixChildProcesses.h"
 #include "platform/posix/PosixClock.h"
 #include "platform/posix/PosixUserContext.h"
+#include "platform/posix/UserPreferences.h"
 #include "support/ChildFolder.h"
 #include "support/FailingFileManager.h"
 #include "support/FakeUserContext.h"
@@ -14,6 +17,8 @@
 #include "unit/platform/ChildProcessesContract.h"
 #include "unit/platform/ClockContract.h"
 #include "unit/platform/FileManagerContract.h"
+#include "unit/platform/PasteboardContract.h"
+#include "unit/platform/PreferencesContract.h"
 #include "unit/platform/UserContextContract.h"
 
 namespace installer::test {
@@ -91,6 +96,32 @@ INSTANTIATE_TEST_SUITE_P(Posix, FileManagerContractTest, kManagers,
                          [](const auto& given) { return given.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(Posix, ChangingFileManagerContractTest, kManagers,
+                         [](const auto& given) { return given.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(Posix, PasteboardContractTest,
+                         ::testing::Values(PasteboardKind{"Files",
+                                                          [](Sandbox& machine) {
+                                                            return std::make_unique<FilePasteboard>(
+                                                                machine.files(),
+                                                                machine.paths().pasteboard);
+                                                          }}),
+                         [](const auto& given) { return given.param.name; });
+
+class PreferenceFiles : public PreferencesSubject {
+ public:
+  Preferences& preferences() override { return _preferences; }
+  void store(const std::string& domain, const PropertyList::Dictionary& values) override {
+    _machine.writePlist("Users/tester/Library/Preferences/" + domain + ".plist", values);
+  }
+
+ private:
+  Sandbox _machine;
+  UserPreferences _preferences{_machine.files(), _machine.users()};
+};
+
+INSTANTIATE_TEST_SUITE_P(Posix, PreferencesContractTest,
+                         ::testing::Values(PreferencesKind{
+                             "Files", [] { return std::make_unique<PreferenceFiles>(); }}),
                          [](const auto& given) { return given.param.name; });
 
 }  // namespace

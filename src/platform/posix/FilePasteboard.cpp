@@ -1,4 +1,4 @@
-#include "platform/linux/FilePasteboard.h"
+#include "platform/posix/FilePasteboard.h"
 
 #include "platform/FileManager.h"
 

@@ -1,4 +1,4 @@
-#include "platform/linux/UserPreferences.h"
+#include "platform/posix/UserPreferences.h"
 
 #include <gmock/gmock.h>
 #include <unistd.h>
