@@ -20,13 +20,15 @@ class PostinstallTest(unittest.TestCase):
         self._scripts = self._root / "Scripts of a package"
         self._bin = self._root / "bin"
         self._logs = self._root / "Logs/Hotfix"
+        self._left = self._root / "left"
+        self._left.mkdir()
         self._package = self._scripts / "hotfix/install/Fix.pkg"
         self._package.mkdir(parents=True)
         self._bin.mkdir()
         shutil.copy(ROOT / "packaging/macos/postinstall", self._scripts)
         self.make(self._scripts / "HotfixInstaller",
                   f'printf "%s\\n" "USER=$USER" "$@" >{self._root}/started\nexit "${{STATUS:-0}}"')
-        self.make(self._bin / "stat", '[[ $* == "-f %Su "* ]] && echo "${AT_SCREEN-alice}"')
+        self.make(self._bin / "stat", '[[ $* == "-f %Su /dev/console" ]] && echo "${AT_SCREEN-alice}"')
         self.make(self._bin / "id", '[[ $1 == -u ]] && case $2 in alice) echo 501;; root) echo 0;; '
                                     "*) exit 1;; esac")
         self.make(self._bin / "launchctl", f'''
@@ -44,7 +46,8 @@ class PostinstallTest(unittest.TestCase):
         arguments = arguments or ("/Downloads/Fix flat.pkg", "/Applications", "/", "/")
         environment = {"PATH": f"{self._bin}:{os.environ['PATH']}", "USER": "admin",
                        "PACKAGE_PATH": "/Downloads/Fix flat.pkg", "SCRIPT_NAME": "postinstall",
-                       "INSTALLER_TEMP": str(self._root), "HOTFIX_LOGS": str(self._logs)}
+                       "INSTALLER_TEMP": str(self._root), "HOTFIX_LOGS": str(self._logs),
+                       "HOTFIX_TMP": str(self._left)}
         return subprocess.run([self._scripts / "postinstall", *arguments],
                               env={**environment, **variables}, capture_output=True, text=True,
                               check=False)
@@ -90,6 +93,30 @@ class PostinstallTest(unittest.TestCase):
         self.assertEqual(len(kept), 1)
         self.assertEqual((kept[0] / "status").read_text(encoding="utf-8"), "1\n")
         self.assertIn(str(kept[0]), result.stdout)
+
+    def testWhatTheInstallerLeftIsKeptAndWhatWentWrongIsPrinted(self):
+        lines = {"Info": "all", "Warning": "odd", "Error": "bad"}
+        trace = "".join(f"1 <{level}>: {text}\n" for level, text in lines.items())
+        (self._left / "install_trace.log").write_text(trace, encoding="utf-8")
+        (self._left / "INSTALLATION_INTERNAL_PASTEBOARD").write_text("record", encoding="utf-8")
+        (self._left / "other").write_text("other", encoding="utf-8")
+
+        result = self.run_(STATUS="1")
+
+        kept = {path.name: path.read_text(encoding="utf-8")
+                for path in next(self._logs.iterdir()).iterdir()}
+        self.assertEqual(kept, {"status": "1\n", "install_trace.log": trace,
+                                "INSTALLATION_INTERNAL_PASTEBOARD": "record"})
+        self.assertEqual(result.stdout.splitlines()[1:], ["1 <Warning>: odd", "1 <Error>: bad"])
+
+    def testNothingBehindALinkIsKept(self):
+        (self._root / "secret").write_text("1 <Error>: secret\n", encoding="utf-8")
+        (self._left / "install_trace.log").symlink_to(self._root / "secret")
+
+        result = self.run_(STATUS="1")
+
+        self.assertEqual([path.name for path in next(self._logs.iterdir()).iterdir()], ["status"])
+        self.assertNotIn("secret", result.stdout)
 
     def testSuccessLeavesNothing(self):
         self.run_()
