@@ -14,17 +14,17 @@ std::string nameWith(std::uint64_t number) {
 }
 
 // The process's own number keeps two processes apart; counted, so that another try is another name.
-std::string nameToBeGuessed() {
-  static std::uint64_t count = 0;
-  return nameWith(static_cast<std::uint64_t>(ownProcess()) + ++count);
+std::string guessableName() {
+  static std::uint32_t count = 0;
+  return nameWith(static_cast<std::uint64_t>(ownProcess()) << 32 | ++count);
 }
 
 }  // namespace
 
 std::string TemporaryNames::next(int folder) {
   if ((_left > 0 && _drawnBy == ownProcess()) || draw()) return nameWith(_numbers[--_left]);
-  std::string name = nameToBeGuessed();
-  while (statusOf(folder, name)) name = nameToBeGuessed();
+  std::string name = guessableName();
+  while (statusOf(folder, name)) name = guessableName();
   return name;
 }
 

@@ -4,8 +4,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <functional>
+#include <set>
+#include <sstream>
 #include <string>
 
+#include "platform/files/TemporaryNames.h"
 #include "support/ChildRun.h"
 #include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
@@ -244,6 +247,26 @@ TEST_F(FileManagerOtherKernelTest, WithoutRandomNumbersThereAreStillNames) {
   EXPECT_EQ(_folder.content("to/a"), "new");
   EXPECT_EQ(_folder.content("to/b"), "new");
   EXPECT_EQ(_folder.content("file"), "new");
+}
+
+// Two that have begun at once have numbers that lie close together.
+TEST_F(FileManagerOtherKernelTest, WithoutRandomNumbersProcessesHaveNamesOfTheirOwn) {
+  const auto names = [] {
+    TemporaryNames chosen;
+    std::string lines;
+    for (int number = 0; number < 4000; ++number) lines += chosen.next(AT_FDCWD) + "\n";
+    return lines;
+  };
+
+  EXPECT_TRUE(without(SYS_getrandom, ENOSYS, [&] {
+    const bool isWritten = inChild([&] { return !_folder.makeFile("other", names()).empty(); });
+    return isWritten && !_folder.makeFile("own", names()).empty();
+  }));
+
+  std::set<std::string> all;
+  std::istringstream both(_folder.content("own") + _folder.content("other"));
+  for (std::string name; std::getline(both, name);) all.insert(name);
+  EXPECT_EQ(all.size(), 8000u);
 }
 
 struct Refusal {
