@@ -44,19 +44,16 @@ list(TRANSFORM CMAKE_DL_LIBS PREPEND -l OUTPUT_VARIABLE dl)
 list(APPEND pc_libraries ${dl})
 list(JOIN pc_libraries " " pc_libraries)
 
-# The .pc files are made at install time: only then is the prefix known (cmake --install --prefix).
-install(
-  CODE "
-  set(PROJECT_DESCRIPTION \"${PROJECT_DESCRIPTION}\")
-  set(PROJECT_VERSION \"${PROJECT_VERSION}\")
-  set(HOTFIX_PC_LIBDIR \"\\\${exec_prefix}/${CMAKE_INSTALL_LIBDIR}\")
-  set(HOTFIX_PC_LIBRARIES \"${pc_libraries}\")
-  set(HOTFIX_PC_INCLUDEDIR \"\\\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}\")
-  get_filename_component(CMAKE_INSTALL_PREFIX \"\${CMAKE_INSTALL_PREFIX}\" ABSOLUTE)
-  foreach(file hotfix hotfix-libdir)
-    configure_file(\"${PROJECT_SOURCE_DIR}/packaging/\${file}.pc.in\"
-                   \"${PROJECT_BINARY_DIR}/\${file}.pc\" @ONLY)
-  endforeach()
-  ")
+# Places are told from where the .pc files lie: the prefix is known only when the library is installed
+# (cmake --install --prefix), and is another one while a package is made.
+file(RELATIVE_PATH up "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" up "${up}")
+set(HOTFIX_PC_PREFIX "\${pcfiledir}/${up}")
+set(HOTFIX_PC_LIBDIR "\${exec_prefix}/${CMAKE_INSTALL_LIBDIR}")
+set(HOTFIX_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
+set(HOTFIX_PC_LIBRARIES "${pc_libraries}")
+foreach(file hotfix hotfix-libdir)
+  configure_file(packaging/${file}.pc.in ${file}.pc @ONLY)
+endforeach()
 install(FILES ${PROJECT_BINARY_DIR}/hotfix.pc ${PROJECT_BINARY_DIR}/hotfix-libdir.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
