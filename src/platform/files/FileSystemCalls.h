@@ -39,6 +39,9 @@ ssize_t readLink(int item, char* target, std::size_t size);
 // absolute, ENOSYS where the system has no such call.
 [[nodiscard]] int openFolderBeneath(int above, const char* path);
 
+// A descriptor that only names what the path leads to, on the same terms.
+[[nodiscard]] int openItemBeneath(int above, const char* path);
+
 // A descriptor that only names the folder at the path, which is looked up from the open folder
 // `start` and, with Beneath::yes, does not leave it. ELOOP when there is any link on the way or in
 // the folder's place, ENOSYS where the system has no such call.

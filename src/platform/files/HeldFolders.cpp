@@ -239,6 +239,24 @@ FoundEntry HeldFolders::itemBelow(const Below& below, const std::string& path) {
   return found;
 }
 
+bool HeldFolders::exists(const std::string& path) {
+  return openAtOnce(path, syscalls::openItemBeneath).valid() || glimpse(path).status();
+}
+
+bool HeldFolders::isDirectory(const std::string& path) {
+  return openAtOnce(path, syscalls::openFolderBeneath).valid() || isFolder(glimpse(path).status());
+}
+
+// What is further down in a held folder, in one call; what that does not find can be there all the
+// same, for a link may lead to it.
+Descriptor HeldFolders::openAtOnce(const std::string& path, OpenBeneath call) {
+  if (!isUsablePath(path) || path.ends_with('/')) return {};
+  const auto below = find(path, Itself::doesNot);
+  if (!below || below->rest.find('/') == std::string::npos || !open(*below->held)) return {};
+  return Descriptor(call(below->held->folder.get(), below->rest.c_str()));
+}
+
+// As item(), but for a link that leads elsewhere.
 FoundEntry HeldFolders::glimpse(const std::string& path) {
   if (!isUsablePath(path)) return notFound(ENOENT);
   const auto below = find(path, Itself::counts);

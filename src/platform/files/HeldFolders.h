@@ -72,8 +72,10 @@ class HeldFolders {
   FoundEntry entry(const std::string& path);
   // What the path leads to, links followed; the last one to a place inside any held folder.
   FoundEntry item(const std::string& path);
-  // The same for questions whether something is there, which a link to anywhere may answer.
-  FoundEntry glimpse(const std::string& path);
+  // Whether something is there, and whether a folder is, which a link to anywhere may answer. The
+  // first is false with errno set.
+  bool exists(const std::string& path);
+  bool isDirectory(const std::string& path);
 
   // A folder that the caller named. When it is a link itself, all links on the way must belong to
   // root or the effective user, for whoever owns a link chooses where it leads. `links` receives
@@ -90,6 +92,7 @@ class HeldFolders {
     std::string rest;
   };
   enum class Itself { counts, doesNot };
+  using OpenBeneath = int (*)(int above, const char* path);
 
   std::optional<Below> find(const std::string& path, Itself itself);
   bool open(HeldFolder& held);
@@ -101,6 +104,8 @@ class HeldFolders {
   FoundEntry entryBelow(const Below& below);
   FoundEntry foundBelow(const Below& below);
   FoundEntry itemBelow(const Below& below, const std::string& path);
+  FoundEntry glimpse(const std::string& path);
+  Descriptor openAtOnce(const std::string& path, OpenBeneath call);
   std::vector<std::shared_ptr<HeldFolder>> heldAround(const Place& place) const;
   bool isRefused(HeldFolder& held);
   bool isTrusted(const struct stat& link);

@@ -93,12 +93,12 @@ std::shared_ptr<const void> PosixFileManager::hold(const std::string& folder,
 }
 
 bool PosixFileManager::exists(const std::string& path, FileError* error) {
-  if (_folders.glimpse(path).status()) return true;
+  if (_folders.exists(path)) return true;
   return answerWithItem(errno, path, "looked at", error);
 }
 
 bool PosixFileManager::isDirectory(const std::string& path) {
-  return isFolder(_folders.glimpse(path).status());
+  return _folders.isDirectory(path);
 }
 
 std::optional<uid_t> PosixFileManager::owner(const std::string& path) {

@@ -27,7 +27,7 @@ constexpr std::size_t kSmallFile = std::size_t{64} << 10;
 
 int openResolved(int start, const char* path, unsigned flags, unsigned resolve) {
   open_how how{};
-  how.flags = flags | O_DIRECTORY | O_CLOEXEC;
+  how.flags = flags | O_CLOEXEC;
   how.resolve = resolve;
   return static_cast<int>(
       uninterrupted([&] { return ::syscall(SYS_openat2, start, path, &how, sizeof how); }));
@@ -75,11 +75,15 @@ int changeModeOfItem(int item, mode_t mode) {
 }
 
 int openFolderBeneath(int above, const char* path) {
-  return openResolved(above, path, O_RDONLY, RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS);
+  return openResolved(above, path, O_RDONLY | O_DIRECTORY, RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS);
+}
+
+int openItemBeneath(int above, const char* path) {
+  return openResolved(above, path, O_PATH, RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS);
 }
 
 int openFolderWithoutLinks(int start, const char* path, Beneath beneath) {
-  return openResolved(start, path, O_PATH,
+  return openResolved(start, path, O_PATH | O_DIRECTORY,
                       RESOLVE_NO_SYMLINKS | (beneath == Beneath::yes ? RESOLVE_BENEATH : 0U));
 }
 

@@ -77,6 +77,11 @@ int openFolderBeneath(int /*above*/, const char* /*path*/) {
   return -1;
 }
 
+int openItemBeneath(int /*above*/, const char* /*path*/) {
+  errno = ENOSYS;
+  return -1;
+}
+
 int openFolderWithoutLinks(int /*start*/, const char* /*path*/, Beneath /*beneath*/) {
   errno = ENOSYS;
   return -1;
