@@ -136,7 +136,29 @@ TEST_F(FileManagerInterruptionTest, LookForLeftOversEndsAtTheNextEntry) {
   EXPECT_FALSE(isThere("a/.hotfix-1") || isThere("b/.hotfix-2"));
 }
 
-TEST_F(FileManagerInterruptionTest, FolderThatGivesWayToACopyIsGoneWhenTheCopyIsLeft) {
+TEST_F(FileManagerInterruptionTest, OfLeftOversInOneFolderTheNextStays) {
+  proves("SIGNAL-3");
+  for (const char* name : {".hotfix-1", ".hotfix-2"}) _folder.makeFile(name);
+
+  EXPECT_TRUE(
+      isLeft(FileOperation::kUnlink, [&] { _files.removeLeftOvers(path(""), LeftOvers::below); }));
+  EXPECT_EQ(isThere(".hotfix-1") + isThere(".hotfix-2"), 1);
+
+  _files.removeLeftOvers(path(""), LeftOvers::below);
+}
+
+TEST_F(FileManagerInterruptionTest, LeftOverFolderIsEmptiedUpToTheNextEntry) {
+  proves("SIGNAL-3");
+  for (const char* name : {".hotfix-1/a", ".hotfix-1/b"}) _folder.makeFile(name);
+
+  EXPECT_TRUE(
+      isLeft(FileOperation::kUnlink, [&] { _files.removeLeftOvers(path(""), LeftOvers::below); }));
+  EXPECT_EQ(isThere(".hotfix-1/a") + isThere(".hotfix-1/b"), 1);
+
+  _files.removeLeftOvers(path(""), LeftOvers::below);
+}
+
+TEST_F(FileManagerInterruptionTest, FolderThatGivesWayToACopyIsEmptiedUpToTheNextEntry) {
   proves("SIGNAL-3");
   _folder.makeFile("from/file", "new");
   for (const char* name : {"to/a", "to/b"}) _folder.makeFile(name, "old");
@@ -144,6 +166,7 @@ TEST_F(FileManagerInterruptionTest, FolderThatGivesWayToACopyIsGoneWhenTheCopyIs
   EXPECT_TRUE(isLeft(FileOperation::kUnlink,
                      [&] { (void)_files.copy(path("from"), path("to"), ExistingItem::replace); }));
 
+  EXPECT_EQ(isThere("to/a") + isThere("to/b"), 1);
   EXPECT_FALSE(isThere("to/file")) << "nothing new is begun";
   EXPECT_TRUE(_files.copy(path("from"), path("to"), ExistingItem::replace));
   EXPECT_THAT(pathsIn(snapshot("to")), ElementsAre("file"));
