@@ -293,6 +293,21 @@ TEST_F(FileManagerAttributesTest, AFolderThatFailsDoesNotKeepTheOthersBack) {
   EXPECT_EQ(modeOf("b/file"), 0775u);
 }
 
+// What failed the first time would be right after the second.
+TEST_F(FileManagerAttributesTest, AFolderBelowAnotherOneIsWalkedWithThatOneAlone) {
+  _folder.makeFile("tree/sub/file", "", 0600);
+  _folder.makeFolder("tree/sub", 0775);
+  for (const std::vector<std::string>& folders :
+       {std::vector{path("tree"), path("tree/sub")},
+        std::vector{path("tree/sub/"), path("tree/sub")}}) {
+    _files.failNext(FileOperation::kChangeMode, EIO);
+
+    EXPECT_FALSE(_files.changeAttributesBelowAll(folders, {"self", "own", 0775}));
+
+    EXPECT_EQ(modeOf("tree/sub/file"), 0600u);
+  }
+}
+
 TEST_F(FileManagerAttributesTest, LinksAboveARealFolderAreFollowedWhosoeverTheyAre) {
   _folder.makeFile("real/tree/file", "", 0600);
   _folder.makeLink("link", "real");
