@@ -14,7 +14,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/Platform.h"
 #include "platform/ProcessSetup.h"
+#include "platform/SystemPlatform.h"
 #include "support/FakeClock.h"
 #include "support/Proves.h"
 #include "support/TemporaryFolder.h"
@@ -108,6 +110,15 @@ TEST_F(SyslogSystemLogTest, NobodyNeedsToListenToAHostsLog) {
   SyslogSystemLog log(_clock);
 
   log.write(LogLevel::info, "a");
+
+  EXPECT_THAT(calls, ElementsAre("6 a"));
+}
+
+TEST_F(SyslogSystemLogTest, AProcessThatIsNotTheProgramsOwnIsAHost) {
+  proves("LIBRARY-6");
+  if (ownsSystemLog()) GTEST_SKIP() << "a test before has made this process the program's own";
+
+  makeSystemPlatform()->log->write(LogLevel::info, "a");
 
   EXPECT_THAT(calls, ElementsAre("6 a"));
 }
