@@ -867,6 +867,24 @@ TEST_F(TwoHomesTest, LeftOversOfBothAreRemoved) {
   EXPECT_FALSE(_sandbox.exists(registered("deploy/.hotfix-2")));
 }
 
+TEST_F(TwoHomesTest, WhereOneCannotBeLockedBothAreLeftAlone) {
+  proves("LOCK-8");
+  _sandbox.write(inHome("deploy/.hotfix-1"), "x");
+  const auto before = snapshotOf(_sandbox.path("Applications"));
+  for (const std::string& home :
+       {home(), path::deletingLastComponent(_sandbox.path(registered("x")))}) {
+    _sandbox.files().failLocking(EIO, home);
+
+    EXPECT_EQ(run(), 1);
+
+    EXPECT_THAT(linesAt(LogLevel::error),
+                Contains(StartsWith("\"" + home + "\" cannot be locked: ")));
+    EXPECT_THAT(TreeDiff(before, snapshotOf(_sandbox.path("Applications"))).lines(), IsEmpty());
+    EXPECT_THAT(_sandbox.children().started(), IsEmpty());
+  }
+  _sandbox.remove(inHome("deploy/.hotfix-1"));
+}
+
 TEST_F(InstallerTest, LeftOversStayWhereNoLockTellsThatNobodyMakesThem) {
   proves("AGAIN-2");
   _sandbox.write(inHome("deploy/.hotfix-1"), "in the making");
