@@ -1,5 +1,6 @@
 #include "base/TraceLine.h"
 
+#include <fmt/compile.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -74,7 +75,7 @@ void appendEscaped(std::string_view message, LineText& text) {
 
 void appendFormatted(const TraceLine& line, LineText& text) {
   fmt::format_to(std::back_inserter(text),
-                 "{} {:2} {:02}:{:02}:{:02} {} HotfixInstaller[{}] <{}>: {}\n",
+                 FMT_COMPILE("{} {:2} {:02}:{:02}:{:02} {} HotfixInstaller[{}] <{}>: {}\n"),
                  kMonths.at(static_cast<std::size_t>(line.time.tm_mon)), line.time.tm_mday,
                  line.time.tm_hour, line.time.tm_min, line.time.tm_sec, line.host, line.process,
                  nameOf(line.level), line.message);

@@ -24,7 +24,7 @@ std::optional<std::string> readWhole(const RegularFile& file, std::size_t maximu
   const auto expected = static_cast<std::size_t>(file.status.st_size);
   if (expected > maximum) return tooLong();
   std::string bytes;
-  bytes.resize(expected + BUFSIZ);
+  bytes.resize(expected == 0 ? BUFSIZ : expected + 1);
   std::size_t length = 0;
   while (length <= maximum) {
     const ssize_t count = uninterrupted(
@@ -35,7 +35,7 @@ std::optional<std::string> readWhole(const RegularFile& file, std::size_t maximu
       bytes.resize(length);
       return bytes;
     }
-    if (length == bytes.size()) bytes.resize(length + BUFSIZ);  // longer than expected
+    if (length == bytes.size()) bytes.resize(length + BUFSIZ);  // more than expected
   }
   return tooLong();
 }
