@@ -26,7 +26,7 @@ def load(name):
     return module
 
 
-MEASURE, GROWTH, PLOT = load("measure"), load("growth"), load("plot")
+MEASURE, GROWTH, PLOT, LINES = load("measure"), load("growth"), load("plot"), load("lines")
 
 # A program that notes what it is asked for and answers as a benchmark does.
 PROGRAM = """#!/bin/bash
@@ -175,6 +175,42 @@ class PlotTest(unittest.TestCase):
     def testWithoutResultsNothingIsDrawn(self):
         with self.assertRaisesRegex(SystemExit, "no results in"):
             self.draw()
+
+
+class LinesTest(unittest.TestCase):
+    # As callgrind writes it: costs by line, calls with what they cost in all.
+    PROFILE = """
+fl=/src/src/base/Path.cpp
+fn=normalized
+10 5
+fi=/usr/include/string_view
+99 40
+fe=/src/src/base/Path.cpp
+12 1
+cfn=memchr
+calls=2 0
+12 60
+cfi=/src/src/platform/Log.h
+cfn=log
+calls=1 0
+14 200
+fl=/src/src/platform/Log.h
+fn=log
+7 200
+fl=./elf/dl-lookup.c
+fn=do_lookup_x
+1 300
+fl=./string/memchr.S
+fn=memchr
+3 60
+"""
+
+    def testALineCostsWhatItTakesAndWhatLibrariesDoForIt(self):
+        lines, total = LINES.costs(self.PROFILE)
+
+        self.assertEqual(total, 5 + 40 + 1 + 200 + 300 + 60)
+        self.assertEqual(lines, {"base/Path.cpp:10": 5 + 40, "base/Path.cpp:12": 1 + 60,
+                                 "platform/Log.h:7": 200, LINES.LOADER: 300})
 
 
 if __name__ == "__main__":
