@@ -5,10 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <charconv>
-#include <cstdint>
 #include <string>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -50,14 +47,6 @@ bool copyInKernel(int from, int to, std::size_t size) {
 }  // namespace
 
 FileChanges::FileChanges(Door refusal) : _refusal(std::move(refusal)) {}
-
-bool FileChanges::isTemporaryName(std::string_view name) {
-  if (!name.starts_with(TemporaryNames::kPrefix)) return false;
-  name.remove_prefix(TemporaryNames::kPrefix.size());
-  std::uint64_t number = 0;
-  const auto read = std::from_chars(name.data(), name.data() + name.size(), number);
-  return read.ec == std::errc() && name == std::to_string(number);
-}
 
 int FileChanges::createFile(int folder, const std::string& name, mode_t mode, Descriptor& file) {
   checkInterruption();

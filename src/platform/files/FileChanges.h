@@ -26,9 +26,6 @@ class FileChanges {
   // A name that is not taken in the folder and cannot be guessed. Changes nothing.
   std::string freeTemporaryName(int folder) { return _names.next(folder); }
 
-  // Whether freeTemporaryName() can have made the name.
-  static bool isTemporaryName(std::string_view name);
-
   // New entries; EEXIST when the name is taken. The creation mask applies to the modes. Nothing new
   // is begun once a signal has asked the process to end: they throw Interrupted then.
   [[nodiscard]] int createFile(int folder, const std::string& name, mode_t mode, Descriptor& file);

@@ -7,7 +7,6 @@
 
 #include "platform/files/Failure.h"
 #include "platform/files/FileSystemCalls.h"
-#include "platform/files/LinkWalk.h"
 #include "platform/files/PathBelow.h"
 
 namespace installer {

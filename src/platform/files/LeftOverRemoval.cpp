@@ -9,6 +9,7 @@
 #include "platform/files/Claim.h"
 #include "platform/files/FolderReader.h"
 #include "platform/files/Opening.h"
+#include "platform/files/TemporaryNames.h"
 #include "platform/files/TreeRemoval.h"
 
 namespace installer {
@@ -20,7 +21,7 @@ void LeftOverRemoval::walk(Descriptor folder, int depth) {
   std::vector<std::string> leftOvers;
   while (auto name = reader.next()) {
     checkInterruption();
-    if (FileChanges::isTemporaryName(*name))
+    if (TemporaryNames::canBeOne(*name))
       leftOvers.push_back(std::move(*name));
     else if (_which == LeftOvers::below && reader.mayBeFolder() && depth + 1 < kMaximumDepth)
       walk(openFolder(reader.descriptor(), *name), depth + 1);

@@ -2,6 +2,9 @@
 
 #include <sys/random.h>
 
+#include <charconv>
+#include <system_error>
+
 #include "platform/files/Opening.h"
 #include "platform/posix/OwnProcess.h"
 
@@ -9,8 +12,10 @@ namespace installer {
 
 namespace {
 
+constexpr std::string_view kPrefix = ".hotfix-";
+
 std::string nameWith(std::uint64_t number) {
-  return std::string(TemporaryNames::kPrefix) + std::to_string(number);
+  return std::string(kPrefix) + std::to_string(number);
 }
 
 // The process's own number keeps two processes apart; counted, so that another try is another name.
@@ -20,6 +25,14 @@ std::string guessableName() {
 }
 
 }  // namespace
+
+bool TemporaryNames::canBeOne(std::string_view name) {
+  if (!name.starts_with(kPrefix)) return false;
+  name.remove_prefix(kPrefix.size());
+  std::uint64_t number = 0;
+  const auto read = std::from_chars(name.data(), name.data() + name.size(), number);
+  return read.ec == std::errc() && name == std::to_string(number);
+}
 
 std::string TemporaryNames::next(int folder) {
   if ((_left > 0 && _drawnBy == ownProcess()) || draw()) return nameWith(_numbers[--_left]);

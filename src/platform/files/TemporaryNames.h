@@ -14,7 +14,8 @@ namespace installer {
 // name is looked for in its folder only when the system has no random numbers to give.
 class TemporaryNames {
  public:
-  static constexpr std::string_view kPrefix = ".hotfix-";
+  // Whether next() can have made the name, of whatever process.
+  static bool canBeOne(std::string_view name);
 
   // A name that is not taken in the open folder. Changes nothing.
   std::string next(int folder);

@@ -8,6 +8,7 @@
 
 #include "platform/files/Claim.h"
 #include "platform/files/Opening.h"
+#include "platform/files/TemporaryNames.h"
 #include "support/Proves.h"
 #include "unit/platform/files/FileManagerFixture.h"
 
@@ -81,8 +82,8 @@ TEST_F(FileManagerLeftOversTest, OtherNamesStay) {
 TEST_F(FileManagerLeftOversTest, WhatTheFileManagerMakesCountsAsItsName) {
   FileChanges changes([](FileOperation) { return 0; });
   for (int number = 0; number < 100; ++number)
-    EXPECT_TRUE(FileChanges::isTemporaryName(changes.freeTemporaryName(AT_FDCWD)));
-  EXPECT_TRUE(FileChanges::isTemporaryName(".hotfix-0"));
+    EXPECT_TRUE(TemporaryNames::canBeOne(changes.freeTemporaryName(AT_FDCWD)));
+  EXPECT_TRUE(TemporaryNames::canBeOne(".hotfix-0"));
 }
 
 TEST_F(FileManagerLeftOversTest, NoLinkIsFollowed) {
