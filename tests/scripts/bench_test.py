@@ -7,6 +7,7 @@ import io
 import json
 import os
 import shutil
+import subprocess
 import sys
 import tempfile
 import unittest
@@ -92,6 +93,12 @@ class WorkshopTest(unittest.TestCase):
         workshop.prepare("fresh_copy/1")
         self.assertTrue((workshop.live / "src/file").exists())
         self.assertFalse((workshop.live / "copy").exists())
+
+    def testAFolderOfManyLevelsGoesToo(self):
+        with self.workshop() as workshop:
+            subprocess.run(["mkdir", "-p", workshop.data / ("d/" * 1200)], check=True)
+
+        self.assertFalse(workshop.data.exists())
 
     def testACommandIsTimedWithItsChildren(self):
         figures = self.workshop().command('i=0; while [ $i -lt "$1" ]; do i=$((i+1)); done', 99999)
