@@ -54,7 +54,7 @@ void InstanceService::startProvisioningWithCleanUp(
 
 int InstanceService::getProvisioningResult() const {
   const std::optional<std::string> file = resultFile(_pathToRcphome);
-  if (!file) return -1;
+  if (!file || !exists(*file)) return -1;  // reading would look beside the expanded home
   const std::optional<std::string> code = JavaProperties(*file).getPropertyForKey("rc");
   return code && tellsSuccess(*code) ? 0 : -1;
 }
