@@ -44,13 +44,11 @@ bool InstanceService::hasInstanceInstalled() const {
 
 std::optional<std::string> InstanceService::getBaseVersion() const {
   if (!_pathToRcphome) return std::nullopt;
-  const auto names = Platform::current().files->list(InstanceLayout::plugins(*_pathToRcphome));
+  const auto names = Platform::current().files->list(InstanceLayout::plugins(*_pathToRcphome),
+                                                     InstanceLayout::kBasePlugin);
   if (!names) return std::nullopt;
   std::optional<std::string> best;
-  for (const std::string& name : *names) {
-    if (!name.starts_with(InstanceLayout::kBasePlugin)) continue;
-    best = std::max(best, std::optional(versionInName(name)));
-  }
+  for (const std::string& name : *names) best = std::max(best, std::optional(versionInName(name)));
   return best;
 }
 

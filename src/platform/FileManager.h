@@ -115,9 +115,14 @@ class FileManager {
   // The user id of the entry itself, links not followed; nullopt when there is none.
   [[nodiscard]] virtual std::optional<uid_t> owner(const std::string& path) = 0;
 
-  // The names in the folder, sorted by byte, without "." and ".."; nullopt when it cannot be
-  // listed.
-  [[nodiscard]] virtual std::optional<std::vector<std::string>> list(const std::string& folder) = 0;
+  // The names in the folder that begin with the prefix, sorted by byte, without "." and "..";
+  // nullopt when it cannot be listed.
+  [[nodiscard]] virtual std::optional<std::vector<std::string>> list(const std::string& folder,
+                                                                     std::string_view prefix) = 0;
+  // All names.
+  [[nodiscard]] std::optional<std::vector<std::string>> list(const std::string& folder) {
+    return list(folder, {});
+  }
 
   // The bytes of a regular file (links followed) of at most kMaximumRead; nullopt for anything
   // else: missing, unreadable, too long, or no regular file.

@@ -24,7 +24,14 @@ class StubFileManager : public FileManager {
   bool exists(const std::string&, FileError*) override { return true; }
   bool isDirectory(const std::string&) override { return true; }
   std::optional<uid_t> owner(const std::string&) override { return std::nullopt; }
-  std::optional<std::vector<std::string>> list(const std::string&) override { return names; }
+  using FileManager::list;
+  std::optional<std::vector<std::string>> list(const std::string&,
+                                               std::string_view prefix) override {
+    std::vector<std::string> listed;
+    for (const std::string& name : names)
+      if (name.starts_with(prefix)) listed.push_back(name);
+    return listed;
+  }
   std::optional<std::string> read(const std::string& path, FileError*) override {
     const auto found = contents.find(path);
     if (found == contents.end()) return std::nullopt;

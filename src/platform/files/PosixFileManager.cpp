@@ -107,10 +107,12 @@ std::optional<uid_t> PosixFileManager::owner(const std::string& path) {
   return status->st_uid;
 }
 
-std::optional<std::vector<std::string>> PosixFileManager::list(const std::string& folder) {
+std::optional<std::vector<std::string>> PosixFileManager::list(const std::string& folder,
+                                                               std::string_view prefix) {
   FolderReader reader(_folders.item(folder).openFolder());
   std::vector<std::string> names;
-  while (auto name = reader.next()) names.push_back(std::move(*name));
+  while (auto name = reader.next())
+    if (name->starts_with(prefix)) names.push_back(std::move(*name));
   if (reader.error() != 0) return std::nullopt;
   std::sort(names.begin(), names.end());
   return names;

@@ -25,7 +25,9 @@ class PosixFileManager : public FileManager {
   bool exists(const std::string& path, FileError* error = nullptr) override;
   [[nodiscard]] std::optional<uid_t> owner(const std::string& path) override;
   bool isDirectory(const std::string& path) override;
-  [[nodiscard]] std::optional<std::vector<std::string>> list(const std::string& folder) override;
+  using FileManager::list;
+  [[nodiscard]] std::optional<std::vector<std::string>> list(const std::string& folder,
+                                                             std::string_view prefix) override;
   [[nodiscard]] std::optional<std::string> read(const std::string& path,
                                                 FileError* error = nullptr) override;
   [[nodiscard]] std::optional<std::string> readUnlinked(const std::string& path, FileOrigin* origin,

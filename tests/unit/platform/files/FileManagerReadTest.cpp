@@ -93,6 +93,15 @@ TEST_F(FileManagerReadTest, AListIsSortedByByteWithoutTheDots) {
   EXPECT_EQ(_files.list(path("link")), _files.list(path("folder")));
 }
 
+TEST_F(FileManagerReadTest, AListCanHoldTheNamesOfOneBeginningOnly) {
+  for (const char* name : {"b_2", "a_1", "B_1", "b_1", "b", "ab_1"})
+    _folder.makeFile(std::string("folder/") + name);
+
+  EXPECT_THAT(_files.list(path("folder"), "b_"), Optional(ElementsAre("b_1", "b_2")));
+  EXPECT_THAT(_files.list(path("folder"), "c"), Optional(IsEmpty()));
+  EXPECT_EQ(_files.list(path("missing"), "b_"), std::nullopt);
+}
+
 TEST_F(FileManagerReadTest, AnEmptyFolderHasAnEmptyList) {
   _folder.makeFolder("folder");
 
