@@ -78,7 +78,8 @@ bool connect(int descriptor, int to) {
   return dup2(to, descriptor) != -1;
 }
 
-int becomeProgram(void* argument) {
+// On a stack that the address sanitizer does not know.
+[[gnu::no_sanitize_address]] int becomeProgram(void* argument) {
   Start& start = *static_cast<Start*>(argument);
   restoreSignals(start.changed);
   if (connect(STDOUT_FILENO, start.outputs.output) && connect(STDERR_FILENO, start.outputs.error)) {
