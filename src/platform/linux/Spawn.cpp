@@ -15,6 +15,7 @@
 #include <memory>
 #include <string_view>
 
+#include "platform/posix/ArgumentVector.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Uninterrupted.h"
 

@@ -7,6 +7,7 @@
 
 #include <csignal>
 
+#include "platform/posix/ArgumentVector.h"
 #include "platform/posix/Memory.h"
 
 namespace installer {
