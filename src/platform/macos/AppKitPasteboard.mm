@@ -1,7 +1,9 @@
 #import <AppKit/AppKit.h>
 
 #include <string>
+#include <utility>
 
+#include "platform/Log.h"
 #include "platform/macos/AppKitPasteboard.h"
 
 namespace installer {
@@ -11,6 +13,17 @@ NSString* const kType = @"ERROR_MESSAGE";
 
 NSPasteboard* pasteboard() {
   return [NSPasteboard pasteboardWithName:@"INSTALLATION_INTERNAL_PASTEBOARD"];
+}
+
+// What the server answers; nothing (0, NO, nil) when it cannot be reached, of which an exception
+// may tell.
+template <class Ask>
+auto askServer(Ask ask) -> decltype(ask(pasteboard())) {
+  @try {
+    return ask(pasteboard());
+  } @catch (NSException*) {
+    return {};
+  }
 }
 
 // The list as the platform's own objects, by way of its XML form; nil when there is none.
@@ -34,27 +47,41 @@ NSData* bytesOf(id objects) {
 
 }  // namespace
 
-// Declaring the type clears what the pasteboard held.
+// Declaring the type clears what the pasteboard held. The answer counts its changes.
 void AppKitPasteboard::clear() {
   @autoreleasepool {
-    [pasteboard() declareTypes:@[ kType ] owner:nil];
+    heed(askServer([](NSPasteboard* board) {
+           return [board declareTypes:@[ kType ] owner:nil];
+         }) > 0);
   }
+  _file.clear();
 }
 
 void AppKitPasteboard::setRecord(const PropertyList::Dictionary& record) {
   @autoreleasepool {
     const id objects = objectsOf(record);
-    if (objects != nil) [pasteboard() setPropertyList:objects forType:kType];
+    if (objects != nil)
+      heed(askServer([objects](NSPasteboard* board) {
+        return [board setPropertyList:objects forType:kType];
+      }));
   }
+  _file.setRecord(record);
 }
 
 std::optional<PropertyList::Dictionary> AppKitPasteboard::record() {
   @autoreleasepool {
-    NSData* data = bytesOf([pasteboard() propertyListForType:kType]);
-    if (data == nil) return std::nullopt;
+    NSData* data = bytesOf(askServer([](NSPasteboard* board) {
+      return [board propertyListForType:kType];
+    }));
+    if (data == nil) return _file.record();
     return PropertyList::parseDictionary(
         {static_cast<const char*>(data.bytes), std::size_t{data.length}});
   }
+}
+
+void AppKitPasteboard::heed(bool wasTaken) {
+  if (wasTaken || std::exchange(_isRefusalTold, true)) return;
+  log(LogLevel::warning, "The pasteboard does not take the error record: it is in its file alone.");
 }
 
 }  // namespace installer

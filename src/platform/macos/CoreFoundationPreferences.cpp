@@ -52,7 +52,8 @@ std::optional<PropertyList::Dictionary> CoreFoundationPreferences::domain(std::s
   const Owned<CFStringRef> text = textOf(name);
   if (!text) return std::nullopt;
   const CFStringRef application = name == kGlobalDomain ? kCFPreferencesAnyApplication : text.get();
-  return dictionaryOf(copyDomainAs(_users.consoleUser(), application, _users).get());
+  auto values = dictionaryOf(copyDomainAs(_users.consoleUser(), application, _users).get());
+  return values ? values : _files.domain(name);
 }
 
 }  // namespace installer

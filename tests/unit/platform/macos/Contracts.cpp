@@ -12,11 +12,14 @@
 #include <string>
 #include <vector>
 
+#include "platform/files/PosixFileManager.h"
 #include "platform/macos/AppKitPasteboard.h"
 #include "platform/macos/AslSystemLog.h"
 #include "platform/macos/CoreFoundationPreferences.h"
 #include "platform/macos/LibprocProcessTable.h"
+#include "platform/posix/FilePasteboard.h"
 #include "platform/posix/PosixUserContext.h"
+#include "platform/posix/UserPreferences.h"
 #include "unit/platform/PasteboardContract.h"
 #include "unit/platform/PreferencesContract.h"
 #include "unit/platform/ProcessTableContract.h"
@@ -44,12 +47,23 @@ INSTANTIATE_TEST_SUITE_P(Macos, ProcessTableContractTest,
                              [] { return std::make_unique<LibprocProcessTable>(); }}),
                          [](const auto& given) { return given.param.name; });
 
-// The machine has one, which may hold the record of an earlier test.
+// The machine has one pasteboard, which may hold the record of an earlier test; the file is the
+// test's.
+struct RecordFile {
+  FilePasteboard file;
+};
+
+class PasteboardWithFile : RecordFile, public AppKitPasteboard {
+ public:
+  explicit PasteboardWithFile(Sandbox& machine)
+      : RecordFile{{machine.files(), machine.paths().pasteboard}}, AppKitPasteboard(file) {}
+};
+
 INSTANTIATE_TEST_SUITE_P(Macos, PasteboardContractTest,
                          ::testing::Values(PasteboardKind{
                              "Real",
-                             [](Sandbox&) {
-                               auto own = std::make_unique<AppKitPasteboard>();
+                             [](Sandbox& machine) {
+                               auto own = std::make_unique<PasteboardWithFile>(machine);
                                own->clear();
                                return own;
                              }}),
@@ -100,7 +114,9 @@ class UserDefaults : public PreferencesSubject {
   std::vector<CFStringRef> _domains;
   CFMutableArrayRef _keys = CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks);
   PosixUserContext _users;
-  CoreFoundationPreferences _preferences{_users};
+  PosixFileManager _files{_users};
+  UserPreferences _inFiles{_files, _users};
+  CoreFoundationPreferences _preferences{_users, _inFiles};
 };
 
 INSTANTIATE_TEST_SUITE_P(Macos, PreferencesContractTest,

@@ -16,6 +16,7 @@
 + (instancetype)arrayWithObjects:(const id[])objects count:(NSUInteger)count;
 @end
 
+__attribute__((__objc_exception__))
 @interface NSException : NSObject
 @end
 
