@@ -5,6 +5,8 @@
 #include <time.h>
 
 #include <cstddef>
+#include <optional>
+#include <string>
 
 // The few calls that every system spells in its own way. Like the calls behind them, they answer
 // -1 and set errno on failure.
@@ -24,7 +26,12 @@ namespace installer::syscalls {
 // Systems or file systems without such a call fail.
 ssize_t copyRange(int from, int to, std::size_t length);
 
-// A descriptor that only names the entry, be it a link, pipe or device: nothing is opened.
+// Gives `to` what the system keeps of a file besides bytes, owner, mode and times, as far as both
+// file systems do. The mark of what came over the network is not passed on.
+void copyAttributes(int from, int to);
+
+// A descriptor that only names the entry, be it a link, pipe or device: nothing is opened. A system
+// may have none for sockets, pipes and devices: EOPNOTSUPP.
 [[nodiscard]] int openItem(int folder, const char* name);
 
 // The target of the link that a descriptor of openItem() names; its length, cut at `size` bytes.
@@ -50,6 +57,9 @@ enum class Beneath { no, yes };
 
 // The folder above an open folder; the root is above itself.
 [[nodiscard]] int openFolderAbove(int folder);
+
+// The path, links followed, by which the kernel tells of the file. nullopt with errno set.
+[[nodiscard]] std::optional<std::string> reportedPath(const std::string& path);
 
 timespec modificationTime(const struct stat& status);
 

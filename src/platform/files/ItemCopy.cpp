@@ -97,6 +97,7 @@ int ItemCopy::fillFile(const RegularFile& from, const Descriptor& to, NewFileMod
   if (isBorrowed(status, _owner)) return EPERM;
   const auto size = static_cast<std::size_t>(status.st_size);
   if (const int error = _changes.copyBytes(from.file.get(), to.get(), size)) return error;
+  syscalls::copyAttributes(from.file.get(), to.get());
   giveTime(to.get(), status);
   const mode_t mode = modeOfCopy(status);
   if (!modes.isExact(to, mode, seen)) {
@@ -147,6 +148,7 @@ bool ItemCopy::fillFolder(Descriptor from, const Target& copy, const struct stat
     return false;
   }
   if (temporary != nullptr) temporary->isMadeAsFolder(to);
+  syscalls::copyAttributes(from.get(), to.get());
   const bool whole = copyEntries(std::move(from), to.get(), depth);
   giveTime(to.get(), status);
   const bool isFinished = check(_changes.changeMode(to.get(), modeOfCopy(status))) && whole;

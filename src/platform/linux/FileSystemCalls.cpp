@@ -12,6 +12,7 @@
 #include <string>
 
 #include "platform/files/RenameInSteps.h"
+#include "platform/posix/ExecutablePath.h"
 #include "platform/posix/Uninterrupted.h"
 
 namespace installer::syscalls {
@@ -54,6 +55,9 @@ ssize_t copyRange(int from, int to, std::size_t length) {
   return ::copy_file_range(from, nullptr, to, nullptr, length, 0);
 }
 
+// Copies carry none here.
+void copyAttributes(int /*from*/, int /*to*/) {}
+
 int openItem(int folder, const char* name) {
   return ::openat(folder, name, O_PATH | O_NOFOLLOW | O_CLOEXEC);
 }
@@ -89,6 +93,10 @@ int openFolderWithoutLinks(int start, const char* path, Beneath beneath) {
 
 int openFolderAbove(int folder) {
   return ::openat(folder, "..", O_PATH | O_DIRECTORY | O_CLOEXEC);
+}
+
+std::optional<std::string> reportedPath(const std::string& path) {
+  return resolved(path);
 }
 
 timespec modificationTime(const struct stat& status) {

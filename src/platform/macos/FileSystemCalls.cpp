@@ -1,14 +1,17 @@
 #include "platform/files/FileSystemCalls.h"
 
+#include <copyfile.h>
 #include <fcntl.h>
 #include <stdio.h>
 #include <sys/param.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 
 #include "platform/files/RenameInSteps.h"
+#include "platform/posix/Descriptor.h"
 
 namespace installer::syscalls {
 
@@ -20,24 +23,37 @@ bool isNamedBy(const struct stat& item, const char* path) {
   return ::lstat(path, &named) == 0 && named.st_dev == item.st_dev && named.st_ino == item.st_ino;
 }
 
+// Whether the last call failed because the file system does not know it.
+bool isUnknownThere() {
+  return errno == ENOTSUP || errno == EINVAL || errno == ENOTTY;
+}
+
+bool canBeOpened(mode_t mode) {
+  return S_ISREG(mode) || S_ISDIR(mode) || S_ISLNK(mode);
+}
+
 }  // namespace
 
 // exFAT, SMB and NFS know no such renaming.
 int renameKeepingExisting(int fromFolder, const char* from, int toFolder, const char* to) {
   if (::renameatx_np(fromFolder, from, toFolder, to, RENAME_EXCL) == 0) return 0;
-  if (errno != ENOTSUP && errno != EINVAL) return -1;
+  if (!isUnknownThere()) return -1;
   return renameInSteps(fromFolder, from, toFolder, to);
 }
 
+// Where volumes cannot be written down by themselves all of them are asked to be.
 int flushFileSystem(int folder) {
-  return ::fsync_volume_np(folder, SYNC_VOLUME_FULLSYNC | SYNC_VOLUME_WAIT);
+  if (::fsync_volume_np(folder, SYNC_VOLUME_FULLSYNC | SYNC_VOLUME_WAIT) == 0) return 0;
+  if (!isUnknownThere()) return -1;
+  ::sync();
+  return ::fsync(folder);
 }
 
 // A file system that cannot make the medium write is asked for as much as it can. Any other failure
 // is one: what was to be written may be lost.
 int flushFile(int file) {
   if (::fcntl(file, F_FULLFSYNC) == 0) return 0;
-  if (errno != ENOTSUP && errno != EINVAL && errno != ENOTTY) return -1;
+  if (!isUnknownThere()) return -1;
   return ::fsync(file);
 }
 
@@ -46,7 +62,19 @@ ssize_t copyRange(int, int, std::size_t) {
   return -1;
 }
 
+// The mark of what came over the network is the source's: a copy that root makes is meant to be
+// run.
+void copyAttributes(int from, int to) {
+  (void)::fcopyfile(from, to, nullptr, COPYFILE_ACL | COPYFILE_XATTR);  // not kept everywhere
+  (void)::fremovexattr(to, "com.apple.quarantine", 0);                  // mostly there is none
+}
+
+// A descriptor for events opens what it names, if for nothing else: with pipes and devices that is
+// not without effect, and sockets refuse it.
 int openItem(int folder, const char* name) {
+  struct stat status {};
+  if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return -1;
+  if (!canBeOpened(status.st_mode)) return errno = EOPNOTSUPP, -1;
   return ::openat(folder, name, O_EVTONLY | O_SYMLINK | O_NONBLOCK | O_CLOEXEC);
 }
 
@@ -89,6 +117,13 @@ int openFolderWithoutLinks(int /*start*/, const char* /*path*/, Beneath /*beneat
 
 int openFolderAbove(int folder) {
   return ::openat(folder, "..", O_SEARCH | O_CLOEXEC);
+}
+
+std::optional<std::string> reportedPath(const std::string& path) {
+  const Descriptor item(::open(path.c_str(), O_EVTONLY | O_NONBLOCK | O_CLOEXEC));
+  std::array<char, MAXPATHLEN> named{};
+  if (!item.valid() || ::fcntl(item.get(), F_GETPATH, named.data()) != 0) return std::nullopt;
+  return std::string(named.data());
 }
 
 timespec modificationTime(const struct stat& status) {

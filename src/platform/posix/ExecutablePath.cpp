@@ -19,10 +19,4 @@ std::optional<std::string> resolved(const std::string& path) {
   return std::string(found.get());
 }
 
-std::string resolvedOrSame(const std::string& path) {
-  std::string answer = resolved(path).value_or(path);
-  if (path.ends_with('/') && !answer.ends_with('/')) answer += '/';
-  return answer;
-}
-
 }  // namespace installer

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "hotfix/platform/ProcessKeys.h"
+#include "platform/files/FileSystemCalls.h"
 #include "platform/posix/ExecutablePath.h"
 
 namespace installer {
@@ -15,8 +16,11 @@ std::vector<std::string> PosixProcessTable::valuesForKey(std::string_view key) {
   return names;
 }
 
+// "/B.app/" must not become the beginning of "/B.app2".
 std::string PosixProcessTable::asReported(const std::string& path) {
-  return resolvedOrSame(path);
+  std::string answer = syscalls::reportedPath(path).value_or(path);
+  if (path.ends_with('/') && !answer.ends_with('/')) answer += '/';
+  return answer;
 }
 
 }  // namespace installer

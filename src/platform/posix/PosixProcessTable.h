@@ -9,7 +9,7 @@ namespace installer {
 inline constexpr std::size_t kLongestCommandLine = std::size_t{64} << 10;  // bytes
 
 // What the process tables of these systems have in common: names are those of the executables'
-// files, and executables are told with their links resolved.
+// files, and executables are told as the kernel does.
 class PosixProcessTable : public ProcessTable {
  public:
   std::vector<std::string> valuesForKey(std::string_view key) final;
