@@ -48,7 +48,7 @@ class MakePackageTest(MacTest):
         self._program = self._root / "HotfixInstaller"
         self.make(self._program, "exit 0")
         self._hotfix = self._root / "my hotfix"
-        self.make(self._hotfix / "install/Fix.pkg/hotfix.plist", "")
+        self.make(self._hotfix / "install/Fix.pkg/Contents/Resources/hotfix.plist", "")
         self.make(self._hotfix / "updates/platform/site.xml", "")
         self._seen = self._root / "seen"
         self._seen.mkdir()
@@ -74,8 +74,8 @@ class MakePackageTest(MacTest):
         scripts = self._seen / "scripts"
         self.assertEqual({path.relative_to(scripts).as_posix() for path in scripts.rglob("*")
                           if path.is_file()},
-                         {"postinstall", "HotfixInstaller", "hotfix/install/Fix.pkg/hotfix.plist",
-                          "hotfix/updates/platform/site.xml"})
+                         {"postinstall", "HotfixInstaller", "hotfix/updates/platform/site.xml",
+                          "hotfix/install/Fix.pkg/Contents/Resources/hotfix.plist"})
         self.assertEqual((scripts / "postinstall").read_bytes(),
                          (MACOS / "postinstall").read_bytes())
         self.assertTrue(os.access(scripts / "postinstall", os.X_OK))
@@ -128,7 +128,7 @@ class MakePackageTest(MacTest):
         self.assertEqual(calls[5][1:], ["stapler", "staple", package])
 
     def testThereMustBeOneHotfix(self):
-        self.make(self._hotfix / "install/Other.pkg/hotfix.plist", "")
+        self.make(self._hotfix / "install/Other.pkg/Contents/Resources/hotfix.plist", "")
 
         result = self.package()
 
