@@ -16,8 +16,8 @@ TEST(EntryKindTest, StatusTellsFilesFoldersAndLinks) {
   EXPECT_EQ(kindOfMode(S_IFREG), EntryKind::file);
   EXPECT_EQ(kindOfMode(S_IFDIR), EntryKind::folder);
   EXPECT_EQ(kindOfMode(S_IFLNK), EntryKind::link);
-  for (const mode_t type : {S_IFIFO, S_IFSOCK, S_IFCHR, S_IFBLK})
-    EXPECT_EQ(kindOfMode(type), EntryKind::other) << type;
+  for (const auto type : {S_IFIFO, S_IFSOCK, S_IFCHR, S_IFBLK})
+    EXPECT_EQ(kindOfMode(static_cast<mode_t>(type)), EntryKind::other) << type;
 }
 
 TEST(EntryKindTest, ListingTellsTheSameOrNothing) {
