@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -498,14 +499,14 @@ TEST_F(FileManagerCopyTest, OnlyAModeThatANewFileDoesNotGetIsChanged) {
 
 TEST_F(FileManagerCopyTest, EveryModeIsKeptUnderEveryMask) {
   proves("FILES-6");
-  for (const mode_t mode :
-       {0u, 0400u, 0444u, 0600u, 0640u, 0644u, 0664u, 0666u, 0755u, 0777u, 01644u, 01777u}) {
+  for (const mode_t mode : std::initializer_list<mode_t>{0, 0400, 0444, 0600, 0640, 0644, 0664,
+                                                         0666, 0755, 0777, 01644, 01777}) {
     const std::string name = std::to_string(mode);
     for (const char* folder : {"from/", "from/below/", "all/below/"})
       _folder.makeFile(folder + name, name, mode);
   }
 
-  for (const mode_t mask : {0u, 022u, 027u, 077u, 0777u}) {
+  for (const mode_t mask : std::initializer_list<mode_t>{0, 022, 027, 077, 0777}) {
     const CreationMask scope(mask);
     EXPECT_TRUE(copy("from", "to")) << mask;
     _files.merge(path("from"), path("all"), path(""));

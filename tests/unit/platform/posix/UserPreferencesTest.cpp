@@ -100,7 +100,7 @@ TEST_F(UserPreferencesTest, AreReadAsTheCurrentUserWhenTheSwitchIsRefused) {
 TEST_F(UserPreferencesTest, EndTheProcessWhenThereIsNoWayBack) {
   proves("USER-6");
   _users.refusedUsers = {0};
-  _sandbox.platform().log->addFile(STDERR_FILENO);
+  ASSERT_EQ(_sandbox.platform().log->addFile(STDERR_FILENO), 0);
 
   EXPECT_EXIT((void)_preferences.domain(kDomain),  // ends before it answers
               ::testing::ExitedWithCode(1),
