@@ -74,7 +74,10 @@ class CallOrder {
       _found.push_back({"lock-first", path + " is worked on before the lock is held"});
   }
 
+  // An item gets its bytes under a temporary name, or in a folder that has one.
   void noteWrite(const std::string& path) {
+    if (isProduct(path) && path.find("/.hotfix-") == path.npos)
+      _found.push_back({"in-place", path + " is written under its own name"});
     if (const auto file = identityAt(_world.host(path))) _unflushed.insert(*file);
   }
 
