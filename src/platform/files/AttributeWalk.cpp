@@ -47,7 +47,7 @@ bool AttributeWalk::visit(const Entry& entry, bool isLikelyRight, int depth) {
   if (_spared.contains(identityOf(*status))) return true;
   check(_ownership.isComplete());
   const bool wasRight = isRight(*status);
-  if (!wasRight && isOpen) change(*status, through(item));
+  if (!wasRight && isOpen) change(item, *status);
   if (!wasRight && !isOpen) openAndChange(entry);
   item = Descriptor();  // what is below has need of descriptors too
   if (S_ISDIR(status->st_mode)) enter(entry, wasRight, depth + 1);
@@ -66,42 +66,22 @@ void AttributeWalk::enter(const Entry& entry, bool wasRight, int depth) {
 // Judged again on the very item that is changed.
 void AttributeWalk::openAndChange(const Entry& entry) {
   const Descriptor item = openItem(entry);
-  if (!item.valid() && errno == EOPNOTSUPP) return changeByName(entry);
   const auto status = statusOf(item);
   if (!status) return check(false);
-  change(*status, through(item));
-}
-
-void AttributeWalk::changeByName(const Entry& entry) {
-  const auto status = statusOf(entry.folder, entry.name);
-  if (!status || kindOf(*status) != EntryKind::other || status->st_nlink != 1) return check(false);
-  change(*status, byName(entry));
-}
-
-AttributeWalk::Giving AttributeWalk::through(const Descriptor& item) {
-  return {[this, &item] {
-            return _changes.changeOwnerOfItem(item.get(), _ownership.ownerOrSame(),
-                                              _ownership.groupOrSame());
-          },
-          [this, &item] { return _changes.changeModeOfItem(item.get(), _mode); }};
-}
-
-AttributeWalk::Giving AttributeWalk::byName(const Entry& entry) {
-  return {[this, &entry] {
-            return _changes.changeOwnerOfEntry(entry.folder, entry.name, _ownership.ownerOrSame(),
-                                               _ownership.groupOrSame());
-          },
-          [this, &entry] { return _changes.changeModeOfEntry(entry.folder, entry.name, _mode); }};
+  change(item, *status);
 }
 
 // Owner first: giving an item away clears mode bits.
-void AttributeWalk::change(const struct stat& status, const Giving& giving) {
+void AttributeWalk::change(const Descriptor& item, const struct stat& status) {
   if (isSomebodyElses(status)) return check(false);
   const bool givesAway = !hasOwnership(status);
-  if (givesAway) check(giving.owner() == 0);
+  if (givesAway) {
+    check(_changes.changeOwnerOfItem(item.get(), _ownership.ownerOrSame(),
+                                     _ownership.groupOrSame()) == 0);
+  }
   const bool hasLostBits = givesAway && (status.st_mode & kLostBits) != 0;
   if (hasMode(status) && !hasLostBits) return;
-  check(giving.mode() == 0);
+  check(_changes.changeModeOfItem(item.get(), _mode) == 0);
 }
 
 bool AttributeWalk::isRight(const struct stat& status) const {

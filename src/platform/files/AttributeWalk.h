@@ -2,7 +2,6 @@
 
 #include <sys/stat.h>
 
-#include <functional>
 #include <set>
 
 #include "platform/files/Ancestry.h"
@@ -16,8 +15,7 @@ namespace installer {
 // Gives owner, group and mode to everything below one folder. An entry that has them already costs
 // one look at it, as long as the one before it had them too. An entry is changed through a
 // descriptor that names it, so that nobody can put a link in its place between the look and the
-// change. Sockets, pipes and devices are changed by their names on a system that has no descriptors
-// for them: one with a single name, and nothing that a link in its place leads to.
+// change.
 class AttributeWalk {
  public:
   // Links that are in `spared` keep their owner; the set must live as long as the walk.
@@ -33,16 +31,7 @@ class AttributeWalk {
   bool visit(const Entry& entry, bool isLikelyRight, int depth);
   void enter(const Entry& entry, bool wasRight, int depth);
   void openAndChange(const Entry& entry);
-  void changeByName(const Entry& entry);
-
-  // How owner and mode are given to an item.
-  struct Giving {
-    std::function<int()> owner;
-    std::function<int()> mode;
-  };
-  Giving through(const Descriptor& item);
-  Giving byName(const Entry& entry);
-  void change(const struct stat& status, const Giving& giving);
+  void change(const Descriptor& item, const struct stat& status);
 
   static Descriptor openItem(const Entry& entry);
 

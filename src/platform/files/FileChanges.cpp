@@ -152,14 +152,4 @@ int FileChanges::changeModeOfItem(int item, mode_t mode) {
   return answer(syscalls::changeModeOfItem(item, mode));
 }
 
-int FileChanges::changeOwnerOfEntry(int folder, const std::string& name, uid_t owner, gid_t group) {
-  if (const int refused = _refusal(FileOperation::kChangeOwner)) return refused;
-  return answer(::fchownat(folder, name.c_str(), owner, group, AT_SYMLINK_NOFOLLOW));
-}
-
-int FileChanges::changeModeOfEntry(int folder, const std::string& name, mode_t mode) {
-  if (const int refused = _refusal(FileOperation::kChangeMode)) return refused;
-  return answer(::fchmodat(folder, name.c_str(), mode, AT_SYMLINK_NOFOLLOW));
-}
-
 }  // namespace installer

@@ -59,10 +59,6 @@ class FileChanges {
   // On descriptors that only name an entry.
   [[nodiscard]] int changeOwnerOfItem(int item, uid_t owner, gid_t group);
   [[nodiscard]] int changeModeOfItem(int item, mode_t mode);
-  // On entries that no descriptor can name; what a link leads to is not changed.
-  [[nodiscard]] int changeOwnerOfEntry(int folder, const std::string& name, uid_t owner,
-                                       gid_t group);
-  [[nodiscard]] int changeModeOfEntry(int folder, const std::string& name, mode_t mode);
 
  private:
   [[nodiscard]] int copyInBlocks(int from, int to, std::size_t size);

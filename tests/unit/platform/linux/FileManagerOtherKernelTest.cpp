@@ -1,17 +1,13 @@
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <functional>
 #include <set>
 #include <sstream>
 #include <string>
 
-#include "platform/files/FileChanges.h"
-#include "platform/files/Opening.h"
 #include "platform/files/TemporaryNames.h"
 #include "support/ChildRun.h"
 #include "support/Proves.h"
@@ -40,12 +36,6 @@ class FileManagerOtherKernelTest : public FileManagerFixture {
     return inChild([&] { return refuseCall(call, error) && steps(); });
   }
 
-  // The steps, with descriptors that only name an item refused.
-  static bool withoutItems(int error, const std::function<bool()>& steps) {
-    constexpr std::uint32_t kNaming = O_PATH | O_NOFOLLOW | O_CLOEXEC;
-    return inChild([&] { return refuseCallWith(SYS_openat, 2, kNaming, error) && steps(); });
-  }
-
   bool copy(std::string_view from, std::string_view to, FileError* error = nullptr) {
     return _files.copy(path(from), path(to), ExistingItem::fail, error);
   }
@@ -68,60 +58,6 @@ TEST_F(FileManagerOtherKernelTest, CopiesGetTheirNamesWithoutAKeepingRename) {
     EXPECT_EQ(statusOf("file copy").st_nlink, 1u);
     for (const std::string name : {"file copy", "tree copy", "link copy"}) removeTree(path(name));
   }
-}
-
-// As on a system where no descriptor can name a socket, pipe or device. Modes are right already:
-// the C library names an entry by such a descriptor to change its mode.
-TEST_F(FileManagerOtherKernelTest, SocketsAndPipesThatCannotBeOpenedAreGivenAwayByName) {
-  proves("RIGHTS-1");
-  if (!isRoot()) GTEST_SKIP() << "only root can give files away";
-  _folder.makePipe("tree/pipe");
-  _folder.makeSocket("tree/socket");
-  for (const char* name : {"tree/pipe", "tree/socket"})
-    ASSERT_EQ(::chmod(path(name).c_str(), 0775), 0);
-  _users.add({"ada", 1234, 2345, "/home/ada"});
-
-  EXPECT_TRUE(withoutItems(EOPNOTSUPP, [&] {
-    return _files.changeAttributesBelow(path("tree"), {"ada", "admin", 0775});
-  }));
-
-  for (const std::string name : {"tree/pipe", "tree/socket"}) {
-    EXPECT_EQ(statusOf(name).st_uid, 1234u) << name;
-    EXPECT_EQ(statusOf(name).st_gid, 2345u) << name;
-    EXPECT_EQ(modeOf(name), 0775u) << name;
-  }
-}
-
-TEST_F(FileManagerOtherKernelTest, AModeIsGivenByNameAndToNoTargetOfALink) {
-  _folder.makePipe("pipe");
-  _folder.makeFile("file", "", 0600);
-  _folder.makeLink("link", "file");
-  FileChanges changes([](FileOperation) { return 0; });
-  const Descriptor folder = openFolder(AT_FDCWD, _folder.path());
-
-  EXPECT_EQ(changes.changeModeOfEntry(folder.get(), "pipe", 0775), 0);
-  EXPECT_NE(changes.changeModeOfEntry(folder.get(), "link", 0775), 0);
-
-  EXPECT_EQ(modeOf("pipe"), 0775u);
-  EXPECT_EQ(modeOf("file"), 0600u);
-}
-
-TEST_F(FileManagerOtherKernelTest, NothingElseIsChangedByItsName) {
-  _folder.makeFile("files/file", "", 0600);
-  _folder.makePipe("pipes/pipe");
-  _folder.makePipe("two names/pipe");
-  ASSERT_EQ(::link(path("two names/pipe").c_str(), path("other").c_str()), 0);
-  const auto change = [&](std::string_view folder) {
-    return _files.changeAttributesBelow(path(folder), {"self", "own", 0775});
-  };
-
-  EXPECT_TRUE(withoutItems(EOPNOTSUPP, [&] { return !change("files"); })) << "a file";
-  EXPECT_TRUE(withoutItems(EOPNOTSUPP, [&] { return !change("two names"); })) << "two names";
-  EXPECT_TRUE(withoutItems(EACCES, [&] { return !change("pipes"); })) << "another error";
-
-  EXPECT_EQ(modeOf("files/file"), 0600u);
-  EXPECT_NE(modeOf("two names/pipe"), 0775u);
-  EXPECT_NE(modeOf("pipes/pipe"), 0775u);
 }
 
 TEST_F(FileManagerOtherKernelTest, CopiesGetTheirNamesWithoutSecondNamesToo) {
