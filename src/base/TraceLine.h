@@ -22,12 +22,13 @@ inline std::string_view viewOf(const LineText& text) {
 // byte that is no UTF-8. Everything else, backslashes included, stays.
 void appendEscaped(std::string_view message, LineText& text);
 
+// The formatting copies bytes from where a text is, be it empty: none of them is nowhere.
 struct TraceLine {
   std::tm time{};  // local time
-  std::string_view host;
+  std::string_view host = "";
   long process = 0;
   LogLevel level = LogLevel::info;
-  std::string_view message;  // escaped
+  std::string_view message = "";  // escaped
 };
 
 // Adds "Mon DD hh:mm:ss host HotfixInstaller[process] <Level>: message" and a line feed; days below
