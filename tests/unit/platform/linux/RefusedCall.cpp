@@ -3,10 +3,15 @@
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
+
+#include "support/ChildRun.h"
 
 namespace installer::test {
 
@@ -21,6 +26,10 @@ bool refuseCall(long call, int error) {
   const sock_fprog program{static_cast<unsigned short>(steps.size()), steps.data()};
   return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
          ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+bool canRefuseCalls() {
+  return inChild([] { return refuseCall(SYS_getpgid, ENOSYS) && ::getpgid(0) < 0; });
 }
 
 }  // namespace installer::test

@@ -7,4 +7,7 @@ namespace installer::test {
 // when the kernel cannot do that.
 bool refuseCall(long call, int error);
 
+// Whether the kernel can.
+bool canRefuseCalls();
+
 }  // namespace installer::test
