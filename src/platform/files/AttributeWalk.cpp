@@ -6,6 +6,7 @@
 #include "platform/Interruption.h"
 #include "platform/files/FileSystemCalls.h"
 #include "platform/files/FolderReader.h"
+#include "platform/files/SecondName.h"
 
 namespace installer {
 
@@ -13,6 +14,17 @@ namespace {
 
 constexpr mode_t kModeBits = 07777;
 constexpr mode_t kLostBits = S_ISUID | S_ISGID;  // when an item is given away
+
+// What a descriptor of syscalls::openItem() names.
+struct OpenItem {
+  FileChanges& changes;
+  const Descriptor& item;
+
+  int changeOwner(uid_t owner, gid_t group) {
+    return changes.changeOwnerOfItem(item.get(), owner, group);
+  }
+  int changeMode(mode_t mode) { return changes.changeModeOfItem(item.get(), mode); }
+};
 
 }  // namespace
 
@@ -47,7 +59,7 @@ bool AttributeWalk::visit(const Entry& entry, bool isLikelyRight, int depth) {
   if (_spared.contains(identityOf(*status))) return true;
   check(_ownership.isComplete());
   const bool wasRight = isRight(*status);
-  if (!wasRight && isOpen) change(item, *status);
+  if (!wasRight && isOpen) change(OpenItem{_changes, item}, *status);
   if (!wasRight && !isOpen) openAndChange(entry);
   item = Descriptor();  // what is below has need of descriptors too
   if (S_ISDIR(status->st_mode)) enter(entry, wasRight, depth + 1);
@@ -66,22 +78,27 @@ void AttributeWalk::enter(const Entry& entry, bool wasRight, int depth) {
 // Judged again on the very item that is changed.
 void AttributeWalk::openAndChange(const Entry& entry) {
   const Descriptor item = openItem(entry);
+  if (!item.valid() && errno == EOPNOTSUPP) return changeByAnotherName(entry);
   const auto status = statusOf(item);
   if (!status) return check(false);
-  change(item, *status);
+  change(OpenItem{_changes, item}, *status);
+}
+
+void AttributeWalk::changeByAnotherName(const Entry& entry) {
+  SecondName item(_changes, entry);
+  if (!item.status()) return check(false);
+  change(item, *item.status());
 }
 
 // Owner first: giving an item away clears mode bits.
-void AttributeWalk::change(const Descriptor& item, const struct stat& status) {
+template <class Item>
+void AttributeWalk::change(Item&& item, const struct stat& status) {
   if (isSomebodyElses(status)) return check(false);
   const bool givesAway = !hasOwnership(status);
-  if (givesAway) {
-    check(_changes.changeOwnerOfItem(item.get(), _ownership.ownerOrSame(),
-                                     _ownership.groupOrSame()) == 0);
-  }
+  if (givesAway) check(item.changeOwner(_ownership.ownerOrSame(), _ownership.groupOrSame()) == 0);
   const bool hasLostBits = givesAway && (status.st_mode & kLostBits) != 0;
   if (hasMode(status) && !hasLostBits) return;
-  check(_changes.changeModeOfItem(item.get(), _mode) == 0);
+  check(item.changeMode(_mode) == 0);
 }
 
 bool AttributeWalk::isRight(const struct stat& status) const {

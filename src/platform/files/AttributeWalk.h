@@ -15,7 +15,8 @@ namespace installer {
 // Gives owner, group and mode to everything below one folder. An entry that has them already costs
 // one look at it, as long as the one before it had them too. An entry is changed through a
 // descriptor that names it, so that nobody can put a link in its place between the look and the
-// change.
+// change; a socket, pipe or device through a second name where the system has no descriptors for
+// them.
 class AttributeWalk {
  public:
   // Links that are in `spared` keep their owner; the set must live as long as the walk.
@@ -31,7 +32,10 @@ class AttributeWalk {
   bool visit(const Entry& entry, bool isLikelyRight, int depth);
   void enter(const Entry& entry, bool wasRight, int depth);
   void openAndChange(const Entry& entry);
-  void change(const Descriptor& item, const struct stat& status);
+  void changeByAnotherName(const Entry& entry);
+  // Through an OpenItem or a SecondName.
+  template <class Item>
+  void change(Item&& item, const struct stat& status);
 
   static Descriptor openItem(const Entry& entry);
 

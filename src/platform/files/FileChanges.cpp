@@ -67,6 +67,13 @@ int FileChanges::makeLink(int folder, const std::string& name, const std::string
   return answer(::symlinkat(target.c_str(), folder, name.c_str()));
 }
 
+int FileChanges::makeSecondName(int folder, const std::string& name, int otherFolder,
+                                const std::string& otherName) {
+  checkInterruption();
+  if (const int refused = _refusal(FileOperation::kLink)) return refused;
+  return answer(::linkat(folder, name.c_str(), otherFolder, otherName.c_str(), 0));
+}
+
 int FileChanges::write(int file, std::string_view bytes) {
   if (const int refused = _refusal(FileOperation::kWrite)) return refused;
   return writeAll(file, bytes);
@@ -150,6 +157,16 @@ int FileChanges::changeOwnerOfItem(int item, uid_t owner, gid_t group) {
 int FileChanges::changeModeOfItem(int item, mode_t mode) {
   if (const int refused = _refusal(FileOperation::kChangeMode)) return refused;
   return answer(syscalls::changeModeOfItem(item, mode));
+}
+
+int FileChanges::changeOwnerOfEntry(int folder, const std::string& name, uid_t owner, gid_t group) {
+  if (const int refused = _refusal(FileOperation::kChangeOwner)) return refused;
+  return answer(::fchownat(folder, name.c_str(), owner, group, AT_SYMLINK_NOFOLLOW));
+}
+
+int FileChanges::changeModeOfEntry(int folder, const std::string& name, mode_t mode) {
+  if (const int refused = _refusal(FileOperation::kChangeMode)) return refused;
+  return answer(::fchmodat(folder, name.c_str(), mode, 0));
 }
 
 }  // namespace installer

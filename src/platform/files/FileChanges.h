@@ -31,6 +31,9 @@ class FileChanges {
   [[nodiscard]] int createFile(int folder, const std::string& name, mode_t mode, Descriptor& file);
   [[nodiscard]] int makeFolder(int folder, const std::string& name, mode_t mode);
   [[nodiscard]] int makeLink(int folder, const std::string& name, const std::string& target);
+  // Of the entry itself, should it be a link.
+  [[nodiscard]] int makeSecondName(int folder, const std::string& name, int otherFolder,
+                                   const std::string& otherName);
 
   [[nodiscard]] int write(int file, std::string_view bytes);
   // From the offset of `from` to its end, which is where `size` bytes are copied; for a file that
@@ -59,6 +62,11 @@ class FileChanges {
   // On descriptors that only name an entry.
   [[nodiscard]] int changeOwnerOfItem(int item, uid_t owner, gid_t group);
   [[nodiscard]] int changeModeOfItem(int item, mode_t mode);
+
+  // On an entry, which is no link, of a folder where nobody else can exchange it.
+  [[nodiscard]] int changeOwnerOfEntry(int folder, const std::string& name, uid_t owner,
+                                       gid_t group);
+  [[nodiscard]] int changeModeOfEntry(int folder, const std::string& name, mode_t mode);
 
  private:
   [[nodiscard]] int copyInBlocks(int from, int to, std::size_t size);

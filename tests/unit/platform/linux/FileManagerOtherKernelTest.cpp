@@ -1,8 +1,10 @@
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <functional>
 #include <set>
 #include <sstream>
@@ -19,6 +21,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::Optional;
 
 constexpr long kChangeModeCall = 452;  // fchmodat2, newer than some headers
 
@@ -32,6 +35,12 @@ class FileManagerOtherKernelTest : public FileManagerFixture {
   // Runs the steps with the call answered by the error.
   static bool without(long call, int error, const std::function<bool()>& steps) {
     return inChild([&] { return refuseCall(call, error) && steps(); });
+  }
+
+  // The steps, with descriptors that only name an item refused.
+  static bool withoutItems(int error, const std::function<bool()>& steps) {
+    constexpr std::uint32_t kNaming = O_PATH | O_NOFOLLOW | O_CLOEXEC;
+    return inChild([&] { return refuseCallWith(SYS_openat, 2, kNaming, error) && steps(); });
   }
 
   bool copy(std::string_view from, std::string_view to, FileError* error = nullptr) {
@@ -56,6 +65,70 @@ TEST_F(FileManagerOtherKernelTest, CopiesGetTheirNamesWithoutAKeepingRename) {
     EXPECT_EQ(statusOf("file copy").st_nlink, 1u);
     for (const std::string name : {"file copy", "tree copy", "link copy"}) removeTree(path(name));
   }
+}
+
+// As on a system where no descriptor can name a socket, pipe or device.
+TEST_F(FileManagerOtherKernelTest, SocketsAndPipesThatCannotBeOpenedAreGivenAwayAllTheSame) {
+  proves("RIGHTS-1");
+  if (!isRoot()) GTEST_SKIP() << "only root can give files away";
+  _folder.makePipe("tree/pipe");
+  _folder.makeSocket("tree/socket");
+  _users.add({"ada", 1234, 2345, "/home/ada"});
+
+  EXPECT_TRUE(withoutItems(EOPNOTSUPP, [&] {
+    return _files.changeAttributesBelow(path("tree"), {"ada", "admin", 0775});
+  }));
+
+  for (const std::string name : {"tree/pipe", "tree/socket"}) {
+    EXPECT_EQ(statusOf(name).st_uid, 1234u) << name;
+    EXPECT_EQ(statusOf(name).st_gid, 2345u) << name;
+    EXPECT_EQ(modeOf(name), 0775u) << name;
+    EXPECT_EQ(statusOf(name).st_nlink, 1u) << name;
+  }
+  EXPECT_THAT(_files.list(path("tree")), Optional(ElementsAre("pipe", "socket")));
+}
+
+TEST_F(FileManagerOtherKernelTest, WhatCanBeOpenedIsNotChangedByAnotherName) {
+  _folder.makeFile("files/file", "", 0600);
+  _folder.makePipe("pipes/pipe");
+  const auto change = [&](std::string_view folder) {
+    return _files.changeAttributesBelow(path(folder), {"self", "own", 0775});
+  };
+
+  EXPECT_TRUE(withoutItems(EOPNOTSUPP, [&] { return !change("files"); })) << "a file";
+  EXPECT_TRUE(withoutItems(EACCES, [&] { return !change("pipes"); })) << "another error";
+
+  EXPECT_EQ(modeOf("files/file"), 0600u);
+  EXPECT_NE(modeOf("pipes/pipe"), 0775u);
+  EXPECT_THAT(_files.list(path("files")), Optional(ElementsAre("file")));
+}
+
+TEST_F(FileManagerOtherKernelTest, APipeOfSomebodyElseIsNotGivenAwayByAnotherName) {
+  if (!isRoot()) GTEST_SKIP() << "only root can give files away";
+  _folder.makePipe("tree/pipe");
+  ASSERT_EQ(::link(path("tree/pipe").c_str(), path("other").c_str()), 0);
+  _users.add({"ada", 1234, 2345, "/home/ada"});
+
+  EXPECT_TRUE(withoutItems(EOPNOTSUPP, [&] {
+    return !_files.changeAttributesBelow(path("tree"), {"ada", "admin", 0775});
+  }));
+
+  EXPECT_NE(statusOf("tree/pipe").st_uid, 1234u);
+  EXPECT_THAT(_files.list(path("tree")), Optional(ElementsAre("pipe")));
+}
+
+TEST_F(FileManagerOtherKernelTest, WithoutAnotherNameAPipeStaysAndIsToldOf) {
+  _folder.makePipe("tree/pipe");
+
+  for (const long call : {SYS_linkat, SYS_mkdirat}) {
+    EXPECT_TRUE(withoutItems(EOPNOTSUPP, [&] {
+      return refuseCall(call, EPERM) &&
+             !_files.changeAttributesBelow(path("tree"), {"self", "own", 0775});
+    })) << call;
+  }
+
+  EXPECT_NE(modeOf("tree/pipe"), 0775u);
+  EXPECT_THAT(_files.list(path("tree")), Optional(ElementsAre("pipe")));
 }
 
 TEST_F(FileManagerOtherKernelTest, CopiesGetTheirNamesWithoutSecondNamesToo) {
