@@ -9,9 +9,6 @@ set(HOTFIX_UTF8PROC_LIBRARY "")
 if(HOTFIX_UTF8PROC_SOURCE)
   enable_language(C)
   set(HOTFIX_UTF8PROC_SOURCES ${HOTFIX_UTF8PROC_SOURCE}/utf8proc.c)
-  # Its warnings are its own.
-  set_source_files_properties(
-    ${HOTFIX_UTF8PROC_SOURCES} TARGET_DIRECTORY hotfix_utf8proc PROPERTIES COMPILE_OPTIONS -w)
   target_include_directories(hotfix_utf8proc SYSTEM INTERFACE ${HOTFIX_UTF8PROC_SOURCE})
   target_compile_definitions(hotfix_utf8proc INTERFACE UTF8PROC_STATIC)
 else()

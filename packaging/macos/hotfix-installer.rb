@@ -2,7 +2,9 @@
 # by make-package. The archive lies wherever releases are kept:
 #
 #   export HOMEBREW_HOTFIX_ARCHIVE=file:///path/hotfix-installer-1.0.0.tar.gz
-#   brew install --formula --build-from-source packaging/macos/hotfix-installer.rb
+#   brew tap-new --no-git local/hotfix
+#   cp packaging/macos/hotfix-installer.rb "$(brew --repository local/hotfix)/Formula/"
+#   brew install local/hotfix/hotfix-installer
 class HotfixInstaller < Formula
   desc "Installs a hotfix package into one instance of an Eclipse-based client platform"
   url ENV.fetch("HOMEBREW_HOTFIX_ARCHIVE", "file:///dev/null")
@@ -24,6 +26,6 @@ class HotfixInstaller < Formula
   end
 
   test do
-    assert_match "usage", shell_output("#{sbin}/HotfixInstaller 2>&1", 1)
+    assert_match "Usage: HotfixInstaller", shell_output("#{sbin}/HotfixInstaller 2>&1", 1)
   end
 end

@@ -2,6 +2,7 @@
 
 import os
 import plistlib
+import re
 import subprocess
 import tempfile
 import unittest
@@ -56,8 +57,17 @@ class MakePackageTest(MacTest):
         for name in ("codesign", "xcrun"):
             self.standIn(name)
         # What they are handed is gone afterwards.
-        self.standIn("pkgbuild", f'cp -R "$6" {self._seen}/scripts; ls -A "$2" >{self._seen}/root')
-        self.standIn("productbuild", f'cp "$2" {self._seen}/distribution.xml; touch "${{@: -1}}"')
+        self.standIn("pkgbuild", f'cp -R "$6" {self._seen}/scripts; ls -A "$2" >{self._seen}/root;'
+                                 ' touch "${@: -1}"')
+        self.standIn("pkgutil", f"""
+            case $1 in
+              --expand)
+                [[ -f $2 ]] && mkdir "$3" &&
+                  echo '<pkg-info overwrite-permissions="true" auth="root"/>' >"$3/PackageInfo" ;;
+              --flatten) cp "$2/PackageInfo" {self._seen}/; touch "$3" ;;
+            esac""")
+        self.standIn("productbuild", f'ls "$4" >{self._seen}/components; '
+                                     f'cp "$2" {self._seen}/distribution.xml; touch "${{@: -1}}"')
 
     def package(self, *options, title="Fix & more", **variables):
         return self.start("make-package", "--program", self._program, "--identifier", "org.fix",
@@ -80,6 +90,25 @@ class MakePackageTest(MacTest):
                          (MACOS / "postinstall").read_bytes())
         self.assertTrue(os.access(scripts / "postinstall", os.X_OK))
         self.assertEqual((self._seen / "root").read_text(encoding="utf-8"), "")
+
+    def testTheProgramMayHaveAnotherName(self):
+        program = self._root / "built"
+        self._program.rename(program)
+        self._program = program
+
+        result = self.package("--sign-program", "App ID")
+
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertTrue(os.access(self._seen / "scripts/HotfixInstaller", os.X_OK))
+        self.assertFalse((self._seen / "scripts/built").exists())
+
+    def testTheDestinationKeepsItsOwnerAndMode(self):
+        self.package()
+
+        self.assertEqual((self._seen / "PackageInfo").read_text(encoding="utf-8"),
+                         '<pkg-info overwrite-permissions="false" auth="root"/>\n')
+        self.assertIn("hotfix.pkg",
+                      (self._seen / "components").read_text(encoding="utf-8").splitlines())
 
     def testTheScriptIsToldOfTheDestination(self):
         self.package()
@@ -106,8 +135,9 @@ class MakePackageTest(MacTest):
     def testWithoutIdentitiesNothingIsSigned(self):
         self.package()
 
-        self.assertEqual([call[0] for call in self.calls()], ["pkgbuild", "productbuild"])
-        self.assertNotIn("--sign", self.calls()[1])
+        self.assertEqual([call[0] for call in self.calls()],
+                         ["pkgbuild", "pkgutil", "pkgutil", "productbuild"])
+        self.assertNotIn("--sign", self.calls()[3])
 
     def testProgramAndPackageAreSignedBeforeTheyAreSentIn(self):
         self.package("--sign-program", "App ID", "--sign-package", "Installer ID",
@@ -115,17 +145,18 @@ class MakePackageTest(MacTest):
 
         calls = self.calls()
         self.assertEqual([call[0] for call in calls],
-                         ["codesign", "codesign", "pkgbuild", "productbuild", "xcrun", "xcrun"])
+                         ["codesign", "codesign", "pkgbuild", "pkgutil", "pkgutil", "productbuild",
+                          "xcrun", "xcrun"])
         sign = calls[0]
         self.assertEqual(sign[sign.index("--sign") + 1], "App ID")
         self.assertEqual(sign[sign.index("--options") + 1], "runtime")
         self.assertEqual(Path(sign[sign.index("--entitlements") + 1]), MACOS / "entitlements.plist")
         self.assertTrue(sign[-1].endswith("/scripts/HotfixInstaller"))
-        self.assertEqual(calls[3][calls[3].index("--sign") + 1], "Installer ID")
+        self.assertEqual(calls[5][calls[5].index("--sign") + 1], "Installer ID")
         package = str(self._root / "Fix.pkg")
-        self.assertEqual(calls[4][1:], ["notarytool", "submit", package, "--keychain-profile",
+        self.assertEqual(calls[6][1:], ["notarytool", "submit", package, "--keychain-profile",
                                         "profile", "--wait"])
-        self.assertEqual(calls[5][1:], ["stapler", "staple", package])
+        self.assertEqual(calls[7][1:], ["stapler", "staple", package])
 
     def testThereMustBeOneHotfix(self):
         self.make(self._hotfix / "install/Other.pkg/Contents/Resources/hotfix.plist", "")
@@ -168,6 +199,18 @@ class MakePackageTest(MacTest):
             self.assertIn("--identifier ID", result.stderr)
             self.assertNotIn("set -", result.stderr)
 
+    def testVersionsAreThoseOfTheProject(self):
+        def found(pattern, path):
+            return re.search(pattern, (ROOT / path).read_text(encoding="utf-8")).group(1)
+
+        self.assertEqual(found(r'version "([^"]+)"', "packaging/macos/hotfix-installer.rb"),
+                         found(r'kVersion = "([^"]+)"', "include/hotfix/Version.h"))
+        oldest = found(r'"CMAKE_OSX_DEPLOYMENT_TARGET": "([^"]+)"', "CMakePresets.json")
+        self.assertEqual([found(pattern, path) for pattern, path in [
+            ('os-version min="([^"]+)"', "packaging/macos/distribution.xml.in"),
+            ('os-version min="([^"]+)"', "packaging/cpack/CPack.distribution.dist.in"),
+            (r'"MACOS_MINIMUM", "([^"]+)"', "tests/macos/check-imports")]], [oldest] * 3)
+
     def testTheHardenedRuntimeHasNoException(self):
         self.assertEqual(plistlib.loads((MACOS / "entitlements.plist").read_bytes()), {})
 
@@ -187,7 +230,7 @@ class UninstallTest(MacTest):
               --pkg-info)
                 [[ $2 == org.hotfix ]] || {{ echo "No receipt for '$2'" >&2; exit 1; }}
                 printf 'package-id: %s\\nversion: 1.0\\nvolume: {volume}\\nlocation: usr/local\\n' "$2" ;;
-              --only-files) printf '%s\\n' {' '.join(self.FILES)} ;;
+              --only-files) [[ ! -v DAMAGED ]] && printf '%s\\n' {' '.join(self.FILES)} ;;
               --only-dirs) printf '%s\\n' {' '.join(self.FOLDERS)} ;;
             esac""")
 
@@ -205,6 +248,13 @@ class UninstallTest(MacTest):
 
         self.assertEqual([path.relative_to(self._place).as_posix()
                           for path in sorted(self._place.rglob("*"))], ["lib", "lib/other"])
+
+    def testAReceiptThatCannotBeReadIsNotForgotten(self):
+        result = self.start("uninstall", "org.hotfix", DAMAGED="yes")
+
+        self.assertNotEqual(result.returncode, 0)
+        self.assertNotIn("--forget", {call[1] for call in self.calls()})
+        self.assertTrue((self._place / self.FILES[0]).exists())
 
     def testAPackageThatIsNotInstalledIsAnError(self):
         result = self.start("uninstall", "org.unknown")
