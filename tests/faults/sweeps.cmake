@@ -54,6 +54,8 @@ hotfix_add_sweep(hard_links --scenario install,upgrade --kind hard-link --sample
 hotfix_add_sweep(attacks --kind attack --sample 3)
 hotfix_add_sweep(reasons --scenario install,upgrade --kind fail-ENOSPC,fail-EROFS --sample 60)
 hotfix_add_sweep(allocations --scenario install,upgrade,running --kind alloc --sample 60)
+# Where the trace is opened every one counts.
+hotfix_add_sweep(first_allocations --scenario install --kind alloc --range 1-60)
 hotfix_add_sweep(power --scenario install,upgrade,broken-merge --kind power --sample 40)
 hotfix_add_sweep(short_writes --kind short --sample 12)
 foreach(part successes others)

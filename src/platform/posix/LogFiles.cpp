@@ -32,7 +32,10 @@ void writeWhole(int descriptor, std::string_view line) {
 
 }  // namespace
 
-LogFiles::LogFiles(Clock& clock) : _clock(clock), _host(hostName()) {}
+// The first file finds its place without memory: what is lacking later can be told in it.
+LogFiles::LogFiles(Clock& clock) : _clock(clock), _host(hostName()) {
+  _descriptors.reserve(1);
+}
 
 int LogFiles::add(int descriptor) {
   if (fcntl(descriptor, F_GETFD) == -1) return -1;
