@@ -45,10 +45,20 @@ void tellUnreadable(const std::string& path, int error) {
   reported::tell(failure(path, "read", error));
 }
 
+bool isRefusal(int error) {
+  return error == EACCES || error == EPERM;
+}
+
 // The kernel's own processes have no executable, some have ended meanwhile, and some are not ours
 // to look at.
 bool mayBeLeftOut(int error) {
-  return error == ENOENT || error == ESRCH || error == EACCES || error == EPERM;
+  return error == ENOENT || error == ESRCH || isRefusal(error);
+}
+
+// Whether root is kept from a process, as in a container that lacks the right to follow others. Of
+// all the processes one line tells then.
+bool isNewsForRoot(int error, bool& isRefusalTold) {
+  return isRefusal(error) && geteuid() == 0 && !std::exchange(isRefusalTold, true);
 }
 
 // The kernel's own processes are many, and have no more of a command line than of an executable.
@@ -76,13 +86,15 @@ std::vector<std::string> argumentsIn(std::string_view bytes) {
 
 }  // namespace
 
-std::optional<std::string> ProcProcessTable::executableOf(int table,
-                                                          const std::string& process) const {
+std::optional<std::string> ProcProcessTable::executableOf(int table, const std::string& process,
+                                                          bool& isRefusalTold) const {
   const std::string link = process + "/exe";
   std::array<char, PATH_MAX> bytes;
   const ssize_t length = readlinkat(table, link.c_str(), bytes.data(), bytes.size());
   if (length == -1) {
-    if (!mayBeLeftOut(errno)) tellUnreadable(_folder + "/" + link, errno);
+    const int error = errno;
+    if (!mayBeLeftOut(error) || isNewsForRoot(error, isRefusalTold))
+      tellUnreadable(_folder + "/" + link, error);
     return std::nullopt;
   }
   std::string path(bytes.data(), static_cast<std::size_t>(length));
@@ -112,8 +124,9 @@ void ProcProcessTable::eachProcess(Visit visit) const {
 
 std::vector<std::string> ProcProcessTable::executables() const {
   std::vector<std::string> paths;
+  bool isRefusalTold = false;
   eachProcess([&](int table, const std::string& process) {
-    if (auto path = executableOf(table, process)) paths.push_back(std::move(*path));
+    if (auto path = executableOf(table, process, isRefusalTold)) paths.push_back(std::move(*path));
   });
   return paths;
 }

@@ -1,22 +1,28 @@
 #include "platform/linux/ProcProcessTable.h"
 
 #include <gmock/gmock.h>
+#include <sys/syscall.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "hotfix/platform/ProcessKeys.h"
 #include "platform/posix/PosixChildProcesses.h"
 #include "support/ChildFolder.h"
+#include "support/ChildRun.h"
 #include "support/Proves.h"
 #include "support/Sandbox.h"
 #include "support/ScopedVariable.h"
 #include "support/TemporaryFolder.h"
+#include "unit/platform/linux/RefusedCall.h"
 
 namespace installer::test {
 namespace {
 
 namespace fs = std::filesystem;
 
+using ::testing::AnyOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -267,6 +273,37 @@ TEST_F(MadeTableTest, AnExecutableThatCannotBeReadIsTold) {
   EXPECT_THAT(_table.valuesForKey(kExecutable), ElementsAre("/bin/sh"));
 
   EXPECT_THAT(sandbox.log(), ElementsAre(cannotRead("3/exe", "Invalid argument")));
+}
+
+// A container can keep root from other users' processes.
+TEST_F(MadeTableTest, TheFirstExecutableThatIsKeptFromRootIsTold) {
+  proves("PROCESS-8");
+  if (!canRefuseCalls()) GTEST_SKIP() << "this kernel cannot refuse calls";
+  if (!isRoot()) GTEST_SKIP() << "others' processes are closed to ordinary users";
+  for (const char* process : {"3", "4"}) makeExecutable(process);
+
+  for (const int error : {EACCES, EPERM}) {
+    EXPECT_TRUE(inChild([&] {
+      const Sandbox sandbox;
+      return refuseCall(SYS_readlinkat, error) && _table.valuesForKey(kExecutable).empty() &&
+             sandbox.log().size() == 1 &&
+             ::testing::Value(sandbox.log().front(),
+                              AnyOf(cannotRead("3/exe", std::strerror(error)),
+                                    cannotRead("4/exe", std::strerror(error))));
+    })) << error;
+  }
+}
+
+TEST_F(MadeTableTest, ExecutablesThatAreKeptFromAnOrdinaryUserAreNot) {
+  proves("PROCESS-8");
+  if (!canRefuseCalls()) GTEST_SKIP() << "this kernel cannot refuse calls";
+  makeExecutable("3");
+
+  EXPECT_TRUE(asOrdinaryUser([&] {
+    const Sandbox sandbox;
+    return refuseCall(SYS_readlinkat, EACCES) && _table.valuesForKey(kExecutable).empty() &&
+           sandbox.log().empty();
+  }));
 }
 
 TEST_F(MadeTableTest, ACommandLineThatCannotBeOpenedIsTold) {
