@@ -37,7 +37,7 @@ class PlaceIndex {
     if (!hasRoomFor(count)) rebuild(std::bit_ceil(count + count / 2 + 1));
   }
 
-  /// Has room for so many places, one more than there are; grows by halves.
+  /// Has room for so many places, one more than there are; grows to twice as many.
   void makeRoomFor(std::size_t count) {
     if (!hasRoomFor(count)) rebuild(_slots.empty() ? kFirstSlots : _slots.size() * 2);
   }

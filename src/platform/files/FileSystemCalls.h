@@ -26,9 +26,14 @@ namespace installer::syscalls {
 // Systems or file systems without such a call fail.
 ssize_t copyRange(int from, int to, std::size_t length);
 
-// Gives `to` what the system keeps of a file besides bytes, owner, mode and times, as far as both
-// file systems do. The mark of what came over the network is not passed on.
+// Gives `to` the extended attributes and the access list where copies carry them on this system,
+// as far as both file systems keep them. The mark of what came over the network is not passed on.
+// The owner may read and write `to` then, whatever its mode was.
 void copyAttributes(int from, int to);
+
+// The mode that a copy is made with which is to have `mode` in the end: that one, unless an access
+// list, which comes later, may close the copy to somebody whom the mode lets in.
+mode_t modeToBeginWith(mode_t mode);
 
 // A descriptor that only names the entry, be it a link, pipe or device: nothing is opened. A system
 // may have none for sockets, pipes and devices: EOPNOTSUPP.

@@ -79,8 +79,8 @@ bool ItemCopy::copyFile(const Entry& source, const Target& copy) {
   if (!mayTake(from.status)) return false;
   TemporaryItem* const temporary = takeTemporary();
   Descriptor to;
-  if (!check(_changes.createFile(copy.folder, copy.name, modeOfCopy(from.status), to)))
-    return false;
+  const mode_t mode = syscalls::modeToBeginWith(modeOfCopy(from.status));
+  if (!check(_changes.createFile(copy.folder, copy.name, mode, to))) return false;
   const auto seen = temporary != nullptr ? temporary->isMade(to) : std::nullopt;
   if (!check(fillFile(from, to, copy.modes, seen))) {
     (void)_changes.unlink(copy.folder, copy.name);  // the first error is the one to tell
@@ -90,7 +90,8 @@ bool ItemCopy::copyFile(const Entry& source, const Target& copy) {
   return true;
 }
 
-// The mode is there from the beginning, for whoever may open the copy may do so in the end as well.
+// The mode is there from the beginning if it can be, for whoever may open the copy may do so in the
+// end as well.
 int ItemCopy::fillFile(const RegularFile& from, const Descriptor& to, NewFileModes& modes,
                        const std::optional<struct stat>& seen) {
   const struct stat& status = from.status;
@@ -100,7 +101,7 @@ int ItemCopy::fillFile(const RegularFile& from, const Descriptor& to, NewFileMod
   syscalls::copyAttributes(from.file.get(), to.get());
   giveTime(to.get(), status);
   const mode_t mode = modeOfCopy(status);
-  if (!modes.isExact(to, mode, seen)) {
+  if (syscalls::modeToBeginWith(mode) != mode || !modes.isExact(to, mode, seen)) {
     if (const int error = _changes.changeMode(to.get(), mode)) return error;
   }
   return _flush == Flush::eachFile ? _changes.flush(to.get()) : 0;

@@ -22,9 +22,9 @@ enum class Flush {
 };
 
 // Copies a file, a link (as a link) or a whole tree under a temporary name into an open folder.
-// Permission bits without the set-id bits and modification times are kept, and what the system
-// keeps besides (syscalls::copyAttributes); owners are the process's. No pipe, socket or device is
-// opened.
+// Permission bits without the set-id bits and modification times are kept, and what copies carry
+// besides on this system (syscalls::copyAttributes); owners are the process's. No pipe, socket or
+// device is opened.
 class ItemCopy {
  public:
   // `owner`: who may own source files with several names; anybody when absent. `mayOwn`: whether

@@ -20,6 +20,7 @@ class NewFileModes {
  private:
   mode_t _granted = 0;
   mode_t _taken = 0;
+  bool _isOwn = false;  // a file has got bits that it was not made with
 };
 
 }  // namespace installer

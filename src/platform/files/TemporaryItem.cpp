@@ -12,7 +12,8 @@ TemporaryItem::~TemporaryItem() {
   if (!exists()) return;
   try {
     // Whatever ended the making is told already.
-    (void)(_isFolder ? removeEntry(_changes, _folder, _name) : _changes.unlink(_folder, _name));
+    (void)(_ownFolder ? removeFolder(_changes, _folder, _name, *_ownFolder)
+                      : _changes.unlink(_folder, _name));
   } catch (const std::exception&) {
     // Without memory it stays, as it would if the process were killed.
   }
@@ -25,10 +26,10 @@ std::optional<struct stat> TemporaryItem::isMade(const Descriptor& item) {
   return seen;
 }
 
-// Only then entries below it are ours to remove: where others can write, they can give the name to
-// a folder that they could not empty themselves.
+// Only entries below this very folder are ours to remove: where others can write, they can give the
+// name to another one, which they could not empty themselves.
 void TemporaryItem::isMadeAsFolder(const Descriptor& item) {
-  _isFolder = true;
+  _ownFolder = identityOf(item.get());
   (void)isMade(item);
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/files/Ancestry.h"
 #include "platform/files/FileChanges.h"
 #include "platform/posix/Descriptor.h"
 
@@ -30,7 +31,7 @@ class TemporaryItem {
         _folder(other._folder),
         _name(std::exchange(other._name, {})),
         _isClaimed(other._isClaimed),
-        _isFolder(other._isFolder),
+        _ownFolder(other._ownFolder),
         _made(std::move(other._made)) {}
   TemporaryItem(const TemporaryItem&) = delete;
   TemporaryItem& operator=(const TemporaryItem&) = delete;
@@ -56,7 +57,7 @@ class TemporaryItem {
   int _folder;
   std::string _name;
   bool _isClaimed;
-  bool _isFolder = false;
+  std::optional<FileIdentity> _ownFolder;
   Descriptor _made;  // open when it is claimed
 };
 

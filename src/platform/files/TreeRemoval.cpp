@@ -1,6 +1,7 @@
 #include "platform/files/TreeRemoval.h"
 
 #include <cerrno>
+#include <utility>
 
 #include "platform/Interruption.h"
 #include "platform/files/FolderReader.h"
@@ -22,13 +23,12 @@ class TreeRemoval {
     const auto status = statusOf(folder, name);
     if (!status) return errno;
     if (!S_ISDIR(status->st_mode)) return _changes.unlink(folder, name);
-    return removeFolder(folder, name, depth);
+    return removeFolder(folder, name, openFolder(folder, name), depth);
   }
 
- private:
-  int removeFolder(int folder, const std::string& name, int depth) {
+  int removeFolder(int folder, const std::string& name, Descriptor opened, int depth) {
     if (depth >= kMaximumDepth) return ELOOP;
-    FolderReader reader(openFolder(folder, name));
+    FolderReader reader(std::move(opened));
     for (int pass = 1;; ++pass) {
       const bool progress = empty(reader, depth);
       // Tried whatever happened: a folder that cannot be listed can be empty.
@@ -39,6 +39,7 @@ class TreeRemoval {
     }
   }
 
+ private:
   // One pass over the folder; true when it removed something.
   bool empty(FolderReader& reader, int depth) {
     bool progress = false;
@@ -56,6 +57,14 @@ class TreeRemoval {
 
 int removeEntry(FileChanges& changes, int folder, const std::string& name, Heed signals) {
   return TreeRemoval(changes, signals).remove(folder, name, 0);
+}
+
+int removeFolder(FileChanges& changes, int folder, const std::string& name,
+                 const FileIdentity& which) {
+  Descriptor opened = openFolder(folder, name);
+  if (!opened.valid()) return errno;
+  if (identityOf(opened.get()) != which) return ESTALE;
+  return TreeRemoval(changes, Heed::no).removeFolder(folder, name, std::move(opened), 0);
 }
 
 }  // namespace installer

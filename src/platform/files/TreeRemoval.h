@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "platform/files/Ancestry.h"
 #include "platform/files/FileChanges.h"
 
 namespace installer {
@@ -14,5 +15,9 @@ enum class Heed { yes, no };
 // 0 when it is gone, else the system's error number (ENOENT when there was nothing).
 [[nodiscard]] int removeEntry(FileChanges& changes, int folder, const std::string& name,
                               Heed signals = Heed::no);
+
+// Removes a folder with all below it, as long as it is this one; ESTALE when another has its name.
+[[nodiscard]] int removeFolder(FileChanges& changes, int folder, const std::string& name,
+                               const FileIdentity& which);
 
 }  // namespace installer

@@ -58,6 +58,10 @@ ssize_t copyRange(int from, int to, std::size_t length) {
 // Copies carry none here.
 void copyAttributes(int /*from*/, int /*to*/) {}
 
+mode_t modeToBeginWith(mode_t mode) {
+  return mode;
+}
+
 int openItem(int folder, const char* name) {
   return ::openat(folder, name, O_PATH | O_NOFOLLOW | O_CLOEXEC);
 }

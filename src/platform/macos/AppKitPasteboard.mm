@@ -68,7 +68,9 @@ void AppKitPasteboard::setRecord(const PropertyList::Dictionary& record) {
   _file.setRecord(record);
 }
 
+// A board that has refused a record may hold an older one.
 std::optional<PropertyList::Dictionary> AppKitPasteboard::record() {
+  if (_isRefusalTold) return _file.record();
   @autoreleasepool {
     NSData* data = bytesOf(askServer([](NSPasteboard* board) {
       return [board propertyListForType:kType];

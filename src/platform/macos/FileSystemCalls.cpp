@@ -1,6 +1,7 @@
 #include "platform/files/FileSystemCalls.h"
 
 #include <copyfile.h>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <stdio.h>
 #include <sys/param.h>
@@ -26,6 +27,28 @@ bool isNamedBy(const struct stat& item, const char* path) {
 // Whether the last call failed because the file system does not know it.
 bool isUnknownThere() {
   return errno == ENOTSUP || errno == EINVAL || errno == ENOTTY;
+}
+
+// Came with macOS 13; null before.
+using ReadOpenLink = ssize_t (*)(int, char*, std::size_t);
+ReadOpenLink readOpenLink() {
+  static const auto call = reinterpret_cast<ReadOpenLink>(::dlsym(RTLD_DEFAULT, "freadlink"));
+  return call;
+}
+
+// A link's target never changes, so what is read by its name is its own when the name is the item's
+// before and afterwards, and nobody has exchanged it for that moment alone: who may rename in the
+// folder can.
+ssize_t readNamedLink(int item, char* target, std::size_t size) {
+  struct stat status {};
+  std::array<char, MAXPATHLEN> path{};
+  if (::fstat(item, &status) != 0 || ::fcntl(item, F_GETPATH, path.data()) != 0) return -1;
+  if (isNamedBy(status, path.data())) {
+    const ssize_t length = ::readlink(path.data(), target, size);
+    if (length < 0 || isNamedBy(status, path.data())) return length;
+  }
+  errno = ESTALE;
+  return -1;
 }
 
 bool canBeOpened(mode_t mode) {
@@ -69,6 +92,10 @@ void copyAttributes(int from, int to) {
   (void)::fremovexattr(to, "com.apple.quarantine", 0);                  // mostly there is none
 }
 
+mode_t modeToBeginWith(mode_t /*mode*/) {
+  return S_IRUSR | S_IWUSR;
+}
+
 // A descriptor for events opens what it names, if for nothing else: with pipes and devices that is
 // not without effect, and sockets refuse it.
 int openItem(int folder, const char* name) {
@@ -78,18 +105,9 @@ int openItem(int folder, const char* name) {
   return ::openat(folder, name, O_EVTONLY | O_SYMLINK | O_NONBLOCK | O_CLOEXEC);
 }
 
-// freadlink() is younger than the oldest macOS. A link's target never changes, so what is read by
-// its name is its own when the name is the item's before and afterwards.
 ssize_t readLink(int item, char* target, std::size_t size) {
-  struct stat status {};
-  std::array<char, MAXPATHLEN> path{};
-  if (::fstat(item, &status) != 0 || ::fcntl(item, F_GETPATH, path.data()) != 0) return -1;
-  if (isNamedBy(status, path.data())) {
-    const ssize_t length = ::readlink(path.data(), target, size);
-    if (length < 0 || isNamedBy(status, path.data())) return length;
-  }
-  errno = ESTALE;
-  return -1;
+  if (const ReadOpenLink read = readOpenLink()) return read(item, target, size);
+  return readNamedLink(item, target, size);
 }
 
 int changeOwnerOfItem(int item, uid_t owner, gid_t group) {

@@ -54,6 +54,21 @@ TEST_F(TemporaryItemTest, NobodysFolderIsEmptied) {
   EXPECT_TRUE(stands(name + "/below/file"));
 }
 
+// Whoever can write there can also give our folder another name.
+TEST_F(TemporaryItemTest, NoOtherFolderIsEmptied) {
+  std::string name;
+  {
+    TemporaryItem item(_changes, _open.get());
+    name = item.name();
+    make(item);
+    ASSERT_EQ(_changes.rename(_open.get(), name, "ours"), 0);
+    _folder.makeFile(name + "/other");
+  }
+
+  EXPECT_TRUE(stands(name + "/other"));
+  EXPECT_TRUE(stands("ours/below/file"));
+}
+
 TEST_F(TemporaryItemTest, StaysWhenItIsForgotten) {
   std::string name;
   {
