@@ -177,18 +177,14 @@ class Experiment {
 void judgeCopy(const fs::path& root) {
   const Experiment experiment(root);
   const std::string kind = experiment.kindOfBoth();
-  FileError error;
-  NSError* failure = nil;
 
-  const bool our = ours().copy(experiment.from().string(), experiment.to(), ExistingItem::fail, &error);
+  const bool our = ours().copy(experiment.from().string(), experiment.to(), ExistingItem::fail);
   const bool their = [theirs() copyItemAtPath:experiment.theirFrom()
                                        toPath:experiment.theirTo()
-                                        error:&failure];
+                                        error:nil];
 
+  // GNUstep's codes are the system's, macOS's its own: there is nothing to compare.
   experiment.check("copyItemAtPath:toPath:", kind, our, their);
-  if (!our && !their)
-    compare("copyItemAtPath:toPath:, code", kind, kind, std::to_string(error.code),
-            std::to_string([failure code]));
 }
 
 void judgeMerge(const fs::path& root) {

@@ -29,7 +29,6 @@ inline constexpr Known kKnown[] = {
      "GNUstep: keeps // at the start; macOS collapses"},
     {"stringByAppendingPathComponent [empty, component ~", "GNUstep: ~x/ is a root of its own"},
     {"stringByDeletingLastPathComponent [~]", "GNUstep: ~x/ is a root of its own"},
-    {"copyItemAtPath:toPath:, code", "GNUstep: errno; macOS: Cocoa codes (260, 516)"},
     {"copyItemAtPath:toPath:, answer [file to dangling link]", "GNUstep: writes through the link"},
     {"copyItemAtPath:toPath:, result [file to dangling link]", "GNUstep: writes through the link"},
     {"copyFolderFrom:to:, answer [folder to dangling link]",
