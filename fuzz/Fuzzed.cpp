@@ -122,7 +122,10 @@ extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
   (void)installer::xml::library();  // only that it was asked counts
   using namespace installer::fuzz;
   const auto installHooks = sanitizers<InstallHooks>("__sanitizer_install_malloc_and_free_hooks");
-  if (installHooks != nullptr && allocatedSize != nullptr) installHooks(onMalloc, onFree);
+  const bool isSanitized = sanitizers<void()>("__asan_init") != nullptr;
+  const bool hasHooks = installHooks != nullptr && allocatedSize != nullptr;
+  require(hasHooks || !isSanitized, "memory is measured");
+  if (hasHooks) installHooks(onMalloc, onFree);
   return 0;
 }
 
