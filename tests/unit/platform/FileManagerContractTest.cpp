@@ -46,44 +46,6 @@ TEST_P(FileManagerContractTest, AChangeThatCannotBeMadeIsFalse) {
   EXPECT_EQ(_files.openLog(path("none/log")), -1);
 }
 
-TEST_P(ChangingFileManagerContractTest, WhatIsWrittenIsRead) {
-  EXPECT_TRUE(_files.write(path("file"), "old"));
-  EXPECT_TRUE(_files.write(path("file"), "new"));
-
-  EXPECT_EQ(_files.read(path("file")), "new");
-}
-
-TEST_P(ChangingFileManagerContractTest, ACopyKeepsOrFailsOnWhatIsThere) {
-  _subject->put("from", "bytes");
-  _subject->put("there", "mine");
-  FileError error;
-
-  EXPECT_TRUE(_files.copy(path("from"), path("to"), ExistingItem::fail));
-  EXPECT_TRUE(_files.copy(path("from"), path("there"), ExistingItem::keep));
-  EXPECT_FALSE(_files.copy(path("from"), path("there"), ExistingItem::fail, &error));
-
-  EXPECT_EQ(_files.read(path("to")), "bytes");
-  EXPECT_EQ(_files.read(path("there")), "mine");
-  EXPECT_EQ(error.code, FileError::kExists);
-}
-
-TEST_P(ChangingFileManagerContractTest, WhatIsRemovedIsGone) {
-  _subject->put("file", "");
-
-  EXPECT_TRUE(_files.remove(path("file")));
-
-  EXPECT_FALSE(_files.exists(path("file")));
-  EXPECT_FALSE(_files.remove(path("file")));
-}
-
-TEST_P(ChangingFileManagerContractTest, MadeFoldersAreThere) {
-  EXPECT_TRUE(_files.createDirectory(path("a/b"), Intermediates::create));
-  EXPECT_TRUE(_files.createDirectory(path("a/b"), Intermediates::create));
-  EXPECT_FALSE(_files.createDirectory(path("a/b"), Intermediates::refuse));
-
-  EXPECT_TRUE(_files.isDirectory(path("a/b")));
-}
-
 class StubSubject : public FileManagerSubject {
  public:
   FileManager& files() override { return _files; }

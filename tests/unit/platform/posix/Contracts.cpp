@@ -74,29 +74,41 @@ INSTANTIATE_TEST_SUITE_P(Posix, ClockContractTest,
                          [](const auto& given) { return given.param.name; });
 
 template <class Manager>
-class FilesOnDisk : public FileManagerSubject {
+class FilesOnDisk : public ChangingFileManagerSubject {
  public:
+  explicit FilesOnDisk(UserContext& users) : _files(users) {}
+
   FileManager& files() override { return _files; }
-  std::string folder() override { return _folder.path(); }
-  void put(const std::string& name, const std::string& bytes) override {
-    _folder.makeFile(name, bytes);
-  }
+  const TemporaryFolder& disk() override { return _folder; }
+  TreeSnapshot now() override { return snapshotOf(_folder.path()); }
 
  private:
-  TemporaryFolder _folder;
-  FakeUserContext _users;
-  Manager _files{_users};
+  TemporaryFolder _folder{memoryFolder()};
+  Manager _files;
 };
 
-const auto kManagers = ::testing::Values(
-    FileManagerKind{"Real", [] { return std::make_unique<FilesOnDisk<PosixFileManager>>(); }},
-    FileManagerKind{"Failing", [] { return std::make_unique<FilesOnDisk<FailingFileManager>>(); }});
+// The process's own user is nobody in particular.
+template <class Manager>
+std::unique_ptr<FileManagerSubject> onDisk() {
+  static FakeUserContext users;
+  return std::make_unique<FilesOnDisk<Manager>>(users);
+}
 
-INSTANTIATE_TEST_SUITE_P(Posix, FileManagerContractTest, kManagers,
+INSTANTIATE_TEST_SUITE_P(Posix, FileManagerContractTest,
+                         ::testing::Values(FileManagerKind{"Real", onDisk<PosixFileManager>},
+                                           FileManagerKind{"Failing", onDisk<FailingFileManager>}),
                          [](const auto& given) { return given.param.name; });
 
-INSTANTIATE_TEST_SUITE_P(Posix, ChangingFileManagerContractTest, kManagers,
-                         [](const auto& given) { return given.param.name; });
+template <class Manager>
+std::unique_ptr<ChangingFileManagerSubject> changingOnDisk(UserContext& users) {
+  return std::make_unique<FilesOnDisk<Manager>>(users);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Posix, ChangingFileManagerContractTest,
+    ::testing::Values(ChangingFileManagerKind{"Real", changingOnDisk<PosixFileManager>},
+                      ChangingFileManagerKind{"Failing", changingOnDisk<FailingFileManager>}),
+    [](const auto& given) { return given.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(Posix, PasteboardContractTest,
                          ::testing::Values(PasteboardKind{"Files",
