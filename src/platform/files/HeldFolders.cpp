@@ -93,7 +93,7 @@ std::shared_ptr<const void> HeldFolders::hold(const std::string& path,
     return held;
   }
   const auto held = std::make_shared<HeldFolder>();
-  held->path = path;
+  held->path = withoutIdleEnd(path);  // else it would be below itself
   held->newOwner = newOwner;
   openAnew(*held);
   _held.push_back(held);

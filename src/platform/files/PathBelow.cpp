@@ -41,6 +41,11 @@ std::optional<std::string> restBelow(std::string_view folder, std::string_view p
   return std::string(withoutLeadingSlashes(path));
 }
 
+std::string withoutIdleEnd(std::string_view path) {
+  while (path.size() > 1 && (path.ends_with('/') || path.ends_with("/."))) path.remove_suffix(1);
+  return std::string(path);
+}
+
 bool hasNoComponents(std::string_view path) {
   return takeStep(path).empty();
 }

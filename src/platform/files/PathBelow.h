@@ -12,6 +12,9 @@ namespace installer {
 // below an absolute one.
 std::optional<std::string> restBelow(std::string_view folder, std::string_view path);
 
+// The path without the slashes and dots at its end, which lead nowhere. At least one byte stays.
+std::string withoutIdleEnd(std::string_view path);
+
 // Whether the path names nothing but the root, or the folder that the process is in.
 bool hasNoComponents(std::string_view path);
 

@@ -540,6 +540,21 @@ TEST_P(ChangingFileManagerContractTest, AFolderThatIsHeldBeforeItIsThereIsHeldTh
   EXPECT_EQ(_files.read(path("held/file")), "bytes");
 }
 
+TEST_P(ChangingFileManagerContractTest, ADotAtTheEndOfAHeldFolderIsNoOtherFolder) {
+  _disk.makeFolder("folder");
+  _disk.makeLink("link", "folder");
+  const auto missing = _files.hold(path("held/./"), std::nullopt);
+  const auto linked = _files.hold(path("link/."), std::nullopt);
+  EXPECT_FALSE(_files.exists(path("held/file")));
+
+  EXPECT_TRUE(_files.createDirectory(path("held"), Intermediates::refuse));
+
+  EXPECT_TRUE(_files.write(path("held/./file"), "bytes"));
+  EXPECT_EQ(_files.read(path("held/file")), "bytes");
+  EXPECT_TRUE(_files.write(path("link/file"), "bytes"));
+  EXPECT_EQ(_files.read(path("folder/file")), "bytes");
+}
+
 TEST_P(ChangingFileManagerContractTest, AHeldFolderStaysTheSameWhateverItsName) {
   _disk.makeFile("held/file", "bytes");
   const auto hold = _files.hold(path("held"), std::nullopt);

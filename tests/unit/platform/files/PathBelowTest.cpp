@@ -18,6 +18,15 @@ TEST(PathBelowTest, TheFolderItselfHasNoRest) {
   EXPECT_EQ(restBelow("/a/b", "/a/b/."), ".");
 }
 
+TEST(PathBelowTest, AnIdleEndIsLeftOut) {
+  EXPECT_EQ(withoutIdleEnd("/a/b/./."), "/a/b");
+  EXPECT_EQ(withoutIdleEnd("/a/b//"), "/a/b");
+  EXPECT_EQ(withoutIdleEnd("a/.b."), "a/.b.");
+  EXPECT_EQ(withoutIdleEnd("a/.."), "a/..");
+  EXPECT_EQ(withoutIdleEnd("/."), "/");
+  EXPECT_EQ(withoutIdleEnd("."), ".");
+}
+
 TEST(PathBelowTest, OtherPathsAreNotBelow) {
   for (const char* path : {"/a", "/a/bc", "/a/c/b", "a/b/c", "/", "", "/b/a/b"})
     EXPECT_EQ(restBelow("/a/b", path), std::nullopt) << path;
