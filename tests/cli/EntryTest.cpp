@@ -80,6 +80,23 @@ TEST_F(EntryTest, RcpDataIsTakenAsItStands) {
     EXPECT_EQ("/Users/alice//x/../ws/", lastArgument(child));
 }
 
+class MissingRcpDataTest : public InstallerTest,
+                           public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(MissingRcpDataTest, IsTakenAsItStands) {
+  proves("ARGS-3");
+
+  EXPECT_EQ(0, installWithData(GetParam()).status);
+
+  for (const ChildRecord& child : _sandbox.children("rcplauncher"))
+    EXPECT_EQ(GetParam(), child.arguments.back());
+}
+
+INSTANTIATE_TEST_SUITE_P(Ends, MissingRcpDataTest,
+                         ::testing::Values("/Users/alice/ws", "/Users/alice/ws/",
+                                           "/Users/alice/ws/.", "/Users/alice/ws//././",
+                                           "/Users/alice/ws/..", "/Users/alice/ws/x/../."));
+
 TEST_F(EntryTest, MoreThanFourArgumentsStillSelectPositionFour) {
   proves("ARGS-3");
   const RunResult result = _sandbox.run(
