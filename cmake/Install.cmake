@@ -13,6 +13,10 @@ install(
 if(TARGET HotfixInstaller)
   install(TARGETS HotfixInstaller RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
 endif()
+# For everybody; what needs root says so.
+if(TARGET hotfixctl)
+  install(TARGETS hotfixctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 install(FILES packaging/HotfixInstaller.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 
 install(

@@ -9,6 +9,10 @@ namespace installer {
 // lines under the program's name, with the process's number.
 void setUpProcess();
 
+// The same for a program that only answers: closed descriptors are filled so that writing to them
+// fails, for nobody would see what is written, and signals that ask the process to end do end it.
+void setUpAnsweringProcess();
+
 // Whether setUpProcess() was called: the connection to the system log is our own then. A host of
 // the library may have told it to show lines elsewhere, too.
 [[nodiscard]] bool ownsSystemLog();

@@ -295,7 +295,7 @@ CliSandbox::~CliSandbox() {
 
 RunningProgram CliSandbox::start(const std::vector<std::string>& arguments,
                                  const RunOptions& options) {
-  std::vector<std::string> command = {kProgram};
+  std::vector<std::string> command = {options.program};
   command.insert(command.end(), arguments.begin(), arguments.end());
   int out[2], err[2], report[2];
   if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0 || pipe2(report, O_CLOEXEC) != 0)

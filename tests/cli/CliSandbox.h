@@ -23,6 +23,7 @@ using test::ChildScript;
 // How the program is started. The defaults are those of a run below a graphical installer: root,
 // with the console user in USER.
 struct RunOptions {
+  std::string program = test::kProgramInRoot;
   std::map<std::string, std::string> environment = {
       {"HOME", "/Users/alice"}, {"USER", "alice"}, {"PATH", "/usr/bin:/bin"}, {"TZ", "UTC"}};
   std::vector<int> closedDescriptors;
@@ -86,6 +87,7 @@ struct Ownership {
 class CliSandbox {
  public:
   static constexpr const char* kProgram = test::kProgramInRoot;
+  static constexpr const char* kControl = test::kControlInRoot;
   static constexpr const char* kChild = test::kChildInRoot;
   static constexpr const char* kAllocationFault = test::kAllocationFaultInRoot;
   static constexpr const char* kKillAtName = test::kKillAtNameInRoot;

@@ -13,8 +13,9 @@ ROOT = Path(__file__).resolve().parents[2]
 # What the script itself runs.
 TOOLS = ["awk", "bash", "cat", "cut", "dirname", "env", "grep", "id", "ls", "readlink", "sed"]
 COMMANDS = ["c++", "cmake", "ninja", "python3", "git", "clang-format", "plistutil", "xmllint",
-            "doxygen", "abidiff", "clang-tidy", "cppcheck", "shellcheck", "clang++", "gcovr"]
-MODULES = ["libxml-2.0", "fmt", "libutf8proc", "CLI11", "gtest", "gmock", "benchmark"]
+            "doxygen", "abidiff", "mandoc", "clang-tidy", "cppcheck", "shellcheck", "clang++", "gcovr"]
+MODULES = ["libxml-2.0", "fmt", "libutf8proc", "CLI11", "nlohmann_json", "gtest", "gmock",
+           "benchmark"]
 NOBODY = 65534
 
 
@@ -117,6 +118,20 @@ class BootstrapTest(unittest.TestCase):
 
         self.assertMissing("  ninja (Debian: ninja-build)", "  pkg-config (Debian: pkg-config)")
 
+    def testAModuleOfPythonIsAskedOfPython(self):
+        self.make("python3", 'test "$*" != "-c import jsonschema"')
+
+        self.assertMissing("  Python's module jsonschema (Debian: python3-jsonschema)")
+
+    def testWhatNeedsTheCompanionProgramAsksForItsLibraries(self):
+        self.loseModules("nlohmann_json")
+
+        for name in ("ctl", "sample", "programs", "tidy", "tests", "coverage"):
+            with self.subTest(set=name):
+                self.assertMissing(
+                    "  pkg-config's module nlohmann_json (Debian: nlohmann-json3-dev)",
+                    sets=(name,))
+
     def testAClangThatLinksNoFuzzerIsToldFromNone(self):
         self.make("clang++", "exit 1")
 
@@ -124,11 +139,12 @@ class BootstrapTest(unittest.TestCase):
 
     def testSetsAskForWhatTheyNeedAlone(self):
         self.lose(*(command for command in COMMANDS if command not in ("c++", "cmake", "ninja")))
-        self.loseModules("CLI11", "gtest", "gmock", "benchmark")
+        self.loseModules("CLI11", "nlohmann_json", "gtest", "gmock", "benchmark")
         self.assertContent()
 
-        for sets, lines in ((["sample"], ["  pkg-config's module CLI11 (Debian: libcli11-dev)",
-                                          "  python3 (Debian: python3)"]),
+        ctl = ["  pkg-config's module CLI11 (Debian: libcli11-dev)",
+               "  pkg-config's module nlohmann_json (Debian: nlohmann-json3-dev)"]
+        for sets, lines in ((["ctl"], ctl), (["sample"], [*ctl, "  python3 (Debian: python3)"]),
                             (["bench"],
                              ["  pkg-config's module benchmark (Debian: libbenchmark-dev)"]),
                             (["fuzz"], ["  clang++ (Debian: clang)",

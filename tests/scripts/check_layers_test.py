@@ -37,6 +37,7 @@ class CheckLayersTest(unittest.TestCase):
         self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
 
     def testIncludesOfTheSameAndLowerFloorsAreAccepted(self):
+        self.write("src/ctl/plan/P.cpp", '#include "ctl/Command.h"', '#include "driver/D.h"')
         self.write("src/driver/main.cpp", '#include "hotfix/driver/Installer.h"', '#include "workflow/W.h"',
                    '#include "platform/P.h"', "#include <vector>", "#include <fmt/format.h>")
         self.write("src/workflow/W.h", "#pragma once", '#include "instance/I.h"')
@@ -48,7 +49,7 @@ class CheckLayersTest(unittest.TestCase):
         self.assertAccepted()
 
     def testEachIncludeOfTheNextHigherFloorIsRefused(self):
-        floors = ["base", "platform", "util", "formats", "instance", "workflow", "driver"]
+        floors = ["base", "platform", "util", "formats", "instance", "workflow", "driver", "ctl"]
         for lower, upper in zip(floors, floors[1:]):
             with self.subTest(lower=lower):
                 self.write(f"src/{lower}/A.cpp", "// a", f'#include "{upper}/B.h"')
@@ -122,6 +123,7 @@ class CheckLayersTest(unittest.TestCase):
     def testAPublicHeaderBesideTheFloorsStandsOnTheGround(self):
         self.write("src/base/B.cpp")
         self.write("include/hotfix/A.h", '#include "hotfix/base/B.h"')
+        self.write("src/util/U.cpp", '#include "hotfix/A.h"')
         self.assertAccepted()
 
         self.write("include/hotfix/A.h", '#include "hotfix/platform/B.h"')
@@ -149,6 +151,19 @@ class CheckLayersTest(unittest.TestCase):
         self.write("src/base/A.cpp", "#include <libxml/tree.h>", "#include <utf8proc.h>")
         self.write("src/platform/A.cpp", "#include <unistd.h>", "#include <filesystem>")
         self.assertAccepted()
+
+    def testLibrariesOfTheCompanionProgramStayOnItsFloor(self):
+        for header in ("CLI/CLI.hpp", "nlohmann/json.hpp"):
+            with self.subTest(header=header):
+                self.write("src/driver/A.cpp", f"#include <{header}>")
+                self.assertRefused("src/driver/A.cpp:1", f"<{header}>")
+
+        self.write("src/driver/A.cpp")
+        self.write("src/ctl/A.cpp", "#include <CLI/CLI.hpp>", "#include <nlohmann/json.hpp>")
+        self.assertAccepted()
+
+        self.write("src/ctl/A.cpp", "#include <unistd.h>")
+        self.assertRefused("src/ctl/A.cpp:1", "<unistd.h>")
 
     def testCallsOfTheSystemStayBelowThePlatform(self):
         for line in ("  ::close(file);", "return ::unlink (path);", "if (!::open(a, b)) c();",

@@ -53,7 +53,8 @@ class DemoTest(unittest.TestCase):
         self.assertTrue(output.endswith("THE STORY\n"), output)
         bootstrap, configure, build, story = self.notes()
         self.assertEqual(bootstrap, "scripts/bootstrap sample")
-        self.assertEqual(configure, "tools/cmake --preset release -DHOTFIX_BUILD_SAMPLE=ON")
+        self.assertEqual(configure, "tools/cmake --preset release -DHOTFIX_BUILD_CTL=ON "
+                                    "-DHOTFIX_BUILD_SAMPLE=ON")
         self.assertTrue(build.startswith("tools/cmake --build --preset release -j "), build)
         self.assertNotIn("--target", build)
         self.assertEqual(story, "sample/tell-story sample/embedded-story.sh")
@@ -62,7 +63,7 @@ class DemoTest(unittest.TestCase):
         status, _, _ = self.run_("--real")
 
         self.assertEqual(status, 0)
-        self.assertEqual(self.notes()[1], "tools/cmake --preset release")
+        self.assertEqual(self.notes()[1], "tools/cmake --preset release -DHOTFIX_BUILD_CTL=ON")
         self.assertEqual(self.notes()[-1], "sample/tell-story sample/equinox/story.sh")
 
     def testInAFileTheBuildShowsALineAndHowManyStepsThereWere(self):

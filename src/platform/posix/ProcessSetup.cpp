@@ -16,20 +16,29 @@ namespace {
 bool isSetUp = false;
 
 // The lowest free descriptor is handed out first, so each hole is filled by its own open.
-void fillStandardDescriptors() {
+void fillStandardDescriptors(int access) {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
-    if (fcntl(descriptor, F_GETFD) == -1) (void)open("/dev/null", O_RDWR);  // without it as before
+    if (fcntl(descriptor, F_GETFD) == -1) (void)open("/dev/null", access);  // without it as before
+}
+
+void makeFailedWritesErrors() {
+  (void)std::signal(SIGPIPE, SIG_IGN);  // the old handler is of no use
+  (void)std::signal(SIGXFSZ, SIG_IGN);  // nor is this one
 }
 
 }  // namespace
 
 void setUpProcess() {
-  fillStandardDescriptors();
-  (void)std::signal(SIGPIPE, SIG_IGN);  // the old handler is of no use
-  (void)std::signal(SIGXFSZ, SIG_IGN);  // nor is this one
+  fillStandardDescriptors(O_RDWR);
+  makeFailedWritesErrors();
   noteInterruptions();
   openlog("HotfixInstaller", LOG_PID, LOG_USER);
   isSetUp = true;
+}
+
+void setUpAnsweringProcess() {
+  fillStandardDescriptors(O_RDONLY);
+  makeFailedWritesErrors();
 }
 
 bool ownsSystemLog() {
@@ -38,7 +47,7 @@ bool ownsSystemLog() {
 
 // Root is known everywhere and at once; whoever else is asked for later can take their time.
 void openUserDatabases() {
-  fillStandardDescriptors();
+  fillStandardDescriptors(O_RDWR);
   (void)getpwuid(0);  // only that it was asked counts
   (void)getgrgid(0);  // here as well
 }

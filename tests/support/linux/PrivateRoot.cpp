@@ -140,6 +140,7 @@ void mountRoot(const std::string& root, const std::string& program) {
   bindFile("/bin/sh", root + "/usr/bin/sh");
   bindFile("/etc/ld.so.cache", root + "/etc/ld.so.cache");
   bindFile(program, root + kProgramInRoot);
+  bindFile(HOTFIX_BINARY_DIR "/hotfixctl", root + kControlInRoot);
   bindFile(recordedChild(), root + kChildInRoot);
   bindFile(HOTFIX_BINARY_DIR "/preload/AllocationFault.so", root + kAllocationFaultInRoot);
   bindFile(HOTFIX_BINARY_DIR "/preload/KillAtName.so", root + kKillAtNameInRoot);

@@ -28,8 +28,10 @@ bool canGiveAway(const std::string& folder);
 void makeRootFolders(const std::string& root);
 void writeUserDatabase(const std::string& root, bool withAdmin);
 
-// The program and the helper that plays its children, as they are named below a root.
+// The program, its companion and the helper that plays its children, as they are named below a
+// root.
 inline constexpr const char* kProgramInRoot = "/control/HotfixInstaller";
+inline constexpr const char* kControlInRoot = "/control/hotfixctl";  // where it is built
 inline constexpr const char* kChildInRoot = "/control/child";
 // To be preloaded (LD_PRELOAD); their sources tell by which variables they are told what to do.
 inline constexpr const char* kAllocationFaultInRoot = "/control/AllocationFault.so";

@@ -1,0 +1,91 @@
+#include "ctl/CommandLine.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "ctl/Help.h"
+#include "ctl/Nearest.h"
+#include "ctl/Style.h"
+
+namespace installer::ctl {
+
+namespace {
+
+std::vector<std::string> optionsOf(const CLI::App& line) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : line.get_options())
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  return names;
+}
+
+// The reader takes texts in brackets for lists. One that begins with something else is none, and no
+// argument can hold this byte by itself.
+constexpr char kMark = '\0';
+
+std::string withMark(const std::string& argument) {
+  return argument.starts_with('[') ? kMark + argument : argument;
+}
+
+std::string withoutMark(const std::string& text) {
+  return text.starts_with(kMark) ? text.substr(1) : text;
+}
+
+// What the reader takes: the last argument first.
+std::vector<std::string> prepared(const std::vector<std::string>& arguments) {
+  std::vector<std::string> turned;
+  for (auto each = arguments.rbegin(); each != arguments.rend(); ++each)
+    turned.push_back(withMark(*each));
+  return turned;
+}
+
+// The first argument that the command has no use for.
+std::string refusalOf(const CLI::App& line, const std::string& name) {
+  for (const std::string& argument : line.remaining()) {
+    if (!argument.starts_with('-') || argument == "--") continue;
+    const std::string option = argument.substr(0, argument.find('='));
+    const auto meant = option.starts_with("--") ? nearest(option, optionsOf(line)) : std::nullopt;
+    return fmt::format("{} has no option \"{}\"{}", name, option,
+                       meant ? fmt::format("; did you mean \"{}\"?", *meant) : "");
+  }
+  const std::string first = withoutMark(line.remaining().front());
+  return fmt::format("\"{}\" is one argument too many for {}", first, name);
+}
+
+}  // namespace
+
+CLI::Option* addText(CLI::App& line, const std::string& name, std::optional<std::string>& text,
+                     const std::string& description) {
+  return line.add_option(name, text, description)->transform(withoutMark);
+}
+
+CLI::Option* addTexts(CLI::App& line, const std::string& name, std::vector<std::string>& texts,
+                      const std::string& description) {
+  return line.add_option(name, texts, description)->transform(withoutMark);
+}
+
+std::variant<HelpWanted, Misunderstood, Order> readCommandLine(
+    const Command& command, const std::vector<std::string>& arguments) {
+  const std::string name(command.name);
+  CLI::App line("", name);
+  line.set_help_flag("-h,--help", "tells all this");
+  Order order{{}, false, "auto"};
+  line.add_flag("--json", order.json, "answers for programs, as JSON");
+  line.add_option("--color", order.color, "whether the answer has colours: auto, always or never")
+      ->type_name("WHEN")
+      ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
+  order.action = command.declare(line);
+  try {
+    line.parse(prepared(arguments));
+    return order;
+  } catch (const CLI::CallForHelp&) {
+    return HelpWanted{helpOf(command, line, Style::chosenBy(order.color))};
+  } catch (const CLI::ExtrasError&) {
+    return Misunderstood{refusalOf(line, name)};
+  } catch (const CLI::ParseError& error) {
+    return Misunderstood{fmt::format("{}: {}", name, error.what())};
+  }
+}
+
+}  // namespace installer::ctl

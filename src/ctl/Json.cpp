@@ -1,0 +1,13 @@
+#include "ctl/Json.h"
+
+namespace installer::ctl {
+
+Json jsonOf(const std::optional<std::string>& text) {
+  return text ? Json(*text) : Json(nullptr);
+}
+
+std::string textOf(const Json& document) {
+  return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace installer::ctl
