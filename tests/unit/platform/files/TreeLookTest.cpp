@@ -1,0 +1,118 @@
+#include "platform/TreeLook.h"
+
+#include <gmock/gmock.h>
+
+#include "support/TemporaryFolder.h"
+
+namespace installer::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+constexpr LookLimits kFar{1000, 100, 1000};
+
+std::vector<std::string> pathsOf(const TreeLook& look) {
+  std::vector<std::string> paths;
+  for (const SeenEntry& entry : look.entries) paths.push_back(entry.path);
+  return paths;
+}
+
+class TreeLookTest : public ::testing::Test {
+ protected:
+  TreeLook look(const LookLimits& limits = kFar) {
+    const auto seen = lookBelow(_folder.path(), limits);
+    EXPECT_TRUE(seen.has_value());
+    return seen.value_or(TreeLook());
+  }
+
+  TemporaryFolder _folder;
+};
+
+TEST_F(TreeLookTest, EntriesAreSortedByPathAtEveryDepth) {
+  _folder.makeFile("b/y");
+  _folder.makeFile("b/x/z");
+  _folder.makeFile("a");
+
+  EXPECT_THAT(pathsOf(look()), ElementsAre("a", "b", "b/x", "b/x/z", "b/y"));
+  EXPECT_TRUE(look().isWhole);
+}
+
+TEST_F(TreeLookTest, EachKindIsToldWithWhatBelongsToIt) {
+  _folder.makeFile("file", "four");
+  _folder.makeFolder("folder");
+  _folder.makeLink("link", "../nowhere");
+  _folder.makePipe("pipe");
+
+  const TreeLook seen = look();
+
+  ASSERT_THAT(seen.entries, SizeIs(4));
+  EXPECT_EQ(SeenKind::file, seen.entries[0].kind);
+  EXPECT_EQ(4U, seen.entries[0].size);
+  EXPECT_EQ(SeenKind::folder, seen.entries[1].kind);
+  EXPECT_EQ(0U, seen.entries[1].size);
+  EXPECT_EQ(SeenKind::link, seen.entries[2].kind);
+  EXPECT_EQ("../nowhere", seen.entries[2].target);
+  EXPECT_EQ(SeenKind::other, seen.entries[3].kind);
+}
+
+TEST_F(TreeLookTest, LinksBelowAreNotEntered) {
+  _folder.makeFile("real/inside");
+  _folder.makeLink("again", "real");
+  _folder.makeLink("real/loop", "..");
+
+  EXPECT_THAT(pathsOf(look()), ElementsAre("again", "real", "real/inside", "real/loop"));
+}
+
+TEST_F(TreeLookTest, TheFolderItselfMayBeALink) {
+  const TemporaryFolder other;
+  other.makeFile("file");
+  _folder.makeLink("link", other.path());
+
+  const auto seen = lookBelow(_folder.path("link"), kFar);
+
+  ASSERT_TRUE(seen.has_value());
+  EXPECT_THAT(pathsOf(*seen), ElementsAre("file"));
+}
+
+TEST_F(TreeLookTest, NumberOfEntriesIsBounded) {
+  for (const char* name : {"a", "b", "c"}) _folder.makeFile(name);
+
+  EXPECT_TRUE(look({3, 1, 1000}).isWhole);
+  EXPECT_THAT(look({2, 1, 1000}).entries, SizeIs(2));
+  EXPECT_FALSE(look({2, 1, 1000}).isWhole);
+}
+
+TEST_F(TreeLookTest, LengthOfAllPathsIsBounded) {
+  _folder.makeFile("ab/cd");
+
+  EXPECT_TRUE(look({100, 2, 7}).isWhole);
+  EXPECT_FALSE(look({100, 2, 6}).isWhole);
+  EXPECT_THAT(pathsOf(look({100, 2, 6})), ElementsAre("ab"));
+}
+
+TEST_F(TreeLookTest, DepthIsBounded) {
+  _folder.makeFile("a/b/c");
+
+  EXPECT_THAT(pathsOf(look({100, 2, 1000})), ElementsAre("a", "a/b"));
+  EXPECT_FALSE(look({100, 2, 1000}).isWhole);
+  EXPECT_TRUE(look({100, 3, 1000}).isWhole);
+}
+
+TEST_F(TreeLookTest, WhatIsNoFolderCannotBeListed) {
+  _folder.makeFile("file");
+  _folder.makePipe("pipe");
+
+  EXPECT_FALSE(lookBelow(_folder.path("file"), kFar).has_value());
+  EXPECT_FALSE(lookBelow(_folder.path("pipe"), kFar).has_value());
+  EXPECT_FALSE(lookBelow(_folder.path("missing"), kFar).has_value());
+}
+
+TEST_F(TreeLookTest, EmptyFolderHoldsNothing) {
+  EXPECT_THAT(look().entries, IsEmpty());
+  EXPECT_TRUE(look().isWhole);
+}
+
+}  // namespace
+}  // namespace installer::test
