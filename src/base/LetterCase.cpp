@@ -4,6 +4,9 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <new>
 #include <optional>
 
 #include "base/Characters.h"
@@ -51,6 +54,38 @@ std::string folded(std::string_view text) {
   return result;
 }
 
+struct Freed {
+  void operator()(utf8proc_uint8_t* text) const { std::free(text); }
+};
+
+// Of characters only.
+std::string mapped(std::string_view characters, utf8proc_option_t options) {
+  utf8proc_uint8_t* made = nullptr;
+  const utf8proc_ssize_t size =
+      utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(characters.data()),
+                   static_cast<utf8proc_ssize_t>(characters.size()), &made, options);
+  const std::unique_ptr<utf8proc_uint8_t, Freed> owned(made);
+  if (size == UTF8PROC_ERROR_NOMEM) throw std::bad_alloc();
+  if (size < 0) return std::string(characters);
+  return {reinterpret_cast<const char*>(made), static_cast<std::size_t>(size)};
+}
+
+// Bytes that begin no character stay where they are.
+std::string mappedBetweenBytes(std::string_view text, utf8proc_option_t options) {
+  std::string result;
+  std::string_view rest = text;
+  const char* begin = rest.data();
+  while (!rest.empty()) {
+    const Character character = takeCharacter(rest);
+    if (character.point) continue;
+    const char* const end = character.bytes.data();
+    result += mapped({begin, static_cast<std::size_t>(end - begin)}, options);
+    result += character.bytes;
+    begin = rest.data();
+  }
+  return result + mapped({begin, static_cast<std::size_t>(rest.data() - begin)}, options);
+}
+
 }  // namespace
 
 std::string lowered(std::string_view text) {
@@ -75,6 +110,15 @@ bool beginsIgnoringCase(std::string_view text, std::string_view prefix) {
   while (beginning.size() < wanted.size() && !text.empty())
     appendFolded(takeCharacter(text), beginning);
   return beginning == wanted;
+}
+
+std::string withoutCaseAndForm(std::string_view text) {
+  return composed(folded(composed(text)));  // folding takes letters apart
+}
+
+std::string composed(std::string_view text) {
+  return mappedBetweenBytes(text,
+                            static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_COMPOSE));
 }
 
 }  // namespace installer::letterCase

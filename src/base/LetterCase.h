@@ -17,4 +17,12 @@ bool equalIgnoringCase(std::string_view left, std::string_view right);
 // with "s". Every text begins with an empty one.
 bool beginsIgnoringCase(std::string_view text, std::string_view prefix);
 
+// What texts have in common that are equal but for letter case (by full case folding) and for the
+// form in which Unicode spells a letter with its marks: one name to a file system that cares for
+// neither.
+std::string withoutCaseAndForm(std::string_view text);
+
+// The text with each letter and its marks as one character where there is one (NFC).
+std::string composed(std::string_view text);
+
 }  // namespace installer::letterCase
