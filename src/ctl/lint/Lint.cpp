@@ -1,0 +1,99 @@
+#include "ctl/lint/Lint.h"
+
+#include <utility>
+
+#include "ctl/lint/PackageView.h"
+#include "ctl/lint/QuietPlatform.h"
+#include "ctl/lint/RuleTable.h"
+#include "ctl/lint/Rules.h"
+#include "platform/FileManager.h"
+#include "platform/Platform.h"
+
+namespace installer::ctl::lint {
+
+namespace {
+
+// What comes of opening a package: the package, a finding that leaves nothing else to look at, or
+// neither.
+using Opened = std::variant<CannotLook, Finding, PackageView>;
+
+CannotLook cannotLook(const std::string& path, std::string_view reason) {
+  return {path + ": " + std::string(reason)};
+}
+
+Opened withoutDescription(const std::string& file, const FileError& error) {
+  switch (error.code) {
+    case FileError::kMissing:
+      return Finding{&rule("HF101"), placeOf(file), "There is no such file."};
+    case FileError::kNoFile:
+      return Finding{&rule("HF102"), placeOf(file), "It is no regular file."};
+    default:
+      return CannotLook{error.description};
+  }
+}
+
+Opened openPackage(const std::string& path) {
+  FileManager& files = *Platform::current().files;
+  FileError error;
+  if (!files.exists(path, &error))
+    return error.code == FileError::kMissing ? cannotLook(path, "there is no such package")
+                                             : CannotLook{error.description};
+  if (!files.isDirectory(path)) return cannotLook(path, "a package is a folder, and this is none");
+  PackageView package{.path = path, .listFile = HotfixPackage::propertiesFile(path)};
+  auto bytes = files.read(package.listFile, &error);
+  if (!bytes) return withoutDescription(package.listFile, error);
+  auto entries = PropertyList::parseDictionary(*bytes);
+  if (!entries)
+    return Finding{&rule("HF102"), placeOf(package.listFile),
+                   "It is damaged, or its root is no dictionary."};
+  package.listBytes = *std::move(bytes);
+  package.entries = *std::move(entries);
+  package.described = HotfixPackage::describedBy(package.entries);
+  package.resolved = HotfixPackage::resolvedFor(path, package.entries);
+  return package;
+}
+
+void lookAt(const PackageView& package, const std::optional<std::string>& instance,
+            Findings& findings) {
+  lintDescription(package, findings);
+  lintVersion(package, findings);
+  if (instance) lintInstance(package, *instance, findings);
+}
+
+std::optional<CannotLook> whyNoInstance(const std::optional<std::string>& bundle) {
+  if (!bundle || Platform::current().files->isDirectory(*bundle)) return std::nullopt;
+  return cannotLook(*bundle, "there is no such application bundle");
+}
+
+// Why the older package cannot be compared with.
+std::optional<CannotLook> lookAtOlder(const std::string& path, const PackageView& package,
+                                      Findings& findings) {
+  const Opened older = openPackage(path);
+  if (const auto* reason = std::get_if<CannotLook>(&older)) return *reason;
+  if (const auto* finding = std::get_if<Finding>(&older))
+    return cannotLook(finding->place.file, finding->message);
+  lintOlder(package, std::get<PackageView>(older), findings);
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::variant<CannotLook, Findings> lint(const Request& request) {
+  const QuietPlatform quiet;
+  if (auto reason = whyNoInstance(request.instance)) return *std::move(reason);
+  const Opened opened = openPackage(request.package);
+  if (const auto* reason = std::get_if<CannotLook>(&opened)) return *reason;
+  Findings findings(request.disabled);
+  lintPath(request.package, findings);
+  if (const auto* finding = std::get_if<Finding>(&opened)) {
+    findings.add(*finding->rule, finding->place, finding->message);
+    return findings;
+  }
+  const auto& package = std::get<PackageView>(opened);
+  lookAt(package, request.instance, findings);
+  if (request.older)
+    if (auto reason = lookAtOlder(*request.older, package, findings)) return *std::move(reason);
+  return findings;
+}
+
+}  // namespace installer::ctl::lint

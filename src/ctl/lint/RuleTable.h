@@ -1,0 +1,191 @@
+#pragma once
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "ctl/lint/Rule.h"
+
+// All rules, in the order of their identifiers, which tell the subject: 1 the description, 2 the
+// places of files and update sites, 3 manifests, 4 settings, 5 key stores, 6 extras, 7 the
+// package's identity, 8 paths and the instance, 9 the package before. A rule that is given up
+// leaves a gap.
+namespace installer::ctl::lint {
+
+inline constexpr Rule kRules[] = {
+    // --- 1 hotfix.plist --------------------------------------------------------------------------
+    {"HF101", Level::error, "The package has no hotfix.plist.",
+     "Put the description at Contents/Resources/hotfix.plist in the package.",
+     "Without a description nobody knows which application is meant. The run ends with code 8, "
+     "which "
+     "names the destination alone, as if no application were installed."},
+    {"HF102", Level::error, "hotfix.plist cannot be read as a property list with a dictionary.",
+     "Write it as an XML or binary property list whose root is a dictionary; plutil -lint tells "
+     "where it breaks.",
+     "A list that is damaged anywhere counts as none at all: no key of it is read. The run ends "
+     "with "
+     "code 8, as if no application were installed."},
+    {"HF103", Level::error, "bundleName is missing.",
+     "Name the application bundle, without \".app\".",
+     "Without a name there is no application, and so no rcp home. The run ends with code 8, which "
+     "names the destination alone."},
+    {"HF104", Level::error, "bundleName is not the name of a bundle without \".app\".",
+     "Write the bare name: Quillmere for Quillmere.app.",
+     "The installer appends \".app\" to the name. With \".app\" in it the application "
+     "Quillmere.app.app "
+     "is looked for, and an empty name means the application \".app\": code 8 in both cases. A "
+     "name "
+     "with a slash leads into another folder."},
+    {"HF105", Level::error, "frameworkPath is missing.",
+     "Write the way from the bundle to the folder that holds \"rcp\": Contents/MacOS.",
+     "The rcp home is the folder \"rcp\" below frameworkPath in the bundle. Without it there is "
+     "none, "
+     "and the run ends with code 8. A home that the description itself names does not count."},
+    {"HF106", Level::error, "frameworkPath names the rcp folder itself.",
+     "End frameworkPath with the folder that holds \"rcp\": the installer appends \"rcp\".",
+     "The installer appends \"rcp\", so that the home would be rcp/rcp. There is no such folder, "
+     "and "
+     "the run ends with code 8."},
+    {"HF107", Level::error, "frameworkPath leads out of the bundle.",
+     "Leave \"..\" out of frameworkPath.",
+     "The way begins at the bundle. One that climbs out of it ends in another application, or in "
+     "none."},
+    {"HF108", Level::error, "version is missing.", "Give the hotfix a version, as a text.",
+     "The hotfix is installed, but nothing is recorded of it. The instance looks as if it had "
+     "none: the "
+     "next hotfix does not remove this one, and an older one is not refused."},
+    {"HF109", Level::error, "version is empty.", "Give the hotfix a version.",
+     "An empty version is recorded as such. As a text it sorts before all others, so that the "
+     "package "
+     "is refused with code 7 wherever a hotfix is installed."},
+    {"HF110", Level::error, "A key is misspelt.",
+     "Write the key as the installer knows it, letter case included.",
+     "Keys that the installer does not know are passed over without a line, and the key that was "
+     "meant "
+     "counts as missing: its default is taken. A misspelt version records nothing, a misspelt "
+     "allowMultiInstance can patch another instance than the one named, and a misspelt location "
+     "leaves "
+     "its file uninstalled."},
+    {"HF111", Level::note, "The installer does not know a key.",
+     "Nothing, when the key is for other programs.",
+     "The key is passed over. No key of the installer is like it."},
+    {"HF112", Level::error, "A value is not a text and counts as missing.",
+     "Write the value as a <string>.",
+     "The installer takes texts only: a number, a truth, a date or a list under one of these keys "
+     "reads "
+     "as if the key were not there. <real>1.5</real> is no version, and <true/> is no "
+     "SKIPRUNNINGCHECK."},
+    {"HF113", Level::warning, "allowMultiInstance is no truth and counts as false.",
+     "Write <true/> or <false/>.",
+     "Read as a truth are booleans, numbers, and texts that begin with Y, y, T, t or a digit from "
+     "1 to "
+     "9. Any other value counts as false without a line: the product's registration then decides "
+     "which "
+     "instance is patched."},
+    {"HF114", Level::warning, "allowMultiInstance is an odd text that counts as true.",
+     "Write <true/> or <false/>.",
+     "Texts are read by their first letters: Y, y, T, t or a digit from 1 to 9 make them true, "
+     "whatever "
+     "follows. The registration of the product is not asked then."},
+    {"HF115", Level::warning, "SKIPRUNNINGCHECK is neither \"true\" nor \"false\".",
+     "Write the text true, in small letters, or leave the key out.",
+     "Only the text true, to the letter, allows an installation while the application runs. True, "
+     "YES "
+     "and 1 count as no: the run is refused with code 6 where the author meant it to go on."},
+    {"HF116", Level::error, "A value begins or ends with a blank.",
+     "Take the blank, tab or line break away.",
+     "Values are taken as they stand. A place with a blank at its end is another place, where "
+     "nothing "
+     "is; a version with a blank before it sorts before all others, so that the package is refused "
+     "wherever a hotfix is installed."},
+    {"HF117", Level::error, "A value holds a placeholder that the installer does not know.",
+     "Use ${package}, in small letters and with both braces, or a plain path.",
+     "Only ${package} is replaced, by the package's path. Everything else stays as it is written: "
+     "the "
+     "place does not exist, and its file is left out without a line."},
+    {"HF118", Level::error, "${package} stands in bundleName, frameworkPath or version.",
+     "Write a plain text.",
+     "The checks before an installation take these keys as they stand; the installation replaces "
+     "${package} in them. So the checks look at another application or version than the one that "
+     "is "
+     "patched or recorded."},
+    {"HF119", Level::warning, "The version sorts otherwise as a text than by its numbers.",
+     "Choose numbers with the same count of digits (1.09, 1.10) or a version that sorts behind all "
+     "before it as a text.",
+     "Versions compare as plain texts: 1.10 comes before 1.9. A package of version 1.10 is refused "
+     "with "
+     "code 7 where 1.9 is installed."},
+    {"HF121", Level::warning, "A key stands more than once.", "Leave one of them.",
+     "The last one counts; those before it are lost without a line."},
+    {"HF122", Level::note, "The registered application is patched, wherever it lies.",
+     "Set allowMultiInstance to true when the application in the destination is meant.",
+     "Without allowMultiInstance the product's registration tells where the application is, and "
+     "the "
+     "destination that the user has chosen counts only when there is none."},
+
+    // --- 8 paths and the instance ----------------------------------------------------------------
+    {"HF801", Level::error, "The package's path holds a character that the installer refuses.",
+     "Rename the package, or the folder or disk image that it is in, without ! \" ' ; \\ # % | = ? "
+     ":",
+     "The platform's tooling cannot handle such a path. The run ends with code 3 before anything "
+     "is "
+     "done."},
+    {"HF802", Level::warning,
+     "bundleName or frameworkPath holds a character that paths may not hold.",
+     "Choose names without ! \" ' ; \\ # % | = ? :",
+     "The check before an installation looks at the package and the destination alone. The "
+     "platform "
+     "fails later, on the whole path."},
+    {"HF803", Level::error, "The package is for another bundle than the instance's.",
+     "Mend bundleName, or give the instance that is meant.",
+     "The installation goes into the bundle that the package names. This instance is not patched."},
+    {"HF804", Level::error, "The instance has no platform at the package's frameworkPath.",
+     "Mend frameworkPath, or give the instance that is meant.",
+     "An instance is installed where rcp/deploy/install.xml is below frameworkPath. The run ends "
+     "with "
+     "code 8."},
+    {"HF805", Level::error, "The instance has a hotfix that sorts higher.",
+     "Choose a version that sorts behind the installed one as a text.",
+     "Versions compare as plain texts. A lower one is refused with code 7."},
+    {"HF806", Level::error, "The destination's path holds a character that the installer refuses.",
+     "Move the application to a folder without ! \" ' ; \\ # % | = ? :",
+     "The platform's tooling cannot handle such a path. The run ends with code 3 before anything "
+     "is "
+     "done."},
+
+    // --- 9 the package before --------------------------------------------------------------------
+    {"HF901", Level::error, "The version sorts before that of the older package.",
+     "Choose a version that sorts behind the older one as a text.",
+     "Versions compare as plain texts: 1.10 comes before 1.9. The package is refused with code 7 "
+     "where "
+     "the older one is installed."},
+    {"HF902", Level::warning, "The version is that of the older package.", "Choose a new version.",
+     "An equal version is not refused: the installed hotfix is removed and this one installed. "
+     "Nobody "
+     "can tell afterwards which of the two an instance has."},
+    {"HF903", Level::warning, "The package is for another application than the older one.",
+     "Mend bundleName or frameworkPath.",
+     "The hotfix goes into another place: the older one is neither removed nor replaced."},
+    {"HF904", Level::warning, "The older package leaves nothing by which it can be removed.",
+     "Remove its features in this package's install manifest, with action=\"uninstall\".",
+     "Without an uninstall manifest the older hotfix stays in the instance when this one is "
+     "installed."},
+    {"HF905", Level::warning, "A key store of the older package would vanish.",
+     "Put it into the key store folder.",
+     "All key stores of the instance are removed before the package's are copied."},
+    {"HF906", Level::note, "What the older package brought as extras stays.",
+     "Nothing, or bring a file of that name.",
+     "Extras are merged: what this package does not bring is left as it is. The removal of a "
+     "hotfix "
+     "takes no extras away."},
+};
+
+// The rule of that identifier. One that is not in the table does not compile.
+consteval const Rule& rule(std::string_view id) {
+  const auto* const found = std::find_if(std::begin(kRules), std::end(kRules),
+                                         [&](const Rule& one) { return one.id == id; });
+  if (found == std::end(kRules)) throw "there is no such rule";
+  return *found;
+}
+
+}  // namespace installer::ctl::lint

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "ctl/lint/Finding.h"
+#include "ctl/lint/PackageView.h"
+
+// The rules as code, by subject. Each looks at the package and adds what it finds. `rcpHome` is
+// that of an instance, where one was given.
+namespace installer::ctl::lint {
+
+void lintDescription(const PackageView& package, Findings& findings);
+void lintVersion(const PackageView& package, Findings& findings);
+void lintPath(const std::string& package, Findings& findings);
+void lintInstance(const PackageView& package, const std::string& bundle, Findings& findings);
+void lintOlder(const PackageView& package, const PackageView& older, Findings& findings);
+
+}  // namespace installer::ctl::lint

@@ -1,0 +1,182 @@
+// The command as it is started.
+
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "ctl/ControlTest.h"
+#include "ctl/lint/LintWorld.h"
+#include "support/Proves.h"
+
+namespace installer::cli {
+namespace {
+
+using ctl::lint::test::LintWorld;
+using Json = nlohmann::json;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+class LintCommandTest : public ControlTest {
+ protected:
+  void SetUp() override {
+    ControlTest::SetUp();
+    _world.emplace(_sandbox.host(""));
+  }
+
+  RunResult lint(std::vector<std::string> arguments, const RunOptions& options = {}) {
+    arguments.insert(arguments.begin(), "lint");
+    return control(arguments, options);
+  }
+
+  const std::string _path = "/Volumes/HF/mac/Fix.pkg";
+  std::optional<LintWorld> _world;
+};
+
+TEST_F(LintCommandTest, APackageAsItShouldBeEndsWithZero) {
+  proves("LINT-1");
+  const RunResult result = lint({_path});
+
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ("0 errors, 0 warnings, 0 notes\n", result.out);
+  EXPECT_EQ("", result.err);
+}
+
+TEST_F(LintCommandTest, NotesEndWithZeroAndAreTold) {
+  proves("LINT-1");
+  _world->text("copyright", "somebody");
+
+  const RunResult result = lint({_path});
+
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.out, HasSubstr("[HF111]"));
+}
+
+TEST_F(LintCommandTest, WarningsAndErrorsEndWithOne) {
+  proves("LINT-1");
+  _world->text("SKIPRUNNINGCHECK", "True");
+  EXPECT_EQ(1, lint({_path}).status);
+
+  _world->unset("SKIPRUNNINGCHECK").unset("version");
+  const RunResult result = lint({_path});
+
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.out, HasSubstr(_path + "/Contents/Resources/hotfix.plist: error: "));
+  EXPECT_EQ("", result.err);
+}
+
+TEST_F(LintCommandTest, WhatCannotBeLookedAtEndsWithTwoAndOneLine) {
+  proves("LINT-2");
+  _world->write("/file", "");
+  _world->makePipe("/pipe");
+  for (const char* place : {"/none", "/file", "/pipe"}) {
+    const RunResult result = lint({place});
+    EXPECT_EQ(2, result.status) << place;
+    EXPECT_EQ("", result.out);
+    EXPECT_THAT(result.err, StartsWith(std::string("hotfixctl: ") + place + ": "));
+    EXPECT_EQ(1, std::count(result.err.begin(), result.err.end(), '\n'));
+  }
+  EXPECT_EQ(2, lint({_path, "--instance", "/none"}).status);
+  EXPECT_EQ(2, lint({_path, "--older", "/none"}).status);
+}
+
+TEST_F(LintCommandTest, APackageThatIsKeptFromTheCallerEndsWithTwo) {
+  proves("LINT-2");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs another user";
+  _sandbox.setMode(_path, 0700);
+  RunOptions options;
+  options.user = CliSandbox::kAlice;
+
+  const RunResult result = lint({_path}, options);
+
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.err, HasSubstr("Permission denied"));
+}
+
+TEST_F(LintCommandTest, InstanceAndOlderPackageAreLookedAt) {
+  proves("LINT-3");
+  recordHotfix("1.6");
+  _world->text("version", "1.3");
+
+  const RunResult result =
+      lint({_path, "--instance", LintWorld::kBundle, "--older", LintWorld::kOlder});
+
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.out, HasSubstr("[HF805]"));
+  EXPECT_THAT(result.out, HasSubstr("[HF901]"));
+}
+
+TEST_F(LintCommandTest, DisabledRulesDoNotCount) {
+  proves("LINT-4");
+  _world->unset("version").text("SKIPRUNNINGCHECK", "True");
+
+  EXPECT_EQ(1, lint({_path, "--disable", "HF108"}).status);
+  EXPECT_EQ(0, lint({_path, "--disable", "HF108,HF115"}).status);
+  EXPECT_EQ(0, lint({_path, "--disable", "HF108", "--disable", "HF115"}).status);
+}
+
+TEST_F(LintCommandTest, UnknownRulesAreRefusedWithTheNearestOne) {
+  proves("LINT-4");
+  for (const char* option : {"--disable", "--explain"}) {
+    const RunResult result = lint({_path, option, "HF18"});
+    EXPECT_EQ(64, result.status);
+    EXPECT_THAT(result.err, StartsWith("hotfixctl: there is no rule \"HF18\"; did you mean \"HF"));
+  }
+  EXPECT_EQ(64, lint({}).status);
+}
+
+TEST_F(LintCommandTest, JsonIsOneDocument) {
+  proves("LINT-5");
+  _world->unset("version");
+
+  const RunResult result = lint({"--json", _path});
+
+  EXPECT_EQ(1, result.status);
+  const Json json = Json::parse(result.out);
+  EXPECT_EQ("hotfixctl/lint/1", json["schema"]);
+  EXPECT_EQ("HF108", json["findings"][0]["rule"]);
+}
+
+TEST_F(LintCommandTest, SarifIsOneDocument) {
+  proves("LINT-5");
+  _world->unset("version");
+
+  const RunResult result = lint({"--sarif", _path});
+
+  EXPECT_EQ(1, result.status);
+  const Json json = Json::parse(result.out);
+  EXPECT_EQ("2.1.0", json["version"]);
+  EXPECT_EQ("HF108", json["runs"][0]["results"][0]["ruleId"]);
+}
+
+TEST_F(LintCommandTest, RulesAreListedAndExplainedWithoutAPackage) {
+  proves("LINT-6");
+  EXPECT_THAT(lint({"--list"}).out, StartsWith("HF101  error "));
+  EXPECT_EQ("hotfixctl/lint-rules/1", Json::parse(lint({"--list", "--json"}).out)["schema"]);
+  const RunResult result = lint({"--explain", "HF108"});
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.out, StartsWith("HF108 (error)\nversion is missing.\n\n"));
+}
+
+TEST_F(LintCommandTest, NothingIsChangedOrLoggedOrStarted) {
+  proves("LINT-7");
+  _world->unset("version");
+  const auto volumes = _sandbox.tree("/Volumes");
+  const auto applications = _sandbox.tree("/Applications");
+  const auto temporary = _sandbox.tree("/tmp");
+  RunOptions options;
+  options.systemLog = true;
+
+  const RunResult result =
+      lint({_path, "--instance", LintWorld::kBundle, "--older", LintWorld::kOlder}, options);
+
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ(volumes, _sandbox.tree("/Volumes"));
+  EXPECT_EQ(applications, _sandbox.tree("/Applications"));
+  EXPECT_EQ(temporary, _sandbox.tree("/tmp"));
+  EXPECT_THAT(result.systemLog, IsEmpty());
+  EXPECT_THAT(_sandbox.children(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace installer::cli
