@@ -53,10 +53,21 @@ Opened openPackage(const std::string& path) {
   return package;
 }
 
+// The rcp home that the package means in the bundle; nullopt without a way to it.
+std::optional<std::string> rcpHomeIn(const std::optional<std::string>& bundle,
+                                     const PackageView& package) {
+  if (!bundle) return std::nullopt;
+  return package.described.rcpHomeIn(*bundle);
+}
+
 void lookAt(const PackageView& package, const std::optional<std::string>& instance,
             Findings& findings) {
+  const std::optional<std::string> rcpHome = rcpHomeIn(instance, package);
   lintDescription(package, findings);
   lintVersion(package, findings);
+  lintKeyStores(package, rcpHome, findings);
+  lintExtras(package, rcpHome, findings);
+  lintIdentity(package, findings);
   if (instance) lintInstance(package, *instance, findings);
 }
 

@@ -123,6 +123,88 @@ inline constexpr Rule kRules[] = {
      "the "
      "destination that the user has chosen counts only when there is none."},
 
+    // --- 5 key stores ----------------------------------------------------------------------------
+    {"HF501", Level::warning, "The package brings no key store.",
+     "Put the key stores that the instance shall have into the key store folder, the instance's "
+     "own "
+     "among them.",
+     "All key stores of the instance are removed before the package's are copied, also when it "
+     "brings "
+     "none. The instance is left without one."},
+    {"HF502", Level::error, "A key store of the instance would vanish.",
+     "Put it into the key store folder of the package.",
+     "All key stores of the instance are removed before the package's are copied. One that the "
+     "package "
+     "does not bring is gone."},
+    {"HF503", Level::error, "A file is meant as a key store and does not count as one.",
+     "Begin its name with \".keystore\": .keystore.client for client.keystore.",
+     "Key stores are the files whose names begin with .keystore, in any letter case. Another name "
+     "is "
+     "passed over without a line, while the instance's own key stores are removed all the same."},
+    {"HF504", Level::error, "A key store is no file.", "Put a file in its place.",
+     "A pipe, socket or device is not copied, while the instance's key store of that name is "
+     "removed "
+     "all the same. A folder is copied as a folder, which no program can read as a key store."},
+    {"HF505", Level::error, "A key store is a link that leads out of the package.",
+     "Put the file itself in the link's place.",
+     "The link is copied as the link that it is, and leads nowhere in the instance, or where "
+     "somebody "
+     "else has put something."},
+    {"HF506", Level::warning, "A key store is empty.", "Put the key store's content into it.",
+     "The empty file replaces the instance's."},
+
+    // --- 6 extras --------------------------------------------------------------------------------
+    {"HF601", Level::warning, "A link in the extras leads out of them.",
+     "Put the file itself in the link's place.",
+     "Links are copied as they are. On the user's machine they lead nowhere, or elsewhere."},
+    {"HF602", Level::error, "The extras hold a pipe, a socket or a device.", "Take it out.",
+     "Such entries are never copied. Where the instance has no extras yet, everything that comes "
+     "behind "
+     "it in the folder is left out too, without a line."},
+    {"HF603", Level::error, "Names in the extras differ in letter case alone.",
+     "Rename one of them.",
+     "They are one name to most disks of macOS: only one of the files arrives."},
+    {"HF604", Level::error, "Names in the extras differ in their Unicode form alone.",
+     "Rename one of them.",
+     "A letter with a mark can be spelled as one character or as two. Both are one name to the "
+     "disks of "
+     "macOS: only one of the files arrives."},
+    {"HF605", Level::error, "A name in the extras is not UTF-8.", "Rename the entry.",
+     "Disks of macOS refuse such names: the file is left out without a line."},
+    {"HF606", Level::note, "The extras are empty.", "Leave the folder out.",
+     "An empty folder is passed over."},
+    {"HF607", Level::warning, "The extras hold what another program has left there.",
+     "Take it out.",
+     "Everything in the folder is copied to every user, what finders, editors and version control "
+     "have "
+     "left among it."},
+    {"HF608", Level::warning, "There are more entries than are looked at.",
+     "Look at the rest by other means.",
+     "Only so many entries of a folder, and so many folders deep, are looked at, so that an answer "
+     "comes "
+     "in bounded time."},
+    {"HF609", Level::error, "An entry of the extras takes the place of a folder of the instance.",
+     "Rename the entry.",
+     "A file or link replaces what stands in its place, a folder with all below it included."},
+
+    // --- 7 the package's identity ----------------------------------------------------------------
+    {"HF701", Level::warning, "The package has no identifier.",
+     "Set CFBundleIdentifier in Contents/Info.plist of the package.",
+     "The identifier is what the installer remembers to forget the package's receipt when the "
+     "hotfix is "
+     "removed. Without one the receipt stays, and the system goes on to think that it is "
+     "installed."},
+    {"HF702", Level::error, "The package's identifier cannot be read.",
+     "Make Contents/Info.plist a property list whose CFBundleIdentifier is a text.",
+     "What cannot be read counts as missing, without a line: the receipt stays when the hotfix is "
+     "removed."},
+    {"HF703", Level::error, "The package's identifier is empty or begins or ends with a blank.",
+     "Write the identifier of the receipt, to the letter.",
+     "The receipt is looked for under this very text. There is none, and the real one stays."},
+    {"HF704", Level::note, "Info.plist tells another version than hotfix.plist.",
+     "Make both agree.",
+     "The installer goes by hotfix.plist, the system's list of packages by Info.plist."},
+
     // --- 8 paths and the instance ----------------------------------------------------------------
     {"HF801", Level::error, "The package's path holds a character that the installer refuses.",
      "Rename the package, or the folder or disk image that it is in, without ! \" ' ; \\ # % | = ? "

@@ -12,6 +12,11 @@ namespace installer::ctl::lint {
 
 void lintDescription(const PackageView& package, Findings& findings);
 void lintVersion(const PackageView& package, Findings& findings);
+void lintKeyStores(const PackageView& package, const std::optional<std::string>& rcpHome,
+                   Findings& findings);
+void lintExtras(const PackageView& package, const std::optional<std::string>& rcpHome,
+                Findings& findings);
+void lintIdentity(const PackageView& package, Findings& findings);
 void lintPath(const std::string& package, Findings& findings);
 void lintInstance(const PackageView& package, const std::string& bundle, Findings& findings);
 void lintOlder(const PackageView& package, const PackageView& older, Findings& findings);

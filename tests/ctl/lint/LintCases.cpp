@@ -6,7 +6,7 @@ namespace {
 
 std::vector<LintCase> all() {
   std::vector<LintCase> cases;
-  for (const auto& some : {descriptionCases, surroundingsCases}) {
+  for (const auto& some : {descriptionCases, filesCases, surroundingsCases}) {
     const std::vector<LintCase> more = some();
     cases.insert(cases.end(), more.begin(), more.end());
   }

@@ -20,6 +20,7 @@ struct LintCase {
 
 // By subject.
 std::vector<LintCase> descriptionCases();
+std::vector<LintCase> filesCases();
 std::vector<LintCase> surroundingsCases();
 
 // All of them: at least one for each rule.

@@ -140,6 +140,7 @@ inline const Instance kOtherName{"/Applications/Other.app"};
 // --- By subject ----------------------------------------------------------------------------------
 
 std::vector<Harm> descriptionHarms();
+std::vector<Harm> filesHarms();
 std::vector<Harm> surroundingsHarms();
 
 }  // namespace installer::cli
