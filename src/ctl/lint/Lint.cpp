@@ -65,6 +65,10 @@ void lookAt(const PackageView& package, const std::optional<std::string>& instan
   const std::optional<std::string> rcpHome = rcpHomeIn(instance, package);
   lintDescription(package, findings);
   lintVersion(package, findings);
+  lintLocations(package, findings);
+  lintDeployFolder(package, findings);
+  lintUpdateSites(package, findings);
+  lintManifests(package, findings);
   lintKeyStores(package, rcpHome, findings);
   lintExtras(package, rcpHome, findings);
   lintIdentity(package, findings);

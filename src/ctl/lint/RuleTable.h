@@ -115,6 +115,12 @@ inline constexpr Rule kRules[] = {
      "Versions compare as plain texts: 1.10 comes before 1.9. A package of version 1.10 is refused "
      "with "
      "code 7 where 1.9 is installed."},
+    {"HF120", Level::warning, "No feature has the version of the hotfix.",
+     "Make version and the features' versions agree.",
+     "The installer records version, the platform installs the features of the manifest, and "
+     "nobody "
+     "compares them. Whoever asks the instance for its hotfix then gets a version that none of its "
+     "features has."},
     {"HF121", Level::warning, "A key stands more than once.", "Leave one of them.",
      "The last one counts; those before it are lost without a line."},
     {"HF122", Level::note, "The registered application is patched, wherever it lies.",
@@ -122,6 +128,168 @@ inline constexpr Rule kRules[] = {
      "Without allowMultiInstance the product's registration tells where the application is, and "
      "the "
      "destination that the user has chosen counts only when there is none."},
+
+    // --- 2 places of files, update sites ---------------------------------------------------------
+    {"HF201", Level::error, "There is no install manifest.",
+     "Put it at deploy/install.hotfix.xml beside the package, or name its place in "
+     "pathToHotfixManifest.",
+     "The checks pass, an installed hotfix is removed, and only then does the run end with code 4: "
+     "the "
+     "instance is left without any hotfix."},
+    {"HF202", Level::warning, "There is no uninstall manifest.",
+     "Put one at deploy/uninstall.hotfix.xml beside the package that removes what the install "
+     "manifest "
+     "adds.",
+     "A missing one is passed over without a line. The hotfix can then never be removed: the next "
+     "one "
+     "leaves this one's features where they are."},
+    {"HF203", Level::error, "A place is named where there is nothing.",
+     "Mend the place or leave the key out.",
+     "A place where nothing is counts as \"the hotfix brings none\", without a line. Nothing else "
+     "is "
+     "looked for then, not even the default place."},
+    {"HF204", Level::error, "A place is no absolute path.",
+     "Begin the place with ${package}, for what comes with the package.",
+     "A path that begins with neither a slash nor ${package} begins where the installer was "
+     "started, "
+     "which is the root folder below a graphical installer. \"~\" and \"file:\" mean nothing "
+     "there."},
+    {"HF205", Level::warning, "A place is a path of one machine.",
+     "Begin the place with ${package}.",
+     "A path of the machine on which the package was made is mostly missing on others, and what is "
+     "missing is left out without a line."},
+    {"HF206", Level::error,
+     "A file stands where a folder belongs, or a folder where a file belongs.",
+     "Name the folder for keystore and extras, the file itself for manifests and settings.",
+     "A key store's own path in keystore is no folder: all key stores of the instance are removed "
+     "and "
+     "none comes. Extras that are a file, and settings that are a folder, are passed over without "
+     "a "
+     "line."},
+    {"HF207", Level::error, "The install manifest's place takes key stores or extras away.",
+     "Name the places of key stores and extras, too, or move them beside the install manifest.",
+     "A package that has its install manifest elsewhere has its key stores and extras there too. "
+     "Those "
+     "that lie in the usual folder are not used, and the instance's own key stores are removed all "
+     "the "
+     "same."},
+    {"HF208", Level::error, "A link leads to a file that does not belong to the package.",
+     "Put the file itself in the link's place.",
+     "Links are followed to files of the package, of deploy beside it and of the instance alone. A "
+     "manifest behind another link is not copied (code 4), settings are not merged."},
+    {"HF209", Level::warning, "A file in the deploy folder is misnamed and not used.",
+     "Give the file the name that the installer looks for.",
+     "Only the files of known names are used. One with a name like it is passed over without a "
+     "line, "
+     "and so is what it was meant to bring."},
+    {"HF210", Level::error, "Install and uninstall manifest are the same file.",
+     "Write a manifest that removes what the other one adds.",
+     "What is kept for the removal would install the hotfix once more."},
+    {"HF221", Level::error, "An update site is not there.",
+     "Put the site at updates/platform two folders above the package, or name its place in "
+     "updateSiteList.",
+     "The platform is told a site that does not exist. Provisioning fails, or installs nothing "
+     "from "
+     "there; an older hotfix is gone by then."},
+    {"HF222", Level::error, "An update site is written as a URL.",
+     "Write the path alone: the installer puts \"file:\" before it.",
+     "The installer puts \"file:\" before the value, so that the platform is told file:file:/... "
+     "or "
+     "file:http://... and finds no site."},
+    {"HF223", Level::error, "An update site holds nothing.",
+     "Put features and plugins, or the site's indexes, into it.",
+     "A folder without features, plugins, content.jar, content.xml or site.xml is no update site "
+     "to "
+     "the platform, and provisioning fails."},
+    {"HF224", Level::error, "The update site lacks a feature.",
+     "Put the feature of that version on the site, or mend the manifest.",
+     "The platform cannot install what no site has: provisioning fails, the version is not "
+     "recorded, and "
+     "the older hotfix has been removed before."},
+    {"HF225", Level::error, "The update site lacks a plug-in of a feature.",
+     "Put the plug-in of that version on the site.",
+     "A feature is installed with all its plug-ins. One that is missing lets provisioning fail "
+     "after "
+     "the older hotfix has been removed."},
+    {"HF226", Level::warning,
+     "The path of an update site holds a character with a meaning in URLs.", "Rename the folder.",
+     "The path is handed to the platform as it stands, behind \"file:\". In a URL # begins a "
+     "fragment, % "
+     "an escape and ? a query: the platform looks elsewhere."},
+
+    // --- 3 manifests -----------------------------------------------------------------------------
+    {"HF301", Level::error, "The install manifest is not well-formed.",
+     "Mend it; xmllint --noout tells where it breaks.",
+     "It is copied, but cannot be read to replace ${installer.root}. The run ends with code 4 "
+     "after an "
+     "installed hotfix has been removed."},
+    {"HF302", Level::error, "The install manifest lacks an element on the way to its features.",
+     "Nest root / domain-object / object-data / install / installfeature / requirements / feature, "
+     "each "
+     "the child of the one before.",
+     "Features elsewhere are not found: ${installer.root} stays as it is in their urls, with an "
+     "error "
+     "line in the log and status 0."},
+    {"HF303", Level::note, "The install manifest names no feature.",
+     "Nothing, when the package only takes back an older hotfix.",
+     "Provisioning has nothing to do, which counts as success. The version is recorded."},
+    {"HF304", Level::error, "${installer.root} stands where it is not replaced.",
+     "Write it in the url of a feature, in the first requirements of its installfeature.",
+     "Only the url of each feature on the way root / first domain-object / first object-data / "
+     "first "
+     "install / installfeature / first requirements / feature is looked at. Elsewhere the "
+     "placeholder "
+     "reaches the platform as it is written, and nothing says so."},
+    {"HF305", Level::error, "${installer.root} is misspelt.",
+     "Write ${installer.root}, in small letters.",
+     "Only this very text is replaced. Another one reaches the platform as a folder of that name."},
+    {"HF306", Level::warning, "A feature that is installed has no url with ${installer.root}.",
+     "Write url=\"${installer.root}/...\".",
+     "The url tells the platform where the feature came from when a later run asks for it. One "
+     "without "
+     "the placeholder is a place of the machine on which the package was made."},
+    {"HF307", Level::error, "A url has a scheme before ${installer.root}.",
+     "Begin the url with ${installer.root}.",
+     "The placeholder becomes \"file:\" and the package's path, so that the url begins with "
+     "file:file:/..."},
+    {"HF308", Level::error, "A feature has no id or no version.", "Name both.",
+     "The platform cannot tell what is to be installed, and takes the whole manifest for "
+     "unusable."},
+    {"HF309", Level::warning, "A manifest names a feature twice.", "Leave one of them.",
+     "Which of the two counts is up to the platform."},
+    {"HF310", Level::error, "The action of a feature is neither install nor uninstall.",
+     "Write action=\"install\" or action=\"uninstall\".",
+     "The platform knows no other action, and takes the whole manifest for unusable."},
+    {"HF311", Level::error, "The uninstall manifest is not well-formed.",
+     "Mend it; xmllint --noout tells where it breaks.",
+     "It is copied unread, and the installation succeeds. Only when the next hotfix comes does the "
+     "platform fail to read it: this hotfix's features stay, and nobody knows of them any more."},
+    {"HF312", Level::error, "The uninstall manifest lacks an element on the way to its features.",
+     "Nest root / domain-object / object-data / install / installfeature / requirements / feature, "
+     "each "
+     "the child of the one before.",
+     "It is copied unread. When the next hotfix comes, the platform finds nothing to remove, which "
+     "counts as success: this hotfix's features stay, and nobody knows of them any more."},
+    {"HF313", Level::error, "The uninstall manifest does not remove a feature that is installed.",
+     "Name each feature of the install manifest, with action=\"uninstall\".",
+     "A removal counts as done when the platform is content. A feature that is not named stays in "
+     "the "
+     "instance when the next hotfix comes, and nobody knows of it any more."},
+    {"HF314", Level::warning, "The uninstall manifest holds ${installer.root}.",
+     "Leave the url empty: what is removed comes from nowhere.",
+     "The package may be gone when its hotfix is removed, so nothing is replaced then. The "
+     "placeholder "
+     "reaches the platform as it is written."},
+    {"HF315", Level::error, "The uninstall manifest installs a feature.",
+     "Write action=\"uninstall\".",
+     "A feature without an action is installed. The removal of the hotfix would install it again, "
+     "or "
+     "fail for want of a site."},
+    {"HF316", Level::error, "The uninstall manifest removes another version than is installed.",
+     "Make the versions of both manifests agree.",
+     "The platform looks for the very version. It finds none to remove, which counts as success or "
+     "as "
+     "a failure that stops nothing: the feature stays."},
 
     // --- 5 key stores ----------------------------------------------------------------------------
     {"HF501", Level::warning, "The package brings no key store.",

@@ -20,6 +20,8 @@ struct LintCase {
 
 // By subject.
 std::vector<LintCase> descriptionCases();
+std::vector<LintCase> placesCases();
+std::vector<LintCase> manifestsCases();
 std::vector<LintCase> filesCases();
 std::vector<LintCase> surroundingsCases();
 

@@ -140,6 +140,8 @@ inline const Instance kOtherName{"/Applications/Other.app"};
 // --- By subject ----------------------------------------------------------------------------------
 
 std::vector<Harm> descriptionHarms();
+std::vector<Harm> placesHarms();
+std::vector<Harm> manifestsHarms();
 std::vector<Harm> filesHarms();
 std::vector<Harm> surroundingsHarms();
 
