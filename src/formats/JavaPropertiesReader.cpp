@@ -25,9 +25,8 @@ bool isTrimmed(char character) {
 }
 
 std::span<char> trimmed(std::span<char> line) {
-  while (!line.empty() && isTrimmed(line.front())) line = line.subspan(1);
-  while (!line.empty() && isTrimmed(line.back())) line = line.first(line.size() - 1);
-  return line;
+  const std::string_view text = trimmedLine(viewOf(line));
+  return line.subspan(static_cast<std::size_t>(text.data() - line.data()), text.size());
 }
 
 bool isSeparator(char character) {
@@ -161,6 +160,12 @@ void LineReader::readOrdinary(std::span<char> characters) {
 }
 
 }  // namespace
+
+std::string_view trimmedLine(std::string_view line) {
+  while (!line.empty() && isTrimmed(line.front())) line.remove_prefix(1);
+  while (!line.empty() && isTrimmed(line.back())) line.remove_suffix(1);
+  return line;
+}
 
 void readJavaProperties(std::string latin1, TextDictionary& entries) {
   LineReader reader(entries);

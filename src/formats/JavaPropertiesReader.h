@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "base/TextDictionary.h"
 
@@ -10,5 +11,8 @@ namespace installer {
 // earlier value. `latin1` are the file's bytes, one character each; keys and values come out as
 // UTF-8. Every text can be read: there are no errors.
 void readJavaProperties(std::string latin1, TextDictionary& entries);
+
+// A line as it is read, without the white space at its ends. Of Latin-1.
+std::string_view trimmedLine(std::string_view line);
 
 }  // namespace installer

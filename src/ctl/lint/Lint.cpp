@@ -69,6 +69,7 @@ void lookAt(const PackageView& package, const std::optional<std::string>& instan
   lintDeployFolder(package, findings);
   lintUpdateSites(package, findings);
   lintManifests(package, findings);
+  lintCustomization(package, findings);
   lintKeyStores(package, rcpHome, findings);
   lintExtras(package, rcpHome, findings);
   lintIdentity(package, findings);

@@ -291,6 +291,63 @@ inline constexpr Rule kRules[] = {
      "as "
      "a failure that stops nothing: the feature stays."},
 
+    // --- 4 settings ------------------------------------------------------------------------------
+    {"HF401", Level::error, "The settings are UTF-16 or UTF-32.",
+     "Save the file as ISO 8859-1 or plain ASCII, with \\u escapes for other letters.",
+     "The file is read byte by byte as ISO 8859-1. Each second character is a zero byte then: keys "
+     "nobody knows are merged into the instance's settings."},
+    {"HF402", Level::error, "The settings begin with a byte order mark.",
+     "Save the file without one.",
+     "The mark is read as three letters of the first key, which nobody knows then: the setting has "
+     "no "
+     "effect, and a key of that name stays in the instance."},
+    {"HF403", Level::error, "The settings hold letters in UTF-8.",
+     "Write letters beyond ASCII as \\u escapes, or save the file as ISO 8859-1.",
+     "The file is read as ISO 8859-1, so that each such letter becomes two or more wrong ones."},
+    {"HF404", Level::warning, "A line of the settings has no separator.",
+     "Write key=value, or # before a comment.",
+     "The whole line becomes a key with an empty value."},
+    {"HF405", Level::warning, "A key of the settings stands more than once.", "Leave one of them.",
+     "The last one counts; those before it are lost."},
+    {"HF406", Level::error, "A line of the settings is continued.", "Write the value in one line.",
+     "The installer's dialect knows no continued lines: what stands on the first line is dropped, "
+     "key "
+     "and all, and the next one is a value without a key, which is dropped too."},
+    {"HF407", Level::warning, "A line of the settings ends with a backslash.",
+     "Write the value in one line, and two backslashes for one.",
+     "Without a blank before it the backslash is a part of the value, and the next line is an "
+     "entry of "
+     "its own."},
+    {"HF408", Level::note, "Comments of the settings are dropped by a merge.", "Nothing.",
+     "An instance that has settings keeps none of the comments, neither its own nor the hotfix's. "
+     "One "
+     "that has none gets the file as it is."},
+    {"HF409", Level::warning, "A line of the settings begins with \"!\".",
+     "Begin comments with \"#\".", "Only \"#\" begins a comment. The line becomes a setting."},
+    {"HF410", Level::error, "A key of the settings holds an escaped separator.",
+     "Choose a key without blank, \"=\" and \":\".",
+     "An escaped separator separates all the same: the key ends there, and the rest becomes a part "
+     "of "
+     "the value."},
+    {"HF411", Level::warning, "A value of the settings holds an escape that a merge changes.",
+     "Write \\u000a for a line feed and \\u0009 for a tab.",
+     "Escapes but \\u are not decoded, and their backslash is doubled when the file is written: "
+     "the "
+     "platform then reads a backslash and a letter. In a key the backslash of \\u is doubled too."},
+    {"HF412", Level::error, "A line of the settings has no key.", "Write key=value.",
+     "Entries without a key are never written."},
+    {"HF413", Level::error, "The lines of the settings end with carriage returns alone.",
+     "Save the file with line feeds.",
+     "Only line feeds end lines: the whole file is one line, and so one key with one value."},
+    {"HF414", Level::note, "The settings set nothing.", "Leave the file out.",
+     "The instance's settings are written anew all the same, and lose their comments."},
+    {"HF415", Level::error, "The settings cannot be read.",
+     "Make it a regular file of at most 64 MiB.",
+     "What cannot be read is not merged, without a line."},
+    {"HF416", Level::warning, "A line of the settings begins with \"-X\".", "Choose another key.",
+     "Such lines count as options of a Java virtual machine: the separator becomes a part of the "
+     "value."},
+
     // --- 5 key stores ----------------------------------------------------------------------------
     {"HF501", Level::warning, "The package brings no key store.",
      "Put the key stores that the instance shall have into the key store folder, the instance's "

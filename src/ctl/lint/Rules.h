@@ -16,6 +16,7 @@ void lintLocations(const PackageView& package, Findings& findings);
 void lintDeployFolder(const PackageView& package, Findings& findings);
 void lintUpdateSites(const PackageView& package, Findings& findings);
 void lintManifests(const PackageView& package, Findings& findings);
+void lintCustomization(const PackageView& package, Findings& findings);
 void lintKeyStores(const PackageView& package, const std::optional<std::string>& rcpHome,
                    Findings& findings);
 void lintExtras(const PackageView& package, const std::optional<std::string>& rcpHome,

@@ -6,8 +6,8 @@ namespace {
 
 std::vector<LintCase> all() {
   std::vector<LintCase> cases;
-  for (const auto& some :
-       {descriptionCases, placesCases, manifestsCases, filesCases, surroundingsCases}) {
+  for (const auto& some : {descriptionCases, placesCases, manifestsCases, settingsCases, filesCases,
+                           surroundingsCases}) {
     const std::vector<LintCase> more = some();
     cases.insert(cases.end(), more.begin(), more.end());
   }

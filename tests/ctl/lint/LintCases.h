@@ -22,6 +22,7 @@ struct LintCase {
 std::vector<LintCase> descriptionCases();
 std::vector<LintCase> placesCases();
 std::vector<LintCase> manifestsCases();
+std::vector<LintCase> settingsCases();
 std::vector<LintCase> filesCases();
 std::vector<LintCase> surroundingsCases();
 

@@ -142,6 +142,7 @@ inline const Instance kOtherName{"/Applications/Other.app"};
 std::vector<Harm> descriptionHarms();
 std::vector<Harm> placesHarms();
 std::vector<Harm> manifestsHarms();
+std::vector<Harm> settingsHarms();
 std::vector<Harm> filesHarms();
 std::vector<Harm> surroundingsHarms();
 

@@ -20,8 +20,8 @@ using ::testing::Contains;
 
 std::vector<Harm> harms() {
   std::vector<Harm> all;
-  for (const auto& some :
-       {descriptionHarms, placesHarms, manifestsHarms, filesHarms, surroundingsHarms}) {
+  for (const auto& some : {descriptionHarms, placesHarms, manifestsHarms, settingsHarms, filesHarms,
+                           surroundingsHarms}) {
     const std::vector<Harm> more = some();
     all.insert(all.end(), more.begin(), more.end());
   }

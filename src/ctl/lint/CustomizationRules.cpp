@@ -1,0 +1,217 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+#include "base/Characters.h"
+#include "base/TextDictionary.h"
+#include "ctl/lint/Files.h"
+#include "ctl/lint/Lines.h"
+#include "ctl/lint/RuleTable.h"
+#include "ctl/lint/Rules.h"
+#include "formats/JavaPropertiesReader.h"
+#include "hotfix/base/KeyedHash.h"
+#include "platform/FileManager.h"
+#include "platform/Platform.h"
+
+namespace installer::ctl::lint {
+
+namespace {
+
+constexpr std::size_t kMostLines = 100'000;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kSeparators = "=: \t";
+
+// --- The file as a whole -------------------------------------------------------------------------
+
+bool isWide(std::string_view bytes) {
+  return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF") ||
+         bytes.find('\0') != std::string_view::npos;
+}
+
+// Where the first letter beyond ASCII is, when all of them are UTF-8; npos otherwise.
+std::size_t firstUtf8Letter(std::string_view bytes) {
+  std::size_t first = std::string_view::npos;
+  for (std::size_t at = 0; at < bytes.size();) {
+    const auto character = decodeUtf8(bytes, at);
+    if (!character) return std::string_view::npos;
+    if (character->length > 1) first = std::min(first, at);
+    at += character->length;
+  }
+  return first;
+}
+
+bool endsLinesWithReturns(std::string_view bytes) {
+  while (bytes.ends_with('\r')) bytes.remove_suffix(1);
+  return bytes.find('\n') == std::string_view::npos && bytes.find('\r') != std::string_view::npos;
+}
+
+void lintEncoding(const std::string& file, std::string_view bytes, Findings& findings) {
+  const bool hasMark = bytes.starts_with(kByteOrderMark);
+  if (hasMark)
+    findings.add(rule("HF402"), {file, std::nullopt, 1},
+                 "A byte order mark becomes a part of the first key.");
+  const std::size_t mark = hasMark ? kByteOrderMark.size() : 0;
+  const std::size_t letter = firstUtf8Letter(bytes.substr(mark));
+  if (letter != std::string_view::npos)
+    findings.add(rule("HF403"), {file, std::nullopt, lineAt(bytes, letter + mark)},
+                 "Letters in UTF-8 are each read as several.");
+  if (endsLinesWithReturns(bytes))
+    findings.add(rule("HF413"), placeOf(file), "The file is one line: carriage returns end none.");
+}
+
+// --- One line ------------------------------------------------------------------------------------
+
+// The backslashes at the end of the line.
+std::size_t backslashesAtEnd(std::string_view line) {
+  const std::size_t last = line.find_last_not_of('\\');
+  return last == std::string_view::npos ? line.size() : line.size() - last - 1;
+}
+
+bool isEscape(std::string_view line, std::size_t at) {
+  return line[at] == '\\' && at + 1 < line.size();
+}
+
+// Where the key ends: at the first separator, escaped or not.
+struct KeyEnd {
+  std::size_t place;
+  bool isEscaped;
+};
+
+KeyEnd endOfKey(std::string_view line) {
+  for (std::size_t at = 0; at < line.size(); ++at) {
+    const bool escapes = isEscape(line, at);
+    if (kSeparators.find(line[escapes ? at + 1 : at]) != std::string_view::npos)
+      return {at, escapes};
+    if (escapes) ++at;
+  }
+  return {line.size(), false};
+}
+
+// Whether a merge writes an escape of the part differently from how it stands there. `kept` is what
+// may follow a backslash without harm.
+bool holdsChangedEscape(std::string_view part, std::string_view kept) {
+  for (std::size_t at = 0; at < part.size(); ++at) {
+    if (!isEscape(part, at)) continue;
+    ++at;
+    if (kept.find(part[at]) == std::string_view::npos) return true;
+  }
+  return false;
+}
+
+// Goes through the lines, as the installer's reader does.
+class Settings {
+ public:
+  Settings(std::string file, Findings& findings) : _file(std::move(file)), _findings(findings) {}
+
+  void look(std::string_view bytes);
+
+ private:
+  void lookAtLine(std::string_view line);
+  void lookAtEntry(std::string_view line, const TextDictionary::Entry& entry);
+  void lookAtEscapes(std::string_view line);
+  void lookAtEnd(std::string_view line);
+  void summarize();
+  void add(const Rule& rule, std::string message) {
+    _findings.add(rule, {_file, std::nullopt, _number}, std::move(message));
+  }
+
+  const std::string _file;
+  Findings& _findings;
+  std::size_t _number = 0;  // of the line
+  std::size_t _comments = 0;
+  std::size_t _entries = 0;
+  bool _continues = false;  // whether the line before this one ends as a continued one
+  std::unordered_set<std::string, KeyedHash> _keys;
+};
+
+void Settings::look(std::string_view bytes) {
+  while (!bytes.empty() && _number < kMostLines) {
+    const std::size_t end = std::min(bytes.find('\n'), bytes.size());
+    ++_number;
+    lookAtLine(bytes.substr(0, end));
+    bytes.remove_prefix(std::min(end + 1, bytes.size()));
+  }
+  if (!bytes.empty())
+    _findings.add(
+        rule("HF608"), placeOf(_file),
+        fmt::format("There are more than {} lines; only those are looked at.", kMostLines));
+  summarize();
+}
+
+void Settings::summarize() {
+  if (_comments > 0)
+    _findings.add(rule("HF408"), placeOf(_file),
+                  fmt::format("A merge drops the comments, {} lines.", _comments));
+  if (_entries == 0 && _number < kMostLines)
+    _findings.add(rule("HF414"), placeOf(_file), "The file sets nothing.");
+}
+
+void Settings::lookAtLine(std::string_view line) {
+  TextDictionary entries;
+  readJavaProperties(std::string(line), entries);
+  const std::string_view trimmed = trimmedLine(line);
+  if (trimmed.starts_with('#')) ++_comments;
+  if (trimmed.starts_with('#') || trimmed.empty()) return;
+  if (std::exchange(_continues, trimmed.ends_with(" \\"))) return;
+  if (_continues)
+    return add(rule("HF406"),
+               fmt::format("\"{}\" is continued, and dropped with its key.", trimmed));
+  ++_entries;
+  lookAtEntry(trimmed, *entries.begin());
+  lookAtEscapes(trimmed);
+  lookAtEnd(trimmed);
+}
+
+void Settings::lookAtEntry(std::string_view line, const TextDictionary::Entry& entry) {
+  if (entry.key.empty()) return add(rule("HF412"), fmt::format("\"{}\" has no key.", line));
+  if (line.starts_with('!')) add(rule("HF409"), fmt::format("\"{}\" is no comment.", line));
+  if (line.starts_with("-X"))
+    add(rule("HF416"),
+        fmt::format("\"{}\" counts as an option: its value is \"{}\".", line, entry.value));
+  if (line.find_first_of(kSeparators) == std::string_view::npos)
+    add(rule("HF404"), fmt::format("\"{}\" becomes a key without a value.", line));
+  if (!_keys.insert(std::string(entry.key)).second)
+    add(rule("HF405"), fmt::format("\"{}\" stands more than once.", entry.key));
+}
+
+void Settings::lookAtEscapes(std::string_view line) {
+  const KeyEnd end = endOfKey(line);
+  if (end.isEscaped)
+    add(rule("HF410"), fmt::format("The key of \"{}\" ends at the escaped separator.", line));
+  const std::string_view rest = line.substr(end.place);
+  const std::size_t begin = std::min(rest.find_first_not_of(kSeparators), rest.size());
+  const std::string_view value = rest.substr(begin);
+  if (holdsChangedEscape(line.substr(0, end.place), R"(\#!)") ||
+      (!end.isEscaped && holdsChangedEscape(value, R"(\:# =!u)")))
+    add(rule("HF411"), fmt::format("An escape of \"{}\" is changed by a merge.", line));
+}
+
+void Settings::lookAtEnd(std::string_view line) {
+  if (backslashesAtEnd(line) % 2 == 1)
+    add(rule("HF407"), fmt::format("\"{}\" ends with a backslash and is not continued.", line));
+}
+
+void lintFile(const std::string& file, Findings& findings) {
+  FileError error;
+  const auto bytes = Platform::current().files->read(file, &error);
+  if (!bytes) return findings.add(rule("HF415"), placeOf(file), error.description);
+  if (isWide(*bytes))
+    return findings.add(rule("HF401"), placeOf(file),
+                        "The file holds zero bytes or a mark of UTF-16.");
+  lintEncoding(file, *bytes, findings);
+  Settings(file, findings).look(*bytes);
+}
+
+}  // namespace
+
+void lintCustomization(const PackageView& package, Findings& findings) {
+  const std::string& file = package.resolved.locations.customization;
+  if (isFile(file) && hasContent(package, file)) lintFile(file, findings);
+}
+
+}  // namespace installer::ctl::lint
