@@ -16,6 +16,7 @@ endif()
 # For everybody; what needs root says so.
 if(TARGET hotfixctl)
   install(TARGETS hotfixctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES packaging/hotfixctl-lint.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endif()
 install(FILES packaging/HotfixInstaller.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 
