@@ -19,6 +19,8 @@ if(HOTFIX_HARDENED)
     hotfix_hardening INTERFACE _GLIBCXX_ASSERTIONS
                                _LIBCPP_HARDENING_MODE=_LIBCPP_HARDENING_MODE_EXTENSIVE)
 
+  # What a compiler passes over with a warning it does not know either.
+  set(CMAKE_REQUIRED_FLAGS -Werror)
   foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection)
     string(MAKE_C_IDENTIFIER "HOTFIX_HAS${flag}" known)
     check_cxx_compiler_flag(${flag} ${known})
@@ -26,6 +28,7 @@ if(HOTFIX_HARDENED)
       target_compile_options(hotfix_hardening INTERFACE ${flag})
     endif()
   endforeach()
+  unset(CMAKE_REQUIRED_FLAGS)
   foreach(flag -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
     string(MAKE_C_IDENTIFIER "HOTFIX_HAS${flag}" known)
     check_linker_flag(CXX ${flag} ${known})
