@@ -173,7 +173,7 @@ class BootstrapTest(unittest.TestCase):
             text = text.replace(f" {pattern} ", f" {self._root}{pattern} ")
             (self._root / pattern[1:].replace("*", "some")).parent.mkdir(parents=True)
         (self._root / "scripts/bootstrap").write_text(text, encoding="utf-8")
-        for command in ("npm", "llvm-config", "lld", "gpbs"):
+        for command in ("npm", "ccache", "llvm-config", "lld", "gpbs"):
             self.make(command, "exit 0")
         self.assertMissing(*(f"  {self._root}{pattern} (Debian: {package})"
                              for pattern, package in patterns), sets=("cross",))
