@@ -1,0 +1,21 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <ctime>
+#include <optional>
+#include <string>
+
+namespace installer {
+
+// What a folder's entry itself is, links not followed.
+struct EntryFacts {
+  bool isLink = false;
+  uid_t owner = 0;
+  std::time_t modified = 0;
+};
+
+// nullopt when nothing is there, or it cannot be looked at.
+[[nodiscard]] std::optional<EntryFacts> entryAt(const std::string& path);
+
+}  // namespace installer
