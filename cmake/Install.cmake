@@ -16,7 +16,10 @@ endif()
 # For everybody; what needs root says so.
 if(TARGET hotfixctl)
   install(TARGETS hotfixctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-  install(FILES packaging/hotfixctl-lint.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  file(GLOB schemas CONFIGURE_DEPENDS src/ctl/schema/*.schema.json)
+  install(FILES ${schemas} DESTINATION ${CMAKE_INSTALL_DATADIR}/hotfix/schema)
+  file(GLOB pages CONFIGURE_DEPENDS packaging/*.1)
+  install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endif()
 install(FILES packaging/HotfixInstaller.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 

@@ -2,12 +2,13 @@
 
 #include <array>
 
+#include "ctl/explain/Explain.h"
 #include "ctl/lint/LintCommand.h"
 
 namespace installer::ctl {
 
 std::span<const Command> commands() {
-  static const std::array kAll{kLint};
+  static const std::array kAll{kExplain, kLint};
   return kAll;
 }
 

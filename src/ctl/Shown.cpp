@@ -86,9 +86,14 @@ std::string shown(const std::optional<std::string>& text, std::string_view absen
 }
 
 std::size_t columnsOf(std::string_view text) {
-  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;  // no byte within a character
-  }));
+  std::size_t columns = 0;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const bool isMark = text[at] == '\x1b';
+    if (isMark) at = std::min(text.find('m', at), text.size());
+    const bool isBegin = !isMark && (static_cast<unsigned char>(text[at]) & 0xC0U) != 0x80U;
+    if (isBegin) ++columns;
+  }
+  return columns;
 }
 
 std::string broken(std::string_view text, const Layout& layout, std::string_view first) {
@@ -105,8 +110,11 @@ std::string broken(std::string_view text, const Layout& layout, std::string_view
 std::string entry(std::string_view term, std::string_view meaning, const Layout& layout) {
   const bool isNarrow = layout.width && *layout.width < kNarrow;
   if (isNarrow || columnsOf(term) + 2 > layout.indent) {
-    const std::string indent(kBelow, ' ');
-    return fmt::format("{}\n{}", term, broken(meaning, {layout.width, kBelow}, indent));
+    const std::string_view lead =
+        term.substr(0, std::min(term.find_first_not_of(' '), term.size()));
+    const Layout below{layout.width, kBelow};
+    return broken(term.substr(lead.size()), below, lead) +
+           broken(meaning, below, std::string(kBelow, ' '));
   }
   const std::string gap(layout.indent - columnsOf(term), ' ');
   return broken(meaning, layout, std::string(term) + gap);

@@ -14,7 +14,7 @@ std::string shown(std::string_view text);
 // The same of a text that can be absent.
 std::string shown(const std::optional<std::string>& text, std::string_view absent);
 
-// How many columns the text takes, a column for each character.
+// How many columns the text takes: one for each character, none for a mark of Style's.
 std::size_t columnsOf(std::string_view text);
 
 // Paragraphs broken into lines of at most `width` columns where there are blanks; a longer word

@@ -11,6 +11,7 @@
 #include "base/LibraryLack.h"
 #include "ctl/Answers.h"
 #include "ctl/CommandLine.h"
+#include "ctl/Commands.h"
 #include "ctl/Json.h"
 #include "ctl/Shown.h"
 #include "ctl/Surroundings.h"
@@ -245,6 +246,9 @@ TEST_F(ProgramTest, TheHelpFitsANarrowTerminal) {
 
   EXPECT_EQ(0, run({"show", "--help"}));
   EXPECT_EQ(0, run({"--help"}));
+  for (const Command& command : commands())
+    EXPECT_EQ(0, runProgram({"hotfixctl", std::string(command.name), "--help"}, commands(),
+                            _answers.output()));
 
   std::istringstream lines(_answers.text());
   for (std::string line; std::getline(lines, line);) EXPECT_LE(columnsOf(line), 20u) << line;

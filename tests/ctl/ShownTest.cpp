@@ -34,6 +34,8 @@ TEST(ShownTest, AnAbsentTextHasItsOwnWord) {
 TEST(ShownTest, ColumnsAreCharactersNotBytes) {
   EXPECT_EQ(0u, columnsOf(""));
   EXPECT_EQ(5u, columnsOf("Grüße"));
+  EXPECT_EQ(4u, columnsOf("a \x1b[1mb\x1b[0mc"));
+  EXPECT_EQ(1u, columnsOf("a\x1b["));
 }
 
 TEST(BrokenTest, LinesBreakAtBlanksWhereTheyWouldBeTooLong) {
@@ -70,6 +72,7 @@ TEST(ExplainedEntryTest, TheMeaningStandsBelowALongTerm) {
 
 TEST(ExplainedEntryTest, TheMeaningStandsBelowWhereLinesAreShort) {
   EXPECT_EQ("  -h\n    tells\n    all\n", entry("  -h", "tells all", {10, 6}));
+  EXPECT_EQ("  --a\n    FILE\n    tells\n", entry("  --a FILE", "tells", {9, 6}));
   EXPECT_EQ("  -h\n    tells all\n", entry("  -h", "tells all", {49, 6}));
   EXPECT_EQ("  -h  tells all\n", entry("  -h", "tells all", {50, 6}));
 }

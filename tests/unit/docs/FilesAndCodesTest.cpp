@@ -308,13 +308,15 @@ TEST(FilesAndCodesTest, NoErrorCodeIsMadeOfANumber) {
   for (const auto& [path, text] : sources()) EXPECT_FALSE(makesErrorCodesOfNumbers(text)) << path;
 }
 
-// The operation that sends takes nothing but the codes, and nobody else makes a record.
+// The operation that sends takes nothing but the codes, and nobody else makes a record. The
+// companion program only reads what was sent.
 TEST(FilesAndCodesTest, EveryErrorCodeIsSent) {
   const std::regex used("ErrorCode::(\\w+)");
   std::set<std::string> described;
   std::set<std::string> sent;
   std::set<std::string> makers;
   for (const auto& [path, text] : sources()) {
+    if (path.starts_with("ctl/")) continue;
     auto& codes = path == "hotfix/util/ErrorCode.h" ? described : sent;
     for (std::sregex_iterator at(text.begin(), text.end(), used), end; at != end; ++at)
       codes.insert((*at)[1]);

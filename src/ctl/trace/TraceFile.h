@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <ctime>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "ctl/trace/Run.h"
+#include "hotfix/platform/FileError.h"
+#include "platform/LineFile.h"
+
+namespace installer::ctl {
+
+// What a trace file holds.
+struct Trace {
+  std::string path;
+  std::time_t modified = 0;
+  std::size_t lines = 0;
+  std::size_t otherLines = 0;  // of other programs, of other runs, or cut
+  std::optional<Run> run;      // nullopt when there is none in it
+};
+
+// Reads it from its beginning to its end. nullopt, with `error` set, when that cannot be done.
+[[nodiscard]] std::optional<Trace> readTrace(const std::string& path, FinalLink link,
+                                             FileError& error);
+
+// The trace of the last run on this machine, which everybody could have planted: no link counts.
+[[nodiscard]] std::optional<Trace> readLastTrace(FileError& error);
+
+// Whether an installer has the instance's lock right now. Nobody is waited for.
+bool isAtWorkOn(const std::string& rcpHome);
+
+// The year, in local time.
+int yearOf(std::time_t time);
+// "2026-11-22T11:35:02+0000"
+std::string isoTime(std::time_t time);
+
+}  // namespace installer::ctl

@@ -1,0 +1,576 @@
+// Runs of the installer itself, explained: whatever words it changes, its companion has to know
+// them.
+
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "ctl/ControlTest.h"
+#include "ctl/Endings.h"
+#include "ctl/Schema.h"
+#include "support/Proves.h"
+
+namespace installer::cli {
+namespace {
+
+using nlohmann::json;
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+class ExplainTest : public ControlTest {
+ protected:
+  json explained(int status, const std::vector<std::string>& arguments = {}) {
+    std::vector<std::string> all = {"explain", "--json"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    const RunResult result = control(all);
+    EXPECT_EQ(status, result.status) << result.err;
+    EXPECT_EQ("", result.err);
+    return json::parse(result.out);
+  }
+  // The run of the last trace. What explain says of the error code is what the record says.
+  json explainedRun(int status) {
+    json run = explained(status).at("run");
+    EXPECT_EQ(errorRecord().code, run.at("errorCode"));
+    return run;
+  }
+  static std::vector<std::string> stepsOf(const json& run) {
+    std::vector<std::string> steps;
+    for (const json& step : run.at("steps")) steps.push_back(step.at("step"));
+    return steps;
+  }
+  static std::string causeOf(const json& run) {
+    return run.at("cause").is_null() ? "" : run.at("cause").at("text").get<std::string>();
+  }
+  void launcherAnswers(const std::string& result) {
+    _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), result));
+  }
+};
+
+TEST_F(ExplainTest, AnInstallationIsToldStepByStep) {
+  proves("EXPLAIN-1");
+  ASSERT_EQ(0, install().status);
+
+  const json run = explainedRun(0);
+
+  EXPECT_EQ("installed", run.at("ending"));
+  EXPECT_THAT(stepsOf(run), ElementsAre("read-package", "check-paths", "check-instance",
+                                        "check-application", "check-versions", "update-untouched",
+                                        "bring-files", "provision", "record", "collect-logs"));
+  EXPECT_EQ(_instance.home(), run.at("rcpHome"));
+  EXPECT_EQ("1.5", run.at("packageVersion"));
+  EXPECT_TRUE(run.at("installedVersion").is_null());
+  EXPECT_TRUE(run.at("cause").is_null());
+  EXPECT_THAT(run.at("problems"), IsEmpty()) << "what belongs to every run is none";
+}
+
+TEST_F(ExplainTest, AnswersForProgramsKeepToTheirSchema) {
+  proves("CTL-6");
+  _sandbox.writeFile("/notes", "what is this");
+  recordHotfix("1.4");
+  launcherAnswers("rc=13\n");
+  ASSERT_EQ(1, install().status);
+
+  ctl::test::judged(control({"explain", "--json"}).out, "explain-1");
+  ctl::test::judged(control({"explain", "--json", "/notes"}).out, "explain-1");
+}
+
+TEST_F(ExplainTest, AnUpgradeRemovesTheOlderHotfixFirst) {
+  proves("EXPLAIN-1");
+  recordHotfix("1.4");
+  ASSERT_EQ(0, install().status);
+
+  const json run = explainedRun(0);
+
+  EXPECT_EQ("1.4", run.at("installedVersion"));
+  EXPECT_THAT(stepsOf(run),
+              ElementsAre("read-package", "check-paths", "check-instance", "check-application",
+                          "check-versions", "remove-older", "update-untouched", "bring-files",
+                          "provision", "record", "collect-logs"));
+}
+
+TEST_F(ExplainTest, AFirstInstallationRunsTwice) {
+  _sandbox.remove(_instance.data() + "/.config");
+  ASSERT_EQ(0, install().status);
+
+  const json run = explainedRun(0);
+
+  EXPECT_EQ("installed", run.at("ending"));
+  EXPECT_THAT(stepsOf(run),
+              ElementsAre("read-package", "check-paths", "check-instance", "check-application",
+                          "check-versions", "update-untouched", "bring-files", "provision",
+                          "record", "bring-files", "provision", "record", "collect-logs"));
+}
+
+// --- Each way to end, with its cause -------------------------------------------------------------
+
+TEST_F(ExplainTest, AnUnsupportedCharacterIsTheCause) {
+  proves("EXPLAIN-2");
+  _sandbox.makeFolder("/Applications/A=B");
+  ASSERT_EQ(1, _sandbox.run({_package.folder, "/Applications/A=B"}).status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("unsupported-characters", run.at("ending"));
+  EXPECT_EQ(3, run.at("errorCode"));
+  EXPECT_THAT(stepsOf(run), ElementsAre("read-package", "check-paths", "recover", "collect-logs"));
+}
+
+TEST_F(ExplainTest, AMissingInstanceIsTheCause) {
+  proves("EXPLAIN-2");
+  _sandbox.remove(_instance.deploy("install.xml"));
+  ASSERT_EQ(1, install().status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("not-installed", run.at("ending"));
+  EXPECT_EQ(8, run.at("errorCode"));
+}
+
+TEST_F(ExplainTest, ADescriptionThatCannotBeReadIsTheCause) {
+  proves("EXPLAIN-2");
+  _sandbox.writeFile(_package.list(), "no list");
+  ASSERT_EQ(1, install().status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("not-installed", run.at("ending"));
+  EXPECT_EQ("The hotfix description " + _package.list() + " can not be read as a property list.",
+            causeOf(run));
+}
+
+TEST_F(ExplainTest, ARunningApplicationIsTheCause) {
+  proves("EXPLAIN-2");
+  const std::string program = _instance.bundle + "/Contents/MacOS/Quillmere";
+  _sandbox.copyChildProgram(program);
+  RunOptions options;
+  options.background = {{program, "--idle"}};
+  ASSERT_EQ(1, install(options).status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("application-running", run.at("ending"));
+  EXPECT_EQ(6, run.at("errorCode"));
+}
+
+TEST_F(ExplainTest, AHigherHotfixIsTheCause) {
+  proves("EXPLAIN-2");
+  recordHotfix("1.6");
+  ASSERT_EQ(1, install().status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("higher-hotfix-installed", run.at("ending"));
+  EXPECT_EQ(7, run.at("errorCode"));
+  EXPECT_EQ("Higher version hotfix has been installed.", causeOf(run));
+  EXPECT_EQ("1.6", run.at("installedVersion"));
+}
+
+TEST_F(ExplainTest, AMissingManifestIsTheCause) {
+  proves("EXPLAIN-2");
+  _sandbox.remove(_package.deployFile("install.hotfix.xml"));
+  ASSERT_EQ(1, install().status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("manifest-not-copied", run.at("ending"));
+  EXPECT_EQ(4, run.at("errorCode"));
+}
+
+TEST_F(ExplainTest, AManifestThatIsNotWellFormedIsTheCause) {
+  proves("EXPLAIN-2");
+  _sandbox.writeFile(_package.deployFile("install.hotfix.xml"), "<install");
+  ASSERT_EQ(1, install().status);
+
+  EXPECT_EQ("manifest-not-copied", explainedRun(1).at("ending"));
+}
+
+TEST_F(ExplainTest, AManifestThatCannotBeCopiedIsTheCause) {
+  proves("EXPLAIN-2");
+  recordHotfix("1.4");
+  _sandbox.remove(_package.deployFile("install.hotfix.xml"));
+  _sandbox.makeFolder(_package.deployFile("install.hotfix.xml"));
+  _sandbox.makePipe(_package.deployFile("install.hotfix.xml") + "/pipe");
+  ASSERT_EQ(1, install().status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("manifest-not-copied", run.at("ending"));
+  EXPECT_THAT(causeOf(run), HasSubstr("install.hotfix.xml"));
+}
+
+TEST_F(ExplainTest, ALauncherThatFailsIsTheCause) {
+  proves("EXPLAIN-2");
+  launcherAnswers("rc=13\n");
+  ASSERT_EQ(1, install().status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("provisioning-failed", run.at("ending"));
+  EXPECT_THAT(causeOf(run), StartsWith("The provisioning answered 13; "));
+}
+
+TEST_F(ExplainTest, AFailedRemovalIsNotTheCauseOfALaterFailure) {
+  proves("EXPLAIN-2");
+  recordHotfix("1.4");
+  launcherAnswers("rc=13\n");
+  ASSERT_EQ(1, install().status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("provisioning-failed", run.at("ending"));
+  EXPECT_EQ("remove-older", stepsOf(run).at(5));
+  EXPECT_EQ(run.at("problems").back(), run.at("cause"));
+}
+
+TEST_F(ExplainTest, ALauncherThatSaysNothingIsTheCause) {
+  proves("EXPLAIN-2");
+  launcherAnswers("x=1\n");
+  ASSERT_EQ(1, install().status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("provisioning-failed", run.at("ending"));
+  EXPECT_THAT(causeOf(run), HasSubstr(" holds no rc; "));
+}
+
+TEST_F(ExplainTest, ALauncherThatIsMissingIsTheCause) {
+  proves("EXPLAIN-2");
+  _sandbox.remove(_instance.launcher());
+  ASSERT_EQ(1, install().status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("provisioning-failed", run.at("ending"));
+  EXPECT_THAT(causeOf(run), StartsWith("Not able to start " + _instance.launcher() + ": "));
+}
+
+TEST_F(ExplainTest, ALauncherThatASignalEndsIsTheCause) {
+  proves("EXPLAIN-2");
+  _sandbox.script("rcplauncher", ChildScript().kill(SIGKILL));
+  ASSERT_EQ(1, install().status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("provisioning-failed", run.at("ending"));
+  EXPECT_EQ(_instance.launcher() + " was ended by signal 9 (Killed).", causeOf(run));
+}
+
+TEST_F(ExplainTest, ASignalIsTheCause) {
+  proves("EXPLAIN-2");
+  _sandbox.script("rcplauncher", ChildScript().signalParent(SIGTERM));
+  ASSERT_EQ(1, install().status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("interrupted", run.at("ending"));
+  EXPECT_EQ("Asked to end by signal 15 (Terminated). The installation ends here.", causeOf(run));
+}
+
+TEST_F(ExplainTest, AMissingLibraryIsTheCause) {
+  proves("EXPLAIN-2");
+  const std::string list = _sandbox.readFile(_package.list()).value();
+  _sandbox.writeFile(_package.list(), "\xEF\xBB\xBF" + list);  // a byte order mark is unusual
+  _sandbox.writeFile(std::string("/broken/") + HOTFIX_XML_LIBRARY, "nothing");
+  RunOptions options;
+  options.set("LD_LIBRARY_PATH", "/broken");
+  ASSERT_EQ(1, install(options).status);
+
+  const json run = explainedRun(1);
+
+  EXPECT_EQ("library-missing", run.at("ending"));
+  EXPECT_THAT(causeOf(run), HasSubstr(HOTFIX_XML_LIBRARY));
+}
+
+TEST_F(ExplainTest, MissingArgumentsAreTheCause) {
+  proves("EXPLAIN-2");
+  ASSERT_EQ(1, _sandbox.run({}).status);
+
+  EXPECT_EQ("arguments-missing", explainedRun(1).at("ending"));
+}
+
+TEST_F(ExplainTest, ARunThatWasKilledIsBrokenOff) {
+  proves("EXPLAIN-2");
+  _sandbox.script("rcplauncher", ChildScript().signalParent(SIGKILL));
+  ASSERT_EQ(128 + SIGKILL, install().status);
+
+  const json run = explainedRun(2);
+
+  EXPECT_EQ("broken-off", run.at("ending"));
+  EXPECT_EQ("update-untouched", stepsOf(run).back());
+}
+
+TEST_F(ExplainTest, ARunThatIsAtWorkIsNotBrokenOff) {
+  proves("EXPLAIN-2");
+  _sandbox.script("rcplauncher", ChildScript().await("/tmp/go"));
+  RunningProgram running = _sandbox.start({_package.folder, _destination});
+  ASSERT_TRUE(comesTrue([&] { return !_sandbox.children("rcplauncher").empty(); }));
+
+  EXPECT_EQ("at-work", explained(2).at("run").at("ending"));
+
+  running.kill();
+}
+
+// --- Where the trace comes from ------------------------------------------------------------------
+
+TEST_F(ExplainTest, AKeptRunIsAFolderWithItsTrace) {
+  proves("EXPLAIN-4");
+  ASSERT_EQ(0, install().status);
+  const std::string trace = _sandbox.readFile(kTrace).value();
+  _sandbox.writeFile("/kept/install_trace.log", trace);
+  _sandbox.writeFile("/kept/other", trace);
+  _sandbox.makeLink("/kept/link", "other");
+  _sandbox.remove(kTrace);
+
+  EXPECT_EQ("/kept/install_trace.log", explained(0, {"/kept"}).at("trace"));
+  EXPECT_EQ("/kept/other", explained(0, {"/kept/other"}).at("trace"));
+  EXPECT_EQ("/kept/link", explained(0, {"/kept/link"}).at("trace"));
+}
+
+TEST_F(ExplainTest, WithoutATraceThereIsALineAndAStatus) {
+  proves("EXPLAIN-4");
+  const RunResult result = control({"explain"});
+
+  EXPECT_EQ(3, result.status);
+  EXPECT_EQ("", result.out);
+  EXPECT_EQ(
+      "hotfixctl: there is no trace: \"/tmp/install_trace.log\" cannot be read: No such file "
+      "or directory\n",
+      result.err);
+}
+
+TEST_F(ExplainTest, AFileWithoutARunIsALineAndAStatus) {
+  proves("EXPLAIN-4");
+  _sandbox.writeFile("/notes", "what is\nthis\n");
+
+  const RunResult result = control({"explain", "/notes"});
+  EXPECT_EQ(3, result.status);
+  EXPECT_EQ("", result.out);
+  EXPECT_EQ("hotfixctl: \"/notes\" holds no run of the installer\n", result.err);
+
+  const json answer = explained(3, {"/notes"});
+  EXPECT_TRUE(answer.at("run").is_null());
+  EXPECT_EQ(2, answer.at("lines"));
+  EXPECT_EQ(2, answer.at("otherLines"));
+}
+
+TEST_F(ExplainTest, APipeIsRefusedWithoutWaiting) {
+  proves("EXPLAIN-4");
+  _sandbox.makePipe("/pipe");
+
+  const RunResult result = control({"explain", "/pipe"});
+
+  EXPECT_EQ(4, result.status);
+  EXPECT_THAT(result.err, StartsWith("hotfixctl: \"/pipe\" cannot be read: "));
+}
+
+TEST_F(ExplainTest, ATraceThatSomebodyPlantedAsALinkIsRefused) {
+  proves("EXPLAIN-4");
+  _sandbox.writeFile("/root/secret", "secret\n");
+  _sandbox.makeLink(kTrace, "/root/secret");
+
+  const RunResult result = control({"explain"});
+
+  EXPECT_EQ(4, result.status);
+  EXPECT_EQ("", result.out);
+}
+
+TEST_F(ExplainTest, AFileThatIsClosedToTheUserIsALineAndAStatus) {
+  proves("EXPLAIN-4");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
+  _sandbox.writeFile("/closed", "x\n", 0600);
+  RunOptions options;
+  options.user = CliSandbox::kAlice;
+
+  const RunResult result = control({"explain", "/closed"}, options);
+
+  EXPECT_EQ(4, result.status);
+  EXPECT_EQ("hotfixctl: \"/closed\" cannot be read: Permission denied\n", result.err);
+}
+
+TEST_F(ExplainTest, ATraceThatIsCutAnywhereIsExplained) {
+  proves("EXPLAIN-3");
+  recordHotfix("1.6");
+  ASSERT_EQ(1, install().status);
+  const std::string trace = _sandbox.readFile(kTrace).value();
+  const std::string script = "i=0; while [ $i -lt " + std::to_string(trace.size()) +
+                             " ]; do /control/hotfixctl explain /cut/$i >/dev/null 2>&1; s=$?; "
+                             "[ $s -le 3 ] || echo $i $s; i=$((i+37)); done";
+  for (std::size_t i = 0; i < trace.size(); i += 37)
+    _sandbox.writeFile("/cut/" + std::to_string(i), trace.substr(0, i));
+
+  EXPECT_EQ("", shell(script).out);
+}
+
+TEST_F(ExplainTest, ALongTraceTakesLittleMemory) {
+  proves("EXPLAIN-3");
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the sanitizer maps more than the limit";
+#endif
+  ASSERT_EQ(0, install().status);
+  const std::string trace = _sandbox.readFile(kTrace).value();
+  _sandbox.writeFile("/long", trace);
+  ASSERT_EQ(0, truncate(_sandbox.host("/long").c_str(), off_t{300} << 20));
+  RunOptions options;
+  options.limits[RLIMIT_AS] = std::uint64_t{128} << 20;
+
+  const RunResult result = control({"explain", "/long"}, options);
+
+  EXPECT_EQ(0, result.status) << result.err;
+}
+
+// --- For people ----------------------------------------------------------------------------------
+
+TEST_F(ExplainTest, TheScreenTellsResultCauseAndRemedy) {
+  proves("EXPLAIN-1");
+  launcherAnswers("rc=13\n");
+  ASSERT_EQ(1, install().status);
+
+  const RunResult result = control({"explain"});
+
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.out,
+              AllOf(StartsWith("Trace     /tmp/install_trace.log\n"),
+                    HasSubstr("\nInstance  " + _instance.home() + "\n"),
+                    HasSubstr("\nHotfix    1.5 over no hotfix\n"),
+                    HasSubstr("  lets the launcher install the features\n"),
+                    HasSubstr("\nResult    the platform's launcher did not install the hotfix\n"),
+                    HasSubstr(" Error: The provisioning answered 13; "),
+                    HasSubstr("\nRemedy    The launcher's own logs tell why: ")));
+  EXPECT_THAT(result.out, Not(HasSubstr("\x1b")));
+}
+
+TEST_F(ExplainTest, ACodeIsToldWithItsMeaning) {
+  proves("EXPLAIN-1");
+  recordHotfix("1.6");
+  ASSERT_EQ(1, install().status);
+
+  EXPECT_THAT(control({"explain"}).out,
+              HasSubstr("\nResult    a higher hotfix is installed (code 7)\n"));
+}
+
+TEST_F(ExplainTest, ControlCharactersOfATraceDoNotReachTheTerminal) {
+  proves("CTL-5");
+  ASSERT_EQ(0, install().status);
+  const std::string begin = "Nov 22 07:08:09 m\x1b[2Jac HotfixInstaller[42] ";
+  _sandbox.writeFile("/evil", begin + "<Info>: Begin to install hotfix.\n" + begin +
+                                  "<Error>: \x1b]0;evil\x07\xff\u202e\n");
+
+  EXPECT_THAT(control({"explain", "/evil"}).out,
+              AllOf(HasSubstr("m\\x1b[2Jac"), HasSubstr("\\x1b]0;evil\\x07\\xff\\u202e"),
+                    Not(HasSubstr("\x1b")), Not(HasSubstr("\x07"))));
+}
+
+TEST_F(ExplainTest, ColorsAreThereOnDemand) {
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_THAT(control({"explain", "--color", "always"}).out,
+              HasSubstr("\x1b[32mthe hotfix was installed\x1b[0m"));
+}
+
+TEST_F(ExplainTest, NothingIsChangedByIt) {
+  ASSERT_EQ(0, install().status);
+  const auto before = _sandbox.tree("/tmp");
+  RunOptions options;
+  options.systemLog = true;
+
+  EXPECT_THAT(control({"explain"}, options).systemLog, IsEmpty());
+
+  EXPECT_EQ(before, _sandbox.tree("/tmp"));
+}
+
+// --- Following -----------------------------------------------------------------------------------
+
+TEST_F(ExplainTest, FollowingTellsStepsUntilTheRunHasEnded) {
+  proves("EXPLAIN-5");
+  _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
+  RunningProgram running = _sandbox.start({_package.folder, _destination});
+  ASSERT_TRUE(comesTrue([&] { return !_sandbox.children("rcplauncher").empty(); }));
+  RunOptions options;
+  options.program = CliSandbox::kControl;
+  RunningProgram follower = _sandbox.start({"explain", "--follow"}, options);
+
+  _sandbox.writeFile("/tmp/go", "");
+
+  EXPECT_EQ(0, running.finish().status);
+  const RunResult result = follower.finish();
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_THAT(result.out, AllOf(HasSubstr("records the hotfix"),
+                                HasSubstr("\nResult    the hotfix was installed\n")));
+}
+
+TEST_F(ExplainTest, FollowingARunThatHasEndedEndsAtOnce) {
+  proves("EXPLAIN-5");
+  ASSERT_EQ(0, install().status);
+
+  EXPECT_EQ(0, control({"explain", "--follow"}).status);
+  EXPECT_EQ("installed", explained(0, {"--follow"}).at("run").at("ending"));
+}
+
+TEST_F(ExplainTest, FollowingARunThatKnewNoInstanceEnds) {
+  proves("EXPLAIN-5");
+  _sandbox.remove(_package.list());
+  ASSERT_EQ(1, install().status);
+  EXPECT_EQ("not-installed", explained(1, {"--follow"}).at("run").at("ending"));
+
+  ASSERT_EQ(1, _sandbox.run({}).status);
+  EXPECT_EQ("arguments-missing", explained(1, {"--follow"}).at("run").at("ending"));
+}
+
+TEST_F(ExplainTest, FollowingAMissingTraceIsALineAndAStatus) {
+  const RunResult result = control({"explain", "--follow"});
+
+  EXPECT_EQ(3, result.status);
+  EXPECT_THAT(result.err, StartsWith("hotfixctl: there is no trace: "));
+}
+
+// --- Trace events --------------------------------------------------------------------------------
+
+TEST_F(ExplainTest, TraceEventsAreWrittenForEachStepAndProblem) {
+  proves("EXPLAIN-6");
+  launcherAnswers("rc=13\n");
+  ASSERT_EQ(1, install().status);
+
+  const json run = explained(1, {"--chrome-trace", "/tmp/events.json"}).at("run");
+
+  const json events = json::parse(_sandbox.readFile("/tmp/events.json").value()).at("traceEvents");
+  ASSERT_EQ(run.at("steps").size() + run.at("problems").size(), events.size());
+  EXPECT_EQ("X", events.front().at("ph"));
+  EXPECT_EQ("reads the package", events.front().at("name"));
+  EXPECT_EQ(0, events.front().at("ts"));
+  EXPECT_EQ("i", events.back().at("ph"));
+  EXPECT_EQ(run.at("problems").back().at("text"), events.back().at("name"));
+  for (const json& event : events) EXPECT_EQ(run.at("process"), event.at("pid"));
+}
+
+TEST_F(ExplainTest, TraceEventsDoNotTakeThePlaceOfWhatIsNoFile) {
+  proves("EXPLAIN-6");
+  ASSERT_EQ(0, install().status);
+  _sandbox.makePipe("/tmp/pipe");
+
+  const RunResult result = control({"explain", "--chrome-trace", "/tmp/pipe"});
+
+  EXPECT_EQ(4, result.status);
+  EXPECT_EQ("hotfixctl: \"/tmp/pipe\" is no file\n", result.err);
+  EXPECT_FALSE(_sandbox.isRegular("/tmp/pipe"));
+}
+
+TEST_F(ExplainTest, TraceEventsThatCannotBeWrittenAreAnError) {
+  proves("EXPLAIN-6");
+  ASSERT_EQ(0, install().status);
+
+  const RunResult result = control({"explain", "--chrome-trace", "/missing/events.json"});
+
+  EXPECT_EQ(4, result.status);
+  EXPECT_THAT(result.err, StartsWith("hotfixctl: \"/missing/events.json\" cannot be "));
+}
+
+}  // namespace
+}  // namespace installer::cli
