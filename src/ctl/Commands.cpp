@@ -4,11 +4,12 @@
 
 #include "ctl/explain/Explain.h"
 #include "ctl/lint/LintCommand.h"
+#include "ctl/status/Status.h"
 
 namespace installer::ctl {
 
 std::span<const Command> commands() {
-  static const std::array kAll{kExplain, kLint};
+  static const std::array kAll{kStatus, kExplain, kLint};
   return kAll;
 }
 

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace installer::ctl {
+
+// A feature as a manifest names it.
+struct Feature {
+  std::string identifier;
+  std::string version;
+  friend bool operator==(const Feature&, const Feature&) = default;
+};
+
+// The features of the manifest, in its order; none when it cannot be read or has none.
+std::vector<Feature> featuresIn(const std::string& manifest);
+
+// Whether it can be read and is well-formed.
+bool isManifest(const std::string& manifest);
+
+}  // namespace installer::ctl

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ctl/trace/TraceFile.h"
+
+namespace installer::ctl {
+
+struct ErrorRecord {
+  std::int64_t code = 0;
+  std::vector<std::string> details;
+};
+
+// What the last run on this machine left outside of the instances.
+struct LastRun {
+  std::optional<Trace> trace;
+  std::optional<std::string> traceLack;  // why there is none, though something is there
+  std::int64_t traceAge = 0;             // seconds since it was changed
+  std::optional<ErrorRecord> record;
+  bool hasMarker = false;
+
+  // The first error line of the run; nullptr when there is none.
+  const Problem* firstError() const;
+  // Whether the run was meant for the instance, and did not install its hotfix although it could
+  // have been.
+  bool failedOn(const std::string& rcpHome) const;
+};
+
+LastRun lastRun();
+
+}  // namespace installer::ctl

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ctl/Json.h"
+#include "ctl/Style.h"
+#include "ctl/status/InstanceReport.h"
+#include "ctl/status/LastRun.h"
+
+// What status answers.
+namespace installer::ctl {
+
+std::string textOf(const InstanceReport& report, const Style& style);
+std::string textOf(const LastRun& last, const Style& style);
+
+Json documentOf(const std::vector<InstanceReport>& reports, const LastRun& last, int status);
+
+}  // namespace installer::ctl
