@@ -68,4 +68,7 @@ enum class Beneath { no, yes };
 
 timespec modificationTime(const struct stat& status);
 
+// Whether what is made in a folder of this mode gets the folder's group instead of its maker's.
+bool takesGroupOfFolder(mode_t folder);
+
 }  // namespace installer::syscalls

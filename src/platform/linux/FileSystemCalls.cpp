@@ -107,4 +107,8 @@ timespec modificationTime(const struct stat& status) {
   return status.st_mtim;
 }
 
+bool takesGroupOfFolder(mode_t folder) {
+  return (folder & S_ISGID) != 0;
+}
+
 }  // namespace installer::syscalls

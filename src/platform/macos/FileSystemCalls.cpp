@@ -148,4 +148,8 @@ timespec modificationTime(const struct stat& status) {
   return status.st_mtimespec;
 }
 
+bool takesGroupOfFolder(mode_t) {
+  return true;
+}
+
 }  // namespace installer::syscalls
