@@ -26,6 +26,8 @@ class OverlayFileManager : public FileManager {
 
   // What came of it so far.
   Tree& tree() { return _tree; }
+  // What the path leads to by now.
+  Found found(const std::string& path) { return _held.glimpse(path); }
   const std::set<std::string>& unknown() const { return _tree.unknown(); }
 
   [[nodiscard]] std::shared_ptr<const void> hold(
