@@ -24,6 +24,9 @@ std::vector<std::string> optionsOf(const CLI::App& line) {
 // argument can hold this byte by itself.
 constexpr char kMark = '\0';
 
+// The one option that the installer itself has, with one dash.
+constexpr std::string_view kInstallersOption = "-rcpdata";
+
 std::string withMark(const std::string& argument) {
   return argument.starts_with('[') ? kMark + argument : argument;
 }
@@ -36,7 +39,7 @@ std::string withoutMark(const std::string& text) {
 std::vector<std::string> prepared(const std::vector<std::string>& arguments) {
   std::vector<std::string> turned;
   for (auto each = arguments.rbegin(); each != arguments.rend(); ++each)
-    turned.push_back(withMark(*each));
+    turned.push_back(*each == kInstallersOption ? "-" + *each : withMark(*each));
   return turned;
 }
 

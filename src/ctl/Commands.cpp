@@ -4,12 +4,13 @@
 
 #include "ctl/explain/Explain.h"
 #include "ctl/lint/LintCommand.h"
+#include "ctl/plan/PlanCommand.h"
 #include "ctl/status/Status.h"
 
 namespace installer::ctl {
 
 std::span<const Command> commands() {
-  static const std::array kAll{kStatus, kExplain, kLint};
+  static const std::array kAll{kPlan, kStatus, kExplain, kLint};
   return kAll;
 }
 

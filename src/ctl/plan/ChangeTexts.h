@@ -1,0 +1,30 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/overlay/Changes.h"
+
+namespace installer::ctl {
+
+// "created", "removed", "replaced", "attributes" or "rewritten".
+std::string_view nameOf(overlay::Change::Kind kind);
+// "file", "folder", "link" or "other".
+std::string_view nameOf(EntryKind kind);
+
+// Whether the change is one of owners and modes alone, of which a run makes many.
+inline bool isOfAttributes(const overlay::Change& change) {
+  return change.kind == overlay::Change::Kind::attributes;
+}
+
+// Four octal digits.
+std::string modeText(const overlay::Status& status);
+
+// The file that the new bytes come from; nullopt when the run has made them.
+std::optional<std::string> sourceOf(const overlay::Change& change);
+
+// How the file's text changes, with the two lines that name it. nullopt for what is no text, or
+// where nothing changes.
+std::optional<std::string> diffOf(overlay::Tree& tree, const overlay::Change& change);
+
+}  // namespace installer::ctl

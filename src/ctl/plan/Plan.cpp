@@ -1,0 +1,123 @@
+#include "ctl/plan/Plan.h"
+
+#include <algorithm>
+
+#include "ctl/plan/PlannedChecks.h"
+#include "driver/PackageLoader.h"
+#include "driver/RunState.h"
+#include "hotfix/base/Path.h"
+#include "hotfix/driver/Installer.h"
+#include "hotfix/formats/RegisterFile.h"
+#include "hotfix/platform/PropertyListFile.h"
+#include "hotfix/util/InstallUtil.h"
+#include "instance/InstanceLayout.h"
+#include "instance/ProvisioningCommand.h"
+#include "platform/Exists.h"
+#include "platform/overlay/KeptOutput.h"
+
+namespace installer::ctl {
+
+namespace {
+
+std::vector<std::string> commandLineOf(const Command& command) {
+  std::vector<std::string> line = {command.executable};
+  line.insert(line.end(), command.arguments.begin(), command.arguments.end());
+  return line;
+}
+
+std::string registrationOf(const std::string& bundleName) {
+  return path::appendingComponent(RegisterFile(bundleName).getRegisterDirectory(),
+                                  "framework.plist");
+}
+
+}  // namespace
+
+Plan::Plan(const PlanRequest& request, const overlay::Maker& maker)
+    : _request(request), _platform(Platform::current(), maker) {
+  Platform& real = Platform::current();
+  _platform.noted.onStart([this](const Command& command) { answerAsLauncher(command); });
+  {
+    const ScopedPlatform played(_platform);
+    play();
+    versionAfter = recordedVersion();
+  }
+  versionBefore = recordedVersion();
+  waitsForLauncher = launcherIsAtWork(*real.processes);
+  changes = overlay::changesIn(_platform.overlay.tree());
+}
+
+void Plan::play() {
+  std::vector<std::string> arguments = {"HotfixInstaller", _request.package, _request.destination};
+  if (_request.rcpData) arguments.insert(arguments.end(), {"-rcpdata", *_request.rcpData});
+  {
+    overlay::KeptOutput kept;
+    status = runInstaller(arguments);
+    output = kept.take();
+  }
+  log = _platform.lines.lines();
+  findBundle();
+  readRecord();
+  checks = plannedChecks(*this);
+}
+
+// What the launcher changes in the instance is its own business; of a provisioning it always
+// leaves its answer.
+void Plan::answerAsLauncher(const Command& command) {
+  if (!ProvisioningCommand::launcherIn(commandLineOf(command))) return;
+  const std::string home = path::deletingLastComponent(command.executable);
+  // One that cannot be written is missed by the run, as it would be.
+  (void)_platform.overlay.write(InstanceLayout::provisioningResult(home),
+                                "rc=" + std::to_string(_request.assumed) + "\n");
+}
+
+void Plan::findBundle() {
+  const RunState& state = runState();
+  rcpHome = state._rcpHome;
+  if (state._rcpHomeOfWorkflow != rcpHome) rcpHomeOfWorkflow = state._rcpHomeOfWorkflow;
+  packageVersion = state._package.version;
+  const std::optional<std::string>& name = state._package.bundleName;
+  if (!name) return;
+  bundle = resolveBundle();
+  if (state._package.allowMultiInstance) {
+    reason = BundleReason::severalInstances;
+    return;
+  }
+  registration = registrationOf(*name);
+  const std::optional<std::string> registered = RegisterFile(*name).getProductPath();
+  if (!registered)
+    reason = BundleReason::notRegistered;
+  else
+    reason = exists(registered) ? BundleReason::registered : BundleReason::registeredOneIsMissing;
+}
+
+void Plan::readRecord() {
+  const auto record = InstallUtil::getErrorMessage();
+  if (!record) return;
+  const auto* const code = record->find("ERROR_CODE");
+  if (code != nullptr && code->as<std::int64_t>() != nullptr)
+    errorCode = static_cast<int>(*code->as<std::int64_t>());
+  const auto* const details = record->find("ERROR_DETAILS");
+  if (details == nullptr || details->as<PropertyList::Array>() == nullptr) return;
+  for (const PropertyList::Value& detail : *details->as<PropertyList::Array>())
+    if (const auto* text = detail.as<std::string>()) errorDetails.push_back(*text);
+}
+
+// Asked of the file alone: whoever makes a service of the instance changes things.
+std::optional<std::string> Plan::recordedVersion() const {
+  const std::optional<std::string>& home = rcpHomeOfWorkflow ? rcpHomeOfWorkflow : rcpHome;
+  if (!home) return std::nullopt;
+  const auto info = PropertyList::readDictionary(InstanceLayout::installInfo(*home));
+  return info ? PropertyList::textForKey(*info, "hotfixVersion") : std::nullopt;
+}
+
+bool Plan::launcherIsAtWork(ProcessTable& processes) const {
+  if (!rcpHome) return false;
+  const auto lines = processes.commandLines();
+  return std::any_of(lines.begin(), lines.end(), [&](const std::vector<std::string>& line) {
+    const auto running = ProvisioningCommand::launcherIn(line);
+    return running && processes.asReported(*running) ==
+                          processes.asReported(InstanceLayout::launcher(*rcpHome));
+  });
+}
+
+}  // namespace installer::ctl

@@ -1,0 +1,204 @@
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "ctl/ControlTest.h"
+#include "support/Judge.h"
+#include "support/Proves.h"
+#include "support/TemporaryFolder.h"
+
+namespace installer::cli {
+namespace {
+
+using nlohmann::json;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+// The program's plan, and then the installer itself in the same place.
+class PlanCommandTest : public ControlTest {
+ protected:
+  std::vector<std::string> arguments() const { return {"plan", _package.folder, _destination}; }
+
+  RunResult plan(const std::vector<std::string>& options = {}, const RunOptions& run = {}) {
+    std::vector<std::string> all = arguments();
+    all.insert(all.end(), options.begin(), options.end());
+    return control(all, run);
+  }
+
+  json planned(const std::vector<std::string>& options = {}, const RunOptions& run = {}) {
+    std::vector<std::string> all = {"--json"};
+    all.insert(all.end(), options.begin(), options.end());
+    _result = plan(all, run);
+    return json::parse(_result.out, nullptr, false);
+  }
+
+  // The kinds, modes and owners of what is at the places that the plan names, from the disk.
+  void compareWithDisk(const json& told) {
+    for (const json& change : told["changes"]) {
+      const std::string path = change["path"];
+      const json& after = change["after"];
+      EXPECT_EQ(_sandbox.exists(path), !after.is_null()) << path;
+      if (after.is_null() || !_sandbox.exists(path)) continue;
+      const Ownership real = _sandbox.ownership(path);
+      EXPECT_EQ(after["owner"], real.owner) << path;
+      EXPECT_EQ(after["group"], real.group) << path;
+      if (after["kind"] != "link") {
+        EXPECT_EQ(std::stoul(after["mode"].get<std::string>(), nullptr, 8), real.mode) << path;
+      }
+    }
+  }
+
+  void compareChildren(const json& told) {
+    std::vector<std::vector<std::string>> started;
+    for (const ChildRecord& child : _sandbox.children()) started.push_back(child.arguments);
+    std::vector<std::vector<std::string>> expected;
+    for (const json& child : told["children"])
+      if (child["refusal"].is_null()) expected.push_back(child["arguments"]);
+    EXPECT_EQ(expected, started);
+  }
+
+  // Everything that a run could change.
+  std::vector<std::string> places() const {
+    std::vector<std::string> all;
+    for (const char* folder : {"/Applications", "/Library", "/Users", "/Volumes", "/tmp"})
+      for (const auto& [name, item] : _sandbox.tree(folder))
+        all.push_back(std::string(folder) + "/" + name + " " + item);
+    return all;
+  }
+
+  // The run comes out as the plan that was made before it.
+  void proveTruth() {
+    const auto before = places();
+    const json told = planned();
+    for (const std::string& place : places()) EXPECT_THAT(before, Contains(place));
+    EXPECT_EQ(before.size(), places().size());
+    EXPECT_THAT(_sandbox.children(), IsEmpty());
+
+    const RunResult run = install();
+
+    EXPECT_EQ(told["status"], run.status);
+    EXPECT_EQ(told["output"], run.out);
+    EXPECT_EQ(told["error"]["code"], errorRecord().code);
+    compareWithDisk(told);
+    compareChildren(told);
+  }
+
+  RunResult _result;
+};
+
+TEST_F(PlanCommandTest, AnInstallationComesOutAsPlanned) {
+  proves("PLAN-1");
+  proveTruth();
+  EXPECT_EQ(_result.status, 0);
+  EXPECT_EQ(_result.err, "");
+}
+
+TEST_F(PlanCommandTest, ADoubledUpgradeComesOutAsPlanned) {
+  proves("PLAN-1");
+  recordHotfix("1.4");
+  _sandbox.remove(_instance.data() + "/.config");
+  proveTruth();
+}
+
+TEST_F(PlanCommandTest, ARefusalComesOutAsPlanned) {
+  proves("PLAN-1");
+  recordHotfix("9");
+  proveTruth();
+  EXPECT_EQ(_result.status, 1);
+}
+
+TEST_F(PlanCommandTest, AReadOnlyInstanceComesOutAsPlanned) {
+  proves("PLAN-1");
+  _sandbox.makeReadOnly("/Applications");
+  proveTruth();
+  EXPECT_EQ(_result.status, 1);
+}
+
+TEST_F(PlanCommandTest, AMissingLauncherComesOutAsPlanned) {
+  proves("PLAN-1");
+  _sandbox.remove(_instance.launcher());
+  proveTruth();
+}
+
+TEST_F(PlanCommandTest, TheAssumedAnswerDecides) {
+  proves("PLAN-2");
+  EXPECT_EQ(plan({"--assume", "2"}).status, 0);
+  EXPECT_EQ(plan({"--assume", "13"}).status, 1);
+}
+
+TEST_F(PlanCommandTest, TheTextTellsTargetChecksChangesChildrenAndStatus) {
+  proves("PLAN-3");
+  const RunResult result = plan({"--diff", "--all"});
+
+  EXPECT_THAT(result.out, HasSubstr("Instance      /Applications/Quillmere.app\n"));
+  EXPECT_THAT(result.out, HasSubstr("allows several instances"));
+  EXPECT_THAT(result.out, HasSubstr("  version     passed; package 1.5; installed none\n"));
+  EXPECT_THAT(result.out, HasSubstr("+ " + _instance.deploy("install.update.xml") + " (file "));
+  EXPECT_THAT(result.out, HasSubstr("    +++ " + _instance.info() + "\n"));
+  EXPECT_THAT(result.out, HasSubstr(_instance.launcher() + " \"-rcpLauncherWait\""));
+  EXPECT_THAT(result.out, HasSubstr("Exit status   0: the hotfix would be installed\n"));
+}
+
+TEST_F(PlanCommandTest, AnErrorIsToldInWords) {
+  proves("PLAN-3");
+  _sandbox.remove(_instance.deploy("install.xml"));
+  const RunResult result = plan();
+
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.out, HasSubstr("  instance    FAILED; "));
+  EXPECT_THAT(result.out, HasSubstr("  code 8      no instance is installed; /Applications; "));
+  EXPECT_THAT(result.out, HasSubstr("  running     not reached"));
+}
+
+TEST_F(PlanCommandTest, TheDataFolderIsTakenInTheInstallersWords) {
+  EXPECT_EQ(planned({"-rcpdata", "/data"})["rcpData"], "/data");
+  EXPECT_EQ(planned({"--rcpdata", "/data"})["rcpData"], "/data");
+  EXPECT_EQ(planned()["rcpData"], nullptr);
+}
+
+// Whoever may not look everywhere gets what can be told, and is told that it is not all.
+TEST_F(PlanCommandTest, AUserWithoutRightsIsToldSo) {
+  proves("PLAN-4");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs several users";
+  RunOptions alice;
+  alice.user = CliSandbox::kAlice;
+
+  const json open = planned({}, alice);
+  EXPECT_EQ(_result.status, 0);
+  EXPECT_THAT(open["unknown"], IsEmpty());
+
+  _sandbox.writeFile(_instance.customization(), "a=1\n", 0600);
+  const json closed = planned({}, alice);
+  EXPECT_EQ(_result.status, 2);
+  EXPECT_THAT(closed["unknown"], Contains(_instance.customization()));
+}
+
+TEST_F(PlanCommandTest, TheSchemaKnowsTheWholeAnswer) {
+  for (const char* version : {"1.4", "9"}) {
+    recordHotfix(version);
+    const test::TemporaryFolder folder;
+    folder.makeFile("answer.json", plan({"--json", "--diff"}).out);
+    const auto verdict = test::askJudge(folder.path(),
+                                        "python3 -c 'import json, jsonschema\n"
+                                        "schema = json.load(open(\"" HOTFIX_SOURCE_DIR
+                                        "/src/ctl/schema/plan-1.schema.json\"))\n"
+                                        "jsonschema.Draft7Validator.check_schema(schema)\n"
+                                        "jsonschema.Draft7Validator(schema).validate("
+                                        "json.load(open(\"answer.json\")))'");
+    EXPECT_EQ(verdict.status, 0) << verdict.output;
+  }
+}
+
+TEST_F(PlanCommandTest, BadArgumentsAreRefused) {
+  EXPECT_EQ(control({"plan"}).status, 64);
+  EXPECT_EQ(control({"plan", "a", "b", "c"}).status, 64);
+  EXPECT_EQ(control({"plan", "a", "b", "--assume", "x"}).status, 64);
+  EXPECT_EQ(control({"plan", "/none", "/none"}).status, 1);
+}
+
+}  // namespace
+}  // namespace installer::cli
