@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "ctl/QuietPlatform.h"
 #include "ctl/lint/PackageView.h"
-#include "ctl/lint/QuietPlatform.h"
 #include "ctl/lint/RuleTable.h"
 #include "ctl/lint/Rules.h"
 #include "platform/FileManager.h"

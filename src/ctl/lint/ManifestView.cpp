@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "base/XmlRewriting.h"
+#include "ctl/QuietPlatform.h"
 #include "ctl/lint/Lines.h"
-#include "ctl/lint/QuietPlatform.h"
 #include "formats/ManifestFeatures.h"
 #include "hotfix/formats/InstallManifest.h"
 #include "hotfix/util/StringUtil.h"
@@ -75,9 +75,9 @@ ManifestView readManifest(const std::string& file) {
   const xml::Document document = xml::parse(view.bytes);
   if (!document) return view;
   view.isWellFormed = true;
-  QuietPlatform quiet;
+  const QuietPlatform quiet;
   const auto features = manifestFeatures(*document);
-  for (const std::string& line : quiet.log().take()) view.lack = line;
+  for (const std::string& line : quiet.errors()) view.lack = line;
   if (!features) return view;
   LineSearch lines(view.bytes);
   (void)lines.next("<feature ");  // what stands before it names no feature

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "ctl/ControlTest.h"
+#include "ctl/Schema.h"
 #include "ctl/lint/LintWorld.h"
 #include "support/Proves.h"
 
@@ -132,7 +133,7 @@ TEST_F(LintCommandTest, JsonIsOneDocument) {
   const RunResult result = lint({"--json", _path});
 
   EXPECT_EQ(1, result.status);
-  const Json json = Json::parse(result.out);
+  const Json json = ctl::test::judged(result.out, "lint-1");
   EXPECT_EQ("hotfixctl/lint/1", json["schema"]);
   EXPECT_EQ("HF108", json["findings"][0]["rule"]);
 }
@@ -152,7 +153,8 @@ TEST_F(LintCommandTest, SarifIsOneDocument) {
 TEST_F(LintCommandTest, RulesAreListedAndExplainedWithoutAPackage) {
   proves("LINT-6");
   EXPECT_THAT(lint({"--list"}).out, StartsWith("HF101  error "));
-  EXPECT_EQ("hotfixctl/lint-rules/1", Json::parse(lint({"--list", "--json"}).out)["schema"]);
+  EXPECT_EQ("hotfixctl/lint-rules/1",
+            ctl::test::judged(lint({"--list", "--json"}).out, "lint-rules-1")["schema"]);
   const RunResult result = lint({"--explain", "HF108"});
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.out, StartsWith("HF108 (error)\nversion is missing.\n\n"));
