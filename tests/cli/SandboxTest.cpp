@@ -2,6 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <string>
+
+#include "support/ChildRun.h"
+#include "support/TemporaryFolder.h"
+#include "support/linux/PrivateRoot.h"
+
 namespace installer::cli {
 namespace {
 
@@ -18,6 +25,19 @@ TEST(CliSandboxTest, ProgramIsThere) {
 
   EXPECT_NE(126, result.status) << result.err;
   EXPECT_NE(-1, result.status) << result.err;
+}
+
+// What a test empties or hands over must be nothing of the machine's.
+TEST(CliSandboxTest, BuildTreeIsNotThereUnlessItHasCounters) {
+  const test::TemporaryFolder folder;
+  const std::string& root = folder.path();
+
+  EXPECT_TRUE(test::inChild([&] {
+    if (test::enterPrivateMounts(root)) return false;
+    test::makeRootFolders(root);
+    test::mountRoot(root, HOTFIX_PROGRAM);
+    return std::filesystem::exists(root + HOTFIX_BINARY_DIR) == !test::countedTree().empty();
+  }));
 }
 
 }  // namespace

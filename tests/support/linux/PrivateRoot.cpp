@@ -11,6 +11,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 
 #include "support/ChildFolder.h"
 
@@ -72,10 +73,9 @@ void bindLibraries(const std::string& root) {
   }
 }
 
-// The build tree at its own path, for the counters of a build that measures coverage.
-void bindBuildTree(const std::string& root) {
-  const std::string tree = HOTFIX_BINARY_DIR;
-  if (tree.rfind("/tmp/", 0) == 0) return;
+void bindCountedTree(const std::string& root) {
+  const std::string tree = countedTree();
+  if (tree.empty()) return;
   const std::string inside = root + tree;
   fs::create_directories(inside);
   const unsigned long flags = MS_BIND | MS_REC;
@@ -88,6 +88,15 @@ void writeText(const std::string& path, const std::string& text) {
 }
 
 }  // namespace
+
+// What tests empty and hand over would take the tree with it.
+std::string countedTree() {
+  const std::string tree = HOTFIX_COUNTED_TREE;
+  for (const std::string_view folder :
+       {"/tmp/", "/root/", "/Users/", "/Applications/", "/Library/"})
+    if (tree.starts_with(folder)) return {};
+  return tree;
+}
 
 void giveUp(const std::string& what) {
   const std::string line = "sandbox: " + what + ": " + strerror(errno) + "\n";
@@ -134,7 +143,7 @@ void writeUserDatabase(const std::string& root, bool withAdmin) {
 
 void mountRoot(const std::string& root, const std::string& program) {
   bindLibraries(root);
-  bindBuildTree(root);
+  bindCountedTree(root);
   for (const char* device : {"null", "zero", "full", "random", "urandom"})
     bindFile(std::string("/dev/") + device, root + "/dev/" + device);
   bindFile("/bin/sh", root + "/usr/bin/sh");

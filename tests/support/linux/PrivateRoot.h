@@ -37,6 +37,10 @@ inline constexpr const char* kChildInRoot = "/control/child";
 inline constexpr const char* kAllocationFaultInRoot = "/control/AllocationFault.so";
 inline constexpr const char* kKillAtNameInRoot = "/control/KillAtName.so";
 
+// The build tree, which then lies at its own path in such a root: that of a build that measures
+// coverage, for its counters. Empty for any other, and where no counters can be kept.
+std::string countedTree();
+
 // Mounts libraries, devices, the process list, the helper and the program of that path below the
 // root. Ends the process with status 126 and a line when something is refused.
 void mountRoot(const std::string& root, const std::string& program);
