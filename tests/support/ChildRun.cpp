@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 
 namespace installer::test {
 
@@ -18,11 +19,22 @@ bool becomeOrdinaryUser() {
          ::seteuid(kOrdinaryUser) == 0;
 }
 
+// Nothing gets out of the child: unwound into its parent's frames it would clean up what is theirs,
+// with all that it has mounted there.
+bool answerOf(const std::function<bool()>& steps) {
+  try {
+    return steps();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "child: %s\n", error.what());
+    return false;
+  }
+}
+
 // What measures the run writes its findings at the end of the process.
 bool withDescriptorsAgain(const std::function<bool()>& steps) {
   rlimit limit{};
   if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return false;
-  const bool answer = steps();
+  const bool answer = answerOf(steps);
   return ::setrlimit(RLIMIT_NOFILE, &limit) == 0 && answer;
 }
 

@@ -40,15 +40,7 @@ bool enterNamespaces() {
          writeWhole("/proc/self/gid_map", "0 " + std::to_string(group) + " 1\n");
 }
 
-void bindFile(const std::string& source, const std::string& target) {
-  if (access(source.c_str(), F_OK) != 0) return;
-  close(open(target.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0755));
-  if (mount(source.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) != 0)
-    giveUp("bind " + source);
-}
-
 void bindReadOnly(const std::string& source, const std::string& target) {
-  fs::create_directories(target);
   if (mount(source.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0)
     giveUp("bind " + source);
   struct statvfs status {};
@@ -59,16 +51,41 @@ void bindReadOnly(const std::string& source, const std::string& target) {
   (void)mount(nullptr, target.c_str(), nullptr, flags, nullptr);  // stays writable then
 }
 
+void bindFile(const std::string& source, const std::string& target) {
+  if (access(source.c_str(), F_OK) != 0) return;
+  close(open(target.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0755));
+  bindReadOnly(source, target);
+}
+
+void bindFolder(const std::string& source, const std::string& target) {
+  fs::create_directories(target);
+  bindReadOnly(source, target);
+}
+
+// A node of the root's own where one can be made and used: what a run hands over must be nothing of
+// the machine's.
+void addDevice(const std::string& path, const std::string& root) {
+  const std::string inside = root + path;
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return;
+  if (mknod(inside.c_str(), S_IFCHR | 0666, status.st_rdev) == 0) {
+    const int device = open(inside.c_str(), O_RDONLY | O_CLOEXEC);
+    if (device >= 0) return (void)close(device);
+    unlink(inside.c_str());
+  }
+  bindFile(path, inside);
+}
+
 // The folders of shared libraries; on most systems those of the root are links into /usr.
 void bindLibraries(const std::string& root) {
   for (const char* folder : {"/usr/lib", "/usr/lib64", "/usr/lib32"})
-    if (fs::is_directory(folder)) bindReadOnly(folder, root + folder);
+    if (fs::is_directory(folder)) bindFolder(folder, root + folder);
   for (const char* folder : {"/lib", "/lib64", "/lib32", "/bin"}) {
     std::error_code ignored;
     if (fs::is_symlink(folder)) {
       fs::create_symlink(fs::read_symlink(folder), root + folder, ignored);
     } else if (fs::is_directory(folder)) {
-      bindReadOnly(folder, root + folder);
+      bindFolder(folder, root + folder);
     }
   }
 }
@@ -109,7 +126,7 @@ std::optional<std::string> enterPrivateMounts(const std::string& folder) {
     return "no mount namespace (run as root, or allow user namespaces): " +
            std::string(strerror(errno));
   if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-      mount("tmpfs", folder.c_str(), "tmpfs", MS_NODEV, "mode=0755") != 0)
+      mount("tmpfs", folder.c_str(), "tmpfs", 0, "mode=0755") != 0)
     return "no private file system: " + std::string(strerror(errno));
   return std::nullopt;
 }
@@ -145,7 +162,7 @@ void mountRoot(const std::string& root, const std::string& program) {
   bindLibraries(root);
   bindCountedTree(root);
   for (const char* device : {"null", "zero", "full", "random", "urandom"})
-    bindFile(std::string("/dev/") + device, root + "/dev/" + device);
+    addDevice(std::string("/dev/") + device, root);
   bindFile("/bin/sh", root + "/usr/bin/sh");
   bindFile("/etc/ld.so.cache", root + "/etc/ld.so.cache");
   bindFile(program, root + kProgramInRoot);
