@@ -7,6 +7,13 @@ hotfix() { sample/make-hotfix --version "$1" "${@:3}" "$stage/$2"; }
 
 # The parts tell of the packages and the instance that tellStory makes.
 
+tellOfAPlan() {
+  step "What the first hotfix would do" \
+    "The installer's own code, played on files that stay as they are."
+  planInstaller 0 "$first" "$stage/Applications"
+  runControl 1 status "$app"
+}
+
 tellOfUpgrades() {
   step "A hotfix is installed" \
     "Manifests, settings, key stores and extras arrive; the launcher adds the feature." \
@@ -14,6 +21,7 @@ tellOfUpgrades() {
     ".keystore.trust too: a package brings every key store that the client shall have, and one" \
     "that brings none leaves none."
   runInstaller 0 0 "$first" "$stage/Applications"
+  expectAsPlanned 0
   expectHotfix 6.2.3.1
   expectMarker no
   askApplication
@@ -54,6 +62,10 @@ tellOfRefusals() {
 }
 
 tellOfAFailure() {
+  step "A hotfix is looked at before it is rolled out" \
+    "Its site lacks the feature, which no check of the installer finds."
+  runControl 1 lint "$broken"
+
   step "Provisioning fails" \
     "The site lacks the feature. The old hotfix is gone by then, the application still runs." \
     "No check failed, hence code 0 and no marker file: the status tells that it failed, and the" \
@@ -64,6 +76,9 @@ tellOfAFailure() {
   askApplication
   expectApplicationSays "feature com.quillmere.platform_6.2.3"
   expectApplicationSilentAbout "com.quillmere.hotfix"
+
+  step "What that run did, and why it ended so" "From its trace."
+  runControl 1 explain
 
   step "The repaired hotfix is installed" "Nothing of the failure is in the way."
   runInstaller 0 0 "$third" "$stage/Applications"
@@ -82,6 +97,7 @@ tellStory() {
   broken=$(hotfix 6.2.3.3 hotfix-3-broken --without-feature)
   third=$(hotfix 6.2.3.3 hotfix-3)
 
+  tellOfAPlan
   tellOfUpgrades
   tellOfRefusals
   tellOfAFailure

@@ -2,8 +2,8 @@
 # shellcheck disable=SC2154 # set by the caller and its story
 # Tells a run of the installer to a person: the command, what it answered, what it left behind and
 # what it changed. Every run has an expected outcome; a different one ends the story with status 1.
-# Sourced, never started. The caller sets "installer", the path of the built program; its story sets
-# "app", the instance's application bundle, "rcpHome", and "launcherLog", the log of its launcher.
+# Sourced, never started. The caller sets "installer" and "control", the paths of the built program
+# and of hotfixctl; its story sets "app", the instance's application bundle, "rcpHome", and "launcherLog", the log of its launcher.
 
 traceFile=/tmp/install_trace.log
 recordFile=/tmp/INSTALLATION_INTERNAL_PASTEBOARD
@@ -174,7 +174,32 @@ runInstaller() {
   [[ $code == "$wantedCode" ]] || storyFails "error code $code instead of $wantedCode"
 }
 
+# runControl STATUS ARGUMENT...: one run of hotfixctl, its answer with paths as seen from here.
+runControl() {
+  local wantedStatus=$1 status=0
+  shift
+  row command "$(printf '%q ' "${control#"$PWD"/}" "${@/#"$PWD"\//}")"
+  "$control" "$@" >"$stage/notes/answer" || status=$?
+  sed -e "s|$PWD/||g" "$stage/notes/answer" | rows told
+  row status "$status"
+  ((status == wantedStatus)) || storyFails "exit status $status instead of $wantedStatus"
+}
+
+# planInstaller STATUS ARGUMENT...: what the installer would do, noted for expectAsPlanned.
+planInstaller() {
+  runControl "$1" plan "${@:2}"
+  "$control" plan --json "${@:2}" >"$stage/notes/plan" || (($? == $1))
+}
+
 # The checks behind a run; each says what it found.
+
+# expectAsPlanned STATUS: the run behind planInstaller did what that had told, and ended so.
+expectAsPlanned() {
+  sample/compare-plan "$stage/notes/plan" "$stage/notes/before" "$stage/notes/after" "$app" "$1" \
+    >"$stage/notes/compared" || storyFails "not as planned: $(cat "$stage/notes/compared")"
+  rows planned <"$stage/notes/compared"
+}
+
 expectHotfix() {
   local recorded
   recorded=$(plistValues "$rcpHome/installInfo.plist" hotfixVersion)

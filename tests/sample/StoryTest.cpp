@@ -41,22 +41,25 @@ class StoryTest : public ::testing::Test {
               kPlistHead + "<key>hotfixVersion</key><string>" + version + "</string>" + kPlistTail);
   }
 
-  // The script runs in the story's folder.
-  void installerIs(const std::string& script) const {
-    writeText(_root / "installer", "#!/bin/bash\n" + script);
-    fs::permissions(_root / "installer", fs::perms::owner_all);
+  // The scripts run in the story's folder.
+  void installerIs(const std::string& script) const { programIs("installer", script); }
+  void companionIs(const std::string& script) const { programIs("control", script); }
+  void programIs(const std::string& name, const std::string& script) const {
+    writeText(_root / name, "#!/bin/bash\n" + script);
+    fs::permissions(_root / name, fs::perms::owner_all);
   }
 
   Outcome tell(const std::string& words) const {
     const std::string source = HOTFIX_SOURCE_DIR "/sample/story.sh";
-    return run({"/bin/bash", "-c",
-                "exec 2>&1; set -euo pipefail; cd '" + _root.string() + "'; . '" + source +
-                    "'; traceFile=$PWD/trace recordFile=$PWD/record markerFile=$PWD/marker; "
-                    "programFiles=(\"$traceFile\" \"$recordFile\" \"$markerFile\"); "
-                    "installer=$PWD/installer app=$PWD/app rcpHome=$PWD/app/rcp; "
-                    "launcherLog=$PWD/launcher.log; "
-                    "openStage \"$PWD/stage\"\n" +
-                    words + "\necho THE END"});
+    return run(
+        {"/bin/bash", "-c",
+         "exec 2>&1; set -euo pipefail; cd '" + _root.string() + "'; . '" + source +
+             "'; traceFile=$PWD/trace recordFile=$PWD/record markerFile=$PWD/marker; "
+             "programFiles=(\"$traceFile\" \"$recordFile\" \"$markerFile\"); "
+             "installer=$PWD/installer control=$PWD/control app=$PWD/app rcpHome=$PWD/app/rcp; "
+             "launcherLog=$PWD/launcher.log; "
+             "openStage \"$PWD/stage\"\n" +
+             words + "\necho THE END"});
   }
 
   fs::path _root;
@@ -85,6 +88,36 @@ TEST_F(StoryTest, OtherExitStatusEndsTheStory) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, HasSubstr("NOT AS EXPECTED: exit status 1 instead of 0"));
   EXPECT_THAT(outcome.output, Not(HasSubstr("THE END")));
+}
+
+TEST_F(StoryTest, AnswerOfTheCompanionIsToldAsSeenFromHere) {
+  companionIs("printf '%s\n' \"$PWD/app\" \"$@\"; exit 2");
+
+  const Outcome outcome = tell("runControl 2 lint 'a package'");
+
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.output, HasSubstr("command    control lint a\\ package \n"
+                                        "  told       app\n             lint\n"
+                                        "             a package\n  status     2\nTHE END"));
+}
+
+TEST_F(StoryTest, OtherStatusOfTheCompanionEndsTheStory) {
+  companionIs("exit 1");
+
+  const Outcome outcome = tell("runControl 2 lint package");
+
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.output, HasSubstr("NOT AS EXPECTED: exit status 1 instead of 2"));
+}
+
+TEST_F(StoryTest, PlanIsToldAndNotedAndMayForeseeAFailure) {
+  companionIs("echo \"$@\"; exit 1");
+
+  const Outcome outcome = tell("planInstaller 1 package destination; cat stage/notes/plan");
+
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.output, HasSubstr("told       plan package destination\n"));
+  EXPECT_THAT(outcome.output, HasSubstr("\nplan --json package destination\nTHE END"));
 }
 
 TEST_F(StoryTest, OtherErrorCodeEndsTheStory) {
