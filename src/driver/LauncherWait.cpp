@@ -10,9 +10,8 @@
 
 namespace installer {
 
-namespace {
-
-bool isAtWork(const std::string& launcher) {
+bool isLauncherAtWork(const std::string& rcpHome) {
+  const std::string launcher = InstanceLayout::launcher(rcpHome);
   ProcessTable& processes = *Platform::current().processes;
   const auto lines = processes.commandLines();
   return std::any_of(lines.begin(), lines.end(), [&](const std::vector<std::string>& line) {
@@ -21,15 +20,12 @@ bool isAtWork(const std::string& launcher) {
   });
 }
 
-}  // namespace
-
 void waitForLauncherLeftBehind(const std::string& rcpHome) {
-  const std::string launcher = InstanceLayout::launcher(rcpHome);
   Wait wait(
       "A launcher that an earlier installation left behind is at work on this instance, "
       "waiting for its end.",
       "The launcher is still at work");
-  while (isAtWork(launcher)) wait.pause();
+  while (isLauncherAtWork(rcpHome)) wait.pause();
 }
 
 }  // namespace installer

@@ -4,6 +4,9 @@
 
 namespace installer {
 
+// Whether a launcher of the rcp home runs right now.
+[[nodiscard]] bool isLauncherAtWork(const std::string& rcpHome);
+
 // Waits until no launcher of the rcp home provisions any more [notice, and once more after ten
 // seconds]. To be called by the holder of the instance's lock: whoever started such a launcher has
 // ended, killed perhaps, while the launcher works on in the instance, and another one must not be

@@ -1,8 +1,7 @@
 #include "ctl/plan/Plan.h"
 
-#include <algorithm>
-
 #include "ctl/plan/PlannedChecks.h"
+#include "driver/LauncherWait.h"
 #include "driver/PackageLoader.h"
 #include "driver/RunState.h"
 #include "hotfix/base/Path.h"
@@ -34,7 +33,6 @@ std::string registrationOf(const std::string& bundleName) {
 
 Plan::Plan(const PlanRequest& request, const overlay::Maker& maker)
     : _request(request), _platform(Platform::current(), maker) {
-  Platform& real = Platform::current();
   _platform.noted.onStart([this](const Command& command) { answerAsLauncher(command); });
   {
     const ScopedPlatform played(_platform);
@@ -42,7 +40,7 @@ Plan::Plan(const PlanRequest& request, const overlay::Maker& maker)
     versionAfter = recordedVersion();
   }
   versionBefore = recordedVersion();
-  waitsForLauncher = launcherIsAtWork(*real.processes);
+  waitsForLauncher = rcpHome && isLauncherAtWork(*rcpHome);
   changes = overlay::changesIn(_platform.overlay.tree());
 }
 
@@ -108,16 +106,6 @@ std::optional<std::string> Plan::recordedVersion() const {
   if (!home) return std::nullopt;
   const auto info = PropertyList::readDictionary(InstanceLayout::installInfo(*home));
   return info ? PropertyList::textForKey(*info, "hotfixVersion") : std::nullopt;
-}
-
-bool Plan::launcherIsAtWork(ProcessTable& processes) const {
-  if (!rcpHome) return false;
-  const auto lines = processes.commandLines();
-  return std::any_of(lines.begin(), lines.end(), [&](const std::vector<std::string>& line) {
-    const auto running = ProvisioningCommand::launcherIn(line);
-    return running && processes.asReported(*running) ==
-                          processes.asReported(InstanceLayout::launcher(*rcpHome));
-  });
 }
 
 }  // namespace installer::ctl

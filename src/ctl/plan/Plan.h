@@ -81,7 +81,6 @@ class Plan {
   void findBundle();
   void readRecord();
   std::optional<std::string> recordedVersion() const;
-  bool launcherIsAtWork(ProcessTable& processes) const;
 
   PlanRequest _request;
   overlay::PlannedPlatform _platform;

@@ -48,6 +48,17 @@ TEST_F(LauncherWaitTest, WithoutALauncherThereIsNoWait) {
   EXPECT_THAT(_sandbox.log(), IsEmpty());
 }
 
+TEST_F(LauncherWaitTest, AskingWaitsForNobody) {
+  EXPECT_FALSE(isLauncherAtWork(_home));
+  run(_home + "/rcplauncher", milliseconds(300));
+
+  EXPECT_TRUE(isLauncherAtWork(_home));
+  EXPECT_FALSE(isLauncherAtWork(_sandbox.path("B.app/Contents/MacOS/rcp")));
+
+  EXPECT_EQ(_sandbox.clock().paused(), milliseconds(0));
+  EXPECT_THAT(_sandbox.log(), IsEmpty());
+}
+
 TEST_F(LauncherWaitTest, LauncherIsWaitedForWithOneNotice) {
   proves("LOCK-7");
   run(_home + "/rcplauncher", milliseconds(300));
