@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "platform/UserName.h"
 #include "platform/posix/Memory.h"
 
 namespace installer {
@@ -43,6 +44,11 @@ auto findOnce(Known& known, const std::string& name, Find find) -> decltype(find
 
 }  // namespace
 
+std::optional<std::string> nameOfUser(uid_t user) {
+  return findEntry<passwd>([&](auto... space) { return getpwuid_r(user, space...); },
+                           [](const passwd& entry) { return std::string(entry.pw_name); });
+}
+
 std::optional<std::string> PosixUserContext::environment(const std::string& variable) {
   const char* value = std::getenv(variable.c_str());
   if (value == nullptr) return std::nullopt;
@@ -50,8 +56,7 @@ std::optional<std::string> PosixUserContext::environment(const std::string& vari
 }
 
 std::optional<std::string> PosixUserContext::currentUserName() {
-  return findEntry<passwd>([](auto... space) { return getpwuid_r(geteuid(), space...); },
-                           [](const passwd& entry) { return std::string(entry.pw_name); });
+  return nameOfUser(geteuid());
 }
 
 uid_t PosixUserContext::effectiveUserId() {

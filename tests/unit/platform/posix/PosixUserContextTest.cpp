@@ -10,6 +10,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/UserName.h"
 #include "support/Proves.h"
 
 namespace installer::test {
@@ -76,6 +77,16 @@ TEST_F(PosixUserContextTest, FindsGroups) {
 
 TEST_F(PosixUserContextTest, TellsTheEffectiveUser) {
   EXPECT_EQ(_users.effectiveUserId(), geteuid());
+}
+
+TEST_F(PosixUserContextTest, TellsTheNameOfANumber) {
+  const std::optional<User> user = someUser();
+  ASSERT_TRUE(user.has_value());
+
+  const std::optional<std::string> name = nameOfUser(user->uid);
+  ASSERT_TRUE(name.has_value());
+  EXPECT_EQ(_users.findUser(*name)->uid, user->uid) << "several names can have one number";
+  EXPECT_EQ(nameOfUser(54321), std::nullopt);
 }
 
 TEST_F(PosixUserContextTest, ChangesTheEffectiveUserAndNoOther) {
