@@ -10,10 +10,12 @@
 #include "base/Characters.h"
 #include "base/TextDictionary.h"
 #include "ctl/lint/Files.h"
+#include "ctl/lint/JavaLine.h"
 #include "ctl/lint/Lines.h"
 #include "ctl/lint/RuleTable.h"
 #include "ctl/lint/Rules.h"
 #include "formats/JavaPropertiesReader.h"
+#include "formats/JavaPropertiesWriter.h"
 #include "hotfix/base/KeyedHash.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
@@ -25,6 +27,7 @@ namespace {
 constexpr std::size_t kMostLines = 100'000;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kSeparators = "=: \t";
+constexpr std::string_view kOptionPrefix = "-X";
 
 // --- The file as a whole -------------------------------------------------------------------------
 
@@ -72,35 +75,11 @@ std::size_t backslashesAtEnd(std::string_view line) {
   return last == std::string_view::npos ? line.size() : line.size() - last - 1;
 }
 
-bool isEscape(std::string_view line, std::size_t at) {
-  return line[at] == '\\' && at + 1 < line.size();
-}
-
-// Where the key ends: at the first separator, escaped or not.
-struct KeyEnd {
-  std::size_t place;
-  bool isEscaped;
-};
-
-KeyEnd endOfKey(std::string_view line) {
-  for (std::size_t at = 0; at < line.size(); ++at) {
-    const bool escapes = isEscape(line, at);
-    if (kSeparators.find(line[escapes ? at + 1 : at]) != std::string_view::npos)
-      return {at, escapes};
-    if (escapes) ++at;
-  }
-  return {line.size(), false};
-}
-
-// Whether a merge writes an escape of the part differently from how it stands there. `kept` is what
-// may follow a backslash without harm.
-bool holdsChangedEscape(std::string_view part, std::string_view kept) {
-  for (std::size_t at = 0; at < part.size(); ++at) {
-    if (!isEscape(part, at)) continue;
-    ++at;
-    if (kept.find(part[at]) == std::string_view::npos) return true;
-  }
-  return false;
+// The line that a merge makes of it.
+std::string writtenLine(const TextDictionary& entries) {
+  std::string text = writeJavaProperties(entries);
+  if (text.ends_with('\n')) text.pop_back();
+  return text;
 }
 
 // Goes through the lines, as the installer's reader does.
@@ -113,8 +92,7 @@ class Settings {
  private:
   void lookAtLine(std::string_view line);
   void lookAtEntry(std::string_view line, const TextDictionary::Entry& entry);
-  void lookAtEscapes(std::string_view line);
-  void lookAtEnd(std::string_view line);
+  void lookAtMeaning(std::string_view line, const TextDictionary& entries);
   void summarize();
   void add(const Rule& rule, std::string message) {
     _findings.add(rule, {_file, std::nullopt, _number}, std::move(message));
@@ -163,14 +141,18 @@ void Settings::lookAtLine(std::string_view line) {
                fmt::format("\"{}\" is continued, and dropped with its key.", trimmed));
   ++_entries;
   lookAtEntry(trimmed, *entries.begin());
-  lookAtEscapes(trimmed);
-  lookAtEnd(trimmed);
+  if (backslashesAtEnd(trimmed) % 2 == 1)
+    return add(rule("HF407"),
+               fmt::format("\"{}\" ends with a backslash and is not continued.", trimmed));
+  const bool isOdd = entries.begin()->key.empty() || trimmed.starts_with('!') ||
+                     trimmed.starts_with(kOptionPrefix);  // which other rules tell
+  if (!isOdd) lookAtMeaning(trimmed, entries);
 }
 
 void Settings::lookAtEntry(std::string_view line, const TextDictionary::Entry& entry) {
   if (entry.key.empty()) return add(rule("HF412"), fmt::format("\"{}\" has no key.", line));
   if (line.starts_with('!')) add(rule("HF409"), fmt::format("\"{}\" is no comment.", line));
-  if (line.starts_with("-X"))
+  if (line.starts_with(kOptionPrefix))
     add(rule("HF416"),
         fmt::format("\"{}\" counts as an option: its value is \"{}\".", line, entry.value));
   if (line.find_first_of(kSeparators) == std::string_view::npos)
@@ -179,21 +161,17 @@ void Settings::lookAtEntry(std::string_view line, const TextDictionary::Entry& e
     add(rule("HF405"), fmt::format("\"{}\" stands more than once.", entry.key));
 }
 
-void Settings::lookAtEscapes(std::string_view line) {
-  const KeyEnd end = endOfKey(line);
-  if (end.isEscaped)
-    add(rule("HF410"), fmt::format("The key of \"{}\" ends at the escaped separator.", line));
-  const std::string_view rest = line.substr(end.place);
-  const std::size_t begin = std::min(rest.find_first_not_of(kSeparators), rest.size());
-  const std::string_view value = rest.substr(begin);
-  if (holdsChangedEscape(line.substr(0, end.place), R"(\#!)") ||
-      (!end.isEscaped && holdsChangedEscape(value, R"(\:# =!u)")))
-    add(rule("HF411"), fmt::format("An escape of \"{}\" is changed by a merge.", line));
-}
-
-void Settings::lookAtEnd(std::string_view line) {
-  if (backslashesAtEnd(line) % 2 == 1)
-    add(rule("HF407"), fmt::format("\"{}\" ends with a backslash and is not continued.", line));
+// Whether the platform reads from what a merge writes what it would read from the line itself.
+void Settings::lookAtMeaning(std::string_view line, const TextDictionary& entries) {
+  const auto meant = javaEntryIn(line);
+  const auto merged = javaEntryIn(writtenLine(entries));
+  if (!meant || !merged)
+    return add(rule("HF417"),
+               fmt::format("Of \"{}\" comes a \\u without four digits behind it.", line));
+  if (meant->key != merged->key)
+    return add(rule("HF410"), fmt::format("The key of \"{}\" is changed by a merge.", line));
+  if (meant->value != merged->value)
+    add(rule("HF411"), fmt::format("The value of \"{}\" is changed by a merge.", line));
 }
 
 void lintFile(const std::string& file, Findings& findings) {

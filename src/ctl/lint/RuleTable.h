@@ -314,7 +314,7 @@ inline constexpr Rule kRules[] = {
      "key "
      "and all, and the next one is a value without a key, which is dropped too."},
     {"HF407", Level::warning, "A line of the settings ends with a backslash.",
-     "Write the value in one line, and two backslashes for one.",
+     "Write the value in one line, and \\u005c for a backslash.",
      "Without a blank before it the backslash is a part of the value, and the next line is an "
      "entry of "
      "its own."},
@@ -324,16 +324,19 @@ inline constexpr Rule kRules[] = {
      "that has none gets the file as it is."},
     {"HF409", Level::warning, "A line of the settings begins with \"!\".",
      "Begin comments with \"#\".", "Only \"#\" begins a comment. The line becomes a setting."},
-    {"HF410", Level::error, "A key of the settings holds an escaped separator.",
-     "Choose a key without blank, \"=\" and \":\".",
+    {"HF410", Level::error, "A merge changes a key of the settings.",
+     "Choose a key without blank, \"=\", \":\", backslash and letters beyond ASCII.",
      "An escaped separator separates all the same: the key ends there, and the rest becomes a part "
-     "of "
-     "the value."},
-    {"HF411", Level::warning, "A value of the settings holds an escape that a merge changes.",
-     "Write \\u000a for a line feed and \\u0009 for a tab.",
+     "of the value. Other escapes of a key are not decoded, and their backslash is doubled when "
+     "the "
+     "file is written. The platform then finds a key that nobody knows."},
+    {"HF411", Level::warning, "A merge changes a value of the settings.",
+     "Write \\u000a for a line feed, \\u0009 for a tab, \\u005c for a backslash, and \\u003a or "
+     "\\u003d for a separator at the value's beginning.",
      "Escapes but \\u are not decoded, and their backslash is doubled when the file is written: "
      "the "
-     "platform then reads a backslash and a letter. In a key the backslash of \\u is doubled too."},
+     "platform then reads a backslash and a letter. Of several backslashes side by side only the "
+     "last one can stay, and separators at the value's beginning are dropped, escaped or not."},
     {"HF412", Level::error, "A line of the settings has no key.", "Write key=value.",
      "Entries without a key are never written."},
     {"HF413", Level::error, "The lines of the settings end with carriage returns alone.",
@@ -347,6 +350,10 @@ inline constexpr Rule kRules[] = {
     {"HF416", Level::warning, "A line of the settings begins with \"-X\".", "Choose another key.",
      "Such lines count as options of a Java virtual machine: the separator becomes a part of the "
      "value."},
+    {"HF417", Level::error, "The settings hold a \\u without four hexadecimal digits.",
+     "Write \\u005c for a backslash: c:\\u005cusers.",
+     "A merge leaves a backslash before u single, also one that was written as two. The platform "
+     "takes it for the escape of a letter that it cannot read, and loads none of the settings."},
 
     // --- 5 key stores ----------------------------------------------------------------------------
     {"HF501", Level::warning, "The package brings no key store.",

@@ -15,12 +15,18 @@ std::vector<Harm> settingsHarms() {
       {"HF407", settingsAre("k=one,\\\\\nj=2\n")},
       {"HF409", settingsAre("\\!=said\nk=1\n")},
       {"HF410", settingsAre("k=b\\=c\n")},
+      {"HF410BehindABackslash", settingsAre("z=b\n")},
+      {"HF410OfALetter", settingsAre("k\\\\u00e9=1\n")},
       {"HF411", settingsAre("k=one\\\\ntwo\n")},
-      {"HF411InAKey", settingsAre("k\\\\u00e9=1\n")},
+      {"HF411OfBackslashes", settingsAre("share=\\\\srv\\\\x\n")},
+      {"HF411OfAColon", settingsAre("port=80\n")},
+      {"HF411OfABlank", settingsAre("k=x\n")},
+      {"HF411OfASecondSeparator", settingsAre("k=x\n")},
       {"HF412", settingsAre("k=1\n")},
       {"HF413", settingsAre("k=1\\u000dj\\=2\n")},
       {"HF415", kSettingsNotMerged},
       {"HF416", settingsAre("-Xmx=\\=1\n")},
+      {"HF417", settingsAre("home=c\\:\\users\n")},
   };
 }
 
