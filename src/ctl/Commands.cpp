@@ -5,12 +5,13 @@
 #include "ctl/explain/Explain.h"
 #include "ctl/lint/LintCommand.h"
 #include "ctl/plan/PlanCommand.h"
+#include "ctl/remove/RemoveCommand.h"
 #include "ctl/status/Status.h"
 
 namespace installer::ctl {
 
 std::span<const Command> commands() {
-  static const std::array kAll{kPlan, kStatus, kExplain, kLint};
+  static const std::array kAll{kPlan, kStatus, kExplain, kLint, kRemove};
   return kAll;
 }
 

@@ -1,5 +1,6 @@
 #include "ctl/status/Features.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "base/XmlRewriting.h"
@@ -40,6 +41,15 @@ std::vector<Feature> featuresIn(const std::string& manifest) {
     features.push_back(
         {attributeOf(*document, element, "id"), attributeOf(*document, element, "version")});
   return features;
+}
+
+bool isRemoval(const std::string& manifest) {
+  const xml::Document document = documentAt(manifest);
+  const auto elements = document ? manifestFeatures(*document) : std::nullopt;
+  return elements && !elements->empty() &&
+         std::all_of(elements->begin(), elements->end(), [&](const auto element) {
+           return attributeOf(*document, element, "action") == "uninstall";
+         });
 }
 
 bool isManifest(const std::string& manifest) {

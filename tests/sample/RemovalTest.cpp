@@ -1,0 +1,62 @@
+// hotfixctl removes a hotfix from the sample's instance.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "SampleWorld.h"
+#include "support/Proves.h"
+
+namespace fs = std::filesystem;
+using ::testing::Contains;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+namespace {
+
+constexpr const char* kControl = HOTFIX_BINARY_DIR "/hotfixctl";
+constexpr const char* kFeature = "com.quillmere.hotfix_6.2.3.1";
+
+class RemovalTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!fs::exists(kControl)) GTEST_SKIP() << "hotfixctl is not built";
+  }
+
+  Outcome control(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), kControl);
+    return run(arguments);
+  }
+
+  // What the installer leaves, as far as a removal asks for it.
+  void install(const fs::path& package) const {
+    _world.provide(package, "install.hotfix.xml");
+    _world.stamp("0101210000");
+    const fs::path site = package.parent_path().parent_path() / "updates/platform";
+    ASSERT_EQ(0, _world.install(site.string()));
+    fs::copy_file(package.parent_path() / "deploy/uninstall.hotfix.xml",
+                  _world.manifest("uninstall.hotfix.xml"));
+    writeText(_world.rcpHome() / "installInfo.plist",
+              "<plist version=\"1.0\"><dict><key>version</key><string>6.2.3</string>"
+              "<key>hotfixVersion</key><string>6.2.3.1</string></dict></plist>");
+  }
+
+  SampleWorld _world;
+};
+
+TEST_F(RemovalTest, TheHotfixOfTheSampleIsTakenOut) {
+  installer::proves("UNDO-1");
+  install(_world.makeHotfix("one"));
+  ASSERT_THAT(_world.features(), Contains(kFeature));
+
+  const Outcome outcome = control({"remove", _world.app().string()});
+
+  EXPECT_EQ(0, outcome.status) << outcome.output;
+  EXPECT_THAT(_world.features(), Not(Contains(kFeature)));
+  EXPECT_THAT(contentOf(_world.rcpHome() / "installInfo.plist"), Not(HasSubstr("hotfixVersion")));
+  EXPECT_THAT(outcome.output, Not(HasSubstr("still names")));
+  EXPECT_EQ(1, control({"status", _world.app().string()}).status);
+}
+
+}  // namespace
