@@ -5,13 +5,14 @@
 #include "ctl/explain/Explain.h"
 #include "ctl/lint/LintCommand.h"
 #include "ctl/plan/PlanCommand.h"
+#include "ctl/rehearse/RehearseCommand.h"
 #include "ctl/remove/RemoveCommand.h"
 #include "ctl/status/Status.h"
 
 namespace installer::ctl {
 
 std::span<const Command> commands() {
-  static const std::array kAll{kPlan, kStatus, kExplain, kLint, kRemove};
+  static const std::array kAll{kPlan, kStatus, kExplain, kLint, kRehearse, kRemove};
   return kAll;
 }
 

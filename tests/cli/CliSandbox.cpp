@@ -131,6 +131,9 @@ struct Ends {
   dup2(ends.out, 1);
   dup2(ends.err, 2);
   umask(0);
+  if (options.ownRootMount &&
+      mount(root.c_str(), root.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0)
+    giveUp("mount the root");
   mountRoot(root, HOTFIX_PROGRAM);
   if (chroot(root.c_str()) != 0 || chdir("/") != 0) giveUp("change root");
   for (const auto& program : options.background) startBackground(program, options);

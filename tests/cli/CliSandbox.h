@@ -38,6 +38,7 @@ struct RunOptions {
   std::vector<int> ignoredSignals;
   std::vector<int> blockedSignals;
   bool systemLog = false;     // whether a system log listens at /dev/log
+  bool ownRootMount = false;  // whether the root is a mount, as a machine's is
   bool brokenOutput = false;  // nobody reads what comes to standard output
 
   RunOptions& set(const std::string& variable, const std::string& value);

@@ -1,4 +1,4 @@
-// hotfixctl removes a hotfix from the sample's instance.
+// hotfixctl removes a hotfix from the sample's instance, and rehearses its packages.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -57,6 +57,31 @@ TEST_F(RemovalTest, TheHotfixOfTheSampleIsTakenOut) {
   EXPECT_THAT(contentOf(_world.rcpHome() / "installInfo.plist"), Not(HasSubstr("hotfixVersion")));
   EXPECT_THAT(outcome.output, Not(HasSubstr("still names")));
   EXPECT_EQ(1, control({"status", _world.app().string()}).status);
+}
+
+TEST_F(RemovalTest, ARehearsalShowsWhatTheSamplesLauncherDoes) {
+  installer::proves("REHEARSE-1");
+  const fs::path package = _world.makeHotfix("one");
+
+  const Outcome outcome =
+      control({"rehearse", package.string(), "--instance", _world.app().string()});
+
+  EXPECT_EQ(0, outcome.status) << outcome.output;
+  EXPECT_THAT(outcome.output, HasSubstr("\n  + com.quillmere.hotfix 6.2.3.1\n"));
+  EXPECT_THAT(outcome.output, HasSubstr("\n  + Contents/MacOS/rcp/eclipse/features/" +
+                                        std::string(kFeature) + " (folder"));
+  EXPECT_THAT(_world.features(), Not(Contains(kFeature)));
+}
+
+TEST_F(RemovalTest, ARehearsalShowsASiteThatLacksTheFeature) {
+  installer::proves("REHEARSE-2");
+  const fs::path package = _world.makeHotfix("one", {"--without-feature"});
+
+  const Outcome outcome =
+      control({"rehearse", package.string(), "--instance", _world.app().string()});
+
+  EXPECT_EQ(1, outcome.status) << outcome.output;
+  EXPECT_THAT(outcome.output, HasSubstr("the platform's launcher did not install the hotfix"));
 }
 
 }  // namespace

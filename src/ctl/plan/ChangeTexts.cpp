@@ -52,6 +52,17 @@ std::string_view nameOf(EntryKind kind) {
   return "other";
 }
 
+std::string_view markOf(Kind kind) {
+  if (kind == Kind::created) return "+";
+  if (kind == Kind::removed) return "-";
+  return kind == Kind::replaced ? "~" : "=";
+}
+
+std::string statusText(const overlay::Status& status) {
+  return fmt::format("{} {} {}:{}", nameOf(status.kind), modeText(status), status.owner,
+                     status.group);
+}
+
 std::string modeText(const overlay::Status& status) {
   return fmt::format("{:04o}", status.mode);
 }

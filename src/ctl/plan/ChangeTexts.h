@@ -17,8 +17,13 @@ inline bool isOfAttributes(const overlay::Change& change) {
   return change.kind == overlay::Change::Kind::attributes;
 }
 
+// Of one column: "+", "-", "~" for new content, "=" for the same.
+std::string_view markOf(overlay::Change::Kind kind);
+
 // Four octal digits.
 std::string modeText(const overlay::Status& status);
+// Kind, mode, owner and group.
+std::string statusText(const overlay::Status& status);
 
 // The file that the new bytes come from; nullopt when the run has made them.
 std::optional<std::string> sourceOf(const overlay::Change& change);

@@ -115,17 +115,6 @@ class PlanText {
                     count(Kind::attributes), count(Kind::rewritten)));
   }
 
-  static std::string_view markOf(Kind kind) {
-    if (kind == Kind::created) return "+";
-    if (kind == Kind::removed) return "-";
-    return kind == Kind::replaced ? "~" : "=";
-  }
-
-  static std::string statusText(const overlay::Status& status) {
-    return fmt::format("{} {} {}:{}", nameOf(status.kind), modeText(status), status.owner,
-                       status.group);
-  }
-
   void tell(const overlay::Change& change) {
     std::string text = fmt::format("  {} {}", markOf(change.kind), shown(change.path));
     if (isOfAttributes(change))

@@ -85,3 +85,20 @@ scenario_FailedRemovalIsMadeAgain() {
   expectRoots
   expectNoPatch
 }
+
+# proves: REHEARSE-1 REHEARSE-3
+scenario_RehearsalLeavesTheInstanceAsItIs() {
+  local before
+  instance
+  before=$(tree "$app")
+
+  control rehearse "$(hotfix first)" --instance "$app"
+
+  expectStatus 0
+  expectText '  + com.quillmere.hotfix 6.2.3.1' "$work/output"
+  expectEqual 'the instance' "$before" "$(tree "$app")"
+  expectMissing "$kTrace"
+  expectNoPatch
+  install "$(hotfix first)"
+  expectSuccess 6.2.3.1 '0 0'
+}
