@@ -4,6 +4,7 @@
 
 #include "ctl/explain/Explain.h"
 #include "ctl/lint/LintCommand.h"
+#include "ctl/new/NewCommand.h"
 #include "ctl/plan/PlanCommand.h"
 #include "ctl/rehearse/RehearseCommand.h"
 #include "ctl/remove/RemoveCommand.h"
@@ -12,7 +13,7 @@
 namespace installer::ctl {
 
 std::span<const Command> commands() {
-  static const std::array kAll{kPlan, kStatus, kExplain, kLint, kRehearse, kRemove};
+  static const std::array kAll{kNew, kPlan, kStatus, kExplain, kLint, kRehearse, kRemove};
   return kAll;
 }
 

@@ -5,7 +5,8 @@
 
 namespace installer {
 
-// Whether standard output is a terminal.
+// Whether standard input and output are terminals.
+bool inputIsTerminal();
 bool outputIsTerminal();
 
 // How wide that terminal is; nullopt when it is none or does not tell.

@@ -4,6 +4,15 @@
 
 namespace installer::ctl::lint {
 
+namespace {
+
+void replaceAll(const std::string& part, const std::string& by, std::string& in) {
+  for (std::size_t at = in.find(part); at != std::string::npos; at = in.find(part, at + by.size()))
+    in.replace(at, part.size(), by);
+}
+
+}  // namespace
+
 void Findings::add(const Rule& rule, Place place, std::string message) {
   if (_disabled.contains(std::string(rule.id))) return;
   if (_counts[&rule]++ < kMostOfOneRule)
@@ -22,6 +31,13 @@ std::map<std::string_view, std::size_t> Findings::dropped() const {
   for (const auto& [rule, count] : _counts)
     if (count > kMostOfOneRule) dropped[rule->id] = count - kMostOfOneRule;
   return dropped;
+}
+
+void Findings::move(const std::string& from, const std::string& to) {
+  for (Finding& finding : _kept) {
+    replaceAll(from, to, finding.place.file);
+    replaceAll(from, to, finding.message);
+  }
 }
 
 }  // namespace installer::ctl::lint

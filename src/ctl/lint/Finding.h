@@ -42,6 +42,8 @@ class Findings {
   std::size_t count(Level level) const;
   // Rules of which not all are kept, with the number of the others.
   std::map<std::string_view, std::size_t> dropped() const;
+  // Whatever lies at `from` is told of at `to`.
+  void move(const std::string& from, const std::string& to);
 
  private:
   std::set<std::string> _disabled;  // identifiers of rules

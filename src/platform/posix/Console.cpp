@@ -5,6 +5,10 @@
 
 namespace installer {
 
+bool inputIsTerminal() {
+  return isatty(STDIN_FILENO) == 1;
+}
+
 bool outputIsTerminal() {
   return isatty(STDOUT_FILENO) == 1;
 }
