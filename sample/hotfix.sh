@@ -1,13 +1,14 @@
 # shellcheck shell=bash
-# What the scripts that make hotfixes share: their options, and everything of a hotfix but the site
-# that its feature comes from. Sourced behind lib.sh, never started. A script says what is its own:
+# What the scripts that make hotfixes share: their options, and how they have the packages made by
+# "hotfixctl new". Sourced behind lib.sh, never started. A script says what is its own:
 #
 #   packageName            the package's name, in which VERSION stands for the version
 #   flatSite               the site's folder in the flat layout
 #   bundleIdentifier       the package's identifier, in which ID and VERSION stand for themselves
 #   defaultCustomization   prints the settings of a hotfix that is given none
 #   defaultKeyStores FOLDER, defaultExtras FOLDER, makeSite FOLDER
-#                          make what is not given in that folder, which is there
+#                          make what is not given in that folder, which is there; what is only
+#                          needed meanwhile goes to the folder "work"
 
 : "${packageName:?}" "${flatSite:?}" "${bundleIdentifier:?}"
 
@@ -107,85 +108,89 @@ checkOptions() {
   [[ -z $ownSite || $withFeature == yes ]] || fail "a site of your own has the features that it has"
 }
 
-# Sets "package", "deploy", "site" and the way from the package to the site.
+# The program that makes packages: HOTFIXCTL, else one that was built here.
+findControl() {
+  local build=${BASH_SOURCE[0]%/*}/../build candidate
+  for candidate in ${HOTFIXCTL:+"$HOTFIXCTL"} "$build/release/hotfixctl" "$build/dev/hotfixctl"; do
+    if [[ -x $candidate ]]; then
+      printf '%s\n' "$candidate"
+      return
+    fi
+  done
+  fail "hotfixctl is not in ${build##*/}; build the target \"hotfixctl\" first, or set HOTFIXCTL"
+}
+
+# Sets "package", "deploy" and "site", absolute.
 layOut() {
-  local made
-  mkdir -p "$destination"
-  destination=$(cd "$destination" && pwd)
+  local above
+  if [[ -d $destination ]]; then
+    destination=$(cd "$destination" && pwd)
+  else
+    above=$(dirname -- "$destination")
+    mkdir -p -- "$above"
+    destination=$(cd "$above" && pwd)/$(basename -- "$destination")
+  fi
   if [[ $layout == default ]]; then
-    package=$destination/mac/$package
+    deploy=$destination/mac/deploy
     site=$destination/updates/platform
-    siteFromPackage=/../../updates/platform
   else
-    package=$destination/$package
+    deploy=$destination/deploy
     site=$destination/$flatSite
-    siteFromPackage=/../$flatSite
   fi
-  deploy=${package%/*}/deploy
-  for made in "$package" "$deploy" "$site"; do
-    [[ ! -e $made ]] || fail "$made exists already"
-  done
-  mkdir -p "$package/Contents/Resources" "$deploy/extras" "$site"
 }
 
-writePackage() {
-  local plist=$package/Contents/Resources/hotfix.plist info=$package/Contents/Info.plist identifier
-  plistBegin "$plist"
-  plistString "$plist" bundleName "$name"
-  plistBoolean "$plist" allowMultiInstance "$multi"
-  plistString "$plist" frameworkPath Contents/MacOS
-  plistString "$plist" version "$version"
-  [[ $skipRunningCheck == no ]] || plistString "$plist" SKIPRUNNINGCHECK true
-  # The default layout is where the installer looks by itself.
-  [[ $layout == default ]] || plistString "$plist" updateSiteList "\${package}$siteFromPackage"
-  plistEnd "$plist"
-  identifier=${bundleIdentifier//ID/$id}
-  plistBegin "$info"
-  plistString "$info" CFBundleIdentifier "${identifier//VERSION/$version}"
-  plistString "$info" CFBundleShortVersionString "$version"
-  plistEnd "$info"
-}
-
-# Whoever removes a feature needs no site, least of all one that may be gone.
-writeManifests() {
-  local install=install uninstall=uninstall
-  if [[ $withdraw == yes ]]; then install='' uninstall=''; fi
-  manifest "$deploy/install.hotfix.xml" "$install" "$id" "$version" \
-    "\${installer.root}$siteFromPackage" "Hotfix $version"
-  [[ $uninstallManifest == no ]] ||
-    manifest "$deploy/uninstall.hotfix.xml" "$uninstall" "$id" "$version" '' "Hotfix $version"
-}
-
-copyKeyStores() {
-  local file target
-  for file in "${keystores[@]}"; do
-    target=${file##*/}
-    [[ ${target,,} == .keystore* ]] || target=.keystore.$target
-    [[ ! -e $deploy/$target ]] || fail "two key stores would be $target"
-    cp -- "$file" "$deploy/$target"
-  done
-}
-
-fillDeploy() {
-  if [[ -n $customization ]]; then
-    cp -- "$customization" "$deploy/plugin_customization.ini"
-  else
-    defaultCustomization >"$deploy/plugin_customization.ini"
+# Fills "content" with the options of "hotfixctl new" for what the package brings; what is not given
+# is made in the folder "work".
+gather() {
+  local file identifier=${bundleIdentifier//ID/$id}
+  content=(--identifier "${identifier//VERSION/$version}")
+  if [[ -z $customization ]]; then
+    customization=$work/customization
+    defaultCustomization >"$customization"
   fi
-  if ((${#keystores[@]} > 0)); then copyKeyStores; else defaultKeyStores "$deploy"; fi
-  if [[ -n $extras ]]; then cp -R -- "$extras/." "$deploy/extras"; else defaultExtras "$deploy/extras"; fi
+  if ((${#keystores[@]} == 0)); then
+    mkdir "$work/keystores"
+    defaultKeyStores "$work/keystores"
+    keystores=("$work"/keystores/.[!.]*)
+  fi
+  for file in "${keystores[@]}"; do content+=(--keystore "$file"); done
+  if [[ -z $extras ]]; then
+    extras=$work/extras
+    mkdir "$extras"
+    defaultExtras "$extras"
+  fi
+  if [[ -z $ownSite ]]; then
+    ownSite=$work/new-site
+    mkdir "$ownSite"
+    makeSite "$ownSite"
+  fi
+  content+=(--customization "$customization" --extras "$extras" --site "$ownSite")
+  if [[ $withdraw == yes ]]; then content+=(--withdraw); else content+=(--feature "${id}_$version"); fi
 }
 
-fillSite() {
-  if [[ -n $ownSite ]]; then cp -R -- "$ownSite/." "$site"; else makeSite "$site"; fi
+# The package as it should be; by --force also one that is meant to fail.
+makePackage() {
+  local options=(--version "$version" --bundle "$name" --package "$package" --layout "$layout"
+    --site-folder "$flatSite" --force)
+  [[ $multi == true ]] || options+=(--registered)
+  [[ $skipRunningCheck == no ]] || options+=(--while-running)
+  "$control" new "$destination" "${options[@]}" "${content[@]}" >/dev/null ||
+    fail "the hotfix is not made"
+}
+
+# What a package as it should be has.
+spoil() {
   [[ $withArtifacts == yes ]] || rm -rf "$site/plugins"
+  [[ $uninstallManifest == yes ]] || rm "$deploy/uninstall.hotfix.xml"
 }
 
 makeHotfix() {
+  control=$(findControl)
+  work=$(mktemp -d)
+  trap 'rm -rf -- "$work"' EXIT
   layOut
-  writePackage
-  writeManifests
-  fillDeploy
-  fillSite
-  printf '%s\n' "$package"
+  gather
+  makePackage
+  spoil
+  printf '%s\n' "${deploy%/*}/$package"
 }

@@ -30,7 +30,7 @@ propertyValue() {
   done
 }
 
-# plistBegin FILE; plistString FILE KEY VALUE; plistBoolean FILE KEY true|false; plistEnd FILE
+# plistBegin FILE; plistString FILE KEY VALUE; plistEnd FILE
 plistBegin() {
   cat >"$1" <<'EOF'
 <?xml version="1.0" encoding="UTF-8"?>
@@ -44,20 +44,12 @@ plistString() {
   printf '\t<key>%s</key>\n\t<string>%s</string>\n' "$(xmlText "$2")" "$(xmlText "$3")" >>"$1"
 }
 
-plistBoolean() {
-  printf '\t<key>%s</key>\n\t<%s/>\n' "$(xmlText "$2")" "$3" >>"$1"
-}
-
 plistEnd() {
   printf '</dict>\n</plist>\n' >>"$1"
 }
 
-# manifest FILE ACTION ID VERSION URL DESCRIPTION: a provisioning manifest with one feature; with none
-# where the action is empty.
+# manifest FILE ACTION ID VERSION URL DESCRIPTION: a provisioning manifest with one feature.
 manifest() {
-  local url feature
-  url=$(xmlText "$5")
-  feature="            <feature id=\"$3\" version=\"$4\" url=\"$url\" action=\"$2\"/>"
   cat >"$1" <<EOF
 <?xml version="1.0" encoding="UTF-8"?>
 <manifest>
@@ -66,7 +58,7 @@ manifest() {
       <install>
         <installfeature id="$3" description="$(xmlText "$6")">
           <requirements>
-${2:+$feature}
+            <feature id="$3" version="$4" url="$(xmlText "$5")" action="$2"/>
           </requirements>
         </installfeature>
       </install>

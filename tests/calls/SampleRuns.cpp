@@ -47,7 +47,8 @@ std::vector<char*> pointers(const std::vector<std::string>& texts) {
 
 [[noreturn]] void become(const std::string& root, const std::vector<std::string>& words) {
   const std::vector<std::string> variables{std::string("PATH=") + kCommands, "USER=alice", "TZ=UTC",
-                                           "HOME=/Users/alice"};
+                                           "HOME=/Users/alice",
+                                           std::string("HOTFIXCTL=") + test::kControlInRoot};
   umask(022);
   if (chroot(root.c_str()) == 0 && chdir("/") == 0 && freopen("/dev/null", "w", stdout) != nullptr)
     execve(words[0].c_str(), pointers(words).data(), pointers(variables).data());

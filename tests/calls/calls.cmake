@@ -1,6 +1,6 @@
 # How many system calls whole runs on the sample make, against what was recorded. It follows programs
 # as the sweeps of faults do.
-if(NOT TARGET fault-sweep OR NOT HOTFIX_BUILD_SAMPLE)
+if(NOT TARGET fault-sweep OR NOT HOTFIX_BUILD_SAMPLE OR NOT TARGET hotfixctl)
   return()
 endif()
 
@@ -10,7 +10,7 @@ foreach(source Apart Calls ElfMain Tracee)
 endforeach()
 add_executable(call-count ${call_sources})
 target_link_libraries(call-count PRIVATE hotfix_test_support)
-add_dependencies(call-count HotfixInstaller RecordedChild sample)
+add_dependencies(call-count HotfixInstaller RecordedChild hotfixctl sample)
 
 # Sanitizers and counters have calls of their own.
 if(NOT HOTFIX_SANITIZE AND NOT HOTFIX_COVERAGE)

@@ -15,7 +15,7 @@ function(hotfix_add_real_test name)
                "HOTFIX_WORK=${PROJECT_BINARY_DIR}/real;HOTFIX_PROGRAM=$<TARGET_FILE:HotfixInstaller>")
 endfunction()
 
-if(TARGET HotfixInstaller)
+if(TARGET HotfixInstaller AND TARGET hotfixctl)
   hotfix_add_real_test(Preparation COMMAND ${real_driver} --prepare)
   # It may have to download first.
   set_tests_properties(real.Preparation PROPERTIES FIXTURES_SETUP real_platform TIMEOUT 900)

@@ -38,6 +38,7 @@ std::vector<std::string> joined(std::vector<std::string> first,
 }  // namespace
 
 Outcome run(const std::vector<std::string>& command) {
+  setenv("HOTFIXCTL", HOTFIX_BINARY_DIR "/hotfixctl", 1);  // by which the scripts make packages
   std::array<int, 2> ends{};
   if (pipe(ends.data()) != 0) return {};
   for (const int end : ends) fcntl(end, F_SETFD, FD_CLOEXEC);

@@ -89,12 +89,16 @@ scenario_HotfixOfAnotherFeatureReplacesTheOldOne() {
   expectNoJar com.quillmere.hotfix_6.2.3.1
 }
 
+# A package that brings nothing needs no site.
 scenario_WithdrawnHotfixLeavesNothingOnThePlatform() {
+  local package
   instance
   install "$(hotfix first)"
   expectJar com.quillmere.hotfix_6.2.3.1
 
-  install "$(hotfix withdrawn)"
+  package=$(hotfix withdrawn)
+  rm -r "$work/withdrawn/updates"
+  install "$package"
 
   expectSuccess 6.2.3.5 '0 2 2 0'
   expectRoots
