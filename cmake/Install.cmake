@@ -22,6 +22,8 @@ if(TARGET hotfixctl)
   install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endif()
 install(FILES packaging/HotfixInstaller.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+file(GLOB formats CONFIGURE_DEPENDS packaging/*.5)
+install(FILES ${formats} DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
 
 install(
   TARGETS hotfix hotfix_shared

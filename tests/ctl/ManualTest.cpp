@@ -8,14 +8,15 @@
 #include <iterator>
 
 #include "ctl/Commands.h"
+#include "ctl/lint/Keys.h"
 
 namespace installer::ctl {
 namespace {
 
 using ::testing::HasSubstr;
 
-std::string pageOf(const std::string& name) {
-  std::ifstream page(HOTFIX_SOURCE_DIR "/packaging/" + name + ".1", std::ios::binary);
+std::string pageOf(const std::string& name, const std::string& section = "1") {
+  std::ifstream page(HOTFIX_SOURCE_DIR "/packaging/" + name + "." + section, std::ios::binary);
   EXPECT_TRUE(page) << name;
   return {std::istreambuf_iterator<char>(page), std::istreambuf_iterator<char>()};
 }
@@ -46,6 +47,12 @@ TEST(ManualTest, EachCommandsPageTellsItsOptionsAndStatuses) {
     for (const ExitStatus& status : command.statuses)
       EXPECT_TRUE(tellsStatus(page, status.number)) << command.name << " " << status.number;
   }
+}
+
+TEST(ManualTest, ThePageOfPackagesTellsEachKey) {
+  const std::string page = pageOf("hotfix.plist", "5");
+  for (const std::string_view key : lint::kKnownKeys)
+    EXPECT_THAT(page, HasSubstr("\n.It Li " + std::string(key) + " Pq ")) << key;
 }
 
 TEST(ManualTest, TheProgramsPageTellsItsCommandsAndStatuses) {
