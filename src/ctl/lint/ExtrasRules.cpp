@@ -104,12 +104,14 @@ void lintExtras(const PackageView& package, const std::optional<std::string>& rc
                 Findings& findings) {
   const std::string& folder = package.resolved.locations.extras;
   if (!isFolder(folder)) return;
-  const auto seen = lookBelow(folder, {kMostEntries, kMostFolders});
+  const auto seen = lookBelow(folder, kTreeLook);
   if (!seen || !seen->isWhole)
     findings.add(
         rule("HF608"), placeOf(folder),
-        fmt::format("It holds more than can be looked at: {} entries, {} folders in one another.",
-                    kMostEntries, kMostFolders));
+        fmt::format(
+            "It holds more than is looked at: {} entries, {} folders in one another, {} MiB "
+            "of paths.",
+            kMostEntries, kMostFolders, kTreeLook.pathBytes >> 20));
   if (!seen) return;
   if (seen->entries.empty()) findings.add(rule("HF606"), placeOf(folder), "The folder is empty.");
   for (const SeenEntry& entry : seen->entries) lintEntry(folder, entry, findings);

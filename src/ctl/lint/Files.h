@@ -9,9 +9,13 @@
 // What is on the disk, as the installer would meet it.
 namespace installer::ctl::lint {
 
-// Of one folder, with all below it where that is asked for.
 inline constexpr std::size_t kMostEntries = 100'000;
 inline constexpr int kMostFolders = 100;  // one in another
+inline constexpr LookLimits kFolderLook{kMostEntries, 1};
+inline constexpr LookLimits kTreeLook{kMostEntries, kMostFolders};
+// Whether the look came to its limits. One that has not and is not whole all the same has met what
+// is kept from the caller.
+bool reachesLimits(const TreeLook& seen, const LookLimits& limits);
 
 bool exists(const std::string& path);
 bool isFolder(const std::string& path);

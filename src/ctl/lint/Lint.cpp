@@ -3,9 +3,11 @@
 #include <utility>
 
 #include "ctl/QuietPlatform.h"
+#include "ctl/lint/Closed.h"
 #include "ctl/lint/PackageView.h"
 #include "ctl/lint/RuleTable.h"
 #include "ctl/lint/Rules.h"
+#include "instance/InstanceLayout.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 
@@ -60,9 +62,27 @@ std::optional<std::string> rcpHomeIn(const std::optional<std::string>& bundle,
   return package.described.rcpHomeIn(*bundle);
 }
 
-void lookAt(const PackageView& package, const std::optional<std::string>& instance,
-            Findings& findings) {
+// What of the package is looked at.
+Wanted wantedOf(const PackageView& package) {
+  const ResolvedPackage::Locations& places = package.resolved.locations;
+  return {.files = {places.installManifest, places.uninstallManifest, places.customization,
+                    InstanceLayout::bundleInfo(package.path)},
+          .folders = {package.deploy(), places.keyStores},
+          .trees = {places.extras}};
+}
+
+Wanted wantedOf(const std::optional<std::string>& rcpHome) {
+  if (!rcpHome) return {};
+  return {.files = {InstanceLayout::installInfo(*rcpHome)},
+          .folders = {InstanceLayout::deploy(*rcpHome)},
+          .trees = {}};
+}
+
+std::optional<CannotLook> lookAt(const PackageView& package,
+                                 const std::optional<std::string>& instance, Findings& findings) {
   const std::optional<std::string> rcpHome = rcpHomeIn(instance, package);
+  for (const Wanted& wanted : {wantedOf(package), wantedOf(rcpHome)})
+    if (auto reason = whyClosed(wanted)) return CannotLook{*std::move(reason)};
   lintDescription(package, findings);
   lintVersion(package, findings);
   lintLocations(package, findings);
@@ -74,6 +94,7 @@ void lookAt(const PackageView& package, const std::optional<std::string>& instan
   lintExtras(package, rcpHome, findings);
   lintIdentity(package, findings);
   if (instance) lintInstance(package, *instance, findings);
+  return std::nullopt;
 }
 
 std::optional<CannotLook> whyNoInstance(const std::optional<std::string>& bundle) {
@@ -88,7 +109,9 @@ std::optional<CannotLook> lookAtOlder(const std::string& path, const PackageView
   if (const auto* reason = std::get_if<CannotLook>(&older)) return *reason;
   if (const auto* finding = std::get_if<Finding>(&older))
     return cannotLook(finding->place.file, finding->message);
-  lintOlder(package, std::get<PackageView>(older), findings);
+  const auto& before = std::get<PackageView>(older);
+  if (auto reason = whyClosed(wantedOf(before))) return CannotLook{*std::move(reason)};
+  lintOlder(package, before, findings);
   return std::nullopt;
 }
 
@@ -106,7 +129,7 @@ std::variant<CannotLook, Findings> lint(const Request& request) {
     return findings;
   }
   const auto& package = std::get<PackageView>(opened);
-  lookAt(package, request.instance, findings);
+  if (auto reason = lookAt(package, request.instance, findings)) return *std::move(reason);
   if (request.older)
     if (auto reason = lookAtOlder(*request.older, package, findings)) return *std::move(reason);
   return findings;

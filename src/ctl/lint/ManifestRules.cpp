@@ -112,6 +112,8 @@ void lintVersions(const PackageView& package, const ManifestView& manifest, Find
 
 void lintInstallManifest(const PackageView& package, const ManifestView& manifest,
                          Findings& findings) {
+  if (!manifest.whyUnread.empty())
+    return findings.add(rule("HF301"), placeOf(manifest.file), manifest.whyUnread + ".");
   if (!manifest.isThere) return;
   if (!manifest.isWellFormed)
     return findings.add(rule("HF301"), placeOf(manifest.file), "The manifest is not well-formed.");
@@ -153,6 +155,8 @@ void lintRemovals(const ManifestView& install, const ManifestView& manifest, Fin
 
 void lintUninstallManifest(const ManifestView& install, const ManifestView& manifest,
                            Findings& findings) {
+  if (!manifest.whyUnread.empty())
+    return findings.add(rule("HF311"), placeOf(manifest.file), manifest.whyUnread + ".");
   if (!manifest.isThere) return;
   if (!manifest.isWellFormed)
     return findings.add(rule("HF311"), placeOf(manifest.file), "The manifest is not well-formed.");

@@ -5,6 +5,7 @@
 
 #include "base/XmlRewriting.h"
 #include "ctl/QuietPlatform.h"
+#include "ctl/lint/Files.h"
 #include "ctl/lint/Lines.h"
 #include "formats/ManifestFeatures.h"
 #include "hotfix/formats/InstallManifest.h"
@@ -68,7 +69,10 @@ std::vector<FeatureView> ManifestView::installed() const {
 
 ManifestView readManifest(const std::string& file) {
   ManifestView view{.file = file};
-  auto bytes = Platform::current().files->read(file);
+  FileError error;
+  auto bytes = Platform::current().files->read(file, &error);
+  if (!bytes && error.code != FileError::kMissing && !isFolder(file))
+    view.whyUnread = error.description;
   if (!bytes) return view;
   view.isThere = true;
   view.bytes = *std::move(bytes);

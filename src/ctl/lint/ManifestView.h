@@ -27,9 +27,10 @@ struct FeatureView {
 struct ManifestView {
   std::string file;
   std::string bytes = {};
-  bool isThere = false;       // a regular file that can be read
-  bool isWellFormed = false;  // and that has been parsed
-  std::string lack = {};      // the line that tells which element is missing on the way; empty
+  std::string whyUnread = {};  // of something that is there and is no folder
+  bool isThere = false;        // a regular file that can be read
+  bool isWellFormed = false;   // and that has been parsed
+  std::string lack = {};       // the line that tells which element is missing on the way; empty
   std::vector<FeatureView> features = {};
 
   // Features to install.

@@ -218,8 +218,8 @@ inline constexpr Rule kRules[] = {
      "an escape and ? a query: the platform looks elsewhere."},
 
     // --- 3 manifests -----------------------------------------------------------------------------
-    {"HF301", Level::error, "The install manifest is not well-formed.",
-     "Mend it; xmllint --noout tells where it breaks.",
+    {"HF301", Level::error, "The install manifest cannot be read as XML.",
+     "Make it a well-formed file of at most 64 MiB; xmllint --noout tells where it breaks.",
      "It is copied, but cannot be read to replace ${installer.root}. The run ends with code 4 "
      "after an "
      "installed hotfix has been removed."},
@@ -260,8 +260,8 @@ inline constexpr Rule kRules[] = {
     {"HF310", Level::error, "The action of a feature is neither install nor uninstall.",
      "Write action=\"install\" or action=\"uninstall\".",
      "The platform knows no other action, and takes the whole manifest for unusable."},
-    {"HF311", Level::error, "The uninstall manifest is not well-formed.",
-     "Mend it; xmllint --noout tells where it breaks.",
+    {"HF311", Level::error, "The uninstall manifest cannot be read as XML.",
+     "Make it a well-formed file of at most 64 MiB; xmllint --noout tells where it breaks.",
      "It is copied unread, and the installation succeeds. Only when the next hotfix comes does the "
      "platform fail to read it: this hotfix's features stay, and nobody knows of them any more."},
     {"HF312", Level::error, "The uninstall manifest lacks an element on the way to its features.",

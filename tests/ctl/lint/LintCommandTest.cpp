@@ -94,6 +94,46 @@ TEST_F(LintCommandTest, APackageThatIsKeptFromTheCallerEndsWithTwo) {
   EXPECT_THAT(result.err, HasSubstr("Permission denied"));
 }
 
+TEST_F(LintCommandTest, APartThatIsKeptFromTheCallerEndsWithTwo) {
+  proves("LINT-2");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs another user";
+  RunOptions options;
+  options.user = CliSandbox::kAlice;
+  _world->makeFolder(LintWorld::extras("deep"));
+  for (const std::string& part :
+       {LintWorld::deploy(""), LintWorld::deploy("install.hotfix.xml"),
+        LintWorld::deploy("uninstall.hotfix.xml"), LintWorld::deploy("plugin_customization.ini"),
+        LintWorld::deploy("extras"), LintWorld::extras("deep"), _path + "/Contents/Info.plist"}) {
+    _sandbox.setMode(part, 0);
+
+    const RunResult result = lint({_path}, options);
+
+    EXPECT_EQ(2, result.status) << part;
+    EXPECT_EQ("", result.out);
+    EXPECT_EQ(1, std::count(result.err.begin(), result.err.end(), '\n')) << result.err;
+    EXPECT_EQ(0, lint({_path}).status) << "root can look";
+    _sandbox.setMode(part, 0755);
+  }
+}
+
+TEST_F(LintCommandTest, SoDoesAPartOfTheInstanceOrOfTheOlderPackage) {
+  proves("LINT-2");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs another user";
+  recordHotfix("1.4");
+  RunOptions options;
+  options.user = CliSandbox::kAlice;
+  const std::string older = "/Volumes/Old/mac/deploy/uninstall.hotfix.xml";
+  for (const std::string& part : {_instance.info(), LintWorld::home("deploy"), older}) {
+    _sandbox.setMode(part, 0);
+
+    EXPECT_EQ(2,
+              lint({_path, "--instance", LintWorld::kBundle, "--older", LintWorld::kOlder}, options)
+                  .status)
+        << part;
+    _sandbox.setMode(part, 0755);
+  }
+}
+
 TEST_F(LintCommandTest, InstanceAndOlderPackageAreLookedAt) {
   proves("LINT-3");
   recordHotfix("1.6");

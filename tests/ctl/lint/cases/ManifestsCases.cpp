@@ -8,6 +8,7 @@ namespace {
 
 using World = LintWorld;
 
+constexpr std::size_t kLongest = std::size_t{64} << 20;  // that is read, bytes
 const std::string kInstall = World::deploy("install.hotfix.xml");
 const std::string kUninstall = World::deploy("uninstall.hotfix.xml");
 
@@ -25,6 +26,8 @@ std::vector<LintCase> manifestsCases() {
        }},
       {"HF120", "LongerNumber", [](World& w) { w.install({{.version = "1.57"}}); }},
       {"HF301", "", [](World& w) { w.replace(kInstall, "</install>", ""); }},
+      {"HF301", "TooLong", [](World& w) { w.resize(kInstall, kLongest + 1); }},
+      {"HF301", "Pipe", [](World& w) { w.makePipe(kInstall); }},
       {"HF302", "",
        [](World& w) {
          w.replace(kInstall, "<object-data>", "");
@@ -73,6 +76,9 @@ std::vector<LintCase> manifestsCases() {
       {"HF310", "", [](World& w) { w.install({{.action = "update"}}); },
        [](World& w) { w.install({{.action = ""}}); }},
       {"HF311", "", [](World& w) { w.replace(kUninstall, "</install>", ""); }},
+      {"HF311", "Pipe", [](World& w) { w.makePipe(kUninstall); },
+       [](World& w) { w.remove(kUninstall); }},
+      {"HF311", "TooLong", [](World& w) { w.resize(kUninstall, kLongest + 1); }},
       {"HF312", "",
        [](World& w) {
          w.replace(kUninstall, "<domain-object>", "<object>");

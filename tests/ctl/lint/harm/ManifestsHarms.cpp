@@ -20,6 +20,8 @@ std::vector<Harm> manifestsHarms() {
          EXPECT_THAT(test.deployed("install.update.xml"), HasSubstr("version=\"1.5\""));
        })},
       {"HF301", refusedWith(4)},
+      {"HF301TooLong", refusedWith(4)},
+      {"HF301Pipe", refusedWith(4)},
       {"HF302", deployedHolds(kUpdate, "url=\"${installer.root}/")},
       {"HF304", deployedHolds(kUpdate, "url=\"${installer.root}/")},
       {"HF304InAnotherAttribute", deployedHolds(kUpdate, "source=\"${installer.root}\"")},
@@ -31,6 +33,7 @@ std::vector<Harm> manifestsHarms() {
       {"HF307", deployedHolds(kUpdate, "url=\"file:file:/")},
       {"HF309", deployedHolds(kUpdate, "version=\"1.4\"")},
       {"HF311", deployedLacks(kRemoval, "</install>")},
+      {"HF311Pipe", silently([](HarmTest& test) { EXPECT_EQ("", test.deployed(kRemoval)); })},
       {"HF312", deployedLacks(kRemoval, "domain-object")},
       {"HF313", deployedLacks(kRemoval, "com.kiv.fix\" version")},
       {"HF314", deployedHolds(kRemoval, "${installer.root}")},
