@@ -77,6 +77,9 @@ void lintText(const PackageView& package, std::string_view key, Findings& findin
   const Value* const value = package.entries.find(key);
   if (value == nullptr) return;
   const std::string* const text = value->as<std::string>();
+  const bool* const truth = value->as<bool>();
+  const bool isMeantAsItCounts = key == kSkipRunningCheck && truth != nullptr && !*truth;
+  if (isMeantAsItCounts) return;
   if (text == nullptr)
     return findings.add(
         rule("HF112"), package.at(key),
@@ -136,11 +139,6 @@ void lintBundleName(const PackageView& package, Findings& findings) {
                  fmt::format("bundleName \"{0}\" means the application \"{0}.app\".", *name));
 }
 
-bool climbs(std::string_view way) {
-  const std::string framed = "/" + std::string(way) + "/";
-  return framed.find("/../") != std::string::npos;
-}
-
 void lintFrameworkPath(const PackageView& package, Findings& findings) {
   const auto& way = package.described.frameworkPath;
   if (!way) {
@@ -151,7 +149,7 @@ void lintFrameworkPath(const PackageView& package, Findings& findings) {
   if (path::lastComponent(*way) == "rcp")
     findings.add(rule("HF106"), package.at(kFrameworkPath),
                  fmt::format("frameworkPath \"{0}\" means the rcp home \"{0}/rcp\".", *way));
-  if (climbs(*way))
+  if (leavesItsRoot(*way))
     findings.add(rule("HF107"), package.at(kFrameworkPath),
                  fmt::format("frameworkPath \"{}\" leads out of the bundle.", *way));
 }

@@ -12,6 +12,7 @@
 #include "ctl/lint/Files.h"
 #include "ctl/lint/RuleTable.h"
 #include "ctl/lint/Rules.h"
+#include "ctl/lint/Texts.h"
 #include "hotfix/base/Path.h"
 #include "instance/InstanceLayout.h"
 
@@ -28,22 +29,6 @@ bool isUtf8(std::string_view text) {
     at += character->length;
   }
   return true;
-}
-
-// Whether the way leads to a place that is not below where it begins, by its words alone.
-bool leavesItsRoot(std::string_view way) {
-  int depth = 0;
-  for (std::size_t at = 0; at < way.size();) {
-    const std::size_t end = std::min(way.find('/', at), way.size());
-    const std::string_view step = way.substr(at, end - at);
-    if (step == "..")
-      --depth;
-    else if (!step.empty() && step != ".")
-      ++depth;
-    if (depth < 0) return true;
-    at = end + 1;
-  }
-  return false;
 }
 
 bool isLeftBehind(const std::string& name) {

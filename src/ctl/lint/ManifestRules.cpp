@@ -30,23 +30,32 @@ bool isRemote(std::string_view url) {
   return url.starts_with("http:") || url.starts_with("https:");
 }
 
-bool isMisspeltRoot(std::string_view url) {
-  const std::string rest = inSmallLetters(without(url, kRoot));
-  return rest.find("installer") != std::string::npos && rest.find("root") != std::string::npos;
+// What stands for the placeholder and is none; empty without it.
+std::string_view misspeltRoot(std::string_view url) {
+  const std::string_view found = unknownPlaceholder(url, kRoot);
+  const std::string small = inSmallLetters(found);
+  const bool isMeant =
+      small.find("installer") != std::string::npos && small.find("root") != std::string::npos;
+  return isMeant ? found : std::string_view();
+}
+
+// Before the placeholder, of which "jar:file:/..." can be made, and of any other scheme nothing.
+bool hasSchemeBeforeRoot(std::string_view before) {
+  return before != "jar:" && before.find(':') != std::string_view::npos;
 }
 
 void lintUrl(const ManifestView& manifest, const FeatureView& feature, Findings& findings) {
   const std::string url = feature.url.value_or("");
   const Place place = featureIn(manifest, feature);
-  if (isMisspeltRoot(url))
+  if (const auto misspelt = misspeltRoot(url); !misspelt.empty())
     return findings.add(rule("HF305"), place,
-                        fmt::format("\"{}\" is not {}, and stays as it is.", url, kRoot));
+                        fmt::format("\"{}\" is not {}, and stays as it is.", misspelt, kRoot));
   const std::size_t root = url.find(kRoot);
   if (root == std::string::npos && !isRemote(url) && feature.isInstalled())
     return findings.add(
         rule("HF306"), place,
         fmt::format("The url of feature {} is \"{}\", without {}.", feature.name(), url, kRoot));
-  if (root != std::string::npos && url.substr(0, root).find(':') != std::string::npos)
+  if (root != std::string::npos && hasSchemeBeforeRoot(url.substr(0, root)))
     findings.add(rule("HF307"), place,
                  fmt::format("\"{}\" becomes \"{}file:/...\".", url, url.substr(0, root)));
 }
@@ -66,7 +75,7 @@ void lintFeature(const ManifestView& manifest, const FeatureView& feature, Findi
 void lintDuplicates(const ManifestView& manifest, Findings& findings) {
   std::set<std::string> seen;
   for (const FeatureView& feature : manifest.features)
-    if (!seen.insert(feature.id.value_or("") + "\n" + feature.action.value_or("")).second)
+    if (!seen.insert(feature.id.value_or("") + (feature.isInstalled() ? "\n+" : "\n-")).second)
       findings.add(rule("HF309"), featureIn(manifest, feature),
                    fmt::format("The feature {} is named twice.", feature.id.value_or("")));
 }

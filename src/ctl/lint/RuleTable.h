@@ -68,7 +68,7 @@ inline constexpr Rule kRules[] = {
      "its file uninstalled."},
     {"HF111", Level::note, "The installer does not know a key.",
      "Nothing, when the key is for other programs.",
-     "The key is passed over. No key of the installer is like it."},
+     "The key is passed over, and nothing of the package depends on it."},
     {"HF112", Level::error, "A value is not a text and counts as missing.",
      "Write the value as a <string>.",
      "The installer takes texts only: a number, a truth, a date or a list under one of these keys "

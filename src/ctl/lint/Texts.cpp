@@ -51,11 +51,19 @@ std::string_view unknownPlaceholder(std::string_view text, std::string_view know
   return {};
 }
 
-std::string without(std::string_view text, std::string_view part) {
-  std::string rest(text);
-  for (std::size_t at = rest.find(part); at != std::string::npos; at = rest.find(part, at))
-    rest.erase(at, part.size());
-  return rest;
+bool leavesItsRoot(std::string_view way) {
+  int depth = 0;
+  for (std::size_t at = 0; at < way.size();) {
+    const std::size_t end = std::min(way.find('/', at), way.size());
+    const std::string_view step = way.substr(at, end - at);
+    if (step == "..")
+      --depth;
+    else if (!step.empty() && step != ".")
+      ++depth;
+    if (depth < 0) return true;
+    at = end + 1;
+  }
+  return false;
 }
 
 }  // namespace installer::ctl::lint

@@ -17,7 +17,7 @@ std::string inSmallLetters(std::string_view text);
 // is none. `known` is written with its signs.
 std::string_view unknownPlaceholder(std::string_view text, std::string_view known);
 
-// The text without every occurrence of `part`.
-std::string without(std::string_view text, std::string_view part);
+// Whether the way leads to a place that is not below where it begins, by its words alone.
+bool leavesItsRoot(std::string_view way);
 
 }  // namespace installer::ctl::lint

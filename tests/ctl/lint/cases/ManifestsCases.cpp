@@ -48,15 +48,20 @@ std::vector<LintCase> manifestsCases() {
        [](World& w) { w.replace(kInstall, " url=", " source=\"${installer.root}\" url="); }},
       {"HF305", "", [](World& w) { w.install({{.url = "${installer.Root}/updates"}}); }},
       {"HF305", "WithoutItsSign",
-       [](World& w) { w.install({{.url = "{installer.root}/updates"}}); }},
-      {"HF305", "WithAHyphen", [](World& w) { w.install({{.url = "${installer-root}/updates"}}); }},
+       [](World& w) { w.install({{.url = "{installer.root}/updates"}}); },
+       [](World& w) { w.install({{.url = "${installer.root}/../root/installer"}}); }},
+      {"HF305", "WithAHyphen", [](World& w) { w.install({{.url = "${installer-root}/updates"}}); },
+       [](World& w) { w.install({{.url = "http://root.example/installer"}}); }},
       {"HF306", "", [](World& w) { w.install({{.url = ""}}); },
        [](World& w) {
          w.install({{}, {.id = "com.kiv.old", .url = "", .action = "uninstall"}});
        }},
       {"HF306", "OfOneMachine", [](World& w) { w.install({{.url = "file:/Users/build/site"}}); },
        [](World& w) { w.install({{.url = "https://updates.example/site"}}); }},
-      {"HF307", "", [](World& w) { w.install({{.url = "file:${installer.root}/updates"}}); }},
+      {"HF307", "", [](World& w) { w.install({{.url = "file:${installer.root}/updates"}}); },
+       [](World& w) { w.install({{.url = "jar:${installer.root}/site.jar!/"}}); }},
+      {"HF307", "BesideItsLetters",
+       [](World& w) { w.install({{.url = "file:${installer.root}/../root/installer"}}); }},
       {"HF308", "",
        [](World& w) {
          w.install({{}, {.id = ""}});
@@ -72,6 +77,10 @@ std::vector<LintCase> manifestsCases() {
        },
        [](World& w) {
          w.install({{}, {.version = "1.4", .action = "uninstall"}});
+       }},
+      {"HF309", "WithAndWithoutAnAction",
+       [](World& w) {
+         w.install({{}, {.action = ""}});
        }},
       {"HF310", "", [](World& w) { w.install({{.action = "update"}}); },
        [](World& w) { w.install({{.action = ""}}); }},
