@@ -11,7 +11,6 @@
 #include "base/TextDictionary.h"
 #include "ctl/lint/Files.h"
 #include "ctl/lint/JavaLine.h"
-#include "ctl/lint/Lines.h"
 #include "ctl/lint/RuleTable.h"
 #include "ctl/lint/Rules.h"
 #include "formats/JavaPropertiesReader.h"
@@ -36,16 +35,17 @@ bool isWide(std::string_view bytes) {
          bytes.find('\0') != std::string_view::npos;
 }
 
-// Where the first letter beyond ASCII is, when all of them are UTF-8; npos otherwise.
-std::size_t firstUtf8Letter(std::string_view bytes) {
-  std::size_t first = std::string_view::npos;
-  for (std::size_t at = 0; at < bytes.size();) {
-    const auto character = decodeUtf8(bytes, at);
-    if (!character) return std::string_view::npos;
-    if (character->length > 1) first = std::min(first, at);
+// Whether the line has letters beyond ASCII, all of them in UTF-8.
+bool holdsUtf8Letters(std::string_view line) {
+  if (line.starts_with(kByteOrderMark)) line.remove_prefix(kByteOrderMark.size());
+  bool any = false;
+  for (std::size_t at = 0; at < line.size();) {
+    const auto character = decodeUtf8(line, at);
+    if (!character) return false;
+    any = any || character->length > 1;
     at += character->length;
   }
-  return first;
+  return any;
 }
 
 bool endsLinesWithReturns(std::string_view bytes) {
@@ -54,15 +54,9 @@ bool endsLinesWithReturns(std::string_view bytes) {
 }
 
 void lintEncoding(const std::string& file, std::string_view bytes, Findings& findings) {
-  const bool hasMark = bytes.starts_with(kByteOrderMark);
-  if (hasMark)
+  if (bytes.starts_with(kByteOrderMark))
     findings.add(rule("HF402"), {file, std::nullopt, 1},
                  "A byte order mark becomes a part of the first key.");
-  const std::size_t mark = hasMark ? kByteOrderMark.size() : 0;
-  const std::size_t letter = firstUtf8Letter(bytes.substr(mark));
-  if (letter != std::string_view::npos)
-    findings.add(rule("HF403"), {file, std::nullopt, lineAt(bytes, letter + mark)},
-                 "Letters in UTF-8 are each read as several.");
   if (endsLinesWithReturns(bytes))
     findings.add(rule("HF413"), placeOf(file), "The file is one line: carriage returns end none.");
 }
@@ -135,6 +129,7 @@ void Settings::lookAtLine(std::string_view line) {
   const std::string_view trimmed = trimmedLine(line);
   if (trimmed.starts_with('#')) ++_comments;
   if (trimmed.starts_with('#') || trimmed.empty()) return;
+  if (holdsUtf8Letters(line)) add(rule("HF403"), "Letters in UTF-8 are each read as several.");
   if (std::exchange(_continues, trimmed.ends_with(" \\"))) return;
   if (_continues)
     return add(rule("HF406"),

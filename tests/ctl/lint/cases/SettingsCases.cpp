@@ -29,6 +29,8 @@ std::vector<LintCase> settingsCases() {
       {"HF402", "", [](World& w) { w.settings("\xEF\xBB\xBFk=1\nj=2\n"); }},
       {"HF403", "", [](World& w) { w.settings("j=2\nk=gr\xC3\xBC\xC3\x9F\n"); },
        [](World& w) { w.settings("k=gr\xFC\xDF\n"); }},
+      {"HF403", "BelowAComment", [](World& w) { w.settings("# gr\xFC\xDF\nk=\xC3\xA0\n"); },
+       [](World& w) { w.settings("# gr\xC3\xBC\xC3\x9F\nk=1\n"); }},
       {"HF404", "", [](World& w) { w.settings("word\n"); },
        [](World& w) { w.settings("word=\n"); }},
       {"HF405", "", [](World& w) { w.settings("k=1\nj=2\nk:3\n"); },

@@ -9,6 +9,7 @@ std::vector<Harm> settingsHarms() {
       {"HF401", settingsAre("\\u00ff\\u00fek\\u0000=\\u00001\\u0000\n\\u0000=\n")},
       {"HF402", settingsAre("\\u00ef\\u00bb\\u00bfk=1\nj=2\n")},
       {"HF403", settingsAre("j=2\nk=gr\\u00c3\\u00bc\\u00c3\\u009f\n")},
+      {"HF403BelowAComment", settingsAre("k=\\u00c3\n")},
       {"HF404", settingsAre("word=\n")},
       {"HF405", settingsAre("k=3\nj=2\n")},
       {"HF406", settingsAre("j=2\n")},
