@@ -78,13 +78,14 @@ Wanted wantedOf(const std::optional<std::string>& rcpHome) {
           .trees = {}};
 }
 
-std::optional<CannotLook> lookAt(const PackageView& package,
-                                 const std::optional<std::string>& instance, Findings& findings) {
+std::optional<CannotLook> lookAt(const PackageView& package, const Request& request,
+                                 Findings& findings) {
+  const auto& instance = request.instance;
   const std::optional<std::string> rcpHome = rcpHomeIn(instance, package);
   for (const Wanted& wanted : {wantedOf(package), wantedOf(rcpHome)})
     if (auto reason = whyClosed(wanted)) return CannotLook{*std::move(reason)};
   lintDescription(package, findings);
-  lintVersion(package, findings);
+  lintVersion(package, request.older.has_value(), findings);
   lintLocations(package, findings);
   lintDeployFolder(package, findings);
   lintUpdateSites(package, findings);
@@ -129,7 +130,7 @@ std::variant<CannotLook, Findings> lint(const Request& request) {
     return findings;
   }
   const auto& package = std::get<PackageView>(opened);
-  if (auto reason = lookAt(package, request.instance, findings)) return *std::move(reason);
+  if (auto reason = lookAt(package, request, findings)) return *std::move(reason);
   if (request.older)
     if (auto reason = lookAtOlder(*request.older, package, findings)) return *std::move(reason);
   return findings;

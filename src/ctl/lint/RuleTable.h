@@ -110,8 +110,8 @@ inline constexpr Rule kRules[] = {
      "is "
      "patched or recorded."},
     {"HF119", Level::warning, "The version sorts otherwise as a text than by its numbers.",
-     "Choose numbers with the same count of digits (1.09, 1.10) or a version that sorts behind all "
-     "before it as a text.",
+     "Choose numbers with the same count of digits (1.09, 1.10). With --older only the version of "
+     "that package counts.",
      "Versions compare as plain texts: 1.10 comes before 1.9. A package of version 1.10 is refused "
      "with "
      "code 7 where 1.9 is installed."},

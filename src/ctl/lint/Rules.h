@@ -11,7 +11,8 @@
 namespace installer::ctl::lint {
 
 void lintDescription(const PackageView& package, Findings& findings);
-void lintVersion(const PackageView& package, Findings& findings);
+// `hasOlder`: whether lintOlder() is asked, too.
+void lintVersion(const PackageView& package, bool hasOlder, Findings& findings);
 void lintLocations(const PackageView& package, Findings& findings);
 void lintDeployFolder(const PackageView& package, Findings& findings);
 void lintUpdateSites(const PackageView& package, Findings& findings);

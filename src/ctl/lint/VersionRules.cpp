@@ -32,7 +32,7 @@ std::optional<std::string> lowerVersionThatSortsHigher(const std::string& versio
 
 }  // namespace
 
-void lintVersion(const PackageView& package, Findings& findings) {
+void lintVersion(const PackageView& package, bool hasOlder, Findings& findings) {
   const auto& version = package.described.version;
   if (!version) {
     if (package.entries.find(kVersion) == nullptr)
@@ -40,6 +40,7 @@ void lintVersion(const PackageView& package, Findings& findings) {
     return;
   }
   if (version->empty()) findings.add(rule("HF109"), package.at(kVersion), "version is empty.");
+  if (hasOlder) return;  // with which the version is compared itself
   if (const auto lower = lowerVersionThatSortsHigher(*version))
     findings.add(
         rule("HF119"), package.at(kVersion),

@@ -81,6 +81,11 @@ std::vector<LintCase> descriptionCases() {
       {"HF118", "InTheName", [](World& w) { w.text("bundleName", "Quill${package}mere"); }},
       {"HF119", "", [](World& w) { w.text("version", "1.10"); },
        [](World& w) { w.text("version", "1.09.20121115-1200"); }},
+      {"HF119", "OfAYear", [](World& w) { w.text("version", "2026.10"); },
+       [](World& w) {
+         w.older = World::kOlder;
+         w.text("version", "2026.10");
+       }},
       {"HF121", "", [](World& w) { w.add("version", "<string>1.6</string>"); }},
       {"HF122", "", [](World& w) { w.set("allowMultiInstance", "<false/>"); }},
       {"HF122", "Absent", [](World& w) { w.unset("allowMultiInstance"); }},
