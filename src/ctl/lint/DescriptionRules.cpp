@@ -7,7 +7,6 @@
 
 #include "ctl/Nearest.h"
 #include "ctl/lint/Keys.h"
-#include "ctl/lint/Lines.h"
 #include "ctl/lint/RuleTable.h"
 #include "ctl/lint/Rules.h"
 #include "ctl/lint/Texts.h"
@@ -63,12 +62,10 @@ void lintKeys(const PackageView& package, Findings& findings) {
   std::size_t unknown = 0;
   for (const auto& [key, value] : package.entries)
     if (!isKnownKey(key) && ++unknown <= kMostUnknownKeys) lintUnknownKey(package, key, findings);
-  for (const std::string_view key : kKnownKeys) {
-    const std::size_t count = countOfKey(package.listBytes, key);
-    if (count < 2 || package.entries.find(key) == nullptr) continue;
-    findings.add(rule("HF121"), package.at(key),
-                 fmt::format("\"{}\" stands {} times; the last one counts.", key, count));
-  }
+  for (const auto& [key, count] : package.listKeys)
+    if (count > 1 && isKnownKey(key))
+      findings.add(rule("HF121"), package.at(key),
+                   fmt::format("\"{}\" stands {} times; the last one counts.", key, count));
 }
 
 // --- Values --------------------------------------------------------------------------------------

@@ -21,7 +21,8 @@ constexpr std::string_view kShortVersion = "CFBundleShortVersionString";
 
 void lintIdentifier(const PropertyList::Dictionary& info, const std::string& file,
                     const std::string& bytes, Findings& findings) {
-  const Place place{file, std::string(kIdentifier), lineOfKey(bytes, kIdentifier)};
+  const Place place{file, std::string(kIdentifier),
+                    lineOfKey(bytes, rootKeysOf(bytes), kIdentifier)};
   const PropertyList::Value* const value = info.find(kIdentifier);
   if (value == nullptr)
     return findings.add(rule("HF701"), placeOf(file), "There is no CFBundleIdentifier.");
@@ -45,10 +46,11 @@ void lintIdentity(const PackageView& package, Findings& findings) {
   lintIdentifier(*info, file, *bytes, findings);
   const auto version = PropertyList::textForKey(*info, kShortVersion);
   if (version && package.described.version && *version != *package.described.version)
-    findings.add(rule("HF704"),
-                 {file, std::string(kShortVersion), lineOfKey(*bytes, kShortVersion)},
-                 fmt::format("{} is \"{}\", the version \"{}\".", kShortVersion, *version,
-                             *package.described.version));
+    findings.add(
+        rule("HF704"),
+        {file, std::string(kShortVersion), lineOfKey(*bytes, rootKeysOf(*bytes), kShortVersion)},
+        fmt::format("{} is \"{}\", the version \"{}\".", kShortVersion, *version,
+                    *package.described.version));
 }
 
 }  // namespace installer::ctl::lint

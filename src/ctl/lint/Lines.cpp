@@ -10,11 +10,6 @@ std::string keyElement(std::string_view key) {
   return "<key>" + std::string(key) + "</key>";
 }
 
-// A binary list has no lines.
-bool isBinary(std::string_view list) {
-  return list.starts_with("bplist");
-}
-
 }  // namespace
 
 std::size_t lineAt(std::string_view bytes, std::size_t place) {
@@ -50,20 +45,20 @@ std::optional<std::size_t> LineSearch::next(std::string_view text) {
   return _line;
 }
 
-std::size_t countOfKey(std::string_view list, std::string_view key) {
-  if (isBinary(list)) return 0;
+std::optional<std::size_t> lineOfKey(std::string_view list, const RootKeys& keys,
+                                     std::string_view key) {
+  const auto known = keys.find(key);
+  if (known == keys.end()) return std::nullopt;
   const std::string element = keyElement(key);
   std::size_t count = 0;
+  std::size_t last = 0;
   for (std::size_t at = list.find(element); at != std::string_view::npos;
-       at = list.find(element, at + element.size()))
+       at = list.find(element, at + element.size())) {
+    last = at;
     ++count;
-  return count;
-}
-
-std::optional<std::size_t> lineOfKey(std::string_view list, std::string_view key) {
-  const std::size_t place = isBinary(list) ? std::string_view::npos : list.rfind(keyElement(key));
-  if (place == std::string_view::npos) return std::nullopt;
-  return lineAt(list, place);
+  }
+  if (count != known->second) return std::nullopt;
+  return lineAt(list, last);
 }
 
 }  // namespace installer::ctl::lint

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "ctl/lint/RootKeys.h"
+
 // Lines of files, for people who look there. Lines count from 1.
 namespace installer::ctl::lint {
 
@@ -36,9 +38,9 @@ class LineSearch {
   bool _isLost = false;
 };
 
-// How often the key occurs in an XML property list as it is mostly written; 0 for a binary one.
-std::size_t countOfKey(std::string_view list, std::string_view key);
-// The line of the last of them, which counts.
-[[nodiscard]] std::optional<std::size_t> lineOfKey(std::string_view list, std::string_view key);
+// The line of the root's key, of several the last, which counts; `keys` are the list's. nullopt
+// where it cannot be told from others: in comments, say, or in dictionaries below the root.
+[[nodiscard]] std::optional<std::size_t> lineOfKey(std::string_view list, const RootKeys& keys,
+                                                   std::string_view key);
 
 }  // namespace installer::ctl::lint

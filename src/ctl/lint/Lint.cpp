@@ -49,6 +49,7 @@ Opened openPackage(const std::string& path) {
     return Finding{&rule("HF102"), placeOf(package.listFile),
                    "It is damaged, or its root is no dictionary."};
   package.listBytes = *std::move(bytes);
+  package.listKeys = rootKeysOf(package.listBytes);
   package.entries = *std::move(entries);
   package.described = HotfixPackage::describedBy(package.entries);
   package.resolved = HotfixPackage::resolvedFor(path, package.entries);

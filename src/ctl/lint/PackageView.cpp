@@ -16,7 +16,7 @@ bool PackageView::names(std::string_view key) const {
 }
 
 Place PackageView::at(std::string_view key) const {
-  return {listFile, std::string(key), lineOfKey(listBytes, key)};
+  return {listFile, std::string(key), lineOfKey(listBytes, listKeys, key)};
 }
 
 Place placeOf(std::string file) {

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "ctl/lint/Finding.h"
+#include "ctl/lint/RootKeys.h"
 #include "hotfix/base/PropertyList.h"
 #include "workflow/HotfixPackage.h"
 
@@ -15,6 +16,7 @@ struct PackageView {
   std::string path;            // as it was given
   std::string listFile;        // its hotfix.plist
   std::string listBytes = {};  // for places in it
+  RootKeys listKeys = {};
   PropertyList::Dictionary entries = {};
   HotfixPackage described = {};   // what the checks go by
   ResolvedPackage resolved = {};  // what the installation goes by

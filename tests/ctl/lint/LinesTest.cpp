@@ -35,18 +35,26 @@ TEST(LinesTest, ASearchGoesOnBehindWhatItFound) {
 }
 
 TEST(LinesTest, TheLastOfSeveralKeysCounts) {
-  EXPECT_EQ(4U, lineOfKey(kList, "a"));
-  EXPECT_EQ(3U, lineOfKey(kList, "b"));
-  EXPECT_EQ(std::nullopt, lineOfKey(kList, "c"));
-  EXPECT_EQ(2U, countOfKey(kList, "a"));
-  EXPECT_EQ(0U, countOfKey(kList, "c"));
+  const RootKeys keys = {{"a", 2}, {"b", 1}, {"c", 1}};
+
+  EXPECT_EQ(4U, lineOfKey(kList, keys, "a"));
+  EXPECT_EQ(3U, lineOfKey(kList, keys, "b"));
+  EXPECT_EQ(std::nullopt, lineOfKey(kList, keys, "c"));
+  EXPECT_EQ(std::nullopt, lineOfKey(kList, keys, "d"));
 }
 
-TEST(LinesTest, ABinaryListHasNoLines) {
-  const std::string binary = "bplist00" + std::string(kList);
+TEST(LinesTest, AKeyThatStandsElsewhereTooHasNoLine) {
+  EXPECT_EQ(std::nullopt, lineOfKey(kList, {{"a", 1}}, "a"));
+}
 
-  EXPECT_EQ(std::nullopt, lineOfKey(binary, "a"));
-  EXPECT_EQ(0U, countOfKey(binary, "a"));
+TEST(LinesTest, OnlyTheRootsKeysCount) {
+  EXPECT_EQ((RootKeys{{"a", 2}, {"b", 1}}),
+            rootKeysOf("<plist><dict><key>a</key><dict><key>c</key><key>b</key></dict><key >a</key>"
+                       "<string/><!-- <key>b</key> --><key>b</key><true/></dict></plist>"));
+  EXPECT_EQ((RootKeys{{"a", 1}}), rootKeysOf("<dict><key>a</key><true/></dict>"));
+  EXPECT_EQ(RootKeys(), rootKeysOf("<array><dict><key>a</key></dict></array>"));
+  EXPECT_EQ(RootKeys(), rootKeysOf("bplist00<dict><key>a</key></dict>"));
+  EXPECT_EQ(RootKeys(), rootKeysOf("<dict><key>a</key>"));
 }
 
 }  // namespace

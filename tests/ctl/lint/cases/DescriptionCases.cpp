@@ -86,7 +86,16 @@ std::vector<LintCase> descriptionCases() {
          w.older = World::kOlder;
          w.text("version", "2026.10");
        }},
-      {"HF121", "", [](World& w) { w.add("version", "<string>1.6</string>"); }},
+      {"HF121", "", [](World& w) { w.add("version", "<string>1.6</string>"); },
+       [](World& w) {
+         w.set("version", "<string>1.5</string><!-- <key>version</key><string>1</string> -->");
+       }},
+      {"HF121", "WrittenOtherwise",
+       [](World& w) {
+         w.set("version",
+               "<string>1.5</string><key ><![CDATA[ver]]>sion</key><string>1.6</string>");
+       },
+       [](World& w) { w.set("more", "<dict><key>version</key><string>1</string></dict>"); }},
       {"HF122", "", [](World& w) { w.set("allowMultiInstance", "<false/>"); }},
       {"HF122", "Absent", [](World& w) { w.unset("allowMultiInstance"); }},
   };
