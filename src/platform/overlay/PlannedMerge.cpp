@@ -64,6 +64,7 @@ void PlannedMerge::replaceEntry(const Source& source, const std::string& name,
 
 void PlannedMerge::copyMissing(const Source& source, const std::string& name,
                                const NodePtr& destination) {
+  if (!source.entry) return;
   NodePtr made = NodeCopy(_tree).build(source.name, source.entry, destination);
   if (made) (void)_tree.put(destination, name, std::move(made));  // passed over, too
 }
@@ -74,7 +75,7 @@ NodePtr PlannedMerge::folderBehind(const NodePtr& folder, const std::string& nam
 }
 
 bool PlannedMerge::isSource(const Source& source, const NodePtr& folder) const {
-  if (source.entry->isLink()) return isInSource(folder, *source.folder);
+  if (!source.entry || source.entry->isLink()) return isInSource(folder, *source.folder);
   return folder == source.folder ||
          std::find(_underWay.begin(), _underWay.end(), folder) != _underWay.end();
 }

@@ -19,7 +19,8 @@ class PlannedMerge {
   void run(const std::string& from, const std::string& to);
 
  private:
-  // An entry of the source, and the folder behind it, null when it cannot be entered.
+  // An entry of the source, null where the way to it is barred or it has gone while it is held, and
+  // the folder behind it, null when it cannot be entered.
   struct Source {
     std::string name;
     NodePtr entry;

@@ -356,6 +356,35 @@ TEST_P(ChangingFileManagerContractTest, AMergeDoesNotReachIntoItsSource) {
   EXPECT_FALSE(_files.exists(path("from/file")));
 }
 
+// By the other held folder's way the package leads out of it.
+TEST_P(ChangingFileManagerContractTest, AHeldFolderIsMergedWhereTheWayToItIsBarred) {
+  _disk.makeFile("elsewhere/package/file");
+  _disk.makeFile("elsewhere/deploy/file", "new");
+  _disk.makeLink("packages/package", "../elsewhere/package");
+  _disk.makeFolder("to");
+  const std::string deploy = path("packages/package/../deploy");
+  const auto inner = _files.hold(deploy, std::nullopt);
+  const auto outer = _files.hold(path("packages"), std::nullopt);
+
+  _files.merge(deploy, path("to"), _disk.path());
+  _files.merge(deploy, path("missing"), _disk.path());
+
+  EXPECT_EQ(now("to/file").content, "new");
+  EXPECT_FALSE(_files.exists(path("missing")));
+}
+
+TEST_P(ChangingFileManagerContractTest, OfAHeldFolderThatIsGoneNothingIsMerged) {
+  _disk.makeFile("from/file");
+  _disk.makeFile("to/kept");
+  const auto held = _files.hold(path("from"), std::nullopt);
+  EXPECT_TRUE(_files.remove(path("from")));
+
+  _files.merge(path("from"), path("to"), _disk.path());
+  _files.merge(path("from"), path("missing"), _disk.path());
+
+  EXPECT_THAT(names(), ElementsAre("to", "to/kept"));
+}
+
 // --- Removals ------------------------------------------------------------------------------------
 
 TEST_P(ChangingFileManagerContractTest, WhatIsRemovedIsGone) {
