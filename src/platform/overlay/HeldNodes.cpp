@@ -89,7 +89,7 @@ bool HeldNodes::openWithoutLinks(HeldNode& held) {
   const auto below = find(held.path, Itself::doesNot);
   if (below && !open(*below->held)) return false;
   const LinkJudge noLink = [](const Node&) { return false; };
-  const Look start = below ? Look{below->held->folder, 0} : _tree.workingFolder();
+  const Look start = below ? Look{below->held->folder, 0} : startOf(held.path);
   if (!start.node) return false;
   const Found found =
       walk(_tree, start.node, below ? below->rest : held.path, LastLink::follow, noLink);
@@ -128,8 +128,13 @@ Look HeldNodes::openBeneath(const HeldNode& held, const std::string& rest) {
   return {found.node, 0};
 }
 
+// An absolute path asks nothing of the working folder, which can be closed or gone.
+Look HeldNodes::startOf(const std::string& path) {
+  return path.starts_with('/') ? Look{_tree.root(), 0} : _tree.workingFolder();
+}
+
 Found HeldNodes::fromStart(const std::string& path, LastLink last, const LinkJudge& mayFollow) {
-  const Look start = path.starts_with('/') ? Look{_tree.root(), 0} : _tree.workingFolder();
+  const Look start = startOf(path);
   if (!start.node) return notFound(start.error);
   return walk(_tree, start.node, path, last, mayFollow);
 }

@@ -67,6 +67,7 @@ class HeldNodes {
   Found entryBelow(const Below& below);
   Found itemBelow(const Below& below, const std::string& path);
   Found inside(const std::string& path);
+  Look startOf(const std::string& path);
   Found fromStart(const std::string& path, LastLink last, const LinkJudge& mayFollow = nullptr);
   std::vector<std::shared_ptr<HeldNode>> heldAround(const Found& item) const;
   bool isTrusted(const Node& link);

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "support/ChildRun.h"
 #include "support/FakeUserContext.h"
 #include "support/OverlayMaker.h"
 #include "support/OverlaySnapshot.h"
@@ -76,6 +77,20 @@ TEST_F(OverlayFileManagerTest, WhatIsClosedToUsIsNoted) {
   ASSERT_EQ(::seteuid(0), 0);
   EXPECT_THAT(_files.unknown(), ElementsAre(path("closed"), path("closed/file"), path("secret")));
   EXPECT_EQ(_files.read(path("copy")), "secret");
+}
+
+TEST_F(OverlayFileManagerTest, AnAbsolutePathAsksNothingOfTheWorkingFolder) {
+  if (::geteuid() != 0) GTEST_SKIP() << "takes the rights of root away";
+  _disk.makeFile("open/file", "bytes");
+  _disk.makeFolder("closed/working");
+  ASSERT_EQ(::chmod(path("closed").c_str(), 0700), 0);
+  ASSERT_EQ(::chmod(_disk.path().c_str(), 0755), 0);
+
+  EXPECT_TRUE(inChild([&] {
+    if (::chdir(path("closed/working").c_str()) != 0 || ::seteuid(kNobody) != 0) return false;
+    const auto held = _files.hold(path("open"), std::nullopt);
+    return _files.read(path("open/file")) == "bytes" && _files.unknown().empty();
+  }));
 }
 
 TEST_F(OverlayFileManagerTest, ALockIsNeitherTakenNorWaitedFor) {
