@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <climits>
 #include <utility>
 
@@ -63,7 +64,10 @@ class Look {
  private:
   void add(int folder, const std::string& name, const std::string& path, int depth) {
     const auto status = statusOf(folder, name);
-    if (!status) return;  // it has gone meanwhile
+    if (!status) {
+      if (errno != ENOENT) _seen.isWhole = false;  // else it has gone meanwhile
+      return;
+    }
     SeenEntry entry{path, seenKindOf(*status), 0, {}};
     if (entry.kind == SeenKind::file) entry.size = static_cast<std::uint64_t>(status->st_size);
     if (entry.kind == SeenKind::link) entry.target = linkTarget(folder, name);

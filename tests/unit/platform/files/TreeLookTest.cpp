@@ -1,7 +1,9 @@
 #include "platform/TreeLook.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
+#include "support/ChildRun.h"
 #include "support/TemporaryFolder.h"
 
 namespace installer::test {
@@ -107,6 +109,21 @@ TEST_F(TreeLookTest, WhatIsNoFolderCannotBeListed) {
   EXPECT_FALSE(lookBelow(_folder.path("file"), kFar).has_value());
   EXPECT_FALSE(lookBelow(_folder.path("pipe"), kFar).has_value());
   EXPECT_FALSE(lookBelow(_folder.path("missing"), kFar).has_value());
+}
+
+// Its names can be read, and nothing else of what is in it.
+TEST_F(TreeLookTest, AFolderThatMayNotBeEnteredIsNotSeenWhole) {
+  _folder.makeFile("listed/file");
+  giveToOrdinaryUser(_folder.path("listed"));
+  ASSERT_EQ(::chmod(_folder.path("listed").c_str(), 0444), 0);
+  ASSERT_EQ(::chmod(_folder.path().c_str(), 0755), 0);
+
+  EXPECT_TRUE(asOrdinaryUser([&] {
+    const TreeLook seen = look();
+    return !seen.isWhole && pathsOf(seen) == std::vector<std::string>{"listed"};
+  }));
+
+  ASSERT_EQ(::chmod(_folder.path("listed").c_str(), 0755), 0);
 }
 
 TEST_F(TreeLookTest, EmptyFolderHoldsNothing) {
