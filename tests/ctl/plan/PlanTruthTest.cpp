@@ -1,13 +1,10 @@
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 #include <unistd.h>
-
-#include <map>
 
 #include "ctl/plan/Plan.h"
 #include "hotfix/driver/Installer.h"
 #include "hotfix/util/InstallUtil.h"
-#include "platform/files/FileSystemCalls.h"
+#include "support/ItemStates.h"
 #include "support/OverlayMaker.h"
 #include "support/OverlaySnapshot.h"
 #include "support/PackageFixture.h"
@@ -18,6 +15,7 @@ namespace installer::ctl {
 namespace {
 
 using ::installer::test::ownMaker;
+using ::installer::test::statesBelow;
 using ::installer::test::TreeDiff;
 using ::installer::test::TreeSnapshot;
 using ::testing::Contains;
@@ -25,19 +23,6 @@ using ::testing::Eq;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::SizeIs;
-
-// Where each item is and when it was changed last, as the disk has it.
-std::map<std::string, std::string> timesBelow(const std::string& folder) {
-  std::map<std::string, std::string> times;
-  for (const auto& [name, item] : ::installer::test::snapshotOf(folder)) {
-    struct stat status {};
-    EXPECT_EQ(::lstat((folder + "/" + name).c_str(), &status), 0) << name;
-    const timespec modified = syscalls::modificationTime(status);
-    times[name] = std::to_string(status.st_ino) + " " + std::to_string(modified.tv_sec) + "." +
-                  std::to_string(modified.tv_nsec) + " " + std::to_string(status.st_ctime);
-  }
-  return times;
-}
 
 std::vector<std::string> wordsOf(const Command& command) {
   std::vector<std::string> words = {command.executable};
@@ -78,13 +63,13 @@ class PlanTruthTest : public ::installer::test::PackageFixture {
   void prove() { prove(PlanRequest{package(), destination(), data(), _assumed}); }
   void prove(const PlanRequest& request) {
     const TreeSnapshot before = ::installer::test::snapshotOf(_sandbox.root());
-    const auto times = timesBelow(_sandbox.root());
+    const auto states = statesBelow(_sandbox.root());
 
     _plan.emplace(request, ownMaker());
 
     EXPECT_THAT(TreeDiff(before, ::installer::test::snapshotOf(_sandbox.root())).lines(),
                 IsEmpty());
-    EXPECT_EQ(timesBelow(_sandbox.root()), times);
+    EXPECT_EQ(statesBelow(_sandbox.root()), states);
     EXPECT_THAT(_sandbox.log(), IsEmpty());
     EXPECT_THAT(_sandbox.children().started(), IsEmpty());
 

@@ -4,11 +4,10 @@
 
 #include <array>
 #include <functional>
-#include <map>
 #include <vector>
 
-#include "platform/files/FileSystemCalls.h"
 #include "platform/overlay/OverlayFileManager.h"
+#include "support/ItemStates.h"
 #include "support/OverlayMaker.h"
 #include "support/OverlaySnapshot.h"
 #include "support/Proves.h"
@@ -35,19 +34,6 @@ std::string words(const std::optional<std::vector<std::string>>& names) {
   std::string line = names ? "names" : "no names";
   for (const std::string& name : names.value_or(std::vector<std::string>())) line += " " + name;
   return line;
-}
-
-// Everything that stat() tells of each item, times of change included, which any change moves.
-std::map<std::string, std::string> statesBelow(const std::string& folder) {
-  std::map<std::string, std::string> states;
-  for (const std::string& name : pathsIn(snapshotOf(folder))) {
-    struct stat status {};
-    EXPECT_EQ(::lstat((folder + "/" + name).c_str(), &status), 0) << name;
-    const auto changed = syscalls::modificationTime(status);
-    states[name] = std::to_string(status.st_ino) + " " + std::to_string(changed.tv_sec) + "." +
-                   std::to_string(changed.tv_nsec) + " " + std::to_string(status.st_ctime);
-  }
-  return states;
 }
 
 // One machine of few names, so that random operations meet again and again.
