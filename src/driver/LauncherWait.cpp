@@ -7,17 +7,22 @@
 #include "instance/ProvisioningCommand.h"
 #include "platform/Platform.h"
 #include "platform/ProcessTable.h"
+#include "platform/UserContext.h"
 
 namespace installer {
 
-bool isLauncherAtWork(const std::string& rcpHome) {
+bool isLauncherAtWork(const std::string& rcpHome, ProcessTable& processes, uid_t user) {
   const std::string launcher = InstanceLayout::launcher(rcpHome);
-  ProcessTable& processes = *Platform::current().processes;
-  const auto lines = processes.commandLines();
+  const auto lines = processes.commandLines(user);
   return std::any_of(lines.begin(), lines.end(), [&](const std::vector<std::string>& line) {
     const auto running = ProvisioningCommand::launcherIn(line);
     return running && processes.asReported(*running) == processes.asReported(launcher);
   });
+}
+
+bool isLauncherAtWork(const std::string& rcpHome) {
+  const Platform& platform = Platform::current();
+  return isLauncherAtWork(rcpHome, *platform.processes, platform.users->effectiveUserId());
 }
 
 void waitForLauncherLeftBehind(const std::string& rcpHome) {

@@ -12,6 +12,13 @@ std::vector<std::string> FakeProcessTable::valuesForKey(std::string_view key) {
   return names;
 }
 
+std::vector<std::vector<std::string>> FakeProcessTable::commandLines(uid_t user) {
+  std::vector<std::vector<std::string>> lines;
+  for (const auto& [owner, line] : _commandLines)
+    if (owner == user) lines.push_back(line);
+  return lines;
+}
+
 std::string FakeProcessTable::asReported(const std::string& path) {
   const auto found = _reported.find(path);
   return found != _reported.end() ? found->second : path;

@@ -1,5 +1,8 @@
 #include "ctl/plan/Plan.h"
 
+#include <utility>
+
+#include "ctl/QuietPlatform.h"
 #include "ctl/plan/PlannedChecks.h"
 #include "driver/LauncherWait.h"
 #include "driver/PackageLoader.h"
@@ -12,6 +15,7 @@
 #include "instance/InstanceLayout.h"
 #include "instance/ProvisioningCommand.h"
 #include "platform/Exists.h"
+#include "platform/ProcessTable.h"
 #include "platform/overlay/KeptOutput.h"
 
 namespace installer::ctl {
@@ -40,8 +44,9 @@ Plan::Plan(const PlanRequest& request, const overlay::Maker& maker)
     versionAfter = recordedVersion();
   }
   versionBefore = recordedVersion();
-  waitsForLauncher = rcpHome && isLauncherAtWork(*rcpHome);
+  lookAtProcesses(maker.user);
   changes = overlay::changesIn(_platform.overlay.tree());
+  _unknown = _platform.overlay.unknown();
 }
 
 void Plan::play() {
@@ -106,6 +111,19 @@ std::optional<std::string> Plan::recordedVersion() const {
   if (!home) return std::nullopt;
   const auto info = PropertyList::readDictionary(InstanceLayout::installInfo(*home));
   return info ? PropertyList::textForKey(*info, "hotfixVersion") : std::nullopt;
+}
+
+// Asked of the real table: the played run sees no launcher, for it would wait for its end.
+void Plan::lookAtProcesses(uid_t user) {
+  const QuietPlatform quiet;
+  ProcessTable& processes = *Platform::current().processes;
+  const auto isAtWork = [&](const std::string& home) {
+    return isLauncherAtWork(home, processes, user);
+  };
+  waitsForLauncher =
+      rcpHome && (isAtWork(*rcpHome) || (rcpHomeOfWorkflow && isAtWork(*rcpHomeOfWorkflow)));
+  if (_platform.hasAskedForProcesses() && !processes.seesAll())
+    tree().noteUnknown("the processes of other users");
 }
 
 }  // namespace installer::ctl

@@ -72,7 +72,8 @@ class Plan {
 
   const PlanRequest& request() const { return _request; }
   const std::vector<overlay::PlannedChild>& children() const { return _platform.noted.planned(); }
-  const std::set<std::string>& unknown() const { return _platform.overlay.unknown(); }
+  // What was closed to the run. What only the showing of it looks at does not count.
+  const std::set<std::string>& unknown() const { return _unknown; }
   overlay::Tree& tree() { return _platform.overlay.tree(); }
 
  private:
@@ -81,9 +82,11 @@ class Plan {
   void findBundle();
   void readRecord();
   std::optional<std::string> recordedVersion() const;
+  void lookAtProcesses(uid_t user);
 
   PlanRequest _request;
   overlay::PlannedPlatform _platform;
+  std::set<std::string> _unknown;
 };
 
 }  // namespace installer::ctl

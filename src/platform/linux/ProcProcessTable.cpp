@@ -61,11 +61,16 @@ bool isNewsForRoot(int error, bool& isRefusalTold) {
   return isRefusal(error) && geteuid() == 0 && !std::exchange(isRefusalTold, true);
 }
 
-// The kernel's own processes are many, and have no more of a command line than of an executable.
-bool hasExecutable(int table, const std::string& process) {
+// Why the process does not tell its executable; 0 when it does.
+int errorOfExecutable(int table, const std::string& process) {
   const std::string link = process + "/exe";
   char first = 0;
-  return readlinkat(table, link.c_str(), &first, 1) != -1 || errno != ENOENT;
+  return readlinkat(table, link.c_str(), &first, 1) == -1 ? errno : 0;
+}
+
+// The kernel's own processes are many, and have no more of a command line than of an executable.
+bool hasExecutable(int table, const std::string& process) {
+  return errorOfExecutable(table, process) != ENOENT;
 }
 
 bool belongsTo(uid_t user, int table, const std::string& process) {
@@ -131,10 +136,20 @@ std::vector<std::string> ProcProcessTable::executables() const {
   return paths;
 }
 
-std::vector<std::vector<std::string>> ProcProcessTable::commandLines() {
+// A table that shows its readers their own processes only lacks the first one.
+bool ProcProcessTable::seesAll() {
+  bool hasFirst = false;
+  bool isRefused = false;
+  eachProcess([&](int table, const std::string& process) {
+    if (process == "1") hasFirst = true;
+    if (isRefusal(errorOfExecutable(table, process))) isRefused = true;
+  });
+  return hasFirst && !isRefused;
+}
+
+std::vector<std::vector<std::string>> ProcProcessTable::commandLines(uid_t user) {
   std::vector<std::vector<std::string>> lines;
   std::vector<char> space(kLongestCommandLine);
-  const uid_t user = geteuid();
   eachProcess([&](int table, const std::string& process) {
     if (!hasExecutable(table, process) || !belongsTo(user, table, process)) return;
     auto line = argumentsIn(commandLineOf(table, process, space));

@@ -16,7 +16,8 @@ class ProcProcessTable : public PosixProcessTable {
  public:
   explicit ProcProcessTable(std::string folder = "/proc") : _folder(std::move(folder)) {}
 
-  std::vector<std::vector<std::string>> commandLines() override;
+  bool seesAll() override;
+  std::vector<std::vector<std::string>> commandLines(uid_t user) override;
 
  private:
   std::vector<std::string> executables() const override;

@@ -34,11 +34,11 @@ std::vector<pid_t> allProcesses() {
   return processes;
 }
 
-bool isOwn(pid_t process) {
+bool belongsTo(uid_t user, pid_t process) {
   proc_bsdshortinfo info{};
   const int size = static_cast<int>(sizeof info);
   return proc_pidinfo(process, PROC_PIDT_SHORTBSDINFO, 0, &info, size) == size &&
-         info.pbsi_uid == geteuid();
+         info.pbsi_uid == user;
 }
 
 // What the kernel keeps of the start: the number of arguments, the executable's path, zero bytes,
@@ -82,10 +82,19 @@ std::vector<std::string> LibprocProcessTable::executables() const {
   return paths;
 }
 
-std::vector<std::vector<std::string>> LibprocProcessTable::commandLines() {
+bool LibprocProcessTable::seesAll() {
+  const std::vector<pid_t> processes = allProcesses();
+  std::array<char, PROC_PIDPATHINFO_MAXSIZE> path;
+  return std::none_of(processes.begin(), processes.end(), [&](pid_t process) {
+    const auto size = static_cast<uint32_t>(path.size());
+    return proc_pidpath(process, path.data(), size) <= 0 && (errno == EPERM || errno == EACCES);
+  });
+}
+
+std::vector<std::vector<std::string>> LibprocProcessTable::commandLines(uid_t user) {
   std::vector<std::vector<std::string>> lines;
   for (const pid_t process : allProcesses()) {
-    if (!isOwn(process)) continue;
+    if (!belongsTo(user, process)) continue;
     auto line = argumentsIn(startOf(process));
     if (!line.empty()) lines.push_back(std::move(line));
   }

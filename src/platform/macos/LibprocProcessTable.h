@@ -8,7 +8,9 @@ namespace installer {
 // left out.
 class LibprocProcessTable : public PosixProcessTable {
  public:
-  std::vector<std::vector<std::string>> commandLines() override;
+  bool seesAll() override;
+  // Of another user's processes the system tells root alone.
+  std::vector<std::vector<std::string>> commandLines(uid_t user) override;
 
  private:
   std::vector<std::string> executables() const override;

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/Platform.h"
+#include "platform/Preferences.h"
 #include "platform/ProcessTable.h"
 #include "platform/SystemLog.h"
 #include "platform/UserContext.h"
@@ -62,14 +64,32 @@ class PlannedProcesses : public ProcessTable {
  public:
   explicit PlannedProcesses(ProcessTable& real) : _real(real) {}
 
+  // Whether anybody has looked at them.
+  bool areAsked() const { return _areAsked; }
+
   std::vector<std::string> valuesForKey(std::string_view key) override {
+    _areAsked = true;
     return _real.valuesForKey(key);
   }
-  std::vector<std::vector<std::string>> commandLines() override { return {}; }
+  bool seesAll() override { return _real.seesAll(); }
+  std::vector<std::vector<std::string>> commandLines(uid_t) override { return {}; }
   std::string asReported(const std::string& path) override { return _real.asReported(path); }
 
  private:
   ProcessTable& _real;
+  bool _areAsked = false;
+};
+
+// The console user's preferences. Those of a user whom the process may not become are noted.
+class PlannedPreferences : public Preferences {
+ public:
+  PlannedPreferences(const Platform& real, Tree& tree) : _real(real), _tree(tree) {}
+
+  [[nodiscard]] std::optional<PropertyList::Dictionary> domain(std::string_view name) override;
+
+ private:
+  const Platform& _real;
+  Tree& _tree;
 };
 
 // The platform for a run that is only planned: what it reads is real, what it does stays here. The
@@ -79,6 +99,9 @@ class PlannedPlatform : public Platform {
   // `maker`: as whom the run is planned.
   PlannedPlatform(const Platform& real, const Maker& maker);
 
+  // Whether the run has looked at the processes.
+  bool hasAskedForProcesses() const { return _processes.areAsked(); }
+
   OverlayFileManager overlay;
   PlannedChildren noted;
   PlannedLog lines;
@@ -86,6 +109,7 @@ class PlannedPlatform : public Platform {
  private:
   PlannedUsers _users;
   PlannedProcesses _processes;
+  PlannedPreferences _preferences;
   FilePasteboard _pasteboard;
 };
 

@@ -65,9 +65,10 @@ class Tree {
   // 0 unless nothing can be changed in the folder.
   [[nodiscard]] int refusal(const NodePtr& folder);
 
-  // Paths that only others may look at, list or read, in the order of their names.
+  // Paths that only others may look at, list or read, in the order of their names; and in words
+  // what has no path.
   const std::set<std::string>& unknown() const { return _unknown; }
-  void noteUnknown(const std::string& path) { _unknown.insert(path); }
+  void noteUnknown(const std::string& what) { _unknown.insert(what); }
 
  private:
   Entry& entryOf(Folder& folder, std::string_view name);

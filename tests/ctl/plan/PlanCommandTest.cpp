@@ -167,9 +167,13 @@ TEST_F(PlanCommandTest, AUserWithoutRightsIsToldSo) {
   RunOptions alice;
   alice.user = CliSandbox::kAlice;
 
-  const json open = planned({}, alice);
-  EXPECT_EQ(_result.status, 0);
-  EXPECT_THAT(open["unknown"], IsEmpty());
+  EXPECT_THAT(planned({}, alice)["unknown"], ElementsAre("the processes of other users"));
+  EXPECT_EQ(_result.status, 2) << "it is root's process that is closed to her";
+  _package.set("SKIPRUNNINGCHECK", "true");
+  writePreferences();
+  _sandbox.writeFile(kMarker, "closed", 0600);
+  EXPECT_THAT(planned({"--diff"}, alice)["unknown"], IsEmpty());
+  EXPECT_EQ(_result.status, 0) << "what is only shown decides nothing";
 
   _sandbox.writeFile(_instance.customization(), "a=1\n", 0600);
   const json closed = planned({}, alice);

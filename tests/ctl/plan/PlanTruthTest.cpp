@@ -5,6 +5,7 @@
 #include "hotfix/driver/Installer.h"
 #include "hotfix/util/InstallUtil.h"
 #include "support/ItemStates.h"
+#include "support/LauncherLine.h"
 #include "support/OverlayMaker.h"
 #include "support/OverlaySnapshot.h"
 #include "support/PackageFixture.h"
@@ -14,11 +15,13 @@
 namespace installer::ctl {
 namespace {
 
+using ::installer::test::launcherLine;
 using ::installer::test::ownMaker;
 using ::installer::test::statesBelow;
 using ::installer::test::TreeDiff;
 using ::installer::test::TreeSnapshot;
 using ::testing::Contains;
+using ::testing::ElementsAre;
 using ::testing::Eq;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -259,6 +262,42 @@ TEST_F(PlanTruthTest, ARunningApplicationThatIsNotAskedFor) {
   prove();
   EXPECT_EQ(plan().status, 0);
   EXPECT_EQ(plan().checks[2].state, PlannedCheck::State::skipped);
+}
+
+// Another user's could be the application.
+TEST_F(PlanTruthTest, ProcessesThatAreClosedAreUnknownToTheCheckThatAsksForThem) {
+  const PlanRequest request{package(), destination(), data()};
+  _sandbox.processes().isOpen = false;
+  EXPECT_THAT(Plan(request, ownMaker()).unknown(), ElementsAre("the processes of other users"));
+
+  describe("SKIPRUNNINGCHECK", "true");
+  EXPECT_THAT(Plan(request, ownMaker()).unknown(), IsEmpty());
+}
+
+TEST_F(PlanTruthTest, ALauncherThatRootHasLeftBehindIsWaitedFor) {
+  const auto planFor = [&](uid_t user) {
+    overlay::Maker maker = ownMaker();
+    maker.user = user;
+    return Plan({package(), destination(), data()}, maker).waitsForLauncher;
+  };
+  EXPECT_FALSE(planFor(4711));
+
+  _sandbox.processes().addCommandLine(launcherLine(launcher()), 4711);
+
+  EXPECT_TRUE(planFor(4711));
+  EXPECT_FALSE(planFor(4712));
+}
+
+TEST_F(PlanTruthTest, ALauncherOfTheOtherHomeIsWaitedForToo) {
+  registerBundle(_sandbox.makeFolder("Applications/Other.app"));
+  const PlanRequest request{package(), destination(), data()};
+  const Plan before(request, ownMaker());
+  ASSERT_NE(before.rcpHomeOfWorkflow, std::nullopt);
+  EXPECT_FALSE(before.waitsForLauncher);
+
+  _sandbox.processes().addCommandLine(launcherLine(*before.rcpHomeOfWorkflow + "/rcplauncher"));
+
+  EXPECT_TRUE(Plan(request, ownMaker()).waitsForLauncher);
 }
 
 TEST_F(PlanTruthTest, AHigherHotfix) {

@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-#include "instance/ProvisioningCommand.h"
+#include "support/LauncherLine.h"
 #include "support/Proves.h"
 #include "support/Sandbox.h"
 
@@ -20,12 +20,8 @@ class LauncherWaitTest : public ::testing::Test {
  protected:
   // The launcher provisions until we have waited for so long.
   void run(const std::string& launcher, milliseconds time) {
-    std::vector<std::string> line = {launcher};
-    for (const std::string& argument :
-         ProvisioningCommand::arguments(ProvisioningCommand::kUpdate, "en_US", "/data"))
-      line.push_back(argument);
     _sandbox.processes().addCommandLine({"/sbin/init"});
-    _sandbox.processes().addCommandLine(line);
+    _sandbox.processes().addCommandLine(launcherLine(launcher));
     _sandbox.clock().onPause([this, time] {
       if (_sandbox.clock().paused() >= time) _sandbox.processes().clear();
     });

@@ -42,7 +42,7 @@ TEST_P(ProcessTableContractTest, KnowsNoOtherKey) {
 
 TEST_P(ProcessTableContractTest, TellsCommandLinesWithTheProgramFirst) {
   std::vector<std::string> programs;
-  for (const std::vector<std::string>& line : _table->commandLines()) {
+  for (const std::vector<std::string>& line : _table->commandLines(geteuid())) {
     ASSERT_FALSE(line.empty());
     programs.push_back(line.front());
   }

@@ -117,7 +117,7 @@ TEST_F(RunningProgramTest, IsListedWithItsArguments) {
   _arguments = {"a b", "", "c"};
   const std::string copy = runCopy("Quillmere");
 
-  EXPECT_THAT(_table.commandLines(), Contains(ElementsAre(copy, "a b", "", "c")));
+  EXPECT_THAT(_table.commandLines(geteuid()), Contains(ElementsAre(copy, "a b", "", "c")));
 }
 
 TEST_F(RunningProgramTest, IsReportedWithLinksResolved) {
@@ -178,7 +178,7 @@ TEST_F(MadeTableTest, ProcessesWithoutACommandLineAreLeftOut) {
   _folder.makeFile("self/cmdline", std::string("self\0", 5));
   for (const char* process : {"1", "2", "3", "4", "self"}) makeExecutable(process);
 
-  EXPECT_THAT(_table.commandLines(),
+  EXPECT_THAT(_table.commandLines(geteuid()),
               UnorderedElementsAre(ElementsAre("init", "--first"),
                                    ElementsAre("ended without a zero byte")));
 }
@@ -186,14 +186,14 @@ TEST_F(MadeTableTest, ProcessesWithoutACommandLineAreLeftOut) {
 TEST_F(MadeTableTest, TheKernelsOwnProcessesHaveNoCommandLine) {
   _folder.makeFile("1/cmdline", std::string("own\0", 4));
 
-  EXPECT_THAT(_table.commandLines(), IsEmpty());
+  EXPECT_THAT(_table.commandLines(geteuid()), IsEmpty());
 }
 
 TEST_F(MadeTableTest, CommandLineIsReadUpTo64KiB) {
   _folder.makeFile("1/cmdline", std::string(std::size_t{80} << 10, 'x'));
   makeExecutable("1");
 
-  EXPECT_THAT(_table.commandLines(),
+  EXPECT_THAT(_table.commandLines(geteuid()),
               ElementsAre(ElementsAre(std::string(std::size_t{64} << 10, 'x'))));
 }
 
@@ -205,7 +205,38 @@ TEST_F(MadeTableTest, CommandLinesOfOtherUsersAreLeftOut) {
   if (lchown(_folder.path("2").c_str(), 4711, 4711) != 0)
     GTEST_SKIP() << "only root can give files away";
 
-  EXPECT_THAT(_table.commandLines(), ElementsAre(ElementsAre("own")));
+  EXPECT_THAT(_table.commandLines(geteuid()), ElementsAre(ElementsAre("own")));
+}
+
+TEST_F(MadeTableTest, CommandLinesAreThoseOfTheUserThatIsAskedFor) {
+  _folder.makeFile("1/cmdline", std::string("own\0", 4));
+  _folder.makeFile("2/cmdline", std::string("other\0", 6));
+  makeExecutable("1");
+  makeExecutable("2");
+  if (lchown(_folder.path("2").c_str(), 4711, 4711) != 0)
+    GTEST_SKIP() << "only root can give files away";
+
+  EXPECT_THAT(_table.commandLines(4711), ElementsAre(ElementsAre("other")));
+}
+
+TEST_F(MadeTableTest, ATableWithoutTheFirstProcessHidesSome) {
+  makeExecutable("2");
+  _folder.makeFolder("3");
+  EXPECT_FALSE(_table.seesAll());
+
+  makeExecutable("1");
+  EXPECT_TRUE(_table.seesAll());
+}
+
+TEST_F(MadeTableTest, ATableWithClosedProcessesIsNotSeenWhole) {
+  if (!canRefuseCalls()) GTEST_SKIP() << "this kernel cannot refuse calls";
+  makeExecutable("1");
+
+  for (const int error : {EACCES, EPERM})
+    EXPECT_TRUE(inChild([&] {
+      const Sandbox sandbox;
+      return refuseCall(SYS_readlinkat, error) && !_table.seesAll() && sandbox.log().empty();
+    })) << error;
 }
 
 TEST_F(MadeTableTest, EveryDigitMakesANumber) {
@@ -313,7 +344,7 @@ TEST_F(MadeTableTest, ACommandLineThatCannotBeOpenedIsTold) {
   _folder.makeLink("3/cmdline", "cmdline");
   _folder.makeLink("4/exe", "/bin/sh");
 
-  EXPECT_THAT(_table.commandLines(), IsEmpty());
+  EXPECT_THAT(_table.commandLines(geteuid()), IsEmpty());
 
   EXPECT_THAT(sandbox.log(),
               ElementsAre(cannotRead("3/cmdline", "Too many levels of symbolic links")));
@@ -325,7 +356,7 @@ TEST_F(MadeTableTest, ACommandLineThatCannotBeReadIsTold) {
   makeExecutable("3");
   _folder.makeFolder("3/cmdline");
 
-  EXPECT_THAT(_table.commandLines(), IsEmpty());
+  EXPECT_THAT(_table.commandLines(geteuid()), IsEmpty());
 
   EXPECT_THAT(sandbox.log(), ElementsAre(cannotRead("3/cmdline", "Is a directory")));
 }

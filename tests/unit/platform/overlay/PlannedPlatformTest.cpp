@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "platform/overlay/KeptOutput.h"
+#include "support/FakePreferences.h"
 #include "support/OverlayMaker.h"
 #include "support/Sandbox.h"
 
@@ -83,8 +84,38 @@ TEST_F(PlannedPlatformTest, NoLauncherIsSeenAtWork) {
 
   EXPECT_THAT(_planned.processes->valuesForKey("CFBundleExecutable"),
               _sandbox.processes().valuesForKey("CFBundleExecutable"));
-  EXPECT_THAT(_planned.processes->commandLines(), IsEmpty());
+  EXPECT_THAT(_planned.processes->commandLines(geteuid()), IsEmpty());
   EXPECT_EQ(_planned.processes->asReported("/x/"), "/x/");
+}
+
+TEST_F(PlannedPlatformTest, WhoeverLooksAtTheProcessesIsNoted) {
+  EXPECT_FALSE(_planned.hasAskedForProcesses());
+  (void)_planned.processes->valuesForKey("CFBundleExecutable");  // that it is asked counts
+  EXPECT_TRUE(_planned.hasAskedForProcesses());
+
+  EXPECT_TRUE(_planned.processes->seesAll());
+  _sandbox.processes().isOpen = false;
+  EXPECT_FALSE(_planned.processes->seesAll());
+}
+
+TEST_F(PlannedPlatformTest, PreferencesOfSomebodyElseAreNoted) {
+  FakePreferences preferences;
+  preferences.domains["com.kiv.own"] = {{"key", true}};
+  Platform real = _sandbox.platform();
+  real.preferences = &preferences;
+  _sandbox.users().effectiveUser = 4711;
+  const auto unknownFor = [&](const std::string& user, uid_t uid) {
+    _sandbox.users().add({user, uid, 1, "/Users/" + user});
+    _sandbox.users().variables["USER"] = user;
+    overlay::PlannedPlatform planned(real, ownMaker());
+    EXPECT_TRUE(planned.preferences->domain("com.kiv.own"));
+    return planned.overlay.unknown();
+  };
+
+  EXPECT_THAT(unknownFor("alice", 4711), IsEmpty());
+  EXPECT_THAT(unknownFor("bob", 4712), ElementsAre("the preferences of bob"));
+  _sandbox.users().effectiveUser = 0;
+  EXPECT_THAT(unknownFor("bob", 4712), IsEmpty());
 }
 
 TEST_F(PlannedPlatformTest, TheUsersAreThoseOfTheOneForWhomIsPlanned) {
