@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 
 // The few calls that every system spells in its own way. Like the calls behind them, they answer
 // -1 and set errno on failure.
@@ -67,6 +68,9 @@ enum class Beneath { no, yes };
 [[nodiscard]] std::optional<std::string> reportedPath(const std::string& path);
 
 timespec modificationTime(const struct stat& status);
+
+// Whether the bytes are those that a program of this system begins with. Scripts are none.
+bool isProgram(std::string_view beginning);
 
 // Whether what is made in a folder of this mode gets the folder's group instead of its maker's.
 bool takesGroupOfFolder(mode_t folder);

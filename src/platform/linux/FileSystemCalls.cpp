@@ -107,6 +107,10 @@ timespec modificationTime(const struct stat& status) {
   return status.st_mtim;
 }
 
+bool isProgram(std::string_view beginning) {
+  return beginning.starts_with("\177ELF");
+}
+
 bool takesGroupOfFolder(mode_t folder) {
   return (folder & S_ISGID) != 0;
 }

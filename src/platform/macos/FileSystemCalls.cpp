@@ -148,6 +148,12 @@ timespec modificationTime(const struct stat& status) {
   return status.st_mtimespec;
 }
 
+// For one architecture, in the order of bytes of these machines, or for several.
+bool isProgram(std::string_view beginning) {
+  return beginning.starts_with("\xcf\xfa\xed\xfe") || beginning.starts_with("\xca\xfe\xba\xbe") ||
+         beginning.starts_with("\xca\xfe\xba\xbf");
+}
+
 bool takesGroupOfFolder(mode_t) {
   return true;
 }

@@ -17,8 +17,10 @@ struct PlannedChild {
   bool isQuestion = false;  // whose first line of output is wanted
 };
 
-// Children that are noted and not started. One whose program is missing or may not be executed
-// cannot be started here either.
+// Children that are noted and not started. One whose program is missing, may not be executed,
+// begins as no program does or wants an interpreter that cannot be run is not started here either.
+// That it breaks off behind its beginning, or that its file system runs no programs, is not
+// foreseen.
 class PlannedChildren : public ChildProcesses {
  public:
   explicit PlannedChildren(OverlayFileManager& files) : _files(files) {}
@@ -36,6 +38,8 @@ class PlannedChildren : public ChildProcesses {
  private:
   // 0, or the system's error number.
   int refusalOf(const std::string& executable);
+  // The same of a program, or of the interpreter of so many scripts.
+  int refusalOf(const std::string& program, int scripts);
 
   OverlayFileManager& _files;
   std::function<void(const Command&)> _play;

@@ -14,8 +14,8 @@
 #include "platform/files/FileReading.h"
 #include "platform/files/FileSystemCalls.h"
 #include "platform/files/FolderReader.h"
-#include "platform/files/Opening.h"
 #include "platform/overlay/PathWalk.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace installer::overlay {
 
@@ -182,14 +182,29 @@ std::optional<std::string> Tree::read(const Node& file, std::size_t maximum) {
     errno = EFBIG;
     return content.bytes->size() <= maximum ? std::optional(*content.bytes) : std::nullopt;
   }
-  const Descriptor folder = openRealFolder(*content.folder);
-  std::optional<std::string> bytes;
-  if (folder.valid()) {
-    const RegularFile opened = openRegularFile(folder.get(), content.name);
-    if (opened.valid()) bytes = readWhole(opened, maximum);
-  }
-  if (!bytes) noteIfClosed(errno, content.realPath());
+  const RegularFile opened = openReal(content);
+  return opened.valid() ? readWhole(opened, maximum) : std::nullopt;
+}
+
+std::optional<std::string> Tree::beginning(const Node& file, std::size_t count) {
+  if (file.content.bytes) return file.content.bytes->substr(0, count);
+  const RegularFile opened = openReal(file.content);
+  if (!opened.valid()) return std::nullopt;
+  std::string bytes(count, '\0');
+  const ssize_t length =
+      uninterrupted([&] { return ::read(opened.file.get(), bytes.data(), bytes.size()); });
+  if (length == -1) return std::nullopt;
+  bytes.resize(static_cast<std::size_t>(length));
   return bytes;
+}
+
+// Invalid with errno set.
+RegularFile Tree::openReal(const Content& content) {
+  const Descriptor folder = openRealFolder(*content.folder);
+  RegularFile opened;
+  if (folder.valid()) opened = openRegularFile(folder.get(), content.name);
+  if (!opened.valid()) noteIfClosed(errno, content.realPath());
+  return opened;
 }
 
 // Leaves errno as it is.

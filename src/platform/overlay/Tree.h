@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/files/Opening.h"
 #include "platform/overlay/Node.h"
 
 namespace installer::overlay {
@@ -52,6 +53,8 @@ class Tree {
 
   // The file's bytes; nullopt with errno set, EFBIG when there are more than that.
   std::optional<std::string> read(const Node& file, std::size_t maximum);
+  // So many of its first bytes, or all where there are fewer; nullopt with errno set.
+  std::optional<std::string> beginning(const Node& file, std::size_t count);
 
   // New items that have no name yet, as they would be made in the folder.
   NodePtr newFile(const NodePtr& folder, mode_t mode, Content content) const;
@@ -72,9 +75,9 @@ class Tree {
 
  private:
   Entry& entryOf(Folder& folder, std::string_view name);
-  void see(Folder& folder, const std::string& name, Entry& entry, int& error);
   NodePtr nodeOf(const NodePtr& folder, const std::string& name, const struct stat& status);
   void fillFromDisk(Folder& folder);
+  RegularFile openReal(const Content& content);
   void noteIfClosed(int error, const std::string& path);
   NodePtr newNode(const NodePtr& folder, EntryKind kind, mode_t mode) const;
 

@@ -51,6 +51,29 @@ TEST_F(PlannedPlatformTest, WhatCannotBeStartedIsRefusedInTheSystemsWords) {
   EXPECT_EQ(_planned.noted.planned()[2].refusal, "Permission denied");
 }
 
+// The system reads the first bytes, and looks for the interpreter that they name.
+TEST_F(PlannedPlatformTest, WhatTheSystemCannotRunIsRefused) {
+  const auto refusalOf = [&](const std::string& bytes) {
+    const std::string program = _sandbox.write("program", bytes, 0755);
+    overlay::PlannedPlatform planned(_sandbox.platform(), ownMaker());
+    (void)planned.children->start({program, {}}, nullptr);  // the noted reason is asked for
+    return planned.noted.planned().front().refusal;
+  };
+  const std::string script = _sandbox.write("script", "#!/bin/sh\n", 0755);
+  const std::string plain = _sandbox.write("plain", "#!/bin/sh\n", 0644);
+  const std::string none = _sandbox.path("none");
+
+  EXPECT_EQ(refusalOf(""), "Exec format error");
+  EXPECT_EQ(refusalOf("echo\n"), "Exec format error");
+  EXPECT_EQ(refusalOf("#!\n"), "Exec format error");
+  EXPECT_EQ(refusalOf("#!" + none), "No such file or directory");
+  EXPECT_EQ(refusalOf("#! \t" + none + " -x\n/bin/sh"), "No such file or directory");
+  EXPECT_EQ(refusalOf("#!" + plain + "\n"), "Permission denied");
+  EXPECT_EQ(refusalOf("#!" + script + "\n"), "");
+  EXPECT_EQ(refusalOf("#!/bin/sh -x\n"), "");
+  EXPECT_EQ(refusalOf("#!" + _sandbox.path("program") + "\n"), "Too many levels of symbolic links");
+}
+
 TEST_F(PlannedPlatformTest, AnUnaskedLineStandsForWhatItWouldBe) {
   const std::string tool = _sandbox.write("tool", "#!/bin/sh\n", 0755);
 
