@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
+
 #include "ctl/Shown.h"
 #include "ctl/plan/UnifiedDiff.h"
 #include "platform/FileManager.h"
@@ -12,11 +14,21 @@ namespace {
 
 using Kind = overlay::Change::Kind;
 
-// No text for what is no file; empty for what is not there.
-std::optional<std::string> textOf(overlay::Tree& tree, const overlay::NodePtr& node) {
+constexpr std::string_view kTooLong = "too long to compare";
+
+// The file's bytes, empty for what is not there. Where there are none that can be compared `reason`
+// tells why, but for what is no file.
+std::optional<std::string> textOf(overlay::Tree& tree, const overlay::NodePtr& node,
+                                  std::string_view& reason) {
   if (!node) return std::string();
   if (!node->isFile()) return std::nullopt;
-  return tree.read(*node, FileManager::kMaximumRead);
+  auto bytes = tree.read(*node, FileManager::kMaximumRead);
+  if (bytes && isText(*bytes)) return bytes;
+  if (bytes)
+    reason = "no text";
+  else
+    reason = errno == EFBIG ? kTooLong : "cannot be read";
+  return std::nullopt;
 }
 
 }  // namespace
@@ -73,15 +85,19 @@ std::optional<std::string> sourceOf(const overlay::Change& change) {
   return change.now->content.realPath();
 }
 
-std::optional<std::string> diffOf(overlay::Tree& tree, const overlay::Change& change) {
-  if (change.kind == Kind::attributes || change.kind == Kind::rewritten) return std::nullopt;
-  const auto before = textOf(tree, change.old);
-  const auto after = textOf(tree, change.now);
-  const auto difference = before && after ? unifiedDiff(*before, *after) : std::nullopt;
-  if (!difference || difference->empty()) return std::nullopt;
+Difference differenceOf(overlay::Tree& tree, const overlay::Change& change) {
+  Difference difference;
+  if (change.kind == Kind::attributes || change.kind == Kind::rewritten) return difference;
+  const auto before = textOf(tree, change.old, difference.reason);
+  const auto after = textOf(tree, change.now, difference.reason);
+  if (!before || !after) return difference;
+  const auto lines = unifiedDiff(*before, *after);
+  if (!lines) return {std::nullopt, kTooLong};
+  if (lines->empty()) return difference;
   const std::string name = shown(change.path);
-  return fmt::format("--- {}\n+++ {}\n{}", change.old ? name : "/dev/null",
-                     change.now ? name : "/dev/null", *difference);
+  difference.text = fmt::format("--- {}\n+++ {}\n{}", change.old ? name : "/dev/null",
+                                change.now ? name : "/dev/null", *lines);
+  return difference;
 }
 
 }  // namespace installer::ctl

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/overlay/Changes.h"
 
@@ -28,8 +29,11 @@ std::string statusText(const overlay::Status& status);
 // The file that the new bytes come from; nullopt when the run has made them.
 std::optional<std::string> sourceOf(const overlay::Change& change);
 
-// How the file's text changes, with the two lines that name it. nullopt for what is no text, or
-// where nothing changes.
-std::optional<std::string> diffOf(overlay::Tree& tree, const overlay::Change& change);
+// How a file's text changes.
+struct Difference {
+  std::optional<std::string> text;  // with the two lines that name the file
+  std::string_view reason;          // why there is none; empty where none is to be expected
+};
+Difference differenceOf(overlay::Tree& tree, const overlay::Change& change);
 
 }  // namespace installer::ctl

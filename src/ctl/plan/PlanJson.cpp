@@ -72,7 +72,7 @@ Json changesJson(Plan& plan, bool withDifferences) {
                 {"before", statusJson(change.before)},
                 {"after", statusJson(change.after)},
                 {"source", jsonOf(sourceOf(change))}};
-    if (withDifferences) one["difference"] = jsonOf(diffOf(plan.tree(), change));
+    if (withDifferences) one["difference"] = jsonOf(differenceOf(plan.tree(), change).text);
     changes.push_back(std::move(one));
   }
   return changes;

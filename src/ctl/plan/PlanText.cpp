@@ -128,10 +128,10 @@ class PlanText {
 
   // Each line of it is one line.
   void tellDifference(const overlay::Change& change) {
-    const auto difference = diffOf(_plan.tree(), change);
-    const bool isFile = change.now && change.now->isFile();
-    if (!difference && isFile && change.kind == Kind::replaced) return line("    (no text)");
-    std::string_view rest = difference ? std::string_view(*difference) : std::string_view();
+    const Difference difference = differenceOf(_plan.tree(), change);
+    if (!difference.text && !difference.reason.empty())
+      return line(fmt::format("    ({})", difference.reason));
+    std::string_view rest = difference.text ? std::string_view(*difference.text) : "";
     while (!rest.empty()) {
       const std::size_t end = std::min(rest.find('\n'), rest.size() - 1);
       line("    " + shown(rest.substr(0, end)));

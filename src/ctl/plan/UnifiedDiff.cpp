@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
+#include <unordered_map>
 #include <vector>
 
 namespace installer::ctl {
@@ -11,23 +13,26 @@ namespace installer::ctl {
 namespace {
 
 constexpr std::size_t kContext = 3;               // lines
+constexpr std::size_t kMaximumLines = 1'000'000;  // of each text
 constexpr std::size_t kMaximumCells = 4'000'000;  // of the table, 4 bytes each
 
 using Lines = std::vector<std::string_view>;
 
+std::size_t numberOfLines(std::string_view text) {
+  const auto feeds = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+  return text.empty() || text.ends_with('\n') ? feeds : feeds + 1;
+}
+
 // Each with its line feed, so that a last line without one is another line.
 Lines linesOf(std::string_view text) {
   Lines lines;
+  lines.reserve(numberOfLines(text));
   while (!text.empty()) {
     const std::size_t end = std::min(text.find('\n'), text.size() - 1) + 1;
     lines.push_back(text.substr(0, end));
     text.remove_prefix(end);
   }
   return lines;
-}
-
-bool isText(std::string_view bytes) {
-  return bytes.find('\0') == std::string_view::npos;
 }
 
 struct Step {
@@ -40,13 +45,18 @@ struct Step {
 // Finds the fewest lines to take away and to add, in the parts that differ at all.
 class Alignment {
  public:
-  Alignment(const Lines& before, const Lines& after) : _before(before), _after(after) {
-    const auto differs = std::mismatch(before.begin(), before.end(), after.begin(), after.end());
-    _start = static_cast<std::size_t>(differs.first - before.begin());
-    _columns = after.size() - _start + 1;
+  Alignment(const Lines& before, const Lines& after)
+      : _before(before), _after(after), _old(numbersOf(before)), _now(numbersOf(after)) {
+    const auto differs = std::mismatch(_old.begin(), _old.end(), _now.begin(), _now.end());
+    const auto end = std::mismatch(_old.rbegin(), std::make_reverse_iterator(differs.first),
+                                   _now.rbegin(), std::make_reverse_iterator(differs.second));
+    _start = static_cast<std::size_t>(differs.first - _old.begin());
+    _oldEnd = static_cast<std::size_t>(end.first.base() - _old.begin());
+    _nowEnd = static_cast<std::size_t>(end.second.base() - _now.begin());
+    _columns = _nowEnd - _start + 1;
   }
 
-  bool isTooLarge() const { return (_before.size() - _start + 1) * _columns > kMaximumCells; }
+  bool isTooLarge() const { return (_oldEnd - _start + 1) * _columns > kMaximumCells; }
 
   std::vector<Step> run() {
     fill();
@@ -63,30 +73,47 @@ class Alignment {
   }
 
  private:
-  // How many lines the rests from here on have in common.
+  using Numbers = std::vector<std::size_t>;
+
+  // Equal lines have the same number: however long they are, they are compared once.
+  Numbers numbersOf(const Lines& lines) {
+    Numbers numbers;
+    numbers.reserve(lines.size());
+    for (const std::string_view line : lines)
+      numbers.push_back(_known.try_emplace(line, _known.size()).first->second);
+    return numbers;
+  }
+
+  // How many lines the rests from here on have in common, without the equal end.
   std::uint32_t& common(std::size_t old, std::size_t now) {
     return _table[(old - _start) * _columns + now - _start];
   }
 
   void fill() {
-    _table.resize((_before.size() - _start + 1) * _columns);
-    for (std::size_t old = _before.size(); old-- > _start;)
-      for (std::size_t now = _after.size(); now-- > _start;)
-        common(old, now) = _before[old] == _after[now]
+    _table.resize((_oldEnd - _start + 1) * _columns);
+    for (std::size_t old = _oldEnd; old-- > _start;)
+      for (std::size_t now = _nowEnd; now-- > _start;)
+        common(old, now) = _old[old] == _now[now]
                                ? common(old + 1, now + 1) + 1
                                : std::max(common(old + 1, now), common(old, now + 1));
   }
 
   char markAt(std::size_t old, std::size_t now) {
-    if (old == _before.size()) return '+';
-    if (now == _after.size()) return '-';
-    if (_before[old] == _after[now]) return ' ';
+    const bool isOldDone = old == _oldEnd;
+    const bool isNowDone = now == _nowEnd;
+    if (isOldDone != isNowDone) return isOldDone ? '+' : '-';
+    if (old < _start || old >= _oldEnd || _old[old] == _now[now]) return ' ';
     return common(old + 1, now) >= common(old, now + 1) ? '-' : '+';
   }
 
   const Lines& _before;
   const Lines& _after;
-  std::size_t _start = 0;  // lines that are equal at the beginning
+  std::unordered_map<std::string_view, std::size_t> _known;
+  const Numbers _old;
+  const Numbers _now;
+  std::size_t _start = 0;   // lines that are equal at the beginning
+  std::size_t _oldEnd = 0;  // where those begin that are equal at the end
+  std::size_t _nowEnd = 0;
   std::size_t _columns = 0;
   std::vector<std::uint32_t> _table;
 };
@@ -136,8 +163,12 @@ std::string hunksOf(const std::vector<Step>& steps) {
 
 }  // namespace
 
+bool isText(std::string_view bytes) {
+  return bytes.find('\0') == std::string_view::npos;
+}
+
 std::optional<std::string> unifiedDiff(std::string_view before, std::string_view after) {
-  if (!isText(before) || !isText(after)) return std::nullopt;
+  if (std::max(numberOfLines(before), numberOfLines(after)) > kMaximumLines) return std::nullopt;
   const Lines old = linesOf(before);
   const Lines now = linesOf(after);
   Alignment alignment(old, now);

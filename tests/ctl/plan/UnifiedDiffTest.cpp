@@ -39,9 +39,7 @@ TEST(UnifiedDiffTest, ChangesFarFromEachOtherStandApart) {
             "@@ -1,8 +1,8 @@\n-a\n+A\n 1\n 2\n 3\n 4\n 5\n 6\n-b\n+B\n");
 }
 
-TEST(UnifiedDiffTest, WhatIsNoTextOrTooLongHasNone) {
-  EXPECT_EQ(unifiedDiff(std::string("a\0b", 3), "a"), std::nullopt);
-  EXPECT_EQ(unifiedDiff("a", std::string("\0", 1)), std::nullopt);
+TEST(UnifiedDiffTest, OnlyWhatDiffersIsComparedAndCanBeTooLong) {
   std::string old;
   std::string now;
   for (int line = 0; line < 3000; ++line) {
@@ -49,6 +47,23 @@ TEST(UnifiedDiffTest, WhatIsNoTextOrTooLongHasNone) {
     now += std::to_string(-line - 1) + "\n";
   }
   EXPECT_EQ(unifiedDiff(old, now), std::nullopt);
+  EXPECT_EQ(unifiedDiff("a\n" + old, "b\n" + old), "@@ -1,4 +1,4 @@\n-a\n+b\n 0\n 1\n 2\n");
+  EXPECT_EQ(unifiedDiff(old + "a\n" + old, old + old),
+            "@@ -2998,7 +2998,6 @@\n 2997\n 2998\n 2999\n-a\n 0\n 1\n 2\n");
+}
+
+TEST(UnifiedDiffTest, TextsOfAMillionLinesAreNotTakenApart) {
+  const std::string million(1'000'000, '\n');
+
+  EXPECT_TRUE(unifiedDiff("", million));
+  EXPECT_FALSE(unifiedDiff("", million + "x"));
+  EXPECT_FALSE(unifiedDiff(million + "\n", ""));
+}
+
+TEST(UnifiedDiffTest, AZeroByteIsInNoText) {
+  EXPECT_TRUE(isText(""));
+  EXPECT_TRUE(isText("a\xff\n"));
+  EXPECT_FALSE(isText(std::string("a\0b", 3)));
 }
 
 std::vector<std::string> linesOf(const std::string& text) {
