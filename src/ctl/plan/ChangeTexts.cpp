@@ -88,6 +88,7 @@ std::optional<std::string> sourceOf(const overlay::Change& change) {
 Difference differenceOf(overlay::Tree& tree, const overlay::Change& change) {
   Difference difference;
   if (change.kind == Kind::attributes || change.kind == Kind::rewritten) return difference;
+  if (!change.isForeseen()) return {std::nullopt, "what is logged is not foreseen"};
   const auto before = textOf(tree, change.old, difference.reason);
   const auto after = textOf(tree, change.now, difference.reason);
   if (!before || !after) return difference;

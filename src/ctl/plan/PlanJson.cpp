@@ -71,7 +71,8 @@ Json changesJson(Plan& plan, bool withDifferences) {
                 {"change", nameOf(change.kind)},
                 {"before", statusJson(change.before)},
                 {"after", statusJson(change.after)},
-                {"source", jsonOf(sourceOf(change))}};
+                {"source", jsonOf(sourceOf(change))},
+                {"foreseen", change.isForeseen()}};
     if (withDifferences) one["difference"] = jsonOf(differenceOf(plan.tree(), change).text);
     changes.push_back(std::move(one));
   }

@@ -71,11 +71,13 @@ class Comparison {
     return Change::Kind::rewritten;
   }
 
-  // What cannot be read, or is too long to be, counts as different unless it is the very file.
+  // What cannot be read, or is too long to be, counts as different unless it is the very file. So
+  // does what is not foreseen.
   bool differs(const Node& old, const Node& now) {
     if (old.now.kind != now.now.kind) return true;
     if (now.isLink()) return old.target != now.target;
     if (!now.isFile()) return false;
+    if (!now.content.isForeseen) return true;
     if (!now.content.bytes && now.content.realPath() == old.content.realPath()) return false;
     const auto bytes = _tree.read(now, FileManager::kMaximumRead);
     return !bytes || bytes != _tree.read(old, FileManager::kMaximumRead);

@@ -24,6 +24,9 @@ struct Change {
   std::optional<Status> after;   // absent for what is removed
   NodePtr old;                   // for its content; null where `before` is absent
   NodePtr now;                   // likewise
+
+  // Whether it is known what would be in it.
+  bool isForeseen() const { return !now || now->content.isForeseen; }
 };
 
 // Everything that has changed in the tree, by path, a folder before what is in it. Folders that are

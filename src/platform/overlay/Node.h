@@ -31,6 +31,7 @@ struct Content {
   std::shared_ptr<const std::string> bytes;   // null for those of a real file, which are read late
   std::shared_ptr<const std::string> folder;  // the real file's, without a slash at the end
   std::string name;                           // there
+  bool isForeseen = true;                     // false for a log: its lines come later
 
   std::string realPath() const { return folder ? *folder + "/" + name : std::string(); }
 };

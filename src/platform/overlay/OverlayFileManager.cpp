@@ -38,6 +38,12 @@ Content contentOf(std::string_view bytes) {
   return {.bytes = std::make_shared<const std::string>(bytes), .folder = nullptr, .name = {}};
 }
 
+Content contentOfLog() {
+  Content content = contentOf({});
+  content.isForeseen = false;
+  return content;
+}
+
 // Why a file is none that can be read; 0 when it is one.
 int errorOfReading(const Found& found) {
   if (!found.node) return found.error;
@@ -136,12 +142,13 @@ int OverlayFileManager::replace(const std::string& path, std::string_view bytes,
     ownership = {old.node->now.owner, old.node->now.group};
     mode = old.node->now.mode & kPermissionBits;
   }
-  return putFile(place, bytes, mode.value_or(kDefaultFileMode & ~_tree.maker().mask), ownership);
+  return putFile(place, contentOf(bytes), mode.value_or(kDefaultFileMode & ~_tree.maker().mask),
+                 ownership);
 }
 
-int OverlayFileManager::putFile(const Found& place, std::string_view bytes, mode_t mode,
+int OverlayFileManager::putFile(const Found& place, Content content, mode_t mode,
                                 const Ownership& ownership) {
-  NodePtr file = _tree.newFile(place.folder, mode, contentOf(bytes));
+  NodePtr file = _tree.newFile(place.folder, mode, std::move(content));
   file->now.owner = ownership.owner.value_or(file->now.owner);
   file->now.group = ownership.group.value_or(file->now.group);
   return _tree.put(place.folder, place.name, std::move(file));
@@ -242,7 +249,8 @@ bool OverlayFileManager::createFile(const std::string& path, std::string_view by
   if (!place.folder) return false;
   const NodePtr old = _tree.look(place.folder, place.name).node;
   if (old && old->isFolder()) return false;
-  return putFile(place, bytes, attributes.mode, resolveOwnership(_users, attributes)) == 0;
+  return putFile(place, contentOf(bytes), attributes.mode, resolveOwnership(_users, attributes)) ==
+         0;
 }
 
 bool OverlayFileManager::flush(const std::string& folder, FileError* error) {
@@ -292,7 +300,7 @@ int OverlayFileManager::makeLog(const std::string& path) {
       old && old->isFile() && old->now.names == 1 && old->now.owner == _tree.maker().user;
   if (old && old->isFolder()) return EEXIST;
   const Ownership kept = isOurs ? Ownership{old->now.owner, old->now.group} : Ownership{};
-  return putFile(place, {}, isOurs ? old->now.mode : kLogMode, kept);
+  return putFile(place, contentOfLog(), isOurs ? old->now.mode : kLogMode, kept);
 }
 
 void OverlayFileManager::closeLog(int descriptor) {

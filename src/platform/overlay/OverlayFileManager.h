@@ -72,7 +72,7 @@ class OverlayFileManager : public FileManager {
                                        FileError* error);
   [[nodiscard]] int replace(const std::string& path, std::string_view bytes, ReplacedFile replaced,
                             std::optional<mode_t> mode);
-  [[nodiscard]] int putFile(const Found& place, std::string_view bytes, mode_t mode,
+  [[nodiscard]] int putFile(const Found& place, Content content, mode_t mode,
                             const Ownership& ownership);
   [[nodiscard]] int removeAt(const std::string& path);
   [[nodiscard]] int makeFolder(const std::string& path, bool withFoldersAbove,

@@ -108,6 +108,22 @@ TEST_F(PlanTextTest, WhatHasNoDifferenceSaysWhy) {
   EXPECT_THAT(text(detail), HasSubstr("\n    (too long to compare)\n"));
 }
 
+// What the run writes to its log behind an earlier one is no change of the earlier lines.
+TEST_F(PlanTextTest, TheTraceIsToldAsOneWhoseLinesAreNotForeseen) {
+  _sandbox.write(_sandbox.paths().traceFile, "an old line\n");
+
+  const std::string told = text({.differences = true, .all = false});
+
+  EXPECT_THAT(told, HasSubstr("\n    (what is logged is not foreseen)\n"));
+  EXPECT_THAT(told, Not(HasSubstr("an old line")));
+  EXPECT_EQ(change(_sandbox.paths().traceFile)["foreseen"], false);
+  EXPECT_EQ(change(_sandbox.paths().traceFile)["difference"], nullptr);
+  EXPECT_EQ(change(_sandbox.paths().pasteboard)["foreseen"], true);
+
+  _sandbox.write(_sandbox.paths().traceFile, "");
+  EXPECT_EQ(change(_sandbox.paths().traceFile)["change"], "replaced");
+}
+
 // --- Children and end ----------------------------------------------------------------------------
 
 TEST_F(PlanTextTest, AChildThatCannotBeStartedIsToldWithTheReason) {
