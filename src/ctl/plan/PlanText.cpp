@@ -163,9 +163,11 @@ class PlanText {
   void tellEnd() {
     const bool installs = _plan.status == 0;
     line("");
-    term("Exit status", fmt::format("{}: {}", _plan.status,
+    const std::string_view proviso = _plan.unknown().empty() ? "" : ", as far as can be told";
+    term("Exit status", fmt::format("{}: {}{}", _plan.status,
                                     installs ? _style.good("the hotfix would be installed")
-                                             : _style.bad("the hotfix would not be installed")));
+                                             : _style.bad("the hotfix would not be installed"),
+                                    proviso));
   }
 
   Plan& _plan;

@@ -132,5 +132,17 @@ TEST_F(PlanTextTest, AChildThatCannotBeStartedIsToldWithTheReason) {
   EXPECT_THAT(text(), HasSubstr(" (cannot be started: Permission denied)\n"));
 }
 
+TEST_F(PlanTextTest, WhereSomethingIsClosedTheEndIsNoPromise) {
+  proves("PLAN-4");
+  EXPECT_THAT(text(), EndsWith("Exit status   0: the hotfix would be installed\n"));
+
+  _sandbox.processes().isOpen = false;
+
+  EXPECT_THAT(text(), HasSubstr("\nUnknown\n  the processes of other users\n  (this user may not "
+                                "look there; root's run may find something else)\n"));
+  EXPECT_THAT(text(),
+              EndsWith("Exit status   0: the hotfix would be installed, as far as can be told\n"));
+}
+
 }  // namespace
 }  // namespace installer::ctl
