@@ -30,10 +30,11 @@ class Lines {
   Lines(const Layout& layout, std::string_view first)
       : _layout(layout), _text(first), _used(columnsOf(first)) {}
 
-  void addWord(std::string_view word) {
-    const std::size_t wanted = columnsOf(word) + (_hasWord ? 1 : 0);
+  // With as many blanks in front of it, where it is not the line's first.
+  void addWord(std::string_view word, std::size_t blanks) {
+    const std::size_t wanted = columnsOf(word) + blanks;
     if (_layout.width && _hasWord && _used + wanted > *_layout.width) breakLine();
-    if (_hasWord) addBlank();
+    if (_hasWord) addBlanks(blanks);
     _text += word;
     _used += columnsOf(word);
     _hasWord = true;
@@ -50,9 +51,9 @@ class Lines {
   }
 
  private:
-  void addBlank() {
-    _text += ' ';
-    ++_used;
+  void addBlanks(std::size_t number) {
+    _text.append(number, ' ');
+    _used += number;
   }
 
   const Layout _layout;
@@ -98,10 +99,17 @@ std::size_t columnsOf(std::string_view text) {
 
 std::string broken(std::string_view text, const Layout& layout, std::string_view first) {
   Lines lines(layout, first);
+  std::size_t blanks = 0;
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t end = std::min(text.find_first_of(" \n", at), text.size());
-    if (end > at) lines.addWord(text.substr(at, end - at));
-    if (end < text.size() && text[end] == '\n') lines.breakLine();
+    if (end > at) {
+      lines.addWord(text.substr(at, end - at), blanks);
+      blanks = 0;
+    }
+    if (end < text.size() && text[end] == '\n')
+      lines.breakLine();
+    else
+      ++blanks;
     at = end + 1;
   }
   return lines.ended();

@@ -17,9 +17,10 @@ std::string shown(const std::optional<std::string>& text, std::string_view absen
 // How many columns the text takes: one for each character, none for a mark of Style's.
 std::size_t columnsOf(std::string_view text);
 
-// Paragraphs broken into lines of at most `width` columns where there are blanks; a longer word
-// stands alone in its line. No width leaves every paragraph its line. The first line begins with
-// `first`, others with as many blanks as `indent` says. Ends with a line feed.
+// Paragraphs broken into lines of at most `width` columns where there are blanks, which stay as
+// they are within a line; a longer word stands alone in its line. No width leaves every paragraph
+// its line. The first line begins with `first`, others with as many blanks as `indent` says. Ends
+// with a line feed.
 struct Layout {
   std::optional<std::size_t> width;
   std::size_t indent = 0;

@@ -44,6 +44,14 @@ TEST(BrokenTest, LinesBreakAtBlanksWhereTheyWouldBeTooLong) {
   EXPECT_EQ("one two three\n", broken("one two three", {13, 0}));
 }
 
+TEST(BrokenTest, BlanksWithinALineStay) {
+  EXPECT_EQ("one  two   three\n", broken("one  two   three", {std::nullopt, 0}));
+  EXPECT_EQ("one  two\nthree\n", broken("one  two   three", {15, 0}));
+  EXPECT_EQ("one  two\nthree\n", broken("one  two   three", {8, 0}));
+  EXPECT_EQ("one\ntwo\nthree\n", broken("one  two   three", {7, 0}));
+  EXPECT_EQ("one\ntwo\n", broken(" one \n two ", {std::nullopt, 0}));
+}
+
 TEST(BrokenTest, ALongWordStandsAloneAndWhole) {
   EXPECT_EQ("a\nlonger-than-that\nb\n", broken("a longer-than-that b", {8, 0}));
 }

@@ -66,6 +66,13 @@ TEST_F(PlanTextTest, EachReasonHasASentence) {
   EXPECT_THAT(text(), HasSubstr("the package does not tell which bundle it is for\n"));
 }
 
+TEST_F(PlanTextTest, BlanksInPathsStay) {
+  proves("CTL-3");
+  Plan made({package() + "  none", destination(), data()}, ownMaker());
+
+  EXPECT_THAT(planText(made, {}, {}), HasSubstr("Package       " + package() + "  none\n"));
+}
+
 TEST_F(PlanTextTest, ALauncherAtWorkIsTold) {
   EXPECT_THAT(text(), Not(HasSubstr("a launcher is at work")));
 
