@@ -20,6 +20,13 @@ if(TARGET hotfixctl)
   install(FILES ${schemas} DESTINATION ${CMAKE_INSTALL_DATADIR}/hotfix/schema)
   file(GLOB pages CONFIGURE_DEPENDS packaging/*.1)
   install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  # Where each shell looks for what others bring.
+  install(FILES packaging/completions/hotfixctl.bash
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME hotfixctl)
+  install(FILES packaging/completions/_hotfixctl
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+  install(FILES packaging/completions/hotfixctl.fish
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 endif()
 install(FILES packaging/HotfixInstaller.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 file(GLOB formats CONFIGURE_DEPENDS packaging/*.5)

@@ -27,6 +27,9 @@ constexpr char kMark = '\0';
 // The one option that the installer itself has, with one dash.
 constexpr std::string_view kInstallersOption = "-rcpdata";
 
+// How the name of a check by oneOf() begins; its words follow.
+constexpr std::string_view kOneOf = "one of ";
+
 std::string withMark(const std::string& argument) {
   return argument.starts_with('[') ? kMark + argument : argument;
 }
@@ -39,8 +42,18 @@ std::string withoutMark(const std::string& text) {
 std::vector<std::string> prepared(const std::vector<std::string>& arguments) {
   std::vector<std::string> turned;
   for (auto each = arguments.rbegin(); each != arguments.rend(); ++each)
-    turned.push_back(*each == kInstallersOption ? "-" + *each : withMark(*each));
+    turned.push_back(withMark(lineWord(*each)));
   return turned;
+}
+
+// The names of the checks that the option's value has to pass.
+std::vector<std::string> checksOf(CLI::Option& option) {
+  std::vector<std::string> names;
+  try {
+    for (int index = 0;; ++index) names.push_back(option.get_validator(index)->get_name());
+  } catch (const CLI::OptionNotFound&) {
+    return names;  // the library tells no count
+  }
 }
 
 // The first argument that the command has no use for.
@@ -68,17 +81,38 @@ CLI::Option* addTexts(CLI::App& line, const std::string& name, std::vector<std::
   return line.add_option(name, texts, description)->transform(withoutMark);
 }
 
-std::variant<HelpWanted, Misunderstood, Order> readCommandLine(
-    const Command& command, const std::vector<std::string>& arguments) {
-  const std::string name(command.name);
-  CLI::App line("", name);
+CLI::Validator oneOf(const std::vector<std::string>& words) {
+  // A description would stand in the help, behind the value's name.
+  return CLI::IsMember(words).description("").name(
+      fmt::format("{}{}", kOneOf, fmt::join(words, " ")));
+}
+
+std::vector<std::string> wordsOf(CLI::Option& option) {
+  for (const std::string& check : checksOf(option))
+    if (check.starts_with(kOneOf)) return CLI::detail::split(check.substr(kOneOf.size()), ' ');
+  return {};
+}
+
+std::string lineWord(const std::string& argument) {
+  return argument == kInstallersOption ? "-" + argument : argument;
+}
+
+void declareLine(const Command& command, CLI::App& line, Order& order) {
+  line.name(std::string(command.name));
   line.set_help_flag("-h,--help", "tells all this");
-  Order order{{}, false, "auto"};
   line.add_flag("--json", order.json, "answers for programs, as JSON");
   line.add_option("--color", order.color, "whether the answer has colours: auto, always or never")
       ->type_name("WHEN")
-      ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
+      ->check(oneOf({"auto", "always", "never"}));
   order.action = command.declare(line);
+}
+
+std::variant<HelpWanted, Misunderstood, Order> readCommandLine(
+    const Command& command, const std::vector<std::string>& arguments) {
+  const std::string name(command.name);
+  CLI::App line;
+  Order order;
+  declareLine(command, line, order);
   try {
     line.parse(prepared(arguments));
     return order;

@@ -9,7 +9,8 @@
 
 namespace CLI {
 class Option;
-}
+class Validator;
+}  // namespace CLI
 
 namespace installer::ctl {
 
@@ -21,6 +22,11 @@ CLI::Option* addText(CLI::App& line, const std::string& name, std::optional<std:
 CLI::Option* addTexts(CLI::App& line, const std::string& name, std::vector<std::string>& texts,
                       const std::string& description);
 
+// That a text is one of the words. They are told to who asks what can be written there.
+CLI::Validator oneOf(const std::vector<std::string>& words);
+// The words of that; none for an option that has any other value, or none.
+std::vector<std::string> wordsOf(CLI::Option& option);
+
 // What one command line asks for: its help, something to be done, or it cannot be understood.
 struct HelpWanted {
   std::string text;
@@ -31,8 +37,15 @@ struct Misunderstood {
 struct Order {
   Action action;
   bool json = false;
-  std::string color;
+  std::string color = "auto";
 };
+
+// Adds to an empty command line what every command has, and what this one adds to it. The order
+// must live while the line is read, and holds then what was.
+void declareLine(const Command& command, CLI::App& line, Order& order);
+
+// The word in the form in which the line knows it: the installer's own option has one dash.
+std::string lineWord(const std::string& argument);
 
 // Reads what stands behind the command's name.
 std::variant<HelpWanted, Misunderstood, Order> readCommandLine(

@@ -8,6 +8,7 @@
 
 #include "base/LibraryLack.h"
 #include "ctl/CommandLine.h"
+#include "ctl/Completion.h"
 #include "ctl/Help.h"
 #include "ctl/Nearest.h"
 #include "ctl/Output.h"
@@ -56,6 +57,8 @@ int run(const std::vector<std::string>& arguments, std::span<const Command> comm
   if (name == "-h" || name == "--help")
     return answer(helpOf(commands, Style::chosenBy("auto")), out);
   if (name == "--version") return answer(fmt::format("hotfixctl {}\n", kVersion), out);
+  if (name == "--complete")
+    return answer(textOf(choicesFor({arguments.begin() + 2, arguments.end()}, commands)), out);
   const auto* const command = std::find_if(commands.data(), commands.data() + commands.size(),
                                            [&](const Command& one) { return one.name == name; });
   if (command == commands.data() + commands.size()) return refuseCommand(name, commands);

@@ -54,6 +54,11 @@ class CheckShellTest(unittest.TestCase):
 
         self.assertRefused("a/b.sh:2:4")
 
+    def testFilesThatShellsSourceAreKnownByTheirName(self):
+        self.write("a/b.bash", "# shellcheck shell=bash", FAULT)
+
+        self.assertRefused("a/b.bash:2:4")
+
     def testOtherFilesAreLeftAlone(self):
         self.write("program.py", "#!/usr/bin/env python3", FAULT)
         self.write("notes", FAULT)
