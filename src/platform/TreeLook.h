@@ -1,7 +1,10 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,6 +19,10 @@ struct SeenEntry {
   SeenKind kind = SeenKind::other;
   std::uint64_t size = 0;  // of a file, bytes
   std::string target;      // of a link
+  mode_t mode = 0;         // permission bits
+  uid_t owner = 0;
+  gid_t group = 0;
+  std::time_t modified = 0;
 };
 
 struct TreeLook {
@@ -34,5 +41,9 @@ struct LookLimits {
 // nothing but folders and changes nothing. nullopt when the folder itself cannot be listed.
 [[nodiscard]] std::optional<TreeLook> lookBelow(const std::string& folder,
                                                 const LookLimits& limits);
+// The same for a folder further down, the way to which leads over no link: `below` is relative.
+[[nodiscard]] std::optional<TreeLook> lookBeneath(const std::string& folder,
+                                                  const std::string& below,
+                                                  const LookLimits& limits);
 
 }  // namespace installer

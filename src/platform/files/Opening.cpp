@@ -2,9 +2,11 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <utility>
 
 #include "platform/files/FileSystemCalls.h"
 #include "platform/posix/Uninterrupted.h"
@@ -84,6 +86,20 @@ Descriptor openFolder(int folder, const std::string& name) {
 
 Descriptor openFolderFollowingLinks(int folder, const std::string& name) {
   return openEntry(folder, name, O_RDONLY | O_DIRECTORY);
+}
+
+Descriptor openFolderBeneath(int folder, const std::string& below) {
+  Descriptor at = openFolder(folder, ".");
+  for (std::size_t begin = 0; begin < below.size() && at.valid();) {
+    const std::size_t end = std::min(below.find('/', begin), below.size());
+    const std::string name = below.substr(begin, end - begin);
+    Descriptor next = openFolder(at.get(), name);
+    const int error = errno;
+    if (!next.valid()) errno = isLink(statusOf(at.get(), name)) ? ELOOP : error;
+    at = std::move(next);
+    begin = end + 1;
+  }
+  return at;
 }
 
 RegularFile openRegularFile(int folder, const std::string& name, Seen seen) {

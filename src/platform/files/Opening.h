@@ -46,6 +46,11 @@ Descriptor openEntry(int folder, const std::string& name, int flags, mode_t mode
 Descriptor openFolder(int folder, const std::string& name);
 Descriptor openFolderFollowingLinks(int folder, const std::string& name);
 
+// The same for what is some folders further down: none of them may be a link. Empty for the folder
+// itself. An invalid descriptor comes with an errno that does not say that nothing is there when a
+// link is.
+Descriptor openFolderBeneath(int folder, const std::string& below);
+
 // A regular file that is open for reading, as it was then.
 struct RegularFile {
   Descriptor file;

@@ -29,6 +29,19 @@ SeenKind seenKindOf(const struct stat& status) {
   }
 }
 
+SeenEntry seen(const std::string& path, const struct stat& status) {
+  constexpr mode_t kPermissions = 07777;
+  SeenEntry entry;
+  entry.path = path;
+  entry.kind = seenKindOf(status);
+  if (entry.kind == SeenKind::file) entry.size = static_cast<std::uint64_t>(status.st_size);
+  entry.mode = static_cast<mode_t>(status.st_mode & kPermissions);
+  entry.owner = status.st_uid;
+  entry.group = status.st_gid;
+  entry.modified = status.st_mtime;
+  return entry;
+}
+
 // Empty for one that has gone meanwhile.
 std::string linkTarget(int folder, const std::string& name) {
   std::array<char, PATH_MAX> target;
@@ -68,8 +81,7 @@ class Look {
       if (errno != ENOENT) _seen.isWhole = false;  // else it has gone meanwhile
       return;
     }
-    SeenEntry entry{path, seenKindOf(*status), 0, {}};
-    if (entry.kind == SeenKind::file) entry.size = static_cast<std::uint64_t>(status->st_size);
+    SeenEntry entry = seen(path, *status);
     if (entry.kind == SeenKind::link) entry.target = linkTarget(folder, name);
     const bool isFolder = entry.kind == SeenKind::folder;
     _seen.entries.push_back(std::move(entry));
@@ -89,8 +101,14 @@ class Look {
 }  // namespace
 
 std::optional<TreeLook> lookBelow(const std::string& folder, const LookLimits& limits) {
+  return lookBeneath(folder, {}, limits);
+}
+
+std::optional<TreeLook> lookBeneath(const std::string& folder, const std::string& below,
+                                    const LookLimits& limits) {
+  const Descriptor top = openFolderFollowingLinks(AT_FDCWD, folder);
   Look look(limits);
-  if (!look.list(openFolderFollowingLinks(AT_FDCWD, folder), {}, 1)) return std::nullopt;
+  if (!top.valid() || !look.list(openFolderBeneath(top.get(), below), {}, 1)) return std::nullopt;
   return std::move(look).answer();
 }
 

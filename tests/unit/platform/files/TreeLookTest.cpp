@@ -59,6 +59,34 @@ TEST_F(TreeLookTest, EachKindIsToldWithWhatBelongsToIt) {
   EXPECT_EQ(SeenKind::other, seen.entries[3].kind);
 }
 
+TEST_F(TreeLookTest, ModeOwnerAndTimeAreTold) {
+  _folder.makeFile("file", "four", 0640);
+  struct stat status {};
+  ASSERT_EQ(0, lstat(_folder.path("file").c_str(), &status));
+
+  const SeenEntry entry = look().entries.at(0);
+
+  EXPECT_EQ(0640u, entry.mode);
+  EXPECT_EQ(status.st_uid, entry.owner);
+  EXPECT_EQ(status.st_gid, entry.group);
+  EXPECT_EQ(status.st_mtime, entry.modified);
+}
+
+TEST_F(TreeLookTest, NoLinkLeadsToAFolderBeneath) {
+  _folder.makeFile("real/below/file");
+  _folder.makeLink("link", "real");
+  _folder.makeLink("real/again", "below");
+
+  const auto seen = lookBeneath(_folder.path(), "real/below", kFar);
+  ASSERT_TRUE(seen.has_value());
+  EXPECT_THAT(pathsOf(*seen), ElementsAre("file"));
+  EXPECT_FALSE(lookBeneath(_folder.path(), "link/below", kFar).has_value());
+  EXPECT_FALSE(lookBeneath(_folder.path(), "link", kFar).has_value());
+  EXPECT_FALSE(lookBeneath(_folder.path(), "real/again", kFar).has_value());
+  EXPECT_TRUE(lookBeneath(_folder.path("link"), "below", kFar).has_value());
+  EXPECT_FALSE(lookBeneath(_folder.path("missing"), "", kFar).has_value());
+}
+
 TEST_F(TreeLookTest, LinksBelowAreNotEntered) {
   _folder.makeFile("real/inside");
   _folder.makeLink("again", "real");
