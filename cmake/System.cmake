@@ -11,7 +11,7 @@ endif()
 
 # What the build asks of a system besides its folder: whether its sources are Objective-C++ too,
 # which frameworks and libraries of the system the library is linked to, under which name libxml2 is
-# loaded (when it cannot be asked itself), whether its linker takes a version script (or else a list
+# loaded (when it cannot be asked itself; so libarchive), whether its linker takes a version script (or else a list
 # of symbols), where the libraries lie that everybody has there, what kind of package cpack makes, and
 # whether the tests of the whole program run there: they need mount namespaces and look into /proc.
 set(HOTFIX_OBJECTIVE_C OFF)
@@ -19,6 +19,7 @@ set(HOTFIX_FRAMEWORKS "")
 set(HOTFIX_SYSTEM_LIBRARIES "")
 set(HOTFIX_PACKAGE_GENERATOR TGZ)
 set(HOTFIX_XML_LIBRARY "")
+set(HOTFIX_ARCHIVE_LIBRARY "")
 set(HOTFIX_VERSION_SCRIPT ON)
 set(HOTFIX_NAMESPACES OFF)
 if(HOTFIX_SYSTEM STREQUAL "linux")
@@ -30,6 +31,7 @@ elseif(HOTFIX_SYSTEM STREQUAL "macos")
   set(HOTFIX_PACKAGE_GENERATOR productbuild)
   set(HOTFIX_SYSTEM_LIBRARIES "^(/usr/lib|/System)/")
   set(HOTFIX_XML_LIBRARY "/usr/lib/libxml2.2.dylib")
+  set(HOTFIX_ARCHIVE_LIBRARY "/usr/lib/libarchive.2.dylib")
   set(HOTFIX_VERSION_SCRIPT OFF)
 endif()
 

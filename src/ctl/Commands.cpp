@@ -9,11 +9,12 @@
 #include "ctl/rehearse/RehearseCommand.h"
 #include "ctl/remove/RemoveCommand.h"
 #include "ctl/status/Status.h"
+#include "ctl/support/Support.h"
 
 namespace installer::ctl {
 
 std::span<const Command> commands() {
-  static const std::array kAll{kNew, kPlan, kStatus, kExplain, kLint, kRehearse, kRemove};
+  static const std::array kAll{kNew, kPlan, kStatus, kExplain, kLint, kRehearse, kRemove, kSupport};
   return kAll;
 }
 

@@ -14,8 +14,8 @@ ROOT = Path(__file__).resolve().parents[2]
 TOOLS = ["awk", "bash", "cat", "cut", "dirname", "env", "grep", "id", "ls", "readlink", "sed"]
 COMMANDS = ["c++", "cmake", "ninja", "python3", "git", "clang-format", "plistutil", "xmllint",
             "doxygen", "zsh", "fish", "abidiff", "mandoc", "clang-tidy", "cppcheck", "shellcheck", "clang++", "gcovr"]
-MODULES = ["libxml-2.0", "fmt", "libutf8proc", "CLI11", "nlohmann_json", "gtest", "gmock",
-           "benchmark"]
+MODULES = ["libxml-2.0", "fmt", "libutf8proc", "CLI11", "nlohmann_json", "libarchive", "gtest",
+           "gmock", "benchmark"]
 NOBODY = 65534
 
 
@@ -139,11 +139,12 @@ class BootstrapTest(unittest.TestCase):
 
     def testSetsAskForWhatTheyNeedAlone(self):
         self.lose(*(command for command in COMMANDS if command not in ("c++", "cmake", "ninja")))
-        self.loseModules("CLI11", "nlohmann_json", "gtest", "gmock", "benchmark")
+        self.loseModules("CLI11", "nlohmann_json", "libarchive", "gtest", "gmock", "benchmark")
         self.assertContent()
 
         ctl = ["  pkg-config's module CLI11 (Debian: libcli11-dev)",
-               "  pkg-config's module nlohmann_json (Debian: nlohmann-json3-dev)"]
+               "  pkg-config's module nlohmann_json (Debian: nlohmann-json3-dev)",
+               "  pkg-config's module libarchive (Debian: libarchive-dev)"]
         for sets, lines in ((["ctl"], ctl), (["sample"], [*ctl, "  python3 (Debian: python3)"]),
                             (["bench"],
                              ["  pkg-config's module benchmark (Debian: libbenchmark-dev)"]),

@@ -35,13 +35,6 @@ struct Options {
   bool doctor = false;
 };
 
-std::vector<InstancePlace> placesOf(const Options& options) {
-  if (options.places.empty()) return knownPlaces();
-  std::vector<InstancePlace> places;
-  for (const std::string& place : options.places) places.push_back({rcpHomeOf(place), "argument"});
-  return places;
-}
-
 void addLastRun(const LastRun& last, InstanceReport& report) {
   if (report.isAtWork || !last.failedOn(report.place.rcpHome)) return;
   if (report.state > InstanceState::needsAttention) return;
@@ -70,14 +63,20 @@ void answer(const std::vector<InstanceReport>& reports, const LastRun& last,
   surroundings.out.write(textOf(last, surroundings.style));
 }
 
+std::vector<InstanceReport> reportsOn(const std::vector<InstancePlace>& places, bool doctor,
+                                      const LastRun& last, QuietPlatform& quiet) {
+  std::vector<InstanceReport> reports;
+  for (const InstancePlace& place : places) {
+    reports.push_back(reportOn(place, doctor, quiet));
+    addLastRun(last, reports.back());
+  }
+  return reports;
+}
+
 int status(const Options& options, Surroundings& surroundings) {
   QuietPlatform quiet;
   const LastRun last = lastRun();
-  std::vector<InstanceReport> reports;
-  for (const InstancePlace& place : placesOf(options)) {
-    reports.push_back(reportOn(place, options.doctor, quiet));
-    addLastRun(last, reports.back());
-  }
+  const auto reports = reportsOn(placesOf(options.places), options.doctor, last, quiet);
   const int number = statusOf(reports);
   if (surroundings.json)
     surroundings.out.write(textOf(documentOf(reports, last, number)));
@@ -97,6 +96,20 @@ Action declare(CLI::App& line) {
 }
 
 }  // namespace
+
+std::vector<InstancePlace> placesOf(const std::vector<std::string>& arguments) {
+  if (arguments.empty()) return knownPlaces();
+  std::vector<InstancePlace> places;
+  for (const std::string& place : arguments) places.push_back({rcpHomeOf(place), "argument"});
+  return places;
+}
+
+std::string statusDocument(const std::vector<InstancePlace>& places) {
+  QuietPlatform quiet;
+  const LastRun last = lastRun();
+  const auto reports = reportsOn(places, true, last, quiet);
+  return textOf(documentOf(reports, last, statusOf(reports)));
+}
 
 constinit const Command kStatus{
     "status", "tells which hotfix the instances have, and whether all is well",
