@@ -24,6 +24,7 @@ namespace installer::ctl::lint {
 namespace {
 
 constexpr std::size_t kMostLines = 100'000;
+constexpr std::size_t kLongestLine = std::size_t{1} << 20;  // bytes
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kSeparators = "=: \t";
 constexpr std::string_view kOptionPrefix = "-X";
@@ -124,6 +125,10 @@ void Settings::summarize() {
 }
 
 void Settings::lookAtLine(std::string_view line) {
+  if (line.size() > kLongestLine) {
+    ++_entries;
+    return add(rule("HF608"), fmt::format("The line is longer than {} bytes.", kLongestLine));
+  }
   TextDictionary entries;
   readJavaProperties(std::string(line), entries);
   const std::string_view trimmed = trimmedLine(line);

@@ -11,12 +11,29 @@ void replaceAll(const std::string& part, const std::string& by, std::string& in)
     in.replace(at, part.size(), by);
 }
 
+bool isInsideCharacter(std::string_view text, std::size_t at) {
+  return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
+}
+
+// A text that quotes a value of any length: what is in the middle is left out, for the sentence
+// goes on behind the value.
+std::string shortened(std::string text) {
+  if (text.size() <= Findings::kLongestText) return text;
+  std::size_t head = Findings::kLongestText / 2;
+  std::size_t tail = text.size() - Findings::kLongestText / 4;
+  for (int i = 0; i < 3 && isInsideCharacter(text, head); ++i) --head;
+  for (int i = 0; i < 3 && isInsideCharacter(text, tail); ++i) ++tail;
+  return text.substr(0, head) + " ... " + text.substr(tail);
+}
+
 }  // namespace
 
 void Findings::add(const Rule& rule, Place place, std::string message) {
   if (_disabled.contains(std::string(rule.id))) return;
-  if (_counts[&rule]++ < kMostOfOneRule)
-    _kept.push_back({&rule, std::move(place), std::move(message)});
+  if (_counts[&rule]++ >= kMostOfOneRule) return;
+  if (place.key) place.key = shortened(*std::move(place.key));
+  place.file = shortened(std::move(place.file));
+  _kept.push_back({&rule, std::move(place), shortened(std::move(message))});
 }
 
 std::size_t Findings::count(Level level) const {

@@ -31,6 +31,8 @@ struct Finding {
 class Findings {
  public:
   static constexpr std::size_t kMostOfOneRule = 20;
+  // Of messages, keys and files, bytes; of longer ones beginning and end are kept.
+  static constexpr std::size_t kLongestText = 4096;
 
   // What the disabled rules find does not count.
   explicit Findings(std::set<std::string> disabled = {}) : _disabled(std::move(disabled)) {}

@@ -410,9 +410,10 @@ inline constexpr Rule kRules[] = {
      "Everything in the folder is copied to every user, what finders, editors and version control "
      "have "
      "left among it."},
-    {"HF608", Level::warning, "There are more entries than are looked at.",
+    {"HF608", Level::warning, "There is more than is looked at.",
      "Look at the rest by other means.",
-     "Only so many entries of a folder, and so many folders deep, are looked at, so that an answer "
+     "Only so many entries of a folder, so many folders deep, and so much of a file are looked at, "
+     "so that an answer "
      "comes "
      "in bounded time."},
     {"HF609", Level::error, "An entry of the extras takes the place of a folder of the instance.",

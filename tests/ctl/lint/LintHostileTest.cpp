@@ -164,6 +164,27 @@ TEST_F(LintHostileTest, KeysOfAnyLengthAreAnswered) {
   EXPECT_THAT(look(), Contains("HF111"));
 }
 
+TEST_F(LintHostileTest, ALongLineIsNotLookedAtAndNotTold) {
+  proves("LINT-9");
+  std::string lines;
+  for (int i = 0; i < 3; ++i) lines += "!" + std::string((1 << 20) - 1, '\x01') + "\\\n";
+  for (int i = 0; i < 3; ++i) lines += "!" + std::string((1 << 20) - 2, '\x02') + "\\\n";
+  _world.settings(lines);
+
+  const auto answer = lint(_world.request());
+
+  const auto& findings = std::get<Findings>(answer);
+  std::vector<std::size_t> tooLong;
+  std::vector<std::size_t> looked;
+  for (const Finding& finding : findings.kept()) {
+    EXPECT_LE(finding.message.size(), Findings::kLongestText);
+    if (finding.rule->id == "HF608") tooLong.push_back(finding.place.line.value_or(0));
+    if (finding.rule->id == "HF409") looked.push_back(finding.place.line.value_or(0));
+  }
+  EXPECT_THAT(tooLong, ::testing::ElementsAre(1, 2, 3));
+  EXPECT_THAT(looked, ::testing::ElementsAre(4, 5, 6));
+}
+
 // --- What cannot be looked at
 // ----------------------------------------------------------------------
 

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <set>
 
+#include "ctl/Shown.h"
 #include "ctl/lint/RuleTable.h"
 #include "hotfix/Version.h"
 
@@ -27,6 +28,27 @@ Findings twoFindings() {
   findings.add(rule("HF108"), {"/a b/hotfix.plist", "version", 7}, "version is missing.");
   findings.add(rule("HF111"), {"other.plist", std::nullopt, std::nullopt}, "A key is unknown.");
   return findings;
+}
+
+TEST(LintFindingsTest, LongTextsKeepTheirBeginningAndEnd) {
+  Findings findings;
+  std::string letters;
+  for (int i = 0; i < 5000; ++i) letters += "\u20ac";
+  for (const std::string shift : {"", "a", "ab"})
+    findings.add(rule("HF116"), {shift + letters, shift + letters, 1},
+                 shift + letters + " is odd.");
+  findings.add(rule("HF116"), {"f", std::nullopt, 1}, std::string(Findings::kLongestText, 'x'));
+
+  for (std::size_t i = 0; i < 3; ++i) {
+    const Finding& finding = findings.kept()[i];
+    for (const std::string& text : {finding.message, finding.place.file, *finding.place.key}) {
+      EXPECT_LT(text.size(), Findings::kLongestText);
+      EXPECT_EQ(shown(text), text) << "no character is cut";
+      EXPECT_THAT(text, HasSubstr("\u20ac ... \u20ac"));
+    }
+    EXPECT_THAT(finding.message, ::testing::EndsWith(" is odd."));
+  }
+  EXPECT_EQ(std::string(Findings::kLongestText, 'x'), findings.kept()[3].message);
 }
 
 // --- For people ----------------------------------------------------------------------------------
