@@ -30,6 +30,17 @@ std::string uriOf(const std::string& path) {
   return uri;
 }
 
+// A message as it stands: braces would begin a placeholder there, and brackets a link.
+Json messageOf(std::string_view text) {
+  std::string escaped;
+  for (const char letter : text) {
+    if (letter == '{' || letter == '}') escaped += letter;
+    if (letter == '[' || letter == ']' || letter == '\\') escaped += '\\';
+    escaped += letter;
+  }
+  return {{"text", escaped}};
+}
+
 Json sarifOf(const Place& place) {
   Json location = {{"physicalLocation", {{"artifactLocation", {{"uri", uriOf(place.file)}}}}}};
   if (place.line) location["physicalLocation"]["region"] = {{"startLine", *place.line}};
@@ -39,9 +50,9 @@ Json sarifOf(const Place& place) {
 
 Json sarifOf(const Rule& rule) {
   return {{"id", rule.id},
-          {"shortDescription", {{"text", rule.sentence}}},
-          {"fullDescription", {{"text", rule.explanation}}},
-          {"help", {{"text", rule.remedy}}},
+          {"shortDescription", messageOf(rule.sentence)},
+          {"fullDescription", messageOf(rule.explanation)},
+          {"help", messageOf(rule.remedy)},
           {"defaultConfiguration", {{"level", wordOf(rule.level)}}}};
 }
 
@@ -54,7 +65,7 @@ Json sarifOf(const Finding& finding) {
   return {{"ruleId", finding.rule->id},
           {"ruleIndex", indexOf(*finding.rule)},
           {"level", wordOf(finding.rule->level)},
-          {"message", {{"text", finding.message}}},
+          {"message", messageOf(finding.message)},
           {"locations", Json::array({sarifOf(finding.place)})}};
 }
 
@@ -66,7 +77,10 @@ Json sarifOf(const Findings& findings) {
   Json results = Json::array();
   for (const Finding& finding : findings.kept()) results.push_back(sarifOf(finding));
   const Json driver = {{"name", "hotfixctl"}, {"version", kVersion}, {"rules", rules}};
-  const Json run = {{"tool", {{"driver", driver}}}, {"results", results}};
+  Json dropped = Json::object();
+  for (const auto& [id, count] : findings.dropped()) dropped[std::string(id)] = count;
+  const Json run = {
+      {"tool", {{"driver", driver}}}, {"results", results}, {"properties", {{"dropped", dropped}}}};
   return {{"$schema", kSchema}, {"version", "2.1.0"}, {"runs", Json::array({run})}};
 }
 

@@ -216,6 +216,31 @@ TEST(LintSarifReportTest, PlacesAreUrisWithLinesAndKeys) {
             results[1]["locations"][0]);
 }
 
+TEST(LintSarifReportTest, WhatIsNotKeptIsCounted) {
+  Findings findings;
+  for (int i = 0; i < 21; ++i) findings.add(rule("HF119"), {"f", std::nullopt, 1}, "again");
+
+  const Json run = sarifOf(findings)["runs"][0];
+
+  EXPECT_EQ(Json({{"dropped", {{"HF119", 1}}}}), run["properties"]);
+  EXPECT_EQ(20U, run["results"].size());
+  EXPECT_EQ(Json({{"dropped", Json::object()}}), sarifOf(Findings())["runs"][0]["properties"]);
+}
+
+TEST(LintSarifReportTest, MessagesHoldNeitherPlaceholdersNorLinks) {
+  Findings findings;
+  findings.add(rule("HF117"), {"f", std::nullopt, 1}, "${a} [b](http://c) \\d");
+
+  const Json run = sarifOf(findings)["runs"][0];
+
+  EXPECT_EQ("${{a}} \\[b\\](http://c) \\\\d", run["results"][0]["message"]["text"]);
+  for (const Json& one : run["tool"]["driver"]["rules"])
+    if (one["id"] == "HF314") {
+      EXPECT_EQ("The uninstall manifest holds ${{installer.root}}.",
+                one["shortDescription"]["text"]);
+    }
+}
+
 TEST(LintSarifReportTest, BytesBeyondAsciiAreEscapedInUris) {
   Findings findings;
   findings.add(rule("HF116"), {"/\xE9?#", std::nullopt, std::nullopt}, "m");
