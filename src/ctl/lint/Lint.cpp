@@ -104,16 +104,15 @@ std::optional<CannotLook> whyNoInstance(const std::optional<std::string>& bundle
   return cannotLook(*bundle, "there is no such application bundle");
 }
 
-// Why the older package cannot be compared with.
-std::optional<CannotLook> lookAtOlder(const std::string& path, const PackageView& package,
-                                      Findings& findings) {
-  const Opened older = openPackage(path);
+// Why the older package cannot be compared with; nullopt for none, too.
+std::optional<CannotLook> whyNotCompared(const std::optional<Opened>& opened) {
+  if (!opened) return std::nullopt;
+  const Opened& older = *opened;
   if (const auto* reason = std::get_if<CannotLook>(&older)) return *reason;
   if (const auto* finding = std::get_if<Finding>(&older))
     return cannotLook(finding->place.file, finding->message);
-  const auto& before = std::get<PackageView>(older);
-  if (auto reason = whyClosed(wantedOf(before))) return CannotLook{*std::move(reason)};
-  lintOlder(package, before, findings);
+  if (auto reason = whyClosed(wantedOf(std::get<PackageView>(older))))
+    return CannotLook{*std::move(reason)};
   return std::nullopt;
 }
 
@@ -124,6 +123,9 @@ std::variant<CannotLook, Findings> lint(const Request& request) {
   if (auto reason = whyNoInstance(request.instance)) return *std::move(reason);
   const Opened opened = openPackage(request.package);
   if (const auto* reason = std::get_if<CannotLook>(&opened)) return *reason;
+  std::optional<Opened> older;
+  if (request.older) older = openPackage(*request.older);
+  if (auto reason = whyNotCompared(older)) return *std::move(reason);
   Findings findings(request.disabled);
   lintPath(request.package, findings);
   if (const auto* finding = std::get_if<Finding>(&opened)) {
@@ -132,8 +134,7 @@ std::variant<CannotLook, Findings> lint(const Request& request) {
   }
   const auto& package = std::get<PackageView>(opened);
   if (auto reason = lookAt(package, request, findings)) return *std::move(reason);
-  if (request.older)
-    if (auto reason = lookAtOlder(*request.older, package, findings)) return *std::move(reason);
+  if (older) lintOlder(package, std::get<PackageView>(*older), findings);
   return findings;
 }
 

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "ctl/CommandLine.h"
 #include "ctl/Nearest.h"
 #include "ctl/Surroundings.h"
 #include "ctl/lint/Lint.h"
@@ -35,19 +36,14 @@ constexpr ExitStatus kStatuses[] = {
 };
 
 struct Options {
-  std::string package;
-  std::string instance;
-  std::string older;
-  std::string explained;
+  std::optional<std::string> package;
+  std::optional<std::string> instance;
+  std::optional<std::string> older;
+  std::optional<std::string> explained;
   std::vector<std::string> disabled;  // identifiers, each as many as stand between commas
   bool list = false;
   bool sarif = false;
 };
-
-std::optional<std::string> given(const std::string& text) {
-  if (text.empty()) return std::nullopt;
-  return text;
-}
 
 const Rule* ruleNamed(const std::string& id) {
   const auto* const found = std::find_if(std::begin(kRules), std::end(kRules),
@@ -95,7 +91,7 @@ int statusOf(const Findings& findings) {
 std::string answerOf(const Options& options, const Findings& findings,
                      const Surroundings& surroundings) {
   if (options.sarif) return textOf(lint::sarifOf(findings));
-  if (surroundings.json) return textOf(lint::jsonOf(options.package, findings));
+  if (surroundings.json) return textOf(lint::jsonOf(*options.package, findings));
   return lint::textOf(findings, surroundings.style);
 }
 
@@ -103,8 +99,7 @@ int look(const Options& options, Surroundings& surroundings) {
   const std::set<std::string> disabled = identifiersIn(options.disabled);
   for (const std::string& id : disabled)
     if (ruleNamed(id) == nullptr) return refuseRule(id);
-  const auto answer =
-      lint::lint({options.package, given(options.instance), given(options.older), disabled});
+  const auto answer = lint::lint({*options.package, options.instance, options.older, disabled});
   if (const auto* reason = std::get_if<lint::CannotLook>(&answer)) {
     complain(reason->reason);
     return kCouldNotLook;
@@ -115,29 +110,50 @@ int look(const Options& options, Surroundings& surroundings) {
 }
 
 int run(const Options& options, Surroundings& surroundings) {
+  if (surroundings.json && (options.sarif || options.explained)) {
+    complain(fmt::format("lint: --json excludes {}", options.sarif ? "--sarif" : "--explain"));
+    return kUsageError;
+  }
   if (options.list) return list(surroundings);
-  if (!options.explained.empty()) return explain(options.explained, surroundings);
-  if (!options.package.empty()) return look(options, surroundings);
+  if (options.explained) return explain(*options.explained, surroundings);
+  if (options.package) return look(options, surroundings);
   complain("lint: a package is missing");
   return kUsageError;
 }
 
+// A shell's variable that is not set would pass for an option that is not given.
+std::string whyNoText(const std::string& text) {
+  return text.empty() ? "the text is empty" : "";
+}
+
 Action declare(CLI::App& line) {
   const auto options = std::make_shared<Options>();
-  line.add_option("package", options->package, "the folder of the package");
-  line.add_option("--instance", options->instance,
-                  "an application bundle that the package is for: tells what it would lose")
-      ->type_name("BUNDLE");
-  line.add_option("--older", options->older,
-                  "the package that comes before this one: tells what goes wrong from there")
-      ->type_name("PACKAGE");
-  line.add_option("--disable", options->disabled, "rules that do not count, HF101,HF102")
-      ->type_name("RULES")
-      ->allow_extra_args(false);
-  line.add_flag("--sarif", options->sarif, "answers as SARIF 2.1.0");
-  line.add_flag("--list", options->list, "lists all rules");
-  line.add_option("--explain", options->explained, "tells what one rule is about")
-      ->type_name("RULE");
+  auto* const package =
+      addText(line, "package", options->package, "the folder of the package")->check(whyNoText);
+  auto* const instance =
+      addText(line, "--instance", options->instance,
+              "an application bundle that the package is for: tells what it would lose")
+          ->type_name("BUNDLE")
+          ->check(whyNoText);
+  auto* const older =
+      addText(line, "--older", options->older,
+              "the package that comes before this one: tells what goes wrong from there")
+          ->type_name("PACKAGE")
+          ->check(whyNoText);
+  auto* const disabled =
+      addTexts(line, "--disable", options->disabled, "rules that do not count, HF101,HF102")
+          ->type_name("RULES")
+          ->allow_extra_args(false);
+  auto* const sarif = line.add_flag("--sarif", options->sarif, "answers as SARIF 2.1.0");
+  auto* const list = line.add_flag("--list", options->list, "lists all rules");
+  auto* const explained =
+      addText(line, "--explain", options->explained, "tells what one rule is about")
+          ->type_name("RULE")
+          ->excludes(list);
+  for (auto* const other : {package, instance, older, disabled, sarif}) {
+    list->excludes(other);
+    explained->excludes(other);
+  }
   return [options](Surroundings& surroundings) { return run(*options, surroundings); };
 }
 

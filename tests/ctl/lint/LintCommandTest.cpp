@@ -158,12 +158,51 @@ TEST_F(LintCommandTest, DisabledRulesDoNotCount) {
 
 TEST_F(LintCommandTest, UnknownRulesAreRefusedWithTheNearestOne) {
   proves("LINT-4");
-  for (const char* option : {"--disable", "--explain"}) {
-    const RunResult result = lint({_path, option, "HF18"});
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{_path, "--disable", "HF18"}, {"--explain", "HF18"}}) {
+    const RunResult result = lint(arguments);
     EXPECT_EQ(64, result.status);
     EXPECT_THAT(result.err, StartsWith("hotfixctl: there is no rule \"HF18\"; did you mean \"HF"));
   }
   EXPECT_EQ(64, lint({}).status);
+}
+
+TEST_F(LintCommandTest, WhatWouldBePassedOverIsRefused) {
+  proves("LINT-10");
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{_path, "--list"},
+                                             {"--list", "--sarif"},
+                                             {"--list", "--explain", "HF101"},
+                                             {"--list", "--older", _path},
+                                             {"--list", "--instance", LintWorld::kBundle},
+                                             {"--list", "--disable", "HF101"},
+                                             {_path, "--explain", "HF101"},
+                                             {"--explain", "HF101", "--json"},
+                                             {"--explain", "HF101", "--sarif"},
+                                             {_path, "--json", "--sarif"},
+                                             {_path, "--instance", ""},
+                                             {_path, "--older", ""},
+                                             {""}}) {
+    const RunResult result = lint(arguments);
+    EXPECT_EQ(64, result.status) << ::testing::PrintToString(arguments);
+    EXPECT_EQ("", result.out);
+    EXPECT_THAT(result.err, StartsWith("hotfixctl: lint: "));
+  }
+}
+
+TEST_F(LintCommandTest, APathInBracketsIsAPath) {
+  _world->move(_path, "/Volumes/HF/mac/[Fix].pkg");
+  RunOptions options;
+  options.directory = "/Volumes/HF/mac";
+
+  EXPECT_EQ(0, lint({"[Fix].pkg"}, options).status);
+}
+
+TEST_F(LintCommandTest, AMissingOlderPackageIsToldBeforeAnyFinding) {
+  proves("LINT-2");
+  _world->remove(_path + "/Contents/Resources/hotfix.plist");
+
+  EXPECT_EQ(2, lint({_path, "--older", "/none"}).status);
 }
 
 TEST_F(LintCommandTest, JsonIsOneDocument) {
