@@ -11,6 +11,7 @@
 
 namespace fs = std::filesystem;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 namespace {
 
@@ -19,7 +20,11 @@ constexpr const char* kFeature = "com.quillmere.hotfix_6.2.3.1";
 
 class LintTest : public ::testing::Test {
  protected:
-  Outcome lint(const fs::path& package) const { return run({kControl, "lint", package.string()}); }
+  Outcome lint(const fs::path& package, const std::vector<std::string>& options = {}) const {
+    std::vector<std::string> arguments = {kControl, "lint", package.string()};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return run(arguments);
+  }
   static fs::path siteOf(const fs::path& package) {
     return package.parent_path().parent_path() / "updates/platform";
   }
@@ -68,6 +73,46 @@ TEST_F(LintTest, APluginThatTheSiteLacksFailsTheRun) {
   EXPECT_THAT(lint(package).output, HasSubstr("[HF225]"));
 
   EXPECT_EQ(13, install(package, "<manifest>", "<manifest>"));
+}
+
+TEST_F(LintTest, APluginThatTheInstanceHasNeedNotBeOnTheSite) {
+  installer::proves("LINT-8");
+  const fs::path package = _world.makeHotfix("one");
+  const fs::path plugin = siteOf(package) / "plugins" / kFeature;
+  fs::rename(plugin, _world.eclipse() / "plugins" / kFeature);
+
+  EXPECT_THAT(lint(package, {"--instance", _world.app().string()}).output,
+              Not(HasSubstr("[HF225]")));
+
+  EXPECT_EQ(0, install(package, "<manifest>", "<manifest>"));
+}
+
+TEST_F(LintTest, AFeatureThatCannotBeReadFailsTheRun) {
+  installer::proves("LINT-8");
+  int number = 0;
+  for (const std::string text : {"", "<feature>", "<feature><plugin id=\"a\"/></feature>"}) {
+    const fs::path package = _world.makeHotfix(std::to_string(++number));
+    writeText(siteOf(package) / "features" / kFeature / "feature.xml", text);
+
+    EXPECT_THAT(lint(package).output, HasSubstr("[HF227]"));
+
+    EXPECT_EQ(13, install(package, "<manifest>", "<manifest>")) << text;
+  }
+}
+
+TEST_F(LintTest, ASiteThatIsNotThereOrHoldsNothingFailsTheRun) {
+  installer::proves("LINT-8");
+  const fs::path missing = _world.makeHotfix("missing");
+  const fs::path empty = _world.makeHotfix("empty");
+  fs::remove_all(siteOf(missing));
+  fs::remove_all(siteOf(empty));
+  fs::create_directory(siteOf(empty));
+
+  EXPECT_THAT(lint(missing).output, HasSubstr("[HF221]"));
+  EXPECT_THAT(lint(empty).output, HasSubstr("[HF223]"));
+
+  EXPECT_EQ(13, install(missing, "<manifest>", "<manifest>"));
+  EXPECT_EQ(13, install(empty, "<manifest>", "<manifest>"));
 }
 
 TEST_F(LintTest, AFeatureWithoutAnIdMakesTheManifestUnusable) {

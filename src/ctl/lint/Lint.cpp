@@ -89,7 +89,7 @@ std::optional<CannotLook> lookAt(const PackageView& package, const Request& requ
   lintVersion(package, request.older.has_value(), findings);
   lintLocations(package, findings);
   lintDeployFolder(package, findings);
-  lintUpdateSites(package, findings);
+  lintUpdateSites(package, rcpHome, findings);
   lintManifests(package, findings);
   lintCustomization(package, findings);
   lintKeyStores(package, rcpHome, findings);

@@ -97,7 +97,9 @@ std::optional<std::vector<ElementAttributes>> childrenOfRoot(std::string bytes,
   std::vector<ElementAttributes> children;
   for (const Element child : document->childrenNamed(document->root(), name))
     children.push_back(
-        {attributeOf(*document, child, "id"), attributeOf(*document, child, "version")});
+        {attributeOf(*document, child, "id"), attributeOf(*document, child, "version"),
+         attributeOf(*document, child, "os") || attributeOf(*document, child, "ws") ||
+             attributeOf(*document, child, "arch")});
   return children;
 }
 

@@ -39,10 +39,11 @@ struct ManifestView {
 
 ManifestView readManifest(const std::string& file);
 
-// Of one element of an XML file by its name: the attribute as the installer's parser reads it.
+// Of one element of an XML file by its name: the attributes as the installer's parser reads them.
 struct ElementAttributes {
   std::optional<std::string> id;
   std::optional<std::string> version;
+  bool isForSomeSystems = false;  // by an attribute os, ws or arch
 };
 // The children of that name of the root of the document; nullopt when it is not well-formed.
 [[nodiscard]] std::optional<std::vector<ElementAttributes>> childrenOfRoot(std::string bytes,

@@ -206,17 +206,20 @@ inline constexpr Rule kRules[] = {
      "The platform cannot install what no site has: provisioning fails, the version is not "
      "recorded, and "
      "the older hotfix has been removed before."},
-    {"HF225", Level::error, "The update site lacks a plug-in of a feature.",
-     "Put the plug-in of that version on the site.",
-     "A feature is installed with all its plug-ins. One that is missing lets provisioning fail "
-     "after "
-     "the older hotfix has been removed."},
-    {"HF226", Level::warning,
-     "The path of an update site holds a character with a meaning in URLs.", "Rename the folder.",
+    {"HF225", Level::warning, "The update site lacks a plug-in of a feature.",
+     "Put the plug-in of that version on the site, or give the --instance that has it.",
+     "A feature is installed with all its plug-ins. One that neither the site nor the instance has "
+     "lets provisioning fail after the older hotfix has been removed. What the plug-ins of a "
+     "feature "
+     "in a jar are is not looked at, and neither are those for some systems alone."},
+    {"HF226", Level::warning, "The path of an update site holds #.", "Rename the folder.",
      "The path is handed to the platform as it stands, behind \"file:\". In a URL # begins a "
-     "fragment, % "
-     "an escape and ? a query: the platform looks elsewhere."},
-
+     "fragment: the platform looks elsewhere."},
+    {"HF227", Level::error, "A feature on the update site cannot be read.",
+     "Put its feature.xml there, with id and version of each plug-in.",
+     "The platform cannot tell what belongs to the feature: provisioning fails, and the older "
+     "hotfix "
+     "has been removed before."},
     // --- 3 manifests -----------------------------------------------------------------------------
     {"HF301", Level::error, "The install manifest cannot be read as XML.",
      "Make it a well-formed file of at most 64 MiB; xmllint --noout tells where it breaks.",

@@ -15,7 +15,8 @@ void lintDescription(const PackageView& package, Findings& findings);
 void lintVersion(const PackageView& package, bool hasOlder, Findings& findings);
 void lintLocations(const PackageView& package, Findings& findings);
 void lintDeployFolder(const PackageView& package, Findings& findings);
-void lintUpdateSites(const PackageView& package, Findings& findings);
+void lintUpdateSites(const PackageView& package, const std::optional<std::string>& rcpHome,
+                     Findings& findings);
 void lintManifests(const PackageView& package, Findings& findings);
 void lintCustomization(const PackageView& package, Findings& findings);
 void lintKeyStores(const PackageView& package, const std::optional<std::string>& rcpHome,

@@ -132,6 +132,47 @@ TEST_F(LintHostileTest, ALongListOfFeaturesIsAnswered) {
   EXPECT_THAT(look(), Contains("HF313"));
 }
 
+TEST_F(LintHostileTest, MoreFeaturesThanAreLookedForAreTold) {
+  proves("LINT-9");
+  std::vector<Feature> features(10'000);
+  _world.install(features);
+  EXPECT_THAT(look(), Not(Contains("HF608")));
+
+  features.emplace_back();
+  _world.install(features);
+
+  EXPECT_THAT(look(), Contains("HF608"));
+}
+
+TEST_F(LintHostileTest, AndSoIsMoreOfFeaturesThanIsRead) {
+  proves("LINT-9");
+  const std::string features = std::string(LintWorld::kSite) + "/features/";
+  _world.install({{}, {.id = "a"}, {.id = "b"}});
+  _world.write(features + "a_1.5/feature.xml", "<feature/>");
+  _world.write(features + "b_1.5/feature.xml", "<feature/>");
+  EXPECT_THAT(look(), Not(Contains("HF608")));
+
+  _world.resize(features + "a_1.5/feature.xml", std::size_t{64} << 20);
+
+  EXPECT_THAT(look(), Contains("HF608"));
+}
+
+TEST_F(LintHostileTest, ALongListOfPluginsOnManySitesIsAnswered) {
+  proves("LINT-9");
+  std::string plugins;
+  for (int i = 0; i < 100'000; ++i)
+    plugins += "<plugin id=\"p" + std::to_string(i) + "\" version=\"1\"/>";
+  _world.write(std::string(LintWorld::kSite) + "/features/com.kiv.fix_1.5/feature.xml",
+               "<feature>" + plugins + "</feature>");
+  std::string sites = "${package}/../../updates/platform";
+  for (int i = 0; i < 99; ++i) sites += ",${package}/../../updates/platform";
+  _world.text("updateSiteList", sites);
+
+  const auto answer = lint(_world.request());
+
+  EXPECT_EQ(100'000U, std::get<Findings>(answer).dropped().at("HF225") + Findings::kMostOfOneRule);
+}
+
 TEST_F(LintHostileTest, AHundredThousandOddLinesAreCountedAndNotKept) {
   proves("LINT-9");
   std::string settings;

@@ -9,6 +9,8 @@ namespace {
 using World = LintWorld;
 
 const std::string kUsual = "${package}/../deploy/";
+const std::string kFeature = std::string(World::kSite) + "/features/com.kiv.fix_1.5";
+const std::string kPlugin = std::string(World::kSite) + "/plugins/com.kiv.fix_1.5";
 const std::string kInstall = World::deploy("install.hotfix.xml");
 const std::string kUninstall = World::deploy("uninstall.hotfix.xml");
 
@@ -96,11 +98,31 @@ std::vector<LintCase> placesCases() {
          w.move(World::kSite, "/Volumes/HF/updates/a,b");
          w.text("updateSiteList", "${package}/../../updates/a,b");
        }},
+      {"HF221", "BetweenTwoCommas",
+       [](World& w) {
+         w.text("updateSiteList", "${package}/../../updates/platform,,/Volumes/none");
+       },
+       [](World& w) { w.text("updateSiteList", "${package}/../../updates/platform,,"); }},
+      {"HF221", "AsASecondUrl",
+       [](World& w) {
+         w.text("updateSiteList", "${package}/../../updates/platform,file:/Volumes/none");
+       },
+       [](World& w) {
+         w.text("updateSiteList",
+                "${package}/../../updates/platform,file:" + w.path(World::kSite) + "/");
+       }},
       {"HF222", "",
        [](World& w) { w.text("updateSiteList", "file:${package}/../../updates/platform"); },
        [](World& w) { w.text("updateSiteList", "${package}/../../updates/platform"); }},
       {"HF222", "Remote",
        [](World& w) { w.text("updateSiteList", "http://updates.example/site"); }},
+      {"HF222", "SecondOfTwo",
+       [](World& w) {
+         w.text("updateSiteList", "${package}/../../updates/platform,http://updates.example/site");
+       },
+       [](World& w) {
+         w.text("updateSiteList", "${package}/../../updates/platform,file:/Volumes/none");
+       }},
       {"HF223", "",
        [](World& w) {
          w.remove(World::kSite);
@@ -116,16 +138,61 @@ std::vector<LintCase> placesCases() {
          w.remove(std::string(World::kSite) + "/features/com.kiv.fix_1.5");
          w.write(std::string(World::kSite) + "/features/com.kiv.fix_1.5.jar", "");
        }},
+      {"HF224", "BehindAnEmptyPart",
+       [](World& w) {
+         w.remove(kFeature);
+         w.text("updateSiteList", "${package}/../../updates/platform,");
+       },
+       [](World& w) {
+         w.remove(kFeature);
+         w.instance = World::kBundle;
+         w.makeFolder(World::home("eclipse/features/com.kiv.fix_1.5"));
+       }},
       {"HF225", "",
        [](World& w) { w.remove(std::string(World::kSite) + "/plugins/com.kiv.fix_1.5"); },
        [](World& w) {
          w.remove(std::string(World::kSite) + "/plugins/com.kiv.fix_1.5");
          w.write(std::string(World::kSite) + "/plugins/com.kiv.fix_1.5.jar", "");
        }},
+      {"HF225", "OfTheInstance",
+       [](World& w) {
+         w.remove(kPlugin);
+         w.instance = World::kBundle;
+         w.makeFolder(World::home("eclipse/plugins/com.kiv.fix_1.4"));
+       },
+       [](World& w) {
+         w.remove(kPlugin);
+         w.instance = World::kBundle;
+         w.makeFolder(World::home("eclipse/plugins/com.kiv.fix_1.5"));
+       }},
+      {"HF225", "ForSomeSystems", [](World& w) { w.remove(kPlugin); },
+       [](World& w) {
+         w.remove(kPlugin);
+         w.replace(kFeature + "/feature.xml", "version=", "os=\"win32\" version=");
+       }},
       {"HF226", "",
        [](World& w) {
          w.move(World::kSite, "/Volumes/HF/updates/no#1");
          w.text("updateSiteList", "${package}/../../updates/no#1");
+       },
+       [](World& w) {
+         w.move(World::kSite, "/Volumes/HF/updates/100%?");
+         w.text("updateSiteList", "${package}/../../updates/100%?");
+       }},
+      {"HF227", "", [](World& w) { w.remove(kFeature + "/feature.xml"); },
+       [](World& w) {
+         w.remove(kFeature);
+         w.write(kFeature + ".jar", "");
+       }},
+      {"HF227", "Damaged", [](World& w) { w.write(kFeature + "/feature.xml", "<feature>"); },
+       [](World& w) { w.write(kFeature + "/feature.xml", "<feature/>"); }},
+      {"HF227", "PluginWithoutAVersion",
+       [](World& w) {
+         w.write(kFeature + "/feature.xml", "<feature><plugin id=\"com.kiv.fix\"/></feature>");
+       }},
+      {"HF227", "PluginWithoutAnId",
+       [](World& w) {
+         w.write(kFeature + "/feature.xml", "<feature><plugin version=\"1.5\"/></feature>");
        }},
   };
 }
