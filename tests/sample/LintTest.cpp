@@ -10,6 +10,7 @@
 #include "support/Proves.h"
 
 namespace fs = std::filesystem;
+using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -28,15 +29,27 @@ class LintTest : public ::testing::Test {
   static fs::path siteOf(const fs::path& package) {
     return package.parent_path().parent_path() / "updates/platform";
   }
-  // What the launcher answers to the package's manifest with these words in the place of others.
-  int install(const fs::path& package, const std::string& words, const std::string& others) const {
-    const fs::path manifest = package.parent_path() / "deploy/install.hotfix.xml";
+  // Puts other words everywhere in the place of some in a manifest of the package.
+  static void exchange(const fs::path& package, const std::string& name, const std::string& words,
+                       const std::string& others) {
+    const fs::path manifest = package.parent_path() / "deploy" / name;
     std::string text = contentOf(manifest);
-    text.replace(text.find(words), words.size(), others);
+    ASSERT_NE(std::string::npos, text.find(words)) << words;
+    for (std::size_t at = text.find(words); at != std::string::npos;
+         at = text.find(words, at + others.size()))
+      text.replace(at, words.size(), others);
     writeText(manifest, text);
-    _world.provide(package, "install.hotfix.xml");
+  }
+  // What the launcher answers to the package's manifest of that name.
+  int launch(const fs::path& package, const std::string& name) const {
+    _world.provide(package, name);
     _world.stamp("0101210000");
     return _world.install(siteOf(package).string());
+  }
+  // The same for its install manifest with these words in the place of others.
+  int install(const fs::path& package, const std::string& words, const std::string& others) const {
+    exchange(package, "install.hotfix.xml", words, others);
+    return launch(package, "install.hotfix.xml");
   }
 
   SampleWorld _world;
@@ -113,6 +126,75 @@ TEST_F(LintTest, ASiteThatIsNotThereOrHoldsNothingFailsTheRun) {
 
   EXPECT_EQ(13, install(missing, "<manifest>", "<manifest>"));
   EXPECT_EQ(13, install(empty, "<manifest>", "<manifest>"));
+}
+
+TEST_F(LintTest, AManifestWithoutTheWayToItsFeaturesIsUnusable) {
+  installer::proves("LINT-8");
+  int number = 0;
+  for (const std::string element : {"domain-object", "object-data", "install"}) {
+    const fs::path package = _world.makeHotfix(std::to_string(++number));
+    exchange(package, "install.hotfix.xml", "<" + element + ">", "<other>");
+    exchange(package, "install.hotfix.xml", "</" + element + ">", "</other>");
+
+    EXPECT_THAT(lint(package).output, HasSubstr("[HF302]"));
+
+    EXPECT_EQ(1, launch(package, "install.hotfix.xml")) << element;
+  }
+}
+
+TEST_F(LintTest, AManifestWithoutInstallFeaturesInstallsNothing) {
+  installer::proves("LINT-8");
+  const fs::path package = _world.makeHotfix("one");
+  exchange(package, "install.hotfix.xml", "installfeature", "other");
+  const auto before = _world.features();
+
+  EXPECT_THAT(lint(package).output, HasSubstr("[HF302]"));
+
+  EXPECT_EQ(0, launch(package, "install.hotfix.xml"));
+  EXPECT_EQ(before, _world.features());
+}
+
+// The manifest that removes the hotfix, with these words in the place of others: the features of
+// the instance after the removal, which ends with the status.
+class LintRemovalTest : public LintTest {
+ protected:
+  std::vector<std::string> afterRemoval(const std::string& words, const std::string& others,
+                                        int status, const std::string& rule) {
+    installer::proves("LINT-8");
+    const fs::path package = _world.makeHotfix("one");
+    EXPECT_EQ(0, launch(package, "install.hotfix.xml"));
+    EXPECT_THAT(_world.features(), Contains(kFeature));
+    exchange(package, "uninstall.hotfix.xml", words, others);
+
+    EXPECT_THAT(lint(package).output, HasSubstr("[" + rule + "]"));
+
+    EXPECT_EQ(status, launch(package, "uninstall.hotfix.xml"));
+    return _world.features();
+  }
+};
+
+TEST_F(LintRemovalTest, ADamagedManifestLeavesTheFeature) {
+  EXPECT_THAT(afterRemoval("</install>", "", 1, "HF311"), Contains(kFeature));
+}
+
+TEST_F(LintRemovalTest, AManifestWithoutTheWayToItsFeaturesLeavesTheFeature) {
+  EXPECT_THAT(afterRemoval("domain-object>", "other>", 1, "HF312"), Contains(kFeature));
+}
+
+TEST_F(LintRemovalTest, AManifestWithoutItsFeatureLeavesTheFeature) {
+  EXPECT_THAT(afterRemoval("id=\"com.quillmere.hotfix\" version",
+                           "id=\"com.quillmere.other\" version", 0, "HF313"),
+              Contains(kFeature));
+}
+
+TEST_F(LintRemovalTest, AManifestThatInstallsLeavesTheFeature) {
+  EXPECT_THAT(afterRemoval("action=\"uninstall\"", "action=\"install\"", 0, "HF315"),
+              Contains(kFeature));
+}
+
+TEST_F(LintRemovalTest, AManifestOfAnotherVersionLeavesTheFeature) {
+  EXPECT_THAT(afterRemoval("version=\"6.2.3.1\"", "version=\"6.2.3.0\"", 0, "HF316"),
+              Contains(kFeature));
 }
 
 TEST_F(LintTest, AFeatureWithoutAnIdMakesTheManifestUnusable) {

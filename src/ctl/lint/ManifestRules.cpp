@@ -67,6 +67,9 @@ void lintFeature(const ManifestView& manifest, const FeatureView& feature, Findi
     findings.add(rule("HF308"), place,
                  fmt::format("The feature \"{}\" lacks its id or its version.", feature.name()));
   const std::string action = feature.action.value_or("");
+  if (action.empty())
+    findings.add(rule("HF317"), place,
+                 fmt::format("The feature {} has no action.", feature.name()));
   if (!action.empty() && action != "install" && action != "uninstall")
     findings.add(rule("HF310"), place,
                  fmt::format("The action of feature {} is \"{}\".", feature.name(), action));

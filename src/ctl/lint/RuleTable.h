@@ -228,11 +228,11 @@ inline constexpr Rule kRules[] = {
      "installed hotfix has been removed."},
     {"HF302", Level::error, "The install manifest lacks an element on the way to its features.",
      "Nest root / domain-object / object-data / install / installfeature / requirements / feature, "
-     "each "
-     "the child of the one before.",
-     "Features elsewhere are not found: ${installer.root} stays as it is in their urls, with an "
-     "error "
-     "line in the log and status 0."},
+     "each the child of the one before.",
+     "The older hotfix is removed, and then features elsewhere are not found: ${installer.root} "
+     "stays as it is in their urls, with an error line in the log. Without domain-object, "
+     "object-data or install the platform takes the manifest for unusable, and the run ends with "
+     "status 1. Without installfeature nothing is installed, with status 0."},
     {"HF303", Level::note, "The install manifest names no feature.",
      "Nothing, when the package only takes back an older hotfix.",
      "Provisioning has nothing to do, which counts as success. The version is recorded."},
@@ -269,10 +269,11 @@ inline constexpr Rule kRules[] = {
      "platform fail to read it: this hotfix's features stay, and nobody knows of them any more."},
     {"HF312", Level::error, "The uninstall manifest lacks an element on the way to its features.",
      "Nest root / domain-object / object-data / install / installfeature / requirements / feature, "
-     "each "
-     "the child of the one before.",
-     "It is copied unread. When the next hotfix comes, the platform finds nothing to remove, which "
-     "counts as success: this hotfix's features stay, and nobody knows of them any more."},
+     "each the child of the one before.",
+     "It is copied unread. When the next hotfix comes, the platform takes it for unusable, or "
+     "finds "
+     "nothing to remove, which counts as success. Either way this hotfix's features stay, and "
+     "nobody knows of them any more."},
     {"HF313", Level::error, "The uninstall manifest does not remove a feature that is installed.",
      "Name each feature of the install manifest, with action=\"uninstall\".",
      "A removal counts as done when the platform is content. A feature that is not named stays in "
@@ -285,14 +286,17 @@ inline constexpr Rule kRules[] = {
      "reaches the platform as it is written."},
     {"HF315", Level::error, "The uninstall manifest installs a feature.",
      "Write action=\"uninstall\".",
-     "A feature without an action is installed. The removal of the hotfix would install it again, "
-     "or "
-     "fail for want of a site."},
+     "A feature without an action is installed, or makes the manifest unusable. The removal of the "
+     "hotfix would install it again, or fail."},
     {"HF316", Level::error, "The uninstall manifest removes another version than is installed.",
      "Make the versions of both manifests agree.",
-     "The platform looks for the very version. It finds none to remove, which counts as success or "
-     "as "
-     "a failure that stops nothing: the feature stays."},
+     "A launcher that looks for the very version finds none to remove, which counts as success: "
+     "the "
+     "feature stays. One that removes all versions of a feature does no harm, but which of the two "
+     "an instance has is not the package's to know."},
+    {"HF317", Level::note, "A feature has no action.",
+     "Write action=\"install\" or action=\"uninstall\".",
+     "Some launchers install such a feature, others take the whole manifest for unusable."},
 
     // --- 4 settings ------------------------------------------------------------------------------
     {"HF401", Level::error, "The settings are UTF-16 or UTF-32.",
@@ -391,7 +395,11 @@ inline constexpr Rule kRules[] = {
     // --- 6 extras --------------------------------------------------------------------------------
     {"HF601", Level::warning, "A link in the extras leads out of them.",
      "Put the file itself in the link's place.",
-     "Links are copied as they are. On the user's machine they lead nowhere, or elsewhere."},
+     "Links are copied as they are: on the user's machine they lead nowhere, or elsewhere. Where "
+     "the "
+     "instance has a folder of that name, what a link to a folder leads to is brought into it, "
+     "from "
+     "wherever it is, and nothing of that is looked at here."},
     {"HF602", Level::error, "The extras hold a pipe, a socket or a device.", "Take it out.",
      "Such entries are never copied. Where the instance has no extras yet, everything that comes "
      "behind "
@@ -421,8 +429,8 @@ inline constexpr Rule kRules[] = {
      "in bounded time."},
     {"HF609", Level::error, "An entry of the extras takes the place of a folder of the instance.",
      "Rename the entry.",
-     "A file or link replaces what stands in its place, a folder with all below it included."},
-
+     "A file, or a link to anything but a folder, replaces what stands in its place, a folder with "
+     "all below it included."},
     // --- 7 the package's identity ----------------------------------------------------------------
     {"HF701", Level::warning, "The package has no identifier.",
      "Set CFBundleIdentifier in Contents/Info.plist of the package.",

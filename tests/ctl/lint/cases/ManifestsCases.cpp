@@ -105,6 +105,9 @@ std::vector<LintCase> manifestsCases() {
        [](World& w) {
          w.uninstall({removed("1.4"), removed("1.5")});
        }},
+      {"HF317", "", [](World& w) { w.install({{.action = ""}}); },
+       [](World& w) { w.install({{.action = "uninstall"}}); }},
+      {"HF317", "Uninstall", [](World& w) { w.uninstall({{.url = "", .action = ""}}); }},
   };
 }
 

@@ -22,7 +22,7 @@ std::vector<Harm> manifestsHarms() {
       {"HF301", refusedWith(4)},
       {"HF301TooLong", refusedWith(4)},
       {"HF301Pipe", refusedWith(4)},
-      {"HF302", deployedHolds(kUpdate, "url=\"${installer.root}/")},
+      {"HF302", deployedHolds(kUpdate, "url=\"${installer.root}/")},  // and LintTest of the sample
       {"HF304", deployedHolds(kUpdate, "url=\"${installer.root}/")},
       {"HF304InAnotherAttribute", deployedHolds(kUpdate, "source=\"${installer.root}\"")},
       {"HF305", deployedHolds(kUpdate, "url=\"${installer.Root}/")},
