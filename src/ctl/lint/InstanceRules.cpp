@@ -14,13 +14,14 @@
 #include "hotfix/formats/Properties.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
+#include "platform/AbsolutePath.h"
 
 namespace installer::ctl::lint {
 
 // --- Paths ---------------------------------------------------------------------------------------
 
 void lintPath(const std::string& package, Findings& findings) {
-  if (InstallUtil::containUnSupportedCharacters(package))
+  if (InstallUtil::containUnSupportedCharacters(absolutePath(package)))
     findings.add(rule("HF801"), placeOf(package), "The path is refused.");
 }
 

@@ -7,7 +7,9 @@
 #include "ctl/lint/PackageView.h"
 #include "ctl/lint/RuleTable.h"
 #include "ctl/lint/Rules.h"
+#include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
+#include "platform/AbsolutePath.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 
@@ -56,6 +58,14 @@ Opened openPackage(const std::string& path) {
   return package;
 }
 
+// The bundle that is meant by it, or by its rcp home, with its whole path.
+std::string bundleOf(const std::string& instance) {
+  std::string path = absolutePath(instance);
+  while (path.size() > 1 && path.ends_with('/')) path.pop_back();
+  if (path.ends_with(".app")) return path;
+  return InstallUtil::getBundlePath(path).value_or(path);
+}
+
 // The rcp home that the package means in the bundle; nullopt without a way to it.
 std::optional<std::string> rcpHomeIn(const std::optional<std::string>& bundle,
                                      const PackageView& package) {
@@ -81,7 +91,8 @@ Wanted wantedOf(const std::optional<std::string>& rcpHome) {
 
 std::optional<CannotLook> lookAt(const PackageView& package, const Request& request,
                                  Findings& findings) {
-  const auto& instance = request.instance;
+  std::optional<std::string> instance;
+  if (request.instance) instance = bundleOf(*request.instance);
   const std::optional<std::string> rcpHome = rcpHomeIn(instance, package);
   for (const Wanted& wanted : {wantedOf(package), wantedOf(rcpHome)})
     if (auto reason = whyClosed(wanted)) return CannotLook{*std::move(reason)};

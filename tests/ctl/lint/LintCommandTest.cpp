@@ -147,6 +147,26 @@ TEST_F(LintCommandTest, InstanceAndOlderPackageAreLookedAt) {
   EXPECT_THAT(result.out, HasSubstr("[HF901]"));
 }
 
+TEST_F(LintCommandTest, AnInstanceIsKnownByAnyOfItsPaths) {
+  proves("LINT-3");
+  RunOptions inside;
+  inside.directory = LintWorld::kBundle;
+  const RunResult whole = lint({_path, "--instance", LintWorld::kBundle});
+
+  EXPECT_THAT(whole.out, ::testing::Not(HasSubstr("[HF803]")));
+  EXPECT_EQ(whole.out, lint({_path, "--instance", "."}, inside).out);
+  EXPECT_EQ(whole.out, lint({_path, "--instance", "./"}, inside).out);
+  EXPECT_EQ(whole.out, lint({_path, "--instance", LintWorld::kHome}).out);
+}
+
+TEST_F(LintCommandTest, TheWholePathOfAPackageCounts) {
+  _world->move("/Volumes/HF", "/Volumes/A%B");
+  RunOptions options;
+  options.directory = "/Volumes/A%B/mac";
+
+  EXPECT_THAT(lint({"Fix.pkg"}, options).out, HasSubstr("[HF801]"));
+}
+
 TEST_F(LintCommandTest, DisabledRulesDoNotCount) {
   proves("LINT-4");
   _world->unset("version").text("SKIPRUNNINGCHECK", "True");
