@@ -58,7 +58,7 @@ void lintKeyStores(const PackageView& package, const std::optional<std::string>&
   for (const SeenEntry& entry : entriesOf(folder)) {
     if (InstallUtil::hasPrefixCaseInsensitive(entry.path, ".keystore"))
       lintKeyStore(package, folder, entry, findings);
-    else if (entry.kind == SeenKind::file && looksLikeKeyStore(entry.path))
+    else if (isFile(path::appendingComponent(folder, entry.path)) && looksLikeKeyStore(entry.path))
       findings.add(rule("HF503"), placeOf(path::appendingComponent(folder, entry.path)),
                    fmt::format("\"{}\" is no key store to the installer.", entry.path));
   }

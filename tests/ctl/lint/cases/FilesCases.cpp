@@ -33,6 +33,12 @@ std::vector<LintCase> filesCases() {
       {"HF503", "", [](World& w) { w.move(kKeyStore, World::deploy("client.keystore")); },
        [](World& w) { w.move(kKeyStore, World::deploy(".keystore.client")); }},
       {"HF503", "OfAnotherKind", [](World& w) { w.write(World::deploy("client.P12"), "key"); }},
+      {"HF503", "BehindALink",
+       [](World& w) {
+         w.write(World::deploy("client.bin"), "key");
+         w.makeLink(World::deploy("client.jks"), "client.bin");
+       },
+       [](World& w) { w.makeFolder(World::deploy("client.jks")); }},
       {"HF504", "", [](World& w) { w.makePipe(kKeyStore); }},
       {"HF504", "Folder", [](World& w) { w.makeFolder(World::deploy(".keystores")); }},
       {"HF505", "",
