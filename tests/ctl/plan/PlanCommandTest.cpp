@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "ctl/ControlTest.h"
 #include "support/Judge.h"
@@ -21,6 +23,8 @@ using ::testing::StartsWith;
 // The program's plan, and then the installer itself in the same place.
 class PlanCommandTest : public ControlTest {
  protected:
+  using Places = std::map<std::string, std::string>;
+
   std::vector<std::string> arguments() const { return {"plan", _package.folder, _destination}; }
 
   RunResult plan(const std::vector<std::string>& options = {}, const RunOptions& run = {}) {
@@ -61,21 +65,32 @@ class PlanCommandTest : public ControlTest {
     EXPECT_EQ(expected, started);
   }
 
-  // Everything that a run could change.
-  std::vector<std::string> places() const {
-    std::vector<std::string> all;
+  // Everything that a run could change, by its path.
+  Places places() const {
+    Places all;
     for (const char* folder : {"/Applications", "/Library", "/Users", "/Volumes", "/tmp"})
-      for (const auto& [name, item] : _sandbox.tree(folder))
-        all.push_back(std::string(folder) + "/" + name + " " + item);
+      for (const auto& [name, item] : _sandbox.tree(folder)) all[std::string(folder) + name] = item;
     return all;
+  }
+
+  // What has changed is what was told, but for what is written again as it was.
+  static void compareChanges(const json& told, const Places& before, const Places& after) {
+    std::set<std::string> foreseen;
+    for (const json& change : told["changes"])
+      if (change["change"] != "rewritten") foreseen.insert(change["path"].get<std::string>());
+    std::set<std::string> changed;
+    for (const auto& [path, item] : before)
+      if (!after.contains(path) || after.at(path) != item) changed.insert(path);
+    for (const auto& [path, item] : after)
+      if (!before.contains(path)) changed.insert(path);
+    EXPECT_EQ(foreseen, changed);
   }
 
   // The run comes out as the plan that was made before it.
   void proveTruth() {
-    const auto before = places();
+    const Places before = places();
     const json told = planned();
-    for (const std::string& place : places()) EXPECT_THAT(before, Contains(place));
-    EXPECT_EQ(before.size(), places().size());
+    EXPECT_EQ(places(), before);
     EXPECT_THAT(_sandbox.children(), IsEmpty());
 
     const RunResult run = install();
@@ -84,6 +99,7 @@ class PlanCommandTest : public ControlTest {
     EXPECT_EQ(told["output"], run.out);
     EXPECT_EQ(told["error"]["code"], errorRecord().code);
     compareWithDisk(told);
+    compareChanges(told, before, places());
     compareChildren(told);
   }
 
