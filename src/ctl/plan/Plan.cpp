@@ -97,8 +97,8 @@ void Plan::readRecord() {
   const auto record = InstallUtil::getErrorMessage();
   if (!record) return;
   const auto* const code = record->find("ERROR_CODE");
-  if (code != nullptr && code->as<std::int64_t>() != nullptr)
-    errorCode = static_cast<int>(*code->as<std::int64_t>());
+  const auto* const number = code != nullptr ? code->as<std::int64_t>() : nullptr;
+  if (number != nullptr && std::in_range<int>(*number)) errorCode = static_cast<int>(*number);
   const auto* const details = record->find("ERROR_DETAILS");
   if (details == nullptr || details->as<PropertyList::Array>() == nullptr) return;
   for (const PropertyList::Value& detail : *details->as<PropertyList::Array>())

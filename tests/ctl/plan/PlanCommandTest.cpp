@@ -103,6 +103,27 @@ class PlanCommandTest : public ControlTest {
     compareChildren(told);
   }
 
+  // Puts a record there that no run can replace.
+  void keepRecordWith(const std::string& code) {
+    _sandbox.writeFile(kPasteboard,
+                       "<plist version=\"1.0\"><dict><key>ERROR_CODE</key><integer>" + code +
+                           "</integer></dict></plist>");
+    _sandbox.makeReadOnly("/tmp");
+  }
+
+  static void judgeBySchema(const std::string& answer) {
+    const test::TemporaryFolder folder;
+    folder.makeFile("answer.json", answer);
+    const auto verdict = test::askJudge(folder.path(),
+                                        "python3 -c 'import json, jsonschema\n"
+                                        "schema = json.load(open(\"" HOTFIX_SOURCE_DIR
+                                        "/src/ctl/schema/plan-1.schema.json\"))\n"
+                                        "jsonschema.Draft7Validator.check_schema(schema)\n"
+                                        "jsonschema.Draft7Validator(schema).validate("
+                                        "json.load(open(\"answer.json\")))'");
+    EXPECT_EQ(verdict.status, 0) << verdict.output;
+  }
+
   RunResult _result;
 };
 
@@ -200,17 +221,22 @@ TEST_F(PlanCommandTest, AUserWithoutRightsIsToldSo) {
 TEST_F(PlanCommandTest, TheSchemaKnowsTheWholeAnswer) {
   for (const char* version : {"1.4", "9"}) {
     recordHotfix(version);
-    const test::TemporaryFolder folder;
-    folder.makeFile("answer.json", plan({"--json", "--diff"}).out);
-    const auto verdict = test::askJudge(folder.path(),
-                                        "python3 -c 'import json, jsonschema\n"
-                                        "schema = json.load(open(\"" HOTFIX_SOURCE_DIR
-                                        "/src/ctl/schema/plan-1.schema.json\"))\n"
-                                        "jsonschema.Draft7Validator.check_schema(schema)\n"
-                                        "jsonschema.Draft7Validator(schema).validate("
-                                        "json.load(open(\"answer.json\")))'");
-    EXPECT_EQ(verdict.status, 0) << verdict.output;
+    judgeBySchema(plan({"--json", "--diff"}).out);
   }
+}
+
+// It stays for whoever reads it after the run, too.
+TEST_F(PlanCommandTest, ARecordThatCannotBeReplacedIsToldAsItStands) {
+  keepRecordWith("99");
+
+  EXPECT_EQ(planned()["error"]["code"], 99);
+  judgeBySchema(_result.out);
+}
+
+TEST_F(PlanCommandTest, ANumberThatCanBeNoCodeIsNone) {
+  keepRecordWith("1099511627782");  // 6 above a power of two
+
+  EXPECT_EQ(planned()["error"]["code"], 0);
 }
 
 TEST_F(PlanCommandTest, BadArgumentsAreRefused) {
