@@ -8,9 +8,9 @@
 #include "hotfix/base/Path.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
+#include "platform/TrustedPath.h"
 #include "platform/UserContext.h"
 #include "platform/posix/ExecutablePath.h"
-#include "platform/posix/TrustedPath.h"
 
 namespace installer {
 

@@ -1,4 +1,4 @@
-#include "platform/posix/TrustedPath.h"
+#include "platform/TrustedPath.h"
 
 #include <fmt/format.h>
 #include <sys/stat.h>

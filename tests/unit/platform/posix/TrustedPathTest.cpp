@@ -1,4 +1,4 @@
-#include "platform/posix/TrustedPath.h"
+#include "platform/TrustedPath.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
