@@ -6,10 +6,17 @@
 
 namespace installer {
 
+namespace {
+
+constexpr mode_t kPermissions = 07777;
+
+}  // namespace
+
 std::optional<EntryFacts> entryAt(const std::string& path) {
   const auto status = statusOf(AT_FDCWD, path);
   if (!status) return std::nullopt;
-  return EntryFacts{isLink(status), status->st_uid, status->st_mtime};
+  return EntryFacts{isLink(status), status->st_uid, status->st_mtime, isFolder(status),
+                    static_cast<mode_t>(status->st_mode & kPermissions)};
 }
 
 }  // namespace installer

@@ -26,6 +26,18 @@ TEST(EntryFactsTest, TheyAreTheEntrysOwn) {
   EXPECT_FALSE(entryAt(folder.path("missing")));
 }
 
+TEST(EntryFactsTest, FoldersAndTheirModesAreKnown) {
+  const TemporaryFolder folder;
+  const std::string inner = folder.makeFolder("inner");
+  ASSERT_EQ(0, chmod(inner.c_str(), 01750));
+  const std::string link = folder.makeLink("link", "inner");
+
+  EXPECT_TRUE(entryAt(inner)->isFolder);
+  EXPECT_EQ(01750u, entryAt(inner)->mode);
+  EXPECT_FALSE(entryAt(link)->isFolder);
+  EXPECT_FALSE(entryAt(folder.makeFile("file"))->isFolder);
+}
+
 TEST(EntryFactsTest, AnotherUsersEntryIsTheirs) {
   if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
   const TemporaryFolder folder;
