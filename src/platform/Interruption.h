@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace installer {
@@ -18,5 +19,18 @@ void noteInterruptions();
 // Throws Interrupted when such a signal has been noted. To be called between steps, in waits, and
 // in walks for each entry.
 void checkInterruption();
+
+// The cause, as Interrupted has it, of the first such signal; nullopt while there was none.
+[[nodiscard]] std::optional<std::string> notedInterruption();
+
+// While one lives checkInterruption() lets everybody go on: for what is put in order at the end,
+// whatever has been asked for. Scopes nest.
+class [[nodiscard]] HeldInterruptions {
+ public:
+  HeldInterruptions();
+  HeldInterruptions(const HeldInterruptions&) = delete;
+  HeldInterruptions& operator=(const HeldInterruptions&) = delete;
+  ~HeldInterruptions();
+};
 
 }  // namespace installer

@@ -19,6 +19,7 @@ constexpr std::array kAsked = {SIGHUP, SIGINT, SIGTERM};
 static_assert(std::is_same_v<std::sig_atomic_t, pid_t>);
 volatile std::sig_atomic_t noted = 0;         // the first such signal
 volatile std::sig_atomic_t runningChild = 0;  // its number; 0: none
+int held = 0;                                 // how many HeldInterruptions live
 
 void passOn(int signal) {
   if (runningChild > 0) (void)kill(runningChild, signal);  // it may have ended just now
@@ -47,7 +48,20 @@ void noteInterruptions() {
 }
 
 void checkInterruption() {
-  if (noted != 0) throw Interrupted{signalText(noted)};
+  if (noted != 0 && held == 0) throw Interrupted{signalText(noted)};
+}
+
+std::optional<std::string> notedInterruption() {
+  if (noted == 0) return std::nullopt;
+  return signalText(noted);
+}
+
+HeldInterruptions::HeldInterruptions() {
+  ++held;
+}
+
+HeldInterruptions::~HeldInterruptions() {
+  --held;
 }
 
 // A signal that came while the child was being started has not reached it.

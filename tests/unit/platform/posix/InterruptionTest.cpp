@@ -57,6 +57,28 @@ TEST(InterruptionTest, SignalIsNotedAndDoesNotEndTheProcess) {
     })) << given.second;
 }
 
+TEST(InterruptionTest, WhatWasNotedCanBeAskedForWithoutLeaving) {
+  EXPECT_TRUE(inChild([] {
+    noteInterruptions();
+    if (notedInterruption()) return false;
+    raise(SIGTERM);
+    return notedInterruption() == "signal 15 (Terminated)";
+  }));
+}
+
+TEST(InterruptionTest, WhatIsHeldIsToldAfterwards) {
+  EXPECT_TRUE(inChild([] {
+    noteInterruptions();
+    raise(SIGTERM);
+    {
+      const HeldInterruptions outer;
+      { const HeldInterruptions inner; }
+      if (!notedCause().empty() || !notedInterruption()) return false;
+    }
+    return notedCause() == "signal 15 (Terminated)";
+  }));
+}
+
 TEST(InterruptionTest, FirstSignalCounts) {
   EXPECT_TRUE(inChild([] {
     noteInterruptions();
