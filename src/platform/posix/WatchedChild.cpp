@@ -1,0 +1,107 @@
+#include "platform/WatchedChild.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <csignal>
+#include <system_error>
+
+#include "platform/files/Opening.h"
+#include "platform/posix/ChildOfSignals.h"
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/SignalText.h"
+#include "platform/posix/Spawn.h"
+#include "platform/posix/Uninterrupted.h"
+
+namespace installer {
+
+namespace {
+
+constexpr mode_t kPrivate = 0600;
+
+class PosixWatchedChild : public WatchedChild {
+ public:
+  explicit PosixWatchedChild(pid_t child) : _child(child) { _told.emplace(child); }
+  ~PosixWatchedChild() override {
+    if (!_end) (void)look(0);  // how it ended does not count any more
+    if (!_end) reap();
+  }
+
+  long process() const override { return _child; }
+  std::optional<WatchedEnd> end() override {
+    if (!_end && look(WNOHANG)) reap();
+    return _end;
+  }
+  void ask() override { send(SIGTERM); }
+  void kill() override { send(SIGKILL); }
+
+ private:
+  // Whether it has ended; its number stays its own until it is reaped.
+  bool look(int options) const {
+    siginfo_t ended{};
+    const auto wait = [&] {
+      return waitid(P_PID, static_cast<id_t>(_child), &ended, WEXITED | WNOWAIT | options);
+    };
+    return uninterrupted(wait) != 0 || ended.si_pid == _child;
+  }
+  void reap() {
+    _told.reset();
+    int status = 0;
+    const auto wait = [&] { return waitpid(_child, &status, 0); };
+    (void)uninterrupted(wait);  // it has ended
+    _end.emplace();
+    if (WIFSIGNALED(status))
+      _end->signal = signalText(WTERMSIG(status));
+    else
+      _end->status = WEXITSTATUS(status);
+  }
+  void send(int signal) const {
+    if (!_end) (void)::kill(_child, signal);  // its number is its own
+  }
+
+  const pid_t _child;
+  std::optional<ChildOfSignals> _told;
+  std::optional<WatchedEnd> _end;
+};
+
+bool lock(const Descriptor& file) {
+  return uninterrupted([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); }) == 0;
+}
+
+// The lock belongs to the open file, and so to everybody who inherits it.
+Descriptor makeOutput(const std::string& path) {
+  constexpr int kNew = O_CREAT | O_EXCL | O_WRONLY | O_APPEND | O_NOFOLLOW;
+  Descriptor file = openEntry(AT_FDCWD, path, kNew, kPrivate);
+  if (!file.valid() || lock(file)) return file;
+  return {};
+}
+
+StartLack lackOf(bool isOutput, int error) {
+  return {isOutput, std::generic_category().message(error)};
+}
+
+}  // namespace
+
+std::unique_ptr<WatchedChild> startWatched(const Command& command, const std::string& output,
+                                           StartLack& lack) {
+  (void)std::signal(SIGCHLD, SIG_DFL);  // children of who ignores it leave no status
+  const Descriptor file = makeOutput(output);
+  if (!file.valid()) {
+    lack = lackOf(true, errno);
+    return nullptr;
+  }
+  pid_t child = -1;
+  const int error = spawn(command, {file.get(), file.get()}, child);
+  if (error == 0) return std::make_unique<PosixWatchedChild>(child);
+  lack = lackOf(false, error);
+  return nullptr;
+}
+
+bool isOutputHeld(const std::string& output) {
+  const RegularFile file = openRegularFile(AT_FDCWD, output);
+  return file.valid() && !lock(file.file) && errno == EWOULDBLOCK;
+}
+
+}  // namespace installer
