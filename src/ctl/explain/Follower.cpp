@@ -24,20 +24,17 @@ std::optional<Trace> Follower::follow(Surroundings& surroundings, FileError& err
     readOn();
     tellSteps(surroundings, isLast);
     surroundings.out.flush();
-    if (isLast || surroundings.out.failure() || _file->readError()) break;
+    if (isLast || surroundings.out.failure() || _watch.readError()) break;
     Platform::current().clock->pause(kPause);
-    if (_file->isReplaced() && !open(error)) return std::nullopt;
+    if (_watch.isReplaced() && !open(error)) return std::nullopt;
   }
-  if (_file->readError()) error = *_file->readError();
-  if (_file->readError()) return std::nullopt;
-  return Trace{_path, _file->modified(), _reader->lines(), _reader->otherLines(), _reader->run()};
+  if (_watch.readError()) error = *_watch.readError();
+  if (_watch.readError()) return std::nullopt;
+  return _watch.trace();
 }
 
 bool Follower::open(FileError& error) {
-  std::unique_ptr<LineFile> file = openLineFile(_path, _link, error);
-  if (!file) return false;
-  _file = std::move(file);
-  _reader.emplace(yearOf(_file->modified()));
+  if (!_watch.open(error)) return false;
   _told = 0;
   _idleLooks = 0;
   return true;
@@ -45,15 +42,12 @@ bool Follower::open(FileError& error) {
 
 void Follower::readOn() {
   ++_idleLooks;
-  while (const auto line = _file->next()) {
-    _reader->add(*line);
-    _idleLooks = 0;
-  }
+  if (_watch.readOn()) _idleLooks = 0;
 }
 
 // The last step is not over before the run is.
 void Follower::tellSteps(Surroundings& surroundings, bool all) {
-  const std::optional<Run> run = _reader->run();
+  const std::optional<Run> run = _watch.run();
   if (!run || surroundings.json) return;
   const std::size_t ended = all ? run->steps.size() : run->steps.size() - 1;
   if (_told > ended) _told = 0;  // another run has begun
@@ -64,7 +58,7 @@ void Follower::tellSteps(Surroundings& surroundings, bool all) {
 // A run that is at work has its instance's lock. One that never told its instance is over when its
 // ending is told; one of which nothing is known but the beginning, when nothing has come for long.
 bool Follower::isOver() const {
-  const std::optional<Run> run = _reader->run();
+  const std::optional<Run> run = _watch.run();
   if (!run) return false;
   if (run->rcpHome) return !isAtWorkOn(*run->rcpHome);
   if (run->ending == Ending::argumentsMissing) return _idleLooks >= kLongIdle;

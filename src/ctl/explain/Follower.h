@@ -1,20 +1,18 @@
 #pragma once
 
-#include <memory>
+#include <cstddef>
 #include <optional>
 #include <string>
 
 #include "ctl/Surroundings.h"
-#include "ctl/trace/RunReader.h"
-#include "ctl/trace/TraceFile.h"
-#include "platform/LineFile.h"
+#include "ctl/trace/TraceWatch.h"
 
 namespace installer::ctl {
 
 // Watches a trace as it grows, and tells each step when the next one begins.
 class Follower {
  public:
-  Follower(std::string path, FinalLink link) : _path(std::move(path)), _link(link) {}
+  Follower(std::string path, FinalLink link) : _watch(std::move(path), link) {}
 
   // Comes back when the run in it is over, or the answer can not be written any more. nullopt, with
   // `error` set, when the trace cannot be read. A trace that another one replaces is followed from
@@ -27,10 +25,7 @@ class Follower {
   void tellSteps(Surroundings& surroundings, bool all);
   bool isOver() const;
 
-  const std::string _path;
-  const FinalLink _link;
-  std::unique_ptr<LineFile> _file;
-  std::optional<RunReader> _reader;
+  TraceWatch _watch;
   std::size_t _told = 0;  // of the run's steps
   int _idleLooks = 0;     // since the last line came
 };
