@@ -35,6 +35,11 @@ std::string registrationOf(const std::string& bundleName) {
 
 }  // namespace
 
+std::optional<std::string> recordedVersionOf(const std::string& rcpHome) {
+  const auto info = PropertyList::readDictionary(InstanceLayout::installInfo(rcpHome));
+  return info ? PropertyList::textForKey(*info, "hotfixVersion") : std::nullopt;
+}
+
 Plan::Plan(const PlanRequest& request, const overlay::Maker& maker)
     : _request(request), _platform(Platform::current(), maker) {
   _platform.noted.onStart([this](const Command& command) { answerAsLauncher(command); });
@@ -105,12 +110,8 @@ void Plan::readRecord() {
     if (const auto* text = detail.as<std::string>()) errorDetails.push_back(*text);
 }
 
-// Asked of the file alone: whoever makes a service of the instance changes things.
 std::optional<std::string> Plan::recordedVersion() const {
-  const std::optional<std::string>& home = rcpHomeOfWorkflow ? rcpHomeOfWorkflow : rcpHome;
-  if (!home) return std::nullopt;
-  const auto info = PropertyList::readDictionary(InstanceLayout::installInfo(*home));
-  return info ? PropertyList::textForKey(*info, "hotfixVersion") : std::nullopt;
+  return workedOn() ? recordedVersionOf(*workedOn()) : std::nullopt;
 }
 
 // Asked of the real table: the played run sees no launcher, for it would wait for its end.

@@ -19,6 +19,10 @@ struct PlanRequest {
   int assumed = 0;  // the launcher's return code
 };
 
+// The version of the hotfix that the instance of that rcp home records as installed. The file alone
+// is asked: whoever makes a service of the instance changes things.
+[[nodiscard]] std::optional<std::string> recordedVersionOf(const std::string& rcpHome);
+
 // Why it is this bundle that a package is for.
 enum class BundleReason {
   none,
@@ -74,6 +78,10 @@ class Plan {
   const std::vector<overlay::PlannedChild>& children() const { return _platform.noted.planned(); }
   // What was closed to the run. What only the showing of it looks at does not count.
   const std::set<std::string>& unknown() const { return _unknown; }
+  // The rcp home that the workflow worked on.
+  const std::optional<std::string>& workedOn() const {
+    return rcpHomeOfWorkflow ? rcpHomeOfWorkflow : rcpHome;
+  }
   overlay::Tree& tree() { return _platform.overlay.tree(); }
 
  private:

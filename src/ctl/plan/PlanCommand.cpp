@@ -34,15 +34,6 @@ int statusOf(const Plan& plan) {
   return plan.status == 0 ? 0 : kWouldNotInstall;
 }
 
-int tellPlan(const Options& options, Surroundings& surroundings) {
-  const PlanRequest request{*options.package, *options.destination, options.rcpData,
-                            options.assumed};
-  Plan plan(request, overlay::rootAsMaker());
-  surroundings.out.write(surroundings.json ? textOf(planJson(plan, options.detail.differences))
-                                           : planText(plan, options.detail, surroundings.style));
-  return statusOf(plan);
-}
-
 Action declarePlan(CLI::App& line) {
   auto options = std::make_shared<Options>();
   addText(line, "package", options->package, "the package's folder")->required();
@@ -53,10 +44,20 @@ Action declarePlan(CLI::App& line) {
   line.add_flag("--diff", options->detail.differences, "tells how texts change");
   line.add_flag("--all", options->detail.all,
                 "tells each owner and mode, and what is written again as it was");
-  return [options](Surroundings& surroundings) { return tellPlan(*options, surroundings); };
+  return [options](Surroundings& surroundings) {
+    return tellPlan({*options->package, *options->destination, options->rcpData, options->assumed},
+                    options->detail, surroundings);
+  };
 }
 
 }  // namespace
+
+int tellPlan(const PlanRequest& request, const PlanDetail& detail, Surroundings& surroundings) {
+  Plan plan(request, overlay::rootAsMaker());
+  surroundings.out.write(surroundings.json ? textOf(planJson(plan, detail.differences))
+                                           : planText(plan, detail, surroundings.style));
+  return statusOf(plan);
+}
 
 const Command kPlan{
     "plan",

@@ -10,9 +10,7 @@
 
 namespace installer::ctl {
 
-namespace {
-
-std::optional<ErrorRecord> errorRecord() {
+std::optional<ErrorRecord> lastErrorRecord() {
   const std::optional<PropertyList::Dictionary> record = InstallUtil::getErrorMessage();
   if (!record) return std::nullopt;
   ErrorRecord found;
@@ -26,8 +24,6 @@ std::optional<ErrorRecord> errorRecord() {
     if (const auto* const one = text.as<std::string>()) found.details.push_back(*one);
   return found;
 }
-
-}  // namespace
 
 const Problem* LastRun::firstError() const {
   if (!trace || !trace->run) return nullptr;
@@ -54,7 +50,7 @@ LastRun lastRun() {
     const auto age = static_cast<std::int64_t>(std::time(nullptr) - last.trace->modified);
     last.traceAge = std::max<std::int64_t>(0, age);
   }
-  last.record = errorRecord();
+  last.record = lastErrorRecord();
   last.hasMarker = Platform::current().files->exists(Platform::current().paths.errorMarker);
   return last;
 }

@@ -14,6 +14,9 @@ struct ErrorRecord {
   std::vector<std::string> details;
 };
 
+// That of the last run on this machine; nullopt when there is none.
+std::optional<ErrorRecord> lastErrorRecord();
+
 // What the last run on this machine left outside of the instances.
 struct LastRun {
   std::optional<Trace> trace;
