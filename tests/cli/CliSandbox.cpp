@@ -5,6 +5,7 @@
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <pty.h>
 #include <sched.h>
 #include <signal.h>
 #include <sys/mount.h>
@@ -155,6 +156,14 @@ int inputFrom(const std::string& text) {
   return ends[0];
 }
 
+bool openOutput(const RunOptions& options, int (&ends)[2]) {
+  if (options.terminal == 0) return pipe2(ends, O_CLOEXEC) == 0;
+  const winsize size{24, options.terminal, 0, 0};
+  if (openpty(&ends[0], &ends[1], nullptr, nullptr, &size) != 0) return false;
+  for (const int end : ends) fcntl(end, F_SETFD, FD_CLOEXEC);
+  return true;
+}
+
 void drain(int descriptor, std::string& into, bool& open) {
   char buffer[65536];
   const ssize_t length = read(descriptor, buffer, sizeof buffer);
@@ -301,7 +310,7 @@ RunningProgram CliSandbox::start(const std::vector<std::string>& arguments,
   std::vector<std::string> command = {options.program};
   command.insert(command.end(), arguments.begin(), arguments.end());
   int out[2], err[2], report[2];
-  if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0 || pipe2(report, O_CLOEXEC) != 0)
+  if (!openOutput(options, out) || pipe2(err, O_CLOEXEC) != 0 || pipe2(report, O_CLOEXEC) != 0)
     std::abort();
   const int input = inputFrom(options.input);
   const int log = options.systemLog ? listenToSystemLog() : -1;

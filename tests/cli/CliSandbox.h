@@ -37,9 +37,10 @@ struct RunOptions {
   std::map<int, std::uint64_t> limits;               // RLIMIT_FSIZE, say, -> soft and hard limit
   std::vector<int> ignoredSignals;
   std::vector<int> blockedSignals;
-  bool systemLog = false;     // whether a system log listens at /dev/log
-  bool ownRootMount = false;  // whether the root is a mount, as a machine's is
-  bool brokenOutput = false;  // nobody reads what comes to standard output
+  bool systemLog = false;       // whether a system log listens at /dev/log
+  bool ownRootMount = false;    // whether the root is a mount, as a machine's is
+  bool brokenOutput = false;    // nobody reads what comes to standard output
+  unsigned short terminal = 0;  // standard output is a terminal of so many columns; 0: it is none
 
   RunOptions& set(const std::string& variable, const std::string& value);
   RunOptions& unset(const std::string& variable);
