@@ -3,6 +3,7 @@
 #include <array>
 
 #include "ctl/explain/Explain.h"
+#include "ctl/install/Install.h"
 #include "ctl/lint/LintCommand.h"
 #include "ctl/new/NewCommand.h"
 #include "ctl/plan/PlanCommand.h"
@@ -14,7 +15,7 @@
 namespace installer::ctl {
 
 std::span<const Command> commands() {
-  static const std::array kAll{kNew, kPlan, kStatus, kExplain, kLint, kRehearse, kRemove, kSupport};
+  static const std::array kAll{kNew, kPlan, kStatus, kExplain, kLint, kRehearse, kRemove, kSupport, kInstall};
   return kAll;
 }
 

@@ -1,0 +1,100 @@
+#include "ctl/install/Evidence.h"
+
+#include <algorithm>
+
+#include "ctl/install/KeptRuns.h"
+#include "ctl/trace/TraceFile.h"
+#include "hotfix/base/Path.h"
+#include "hotfix/util/InstallUtil.h"
+#include "platform/EntryFacts.h"
+#include "platform/FileManager.h"
+#include "platform/Platform.h"
+#include "platform/UserContext.h"
+
+namespace installer::ctl::install {
+
+namespace {
+
+constexpr std::size_t kMostOutput = std::size_t{64} << 10;  // bytes
+constexpr mode_t kPrivate = 0600;
+
+bool isOwn(uid_t owner) {
+  return Platform::current().users->isOwn(owner);
+}
+
+// Numbers of processes are used again: a trace from before the plan is another run's.
+std::optional<Run> runOf(const std::string& folder, std::optional<long> process) {
+  const auto plan = entryAt(path::appendingComponent(folder, kPlanFile));
+  const auto entry = entryAt(Platform::current().paths.traceFile);
+  if (!plan || !entry || !isOwn(entry->owner) || entry->modified < plan->modified)
+    return std::nullopt;
+  FileError error;
+  const std::optional<Trace> trace = readLastTrace(error);
+  if (!trace || !trace->run || trace->run->process != process.value_or(trace->run->process))
+    return std::nullopt;
+  return trace->run;
+}
+
+std::optional<std::string> lackOfTrace(const std::string& folder) {
+  const Platform& platform = Platform::current();
+  CopySource source(platform.paths.traceFile);
+  source.mayOwn = isOwn;
+  const std::string name = path::lastComponent(source.path);
+  FileError error;
+  if (platform.files->copy(source, path::appendingComponent(folder, name), ExistingItem::keep,
+                           &error))
+    return std::nullopt;
+  return error.description;
+}
+
+std::optional<std::string> lackOfRecord(const std::string& folder) {
+  const auto record = InstallUtil::getErrorMessage();
+  const auto text = record ? PropertyList::serialize(*record) : std::nullopt;
+  if (!text) return std::nullopt;
+  FileError error;
+  if (Platform::current().files->write(path::appendingComponent(folder, kRecordFile), *text,
+                                       ReplacedFile::forget, kPrivate, &error))
+    return std::nullopt;
+  return error.description;
+}
+
+bool tellsTheEnd(const std::optional<Run>& run) {
+  return run && run->ending != Ending::brokenOff && run->ending != Ending::atWork;
+}
+
+}  // namespace
+
+Evidence keepEvidence(const std::string& folder, std::optional<long> process) {
+  Evidence evidence{runOf(folder, process), std::nullopt, std::nullopt};
+  if (!evidence.run) return evidence;
+  evidence.record = lastErrorRecord();
+  evidence.lack = lackOfTrace(folder);
+  const std::optional<std::string> another = lackOfRecord(folder);
+  if (!evidence.lack) evidence.lack = another;
+  return evidence;
+}
+
+std::string outputIn(const std::string& folder) {
+  FileManager& files = *Platform::current().files;
+  std::string output =
+      files.readUnlinked(path::appendingComponent(folder, kOutputFile), nullptr).value_or("");
+  output.resize(std::min(output.size(), kMostOutput));
+  return output;
+}
+
+// A trace that has no end, of an installer that ended by itself, could not be written to its end.
+Outcome outcomeOf(const WatchedEnd& end, const Evidence& evidence, bool isWanted) {
+  if (end.status == 0) return outcomeOf(Ending::installed);
+  const std::optional<Run>& run = evidence.run;
+  if (tellsTheEnd(run) && run->ending != Ending::installed) return outcomeOf(run->ending);
+  if (end.signal) return outcomeOf(Ending::brokenOff);
+  if (isWanted) return outcomeOf(Ending::interrupted);
+  const auto* const coded = evidence.record ? descriptionOf(evidence.record->code) : nullptr;
+  return coded == nullptr ? kUntold : outcomeOf(coded->ending);
+}
+
+Outcome outcomeOfUnseen(const Evidence& evidence) {
+  return outcomeOf(tellsTheEnd(evidence.run) ? evidence.run->ending : Ending::brokenOff);
+}
+
+}  // namespace installer::ctl::install
