@@ -41,10 +41,10 @@ struct StartLack {
   std::string reason;  // the system's words
 };
 
-// Starts the command as ChildProcesses does, but with standard output and error in the file
-// `output`, which is made with mode 0600 and must not be there yet. The file is locked for as long
-// as the child, or who got its output, has it. Null, with `lack` set, when nothing was started; the
-// file may be there then.
+// Starts the command as ChildProcesses does, but one of the signals that ask to end stays ignored
+// when it is ignored here, and standard output and error go to the file `output`, which is made
+// with mode 0600 and must not be there yet. The file is locked for as long as the child, or who got
+// its output, has it. Null, with `lack` set, when nothing was started; the file may be there then.
 [[nodiscard]] std::unique_ptr<WatchedChild> startWatched(const Command& command,
                                                          const std::string& output,
                                                          StartLack& lack);

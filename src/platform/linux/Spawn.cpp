@@ -47,6 +47,11 @@ SignalBits changedSignals() {
   return bitsBehind("\nSigIgn:\t", status) | bitsBehind("\nSigCgt:\t", status);
 }
 
+SignalBits without(const std::vector<int>& signals, SignalBits bits) {
+  for (const int signal : signals) bits &= ~(SignalBits{1} << static_cast<unsigned>(signal - 1));
+  return bits;
+}
+
 // All that the child needs, made before: until it is another program it has this process's memory,
 // whose owner stands still so long, and may neither allocate nor lock.
 struct Start {
@@ -112,10 +117,12 @@ class BlockedSignals {
 
 }  // namespace
 
-int spawn(const Command& command, const ChildOutputs& outputs, pid_t& child) {
+int spawn(const Command& command, const ChildOutputs& outputs, pid_t& child,
+          const std::vector<int>& stillIgnored) {
   const std::vector<char*> arguments = argumentVector(command);
   const auto stack = std::make_unique_for_overwrite<std::byte[]>(kStack);
-  Start start{command.executable.c_str(), arguments.data(), outputs, changedSignals()};
+  Start start{command.executable.c_str(), arguments.data(), outputs,
+              without(stillIgnored, changedSignals())};
   const BlockedSignals blocked;
   child = clone(becomeProgram, stack.get() + kStack, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
   if (child == -1) return errno;

@@ -43,9 +43,10 @@ class Attributes {
 // started.
 class Spawn {
  public:
-  Spawn() {
+  explicit Spawn(const std::vector<int>& stillIgnored) {
     sigset_t signals;
     sigfillset(&signals);
+    for (const int signal : stillIgnored) sigdelset(&signals, signal);
     (void)posix_spawnattr_setsigdefault(_attributes.get(), &signals);  // cannot fail once set up
     sigemptyset(&signals);
     (void)posix_spawnattr_setsigmask(_attributes.get(), &signals);  // nor can this
@@ -78,8 +79,9 @@ class Spawn {
 
 }  // namespace
 
-int spawn(const Command& command, const ChildOutputs& outputs, pid_t& child) {
-  Spawn start;
+int spawn(const Command& command, const ChildOutputs& outputs, pid_t& child,
+          const std::vector<int>& stillIgnored) {
+  Spawn start(stillIgnored);
   start.connect(STDOUT_FILENO, outputs.output);
   start.connect(STDERR_FILENO, outputs.error);
   return start.run(command, child);

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <csignal>
 #include <system_error>
+#include <vector>
 
 #include "platform/files/Opening.h"
 #include "platform/posix/ChildOfSignals.h"
@@ -78,6 +79,17 @@ Descriptor makeOutput(const std::string& path) {
   return {};
 }
 
+// Whoever started this process so wants the work to outlive his terminal.
+std::vector<int> ignoredHere() {
+  std::vector<int> ignored;
+  for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+    struct sigaction action {};
+    if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN)
+      ignored.push_back(signal);
+  }
+  return ignored;
+}
+
 StartLack lackOf(bool isOutput, int error) {
   return {isOutput, std::generic_category().message(error)};
 }
@@ -93,7 +105,7 @@ std::unique_ptr<WatchedChild> startWatched(const Command& command, const std::st
     return nullptr;
   }
   pid_t child = -1;
-  const int error = spawn(command, {file.get(), file.get()}, child);
+  const int error = spawn(command, {file.get(), file.get()}, child, ignoredHere());
   if (error == 0) return std::make_unique<PosixWatchedChild>(child);
   lack = lackOf(false, error);
   return nullptr;

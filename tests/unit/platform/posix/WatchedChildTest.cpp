@@ -98,6 +98,16 @@ TEST_F(WatchedChildTest, TheStatusOfAChildIsKnownThoughChildrenWereIgnored) {
   }));
 }
 
+TEST_F(WatchedChildTest, OnlyWhatAsksToEndStaysIgnored) {
+  EXPECT_TRUE(inChild([&] {
+    for (const int ignored : {SIGHUP, SIGPIPE, SIGUSR1}) (void)std::signal(ignored, SIG_IGN);
+    const auto child = start(ChildScript());
+    return child && endOf(*child) == kDone;
+  }));
+
+  EXPECT_EQ(std::vector<int>{SIGHUP}, _children.records().at(0).ignoredSignals);
+}
+
 TEST_F(WatchedChildTest, SignalsArePassedOnToIt) {
   EXPECT_TRUE(inChild([&] {
     noteInterruptions();
