@@ -15,7 +15,8 @@
 namespace installer::ctl {
 
 std::span<const Command> commands() {
-  static const std::array kAll{kNew, kPlan, kStatus, kExplain, kLint, kRehearse, kRemove, kSupport, kInstall};
+  static const std::array kAll{kNew,    kLint,    kPlan,   kRehearse, kInstall,
+                               kStatus, kExplain, kRemove, kSupport};
   return kAll;
 }
 

@@ -8,9 +8,10 @@ namespace installer {
 
 class ProcessTable;
 
-// Whether a launcher of the rcp home that this user has started runs right now; the second form asks
-// for the effective user in the table of the platform.
-[[nodiscard]] bool isLauncherAtWork(const std::string& rcpHome, ProcessTable& processes, uid_t user);
+// Whether a launcher of the rcp home that this user has started runs right now; the second form
+// asks for the effective user in the table of the platform.
+[[nodiscard]] bool isLauncherAtWork(const std::string& rcpHome, ProcessTable& processes,
+                                    uid_t user);
 [[nodiscard]] bool isLauncherAtWork(const std::string& rcpHome);
 
 // Waits until no launcher of the rcp home provisions any more [notice, and once more after ten

@@ -105,9 +105,8 @@ class PlanCommandTest : public ControlTest {
 
   // Puts a record there that no run can replace.
   void keepRecordWith(const std::string& code) {
-    _sandbox.writeFile(kPasteboard,
-                       "<plist version=\"1.0\"><dict><key>ERROR_CODE</key><integer>" + code +
-                           "</integer></dict></plist>");
+    _sandbox.writeFile(kPasteboard, "<plist version=\"1.0\"><dict><key>ERROR_CODE</key><integer>" +
+                                        code + "</integer></dict></plist>");
     _sandbox.makeReadOnly("/tmp");
   }
 
