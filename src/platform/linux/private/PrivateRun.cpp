@@ -16,7 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <new>
+#include <set>
 #include <system_error>
 
 #include "platform/Interruption.h"
@@ -62,7 +62,7 @@ class PrivateRoot {
     demand(mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "the mounts");
     demand(mkdir(_root.c_str(), S_IRWXU) == 0, _root);
     bind("/", _root, MS_REC);
-    makeReadOnly();
+    makeReadOnly(_root);
     giveTemporaryFolder();
     for (const auto& [place, content] : _view.replaced) show(content, place);
     leaveSystemLog();
@@ -76,14 +76,14 @@ class PrivateRoot {
     demand(mount(source.c_str(), place.c_str(), nullptr, MS_BIND | flags, nullptr) == 0, place);
   }
 
-  void makeReadOnly() {
+  static void makeReadOnly(const std::string& place) {
     mount_attr change{};
     change.attr_set = MOUNT_ATTR_RDONLY;
-    demand(mount_setattr(AT_FDCWD, _root.c_str(), AT_RECURSIVE, &change, sizeof change) == 0,
-           "a view that can only be read");
+    demand(mount_setattr(AT_FDCWD, place.c_str(), AT_RECURSIVE, &change, sizeof change) == 0,
+           place);
   }
 
-  void makeWritable(const std::string& place) {
+  static void makeWritable(const std::string& place) {
     mount_attr change{};
     change.attr_clr = MOUNT_ATTR_RDONLY;
     demand(mount_setattr(AT_FDCWD, place.c_str(), 0, &change, sizeof change) == 0, place);
@@ -99,20 +99,20 @@ class PrivateRoot {
     constexpr mode_t kOpenToAll = 01777;
     demand(chmod(_view.temporary.c_str(), kOpenToAll) == 0, _view.temporary);
     show(_view.temporary, "/tmp");
-    for (const std::string& path : _view.needed) {
-      const std::size_t end = path.find('/', sizeof "/tmp/" - 1);
-      const std::string entry = path.substr(0, end);
-      struct stat status {};
-      if (stat(entry.c_str(), &status) != 0 || exists(_root + entry)) continue;
-      make(_root + entry, S_ISDIR(status.st_mode));
-      // As it is, which is what cannot be written below it either.
-      bind(entry, _root + entry, MS_REC);
-      mount_attr change{};
-      change.attr_set = MOUNT_ATTR_RDONLY;
-      demand(mount_setattr(AT_FDCWD, (_root + entry).c_str(), AT_RECURSIVE, &change,
-                           sizeof change) == 0,
-             entry);
-    }
+    std::set<std::string> entries;
+    for (const std::string& path : _view.needed)
+      entries.insert(path.substr(0, path.find('/', sizeof "/tmp/" - 1)));
+    for (const std::string& entry : entries) showAsItIs(entry);
+  }
+
+  // It cannot be written here either, nor can what is mounted below it.
+  void showAsItIs(const std::string& entry) {
+    struct stat status {};
+    if (stat(entry.c_str(), &status) != 0) return;
+    const std::string place = _root + entry;
+    if (!exists(place)) make(place, S_ISDIR(status.st_mode));
+    bind(entry, place, MS_REC);
+    makeReadOnly(place);
   }
 
   static bool exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }

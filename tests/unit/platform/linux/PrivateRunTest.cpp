@@ -1,0 +1,290 @@
+#include "platform/PrivateRun.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sched.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <stdexcept>
+
+#include "support/Proves.h"
+#include "support/TemporaryFolder.h"
+#include "support/TreeSnapshot.h"
+
+namespace installer::privately {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using Kind = overlay::Change::Kind;
+
+class PrivateTest : public ::testing::Test {
+ protected:
+  bool copy() { return copyTree(_folder.path("from"), _folder.path("to"), _reason); }
+  std::vector<std::string> differing() {
+    std::vector<std::string> lines;
+    const auto found = differences(_folder.path("from"), _folder.path("to"), _reason);
+    EXPECT_TRUE(found.has_value()) << _reason;
+    for (const Difference& one : found.value_or(std::vector<Difference>()))
+      lines.push_back(std::to_string(static_cast<int>(one.kind)) + " " + one.path);
+    return lines;
+  }
+  static std::string line(Kind kind, const std::string& path) {
+    return std::to_string(static_cast<int>(kind)) + " " + path;
+  }
+  struct stat statusOf(const std::string& path) const {
+    struct stat status {};
+    EXPECT_EQ(0, lstat(_folder.path(path).c_str(), &status)) << path;
+    return status;
+  }
+
+  const test::TemporaryFolder _folder;
+  std::string _reason;
+};
+
+// --- Copies --------------------------------------------------------------------------------------
+
+TEST_F(PrivateTest, ACopyIsWhatItIsMadeOf) {
+  proves("REHEARSE-4");
+  _folder.makeFile("from/a/file", std::string(200'000, 'x') + "end", 0640);
+  _folder.makeFile("from/a/empty", "", 04711);
+  _folder.makeFolder("from/a/closed", 0500);
+  _folder.makeLink("from/link", "/no/where");
+  _folder.makePipe("from/pipe");
+  _folder.makeSocket("from/socket");
+  _folder.makeHardLink("from/second", "from/a/file");
+  const timespec times[] = {{1'000'000'000, 1}, {1'100'000'000, 2}};
+  for (const char* name : {"from/link", "from/a/file", "from/a", "from/pipe"})
+    ASSERT_EQ(0, utimensat(AT_FDCWD, _folder.path(name).c_str(), times, AT_SYMLINK_NOFOLLOW));
+
+  ASSERT_TRUE(copy()) << _reason;
+
+  EXPECT_THAT(
+      test::TreeDiff(test::snapshotOf(_folder.path("from")), test::snapshotOf(_folder.path("to")))
+          .lines(),
+      IsEmpty());
+  EXPECT_THAT(differing(), IsEmpty());
+  for (const char* name : {"to/link", "to/a/file", "to/a", "to/pipe"}) {
+    EXPECT_EQ(1'100'000'000, statusOf(name).st_mtim.tv_sec) << name;
+    EXPECT_EQ(2, statusOf(name).st_mtim.tv_nsec) << name;
+  }
+  EXPECT_EQ(statusOf("to/a/file").st_ino, statusOf("to/second").st_ino);
+  EXPECT_NE(statusOf("from/a/file").st_ino, statusOf("to/a/file").st_ino);
+}
+
+TEST_F(PrivateTest, ACopyBelongsToTheSameUsers) {
+  proves("REHEARSE-4");
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+  _folder.makeFile("from/file", "x", 04755);
+  _folder.makeLink("from/link", "file");
+  for (const char* name : {"from/file", "from/link", "from"})
+    ASSERT_EQ(0, lchown(_folder.path(name).c_str(), 1000, 1001));
+  ASSERT_EQ(0, chmod(_folder.path("from/file").c_str(), 04755));
+
+  ASSERT_TRUE(copy()) << _reason;
+
+  for (const char* name : {"to/file", "to/link", "to"}) {
+    EXPECT_EQ(1000u, statusOf(name).st_uid) << name;
+    EXPECT_EQ(1001u, statusOf(name).st_gid) << name;
+  }
+  EXPECT_EQ(04755u, statusOf("to/file").st_mode & 07777u);
+}
+
+TEST_F(PrivateTest, ACopyThatCannotBeMadeIsTold) {
+  EXPECT_FALSE(copy());
+  EXPECT_EQ("\"" + _folder.path("from") + "\": No such file or directory", _reason);
+
+  _folder.makeFolder("from");
+  _folder.makeFolder("to");
+  EXPECT_FALSE(copy());
+  EXPECT_EQ("\"" + _folder.path("to") + "\": File exists", _reason);
+}
+
+TEST_F(PrivateTest, ACopyStopsWhereSomethingCannotBeRead) {
+  if (geteuid() == 0) GTEST_SKIP() << "root reads everything";
+  _folder.makeFile("from/a/file", "x", 0);
+
+  EXPECT_FALSE(copy());
+
+  EXPECT_EQ("\"" + _folder.path("from/a/file") + "\": Permission denied", _reason);
+}
+
+TEST_F(PrivateTest, AWorkFolderIsItsMakersAlone) {
+  const auto work = makeWorkFolder(_folder.path(), _reason);
+  ASSERT_TRUE(work.has_value()) << _reason;
+
+  EXPECT_EQ(0700u, statusOf(work->substr(_folder.path().size() + 1)).st_mode & 07777u);
+  std::ofstream(*work + "/file") << "x";
+  EXPECT_TRUE(removeWorkFolder(*work));
+  EXPECT_NE(0, access(work->c_str(), F_OK));
+  EXPECT_TRUE(removeWorkFolder(*work)) << "nothing is left";
+
+  EXPECT_EQ(std::nullopt, makeWorkFolder(_folder.path("missing"), _reason));
+  EXPECT_EQ("\"" + _folder.path("missing") + "\": No such file or directory", _reason);
+}
+
+// --- Differences ---------------------------------------------------------------------------------
+
+TEST_F(PrivateTest, EachKindOfDifferenceIsTold) {
+  proves("REHEARSE-1");
+  _folder.makeFile("from/gone/below", "x");
+  _folder.makeFile("from/mode", "x", 0600);
+  _folder.makeFile("from/content", "old");
+  _folder.makeLink("from/link", "one");
+  _folder.makeFile("from/kind", "");
+  _folder.makeFolder("from/was/folder");
+  _folder.makeFile("from/same", "x");
+  ASSERT_TRUE(copy());
+  _folder.makeFile("to/mode", "x", 0640);
+  ASSERT_EQ(0, chmod(_folder.path("to/mode").c_str(), 0640));
+  _folder.makeFile("to/content", "new");
+  for (const char* name : {"to/gone/below", "to/link", "to/kind"})
+    ASSERT_EQ(0, unlink(_folder.path(name).c_str()));
+  for (const char* name : {"to/gone", "to/was/folder", "to/was"})
+    ASSERT_EQ(0, rmdir(_folder.path(name).c_str()));
+  _folder.makeLink("to/link", "two");
+  _folder.makePipe("to/kind");
+  _folder.makeFile("to/was", "");
+  _folder.makeFile("to/new/below", "");
+
+  EXPECT_THAT(differing(),
+              ElementsAre(line(Kind::replaced, "content"), line(Kind::removed, "gone"),
+                          line(Kind::removed, "gone/below"), line(Kind::replaced, "kind"),
+                          line(Kind::replaced, "link"), line(Kind::attributes, "mode"),
+                          line(Kind::created, "new"), line(Kind::created, "new/below"),
+                          line(Kind::replaced, "was"), line(Kind::removed, "was/folder")));
+
+  const auto found = differences(_folder.path("from"), _folder.path("to"), _reason);
+  EXPECT_EQ(0600u, found->at(5).before->mode);
+  EXPECT_EQ(0640u, found->at(5).after->mode);
+  EXPECT_EQ(getuid(), found->at(5).after->owner);
+  EXPECT_EQ(std::nullopt, found->at(1).after);
+  EXPECT_EQ(std::nullopt, found->at(6).before);
+  EXPECT_EQ(EntryKind::folder, found->at(6).after->kind);
+}
+
+TEST_F(PrivateTest, ADifferenceAtTheEndOfALongFileIsFound) {
+  proves("REHEARSE-1");
+  const std::string much(300'000, 'x');
+  _folder.makeFile("from/file", much + "a");
+  _folder.makeFile("to/file", much + "b");
+  EXPECT_THAT(differing(), ElementsAre(line(Kind::replaced, "file")));
+
+  _folder.makeFile("to/file", much + "a");
+  EXPECT_THAT(differing(), IsEmpty());
+}
+
+TEST_F(PrivateTest, FoldersThatCannotBeReadAreTold) {
+  _folder.makeFolder("from");
+  EXPECT_EQ(std::nullopt, differences(_folder.path("from"), _folder.path("to"), _reason));
+  EXPECT_EQ("\"\": No such file or directory", _reason);
+}
+
+// --- Runs ----------------------------------------------------------------------------------------
+
+class PrivateRunTest : public PrivateTest {
+ protected:
+  void SetUp() override {
+    for (const char* folder : {"work/tmp", "place", "content"}) _folder.makeFolder(folder);
+    _view = {_folder.path("work"),
+             {{resolved(_folder.path("place")), _folder.path("content")}},
+             _folder.path("work/tmp"),
+             {resolved(_folder.path())},
+             _folder.path("output")};
+    const auto end = installer::privately::run(
+        _view, [] { return 0; }, _reason);
+    if (!end) GTEST_SKIP() << _reason;
+    ASSERT_EQ(0, rmdir(_folder.path("work/root").c_str()));
+  }
+
+  std::optional<End> run(const std::function<int()>& work) {
+    return installer::privately::run(_view, work, _reason);
+  }
+  static bool canWrite(const std::string& file) {
+    std::ofstream stream(file);
+    return static_cast<bool>(stream << "x" << std::flush);
+  }
+
+  View _view;
+};
+
+TEST_F(PrivateRunTest, TheStatusIsTold) {
+  const auto end = run([] { return 42; });
+
+  ASSERT_TRUE(end.has_value()) << _reason;
+  EXPECT_EQ(42, end->status);
+  EXPECT_EQ(std::nullopt, end->signal);
+}
+
+TEST_F(PrivateRunTest, OnlyWhatTheViewNamesCanBeWritten) {
+  proves("REHEARSE-3");
+  const std::string place = _folder.path("place") + "/file";
+  const std::string beside = _folder.path("beside");
+
+  const auto end = run([&] {
+    if (!canWrite(place)) return 1;
+    if (!canWrite("/tmp/file")) return 2;
+    if (canWrite(beside)) return 3;
+    return canWrite("/dev/null") && !canWrite("/usr/file") ? 0 : 4;
+  });
+
+  ASSERT_TRUE(end.has_value()) << _reason;
+  EXPECT_EQ(0, end->status);
+  EXPECT_EQ("x", _folder.content("content/file"));
+  EXPECT_EQ("x", _folder.content("work/tmp/file"));
+  EXPECT_NE(0, access(place.c_str(), F_OK));
+}
+
+TEST_F(PrivateRunTest, ItIsTheFirstOfItsProcesses) {
+  proves("REHEARSE-5");
+  const auto end = run([] { return getpid() == 1 ? 0 : 1; });
+
+  EXPECT_EQ(0, end->status);
+}
+
+TEST_F(PrivateRunTest, OutputIsKept) {
+  const auto end = run([] {
+    std::puts("told");
+    std::fputs("complained\n", stderr);
+    return 0;
+  });
+
+  EXPECT_EQ(0, end->status);
+  EXPECT_THAT(_folder.content("output"),
+              ::testing::AllOf(HasSubstr("told\n"), HasSubstr("complained\n")));
+}
+
+// A process that is the first of its kind is spared by its own signals.
+TEST_F(PrivateRunTest, AnEndBySignalIsTold) {
+  const auto end = run([]() -> int { __builtin_trap(); });
+
+  ASSERT_TRUE(end.has_value()) << _reason;
+  EXPECT_EQ("signal 4 (Illegal instruction)", end->signal);
+}
+
+TEST_F(PrivateRunTest, NothingGetsOutOfTheWork) {
+  const auto end = run([]() -> int { throw std::runtime_error("x"); });
+
+  EXPECT_EQ(1, end->status);
+}
+
+TEST_F(PrivateRunTest, AViewThatCannotBeHadIsRefused) {
+  bool isBegun = false;
+  _view.replaced.emplace_back("/no/such/place", _folder.path("content"));
+
+  EXPECT_EQ(std::nullopt, run([&] {
+              isBegun = true;
+              return 0;
+            }));
+
+  EXPECT_EQ(_folder.path("work/root") + "/no/such/place: No such file or directory", _reason);
+  EXPECT_FALSE(isBegun);
+}
+
+}  // namespace
+}  // namespace installer::privately
