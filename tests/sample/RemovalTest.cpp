@@ -73,6 +73,21 @@ TEST_F(RemovalTest, ARehearsalShowsWhatTheSamplesLauncherDoes) {
   EXPECT_THAT(_world.features(), Not(Contains(kFeature)));
 }
 
+TEST_F(RemovalTest, ARehearsalCanHaveASampleInstanceOfItsOwn) {
+  installer::proves("REHEARSE-1");
+  const fs::path package = _world.makeHotfix("one");
+  const std::string script = HOTFIX_SOURCE_DIR "/sample/rehearse";
+
+  const Outcome outcome =
+      run({script, "--programs", HOTFIX_BINARY_DIR "/sample", package.string(), "--all"});
+
+  EXPECT_EQ(0, outcome.status) << outcome.output;
+  EXPECT_THAT(outcome.output, HasSubstr("\n  + com.quillmere.hotfix 6.2.3.1\n"));
+  const std::string place = outcome.output.substr(outcome.output.find("/tmp/"));
+  EXPECT_FALSE(fs::exists(place.substr(0, place.find("/Applications"))));
+  EXPECT_EQ(1, run({script, "--programs", "/missing", "x"}).status);
+}
+
 TEST_F(RemovalTest, ARehearsalShowsASiteThatLacksTheFeature) {
   installer::proves("REHEARSE-2");
   const fs::path package = _world.makeHotfix("one", {"--without-feature"});
