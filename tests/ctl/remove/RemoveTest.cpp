@@ -419,6 +419,19 @@ TEST_F(RemoveTest, ARecordThatCannotBeDeletedIsAFailure) {
   EXPECT_THAT(answer.at("errors"), Contains(HasSubstr("installInfo.plist")));
 }
 
+// Whoever can write in the instance must not turn root's eyes and hands elsewhere.
+TEST_F(RemoveTest, AManifestBehindALinkOutOfTheBundleIsNone) {
+  proves("UNDO-5");
+  _sandbox.writeFile("/opt/planted.xml", manifestOf("uninstall"));
+  _sandbox.remove(uninstallManifest());
+  _sandbox.makeLink(uninstallManifest(), "/opt/planted.xml");
+
+  EXPECT_EQ("manifest-damaged", told(2).at("agreement"));
+
+  EXPECT_THAT(launches(), IsEmpty());
+  EXPECT_FALSE(_sandbox.exists(updateManifest()));
+}
+
 // --- Failures ------------------------------------------------------------------------------------
 
 TEST_F(RemoveTest, AFailedRemovalIsToldAndCanBeMadeAgain) {
