@@ -32,6 +32,14 @@ END
 false
 ```
 
+1. An item:
+
+   ```sh
+   cat >three <<'END'
+   three
+   END
+   ```
+
     false
 """
 
@@ -59,6 +67,7 @@ class DocumentCommandsTest(unittest.TestCase):
         self.assertEqual((result.returncode, result.stderr), (0, ""))
         self.assertEqual((self._folder / "one").read_text(), "one")
         self.assertEqual((self._folder / "two").read_text(), "two # status 3\n")
+        self.assertEqual((self._folder / "three").read_text(), "three\n")
 
     def testTellsWhereACommandEndsOtherwise(self):
         for before, after, line in (("test -e seen", "test -e unseen", 10),
