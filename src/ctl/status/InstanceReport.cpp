@@ -9,6 +9,7 @@
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
 #include "platform/FileManager.h"
+#include "platform/LockLook.h"
 #include "platform/Platform.h"
 
 namespace installer::ctl {
@@ -31,9 +32,8 @@ std::optional<ProvisioningAnswer> lastAnswer(const std::string& rcpHome,
 // Why nothing can be told of a home that is there; nullopt when something can.
 std::optional<std::string> obstacle(const std::string& rcpHome, bool& isAtWork) {
   FileError error;
-  const LockAttempt attempt = Platform::current().files->tryLock(rcpHome, &error);
-  isAtWork = attempt.busy;
-  const bool isClosed = !attempt.busy && !attempt.hold && error.code == FileError::kClosed;
+  isAtWork = isFolderLocked(rcpHome, &error);
+  const bool isClosed = !isAtWork && error.code == FileError::kClosed;
   return isClosed ? std::optional(error.description) : std::nullopt;
 }
 

@@ -3,7 +3,7 @@
 #include <array>
 
 #include "ctl/trace/RunReader.h"
-#include "platform/FileManager.h"
+#include "platform/LockLook.h"
 #include "platform/Platform.h"
 
 namespace installer::ctl {
@@ -41,7 +41,7 @@ std::optional<Trace> readLastTrace(FileError& error) {
 }
 
 bool isAtWorkOn(const std::string& rcpHome) {
-  return Platform::current().files->tryLock(rcpHome).busy;
+  return isFolderLocked(rcpHome);
 }
 
 int yearOf(std::time_t time) {

@@ -10,4 +10,9 @@ namespace installer {
 // locks are taken and given back by one thread.
 [[nodiscard]] LockAttempt tryLockFolder(Descriptor folder);
 
+// Whether nobody has the open folder's lock for himself: whoever only looks shares it with others
+// who look, and gives it back at once. errno is set when it is not so, EWOULDBLOCK when somebody
+// has it.
+[[nodiscard]] bool canShareLock(const Descriptor& folder);
+
 }  // namespace installer

@@ -1,6 +1,9 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -353,6 +356,20 @@ TEST_F(StatusTest, ARunAtWorkIsToldAndNotWaitedFor) {
   EXPECT_EQ(true, answer.at("instances").at(0).at("atWork"));
   EXPECT_EQ("at-work", answer.at("lastRun").at("run").at("ending"));
   running.kill();
+}
+
+TEST_F(StatusTest, TwoThatAskAtOnceAreNoRun) {
+  proves("STATUS-5");
+  recordHotfix("1.4");
+  _sandbox.writeFile(_instance.result(), "rc=13\n");
+  const int asking = open(_sandbox.host(_instance.home()).c_str(), O_RDONLY | O_DIRECTORY);
+  ASSERT_EQ(0, flock(asking, LOCK_SH | LOCK_NB));
+
+  const json found = instance(2);
+
+  EXPECT_EQ(false, found.at("atWork"));
+  EXPECT_EQ("provisioning-failed", found.at("findings").at(0).at("name"));
+  close(asking);
 }
 
 // --- The doctor ----------------------------------------------------------------------------------
