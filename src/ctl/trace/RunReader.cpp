@@ -1,5 +1,6 @@
 #include "ctl/trace/RunReader.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -26,6 +27,10 @@ constexpr std::string_view kNoMemory = "There is not enough memory to ";
 constexpr std::string_view kNotLocked = "\" cannot be locked: ";
 // It belongs to every run of which no other installer wanted files copied.
 constexpr std::string_view kUsualWarning = "Can not copy to newInstallLocation because its nil!";
+// What is wrong with a package that names no instance.
+constexpr std::array<std::string_view, 3> kPackageLacks = {"There is no install package at ",
+                                                           "There is no hotfix description at ",
+                                                           "The hotfix description "};
 constexpr std::string_view kUserLost = "The process could not become its own user again.";
 
 // Lines that begin a step by themselves.
@@ -59,9 +64,10 @@ std::optional<std::string> between(std::string_view before, std::string_view tex
   return std::string(text);
 }
 
-std::optional<std::string> versionBehind(std::string_view before, std::string_view text) {
-  auto version = between(before, text, ".");
-  return version == "(null)" ? std::nullopt : version;
+// The same of a line that ends with it; nullopt also where the installer had none.
+std::optional<std::string> valueBehind(std::string_view before, std::string_view text) {
+  auto value = between(before, text, ".");
+  return value == "(null)" ? std::nullopt : value;
 }
 
 // The check that failed was the last one that began.
@@ -78,6 +84,17 @@ std::optional<Ending> endingOfCheck(StepKind check) {
     default:
       return std::nullopt;
   }
+}
+
+bool isPackageLack(std::string_view text) {
+  return std::any_of(kPackageLacks.begin(), kPackageLacks.end(),
+                     [&](std::string_view lack) { return text.starts_with(lack); });
+}
+
+// Whether what goes wrong from the step's beginning on is its own, and not an earlier step's.
+bool hasErrorsOfItsOwn(StepKind kind) {
+  return kind == StepKind::checkInstance || kind == StepKind::checkVersions ||
+         kind == StepKind::provision;
 }
 
 // The ending that a line of its own tells.
@@ -116,7 +133,8 @@ void RunReader::begin(const TraceRecord& record) {
 void RunReader::take(const TraceRecord& record) {
   Run& run = _state->run;
   ++_state->lines;
-  run.seconds = secondsBetween(_state->beganAt, record.second);
+  // Each line comes after the one before it, whatever the clock says.
+  run.seconds = std::max(run.seconds, secondsBetween(_state->beganAt, record.second, _year));
   run.ended = record.time;
   run.steps.back().seconds = run.seconds - run.steps.back().at;
   if (record.level <= LogLevel::warning && record.text != kUsualWarning) takeProblem(record);
@@ -139,6 +157,7 @@ void RunReader::takeProblem(const TraceRecord& record) {
 void RunReader::takeEnding(const Problem& problem) {
   UnfinishedRun& state = *_state;
   if (!state.firstError) state.firstError = problem;
+  if (!state.packageLack && isPackageLack(problem.text)) state.packageLack = problem;
   std::optional<Ending> told = endingToldBy(problem.text);
   if (!told && problem.text.find(kNotLocked) != std::string::npos) told = Ending::instanceNotLocked;
   if (!told) return;
@@ -149,16 +168,19 @@ void RunReader::takeEnding(const Problem& problem) {
 void RunReader::takeFact(std::string_view text) {
   Run& run = _state->run;
   if (!run.rcpHome) run.rcpHome = between("Check the target platform under ", text, ".");
-  if (auto version = versionBehind("Current hotfix version: ", text)) run.packageVersion = version;
-  if (auto version = versionBehind("Installed hotfix version: ", text))
+  if (!run.rcpHome && _state->failedCheck) run.rcpHome = valueBehind(kInstanceMade, text);
+  if (auto version = valueBehind("Current hotfix version: ", text)) run.packageVersion = version;
+  if (auto version = valueBehind("Installed hotfix version: ", text))
     run.installedVersion = version;
 }
 
 void RunReader::takeStep(std::string_view text) {
   if (text == kCheckFailed) failCheck();
-  for (const StepBeginning& beginning : kBeginnings)
-    if (text.starts_with(beginning.text)) start(beginning.kind);
-  if (text == kProvisioning) _state->firstError.reset();
+  for (const StepBeginning& beginning : kBeginnings) {
+    if (!text.starts_with(beginning.text)) continue;
+    if (hasErrorsOfItsOwn(beginning.kind)) _state->firstError.reset();
+    start(beginning.kind);
+  }
   if (text == kRecorded) _state->isRecorded = true;
   if (text.starts_with(kCollection)) _state->hasCome = true;
 }
@@ -185,9 +207,11 @@ void RunReader::failCheck() {
   UnfinishedRun& state = *_state;
   const auto ending = endingOfCheck(state.run.steps.back().kind);
   if (!ending) return;
-  state.told = ending;
-  const bool hasLine = ending == Ending::notInstalled || ending == Ending::higherHotfixInstalled;
-  state.cause = hasLine ? state.firstError : std::nullopt;
+  state.failedCheck = ending;
+  if (ending == Ending::notInstalled && state.packageLack)
+    state.causeOfCheck = state.packageLack;
+  else if (ending == Ending::notInstalled || ending == Ending::higherHotfixInstalled)
+    state.causeOfCheck = state.firstError;
 }
 
 void RunReader::startPass() {
@@ -213,6 +237,9 @@ std::optional<Run> RunReader::run() const {
     run.cause = state.cause;
   } else if (!state.hasCome) {
     run.ending = state.lines == 0 ? Ending::argumentsMissing : Ending::brokenOff;
+  } else if (state.failedCheck) {
+    run.ending = *state.failedCheck;
+    run.cause = state.causeOfCheck;
   } else if (state.passes < state.passesWanted || !state.isPrepared) {
     run.ending = Ending::manifestNotCopied;
     if (state.passes > 0) run.cause = state.firstError;

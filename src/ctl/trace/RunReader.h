@@ -22,9 +22,13 @@ struct UnfinishedRun {
   bool isPrepared = false;            // the last pass has got its manifest in place
   bool isRecorded = false;            // the last pass has come to the record
   bool hasCome = false;               // to what ends every run that gets there
-  std::optional<Ending> told;         // by a line of its own, or by a check that failed
+  std::optional<Ending> told;         // by a line of its own
   std::optional<Problem> cause;       // of that ending
-  std::optional<Problem> firstError;  // of the run, later of the pass, at last of provisioning
+  std::optional<Ending> failedCheck;  // the ending that it leads to; the recovery comes before it
+  std::optional<Problem> causeOfCheck;
+  std::optional<Problem> packageLack;  // what the package lacks to name an instance
+  std::optional<Problem> firstError;   // of the run, later of the check or the pass, at last of
+                                       // provisioning
 };
 
 // Makes a run of the lines of its trace, in bounded memory. Of several runs in one file the last

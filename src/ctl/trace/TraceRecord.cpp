@@ -100,12 +100,12 @@ std::optional<TraceRecord> readTraceRecord(std::string_view line, int year) {
   return TraceRecord{time, *second, *host, *id, *importance, line};
 }
 
-std::int64_t secondsBetween(std::int64_t second, std::int64_t later) {
+std::int64_t secondsBetween(std::int64_t second, std::int64_t later, int year) {
   if (later >= second) return later - second;
   constexpr std::int64_t kHalfAYear = 183 * kDay;
-  constexpr std::int64_t kYear = 365 * kDay;
+  const std::int64_t wholeYear = (isLeapYear(year) ? 366 : 365) * kDay;
   const std::int64_t before = second - later;
-  return before > kHalfAYear && before <= kYear ? kYear - before : 0;
+  return before > kHalfAYear && before <= wholeYear ? wholeYear - before : 0;
 }
 
 }  // namespace installer::ctl

@@ -21,9 +21,9 @@ struct TraceRecord {
 // nullopt for a line of another form. `year` tells whether there is a 29th of February.
 [[nodiscard]] std::optional<TraceRecord> readTraceRecord(std::string_view line, int year);
 
-// From one second of the year to a later one. The year may change between them; a clock that was
-// turned back meanwhile makes it none.
-std::int64_t secondsBetween(std::int64_t second, std::int64_t later);
+// From one second of the year to a later one, both counted as readTraceRecord() does for `year`.
+// The year may change between them; a clock that was turned back meanwhile makes it none.
+std::int64_t secondsBetween(std::int64_t second, std::int64_t later, int year);
 
 // "Error", as the trace has it.
 std::string_view nameOf(LogLevel level);

@@ -14,7 +14,10 @@
 namespace installer::ctl {
 namespace {
 
+using ::testing::Each;
 using ::testing::ElementsAre;
+using ::testing::Field;
+using ::testing::Ge;
 using ::testing::SizeIs;
 
 // Lines as the installer writes them, a second apart.
@@ -80,6 +83,32 @@ TEST_F(RunReaderTest, StepsLastUntilTheNextOneBegins) {
   EXPECT_EQ(7, all.steps[4].at);
   EXPECT_EQ(0, all.steps[4].seconds);
   EXPECT_EQ("/A/rcp", all.rcpHome);
+}
+
+// As at the end of summer time.
+TEST_F(RunReaderTest, AClockThatIsTurnedBackTakesNoTimeOffARun) {
+  proves("EXPLAIN-3");
+  _reader.add(line(0, "Begin to install hotfix."));
+  _reader.add(line(10, "Check whether the unsupported characters are contained."));
+  _reader.add(line(5, "Check whether the target platform is installed."));
+  _reader.add(line(7, "trouble", "Error"));
+  EXPECT_EQ(10, run().seconds);
+  EXPECT_EQ(0, run().steps[1].seconds);
+  EXPECT_EQ(10, run().steps[2].at);
+  EXPECT_EQ(0, run().steps[2].seconds);
+  EXPECT_EQ(10, run().problems[0].at);
+
+  _reader.add(line(12, "Check whether platform is running."));
+  EXPECT_EQ(12, run().seconds);
+  EXPECT_EQ(2, run().steps[2].seconds);
+}
+
+TEST_F(RunReaderTest, ALeapYearThatBeginsMeanwhileIsCounted) {
+  _reader = RunReader(2028);
+  _reader.add("Dec 31 23:59:50 mac HotfixInstaller[42] <Info>: Begin to install hotfix.");
+  _reader.add("Jan  1 00:00:10 mac HotfixInstaller[42] <Info>: Check the version of hotfix");
+
+  EXPECT_EQ(20, run().seconds);
 }
 
 TEST_F(RunReaderTest, OtherProgramsAndOtherRunsAreLeftOut) {
@@ -151,6 +180,92 @@ TEST_F(RunReaderTest, AFileSystemWithoutLocksEndsNothing) {
   EXPECT_EQ(Ending::brokenOff, run().ending);
   EXPECT_THAT(run().problems, SizeIs(1));
   EXPECT_EQ(std::nullopt, run().cause);
+}
+
+TEST_F(RunReaderTest, AFailedCheckIsNoEndBeforeTheInstanceIsBroughtBack) {
+  proves("EXPLAIN-2");
+  addChecks();
+  add("Higher version hotfix has been installed.", "Error");
+  add("Not success");
+  add("The pathToRcphome is: /A/rcp.");
+  EXPECT_EQ(Ending::brokenOff, run().ending);
+  EXPECT_EQ(std::nullopt, run().cause);
+
+  add("Begin to call collection utility ", "Notice");
+  EXPECT_EQ(Ending::higherHotfixInstalled, run().ending);
+  EXPECT_EQ("Higher version hotfix has been installed.", run().cause.value().text);
+}
+
+TEST_F(RunReaderTest, ASignalInTheRecoveryIsTheEnd) {
+  addChecks();
+  add("Not success");
+  add("Asked to end by signal 15 (Terminated). The installation ends here.", "Error");
+
+  EXPECT_EQ(Ending::interrupted, run().ending);
+}
+
+TEST_F(RunReaderTest, TheCauseOfAFailedCheckIsWhatTheCheckSaid) {
+  proves("EXPLAIN-2");
+  add("Begin to install hotfix.");
+  add("\"/tmp/record\" cannot be written: Is a directory", "Error");
+  addAll(
+      {"Check whether the target platform is installed.", "Check the target platform under /A."});
+  add("\"/A/deploy/install.xml\" cannot be read: Permission denied", "Error");
+  add("Check the version of hotfix");
+  add("Higher version hotfix has been installed.", "Error");
+  addAll({"Not success", "Begin to call collection utility "});
+  EXPECT_EQ("Higher version hotfix has been installed.", run().cause.value().text);
+
+  _reader = RunReader(2026);
+  add("Begin to install hotfix.");
+  add("\"/tmp/record\" cannot be written: Is a directory", "Error");
+  add("Check whether the target platform is installed.");
+  add("\"/A/deploy/install.xml\" cannot be read: Permission denied", "Error");
+  addAll({"Not success", "Begin to call collection utility "});
+  EXPECT_EQ("\"/A/deploy/install.xml\" cannot be read: Permission denied",
+            run().cause.value().text);
+
+  _reader = RunReader(2026);
+  add("Begin to install hotfix.");
+  add("\"/tmp/record\" cannot be written: Is a directory", "Error");
+  add("Check whether the target platform is installed.");
+  addAll({"Not success", "Begin to call collection utility "});
+  EXPECT_EQ(Ending::notInstalled, run().ending);
+  EXPECT_EQ(std::nullopt, run().cause);
+}
+
+TEST_F(RunReaderTest, WhatIsWrongWithThePackageIsTheCauseOfAMissingInstance) {
+  proves("EXPLAIN-2");
+  for (const char* lack :
+       {"There is no install package at /Fix.pkg.", "There is no hotfix description at /Fix.pkg/x.",
+        "The hotfix description names no bundleName."}) {
+    _reader = RunReader(2026);
+    add("Begin to install hotfix.");
+    add("\"/tmp/record\" cannot be written: Is a directory", "Error");
+    add(lack, "Error");
+    add("\"/data\" cannot be read: Permission denied", "Error");
+    add("Check whether the target platform is installed.");
+    add("\"/tmp/other\" cannot be written: Is a directory", "Error");
+    addAll({"Not success", "Begin to call collection utility "});
+
+    EXPECT_EQ(Ending::notInstalled, run().ending);
+    EXPECT_EQ(lack, run().cause.value().text);
+  }
+}
+
+TEST_F(RunReaderTest, TheRecoveryTellsTheHomeThatNoCheckCameTo) {
+  proves("STATUS-3");
+  addAll({"Begin to install hotfix.", "Check whether the unsupported characters are contained."});
+  add("The pathToRcphome is: /Other/rcp.");
+  add("Not success");
+  EXPECT_EQ(std::nullopt, run().rcpHome);
+
+  add("The pathToRcphome is: (null).");
+  EXPECT_EQ(std::nullopt, run().rcpHome);
+
+  add("The pathToRcphome is: /A=B/rcp.");
+  add("The pathToRcphome is: /Other/rcp.");
+  EXPECT_EQ("/A=B/rcp", run().rcpHome);
 }
 
 TEST_F(RunReaderTest, AUserThatIsLostIsTold) {
@@ -278,7 +393,12 @@ TEST_F(RunReaderTest, HostileLinesNeverBreakIt) {
       reader.add(text);
     }
     const auto found = reader.run();
-    EXPECT_TRUE(!found || !found->steps.empty());
+    if (!found) continue;
+    ASSERT_FALSE(found->steps.empty());
+    EXPECT_THAT(found->steps, Each(Field(&Step::seconds, Ge(0))));
+    for (std::size_t i = 1; i < found->steps.size(); ++i)
+      EXPECT_EQ(found->steps[i - 1].at + found->steps[i - 1].seconds, found->steps[i].at);
+    EXPECT_GE(found->seconds, found->steps.back().at);
   }
 }
 

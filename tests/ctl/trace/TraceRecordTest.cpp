@@ -106,20 +106,28 @@ TEST(TraceRecordTest, ANumberThatIsTooLargeIsNone) {
 }
 
 TEST(TraceRecordTest, TimeGoesOn) {
-  EXPECT_EQ(0, secondsBetween(10, 10));
-  EXPECT_EQ(5, secondsBetween(10, 15));
+  EXPECT_EQ(0, secondsBetween(10, 10, 2026));
+  EXPECT_EQ(5, secondsBetween(10, 15, 2026));
 }
 
 TEST(TraceRecordTest, AYearThatEndsMeanwhileIsCounted) {
-  EXPECT_EQ(15, secondsBetween(365 * kDay - 10, 5));
+  EXPECT_EQ(15, secondsBetween(365 * kDay - 10, 5, 2026));
+}
+
+// The file's last change was in the new year, whose February counts for all lines.
+TEST(TraceRecordTest, ALeapYearThatBeginsMeanwhileIsCounted) {
+  const std::int64_t last = secondOf(at(12, 31, 23, 59, 50), 2028);
+  EXPECT_EQ(20, secondsBetween(last, secondOf(at(1, 1, 0, 0, 10), 2028), 2028));
+  EXPECT_EQ(0, secondsBetween(366 * kDay, 0, 2028));
+  EXPECT_EQ(0, secondsBetween(366 * kDay + 1, 0, 2028));
 }
 
 TEST(TraceRecordTest, AClockThatWasTurnedBackTakesNoTime) {
-  EXPECT_EQ(0, secondsBetween(10, 5));
-  EXPECT_EQ(0, secondsBetween(183 * kDay, 0));
-  EXPECT_EQ(182 * kDay - 1, secondsBetween(183 * kDay + 1, 0));
-  EXPECT_EQ(0, secondsBetween(365 * kDay, 0));
-  EXPECT_EQ(0, secondsBetween(365 * kDay + 10, 0));
+  EXPECT_EQ(0, secondsBetween(10, 5, 2026));
+  EXPECT_EQ(0, secondsBetween(183 * kDay, 0, 2026));
+  EXPECT_EQ(182 * kDay - 1, secondsBetween(183 * kDay + 1, 0, 2026));
+  EXPECT_EQ(0, secondsBetween(365 * kDay, 0, 2026));
+  EXPECT_EQ(0, secondsBetween(365 * kDay + 10, 0, 2026));
 }
 
 }  // namespace
