@@ -55,14 +55,10 @@ void Follower::tellSteps(Surroundings& surroundings, bool all) {
     surroundings.out.write(lineOf(run->steps[_told], surroundings.style));
 }
 
-// A run that is at work has its instance's lock. One that never told its instance is over when its
-// ending is told; one of which nothing is known but the beginning, when nothing has come for long.
+// A file without a run is no trace when nothing has come for long.
 bool Follower::isOver() const {
   const std::optional<Run> run = _watch.run();
-  if (!run) return false;
-  if (run->rcpHome) return !isAtWorkOn(*run->rcpHome);
-  if (run->ending == Ending::argumentsMissing) return _idleLooks >= kLongIdle;
-  return run->ending != Ending::brokenOff;
+  return run ? !isAtWork(*run) : _idleLooks >= kLongIdle;
 }
 
 }  // namespace installer::ctl

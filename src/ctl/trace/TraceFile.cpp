@@ -1,19 +1,27 @@
 #include "ctl/trace/TraceFile.h"
 
 #include <array>
+#include <string_view>
 
 #include "ctl/trace/RunReader.h"
 #include "platform/LockLook.h"
 #include "platform/Platform.h"
+#include "platform/ProgramName.h"
 
 namespace installer::ctl {
 
 namespace {
 
+// As the system tells it, whose names may end here.
+constexpr std::string_view kInstaller = "HotfixInstaller";
+
+void readOn(LineFile& file, RunReader& reader) {
+  while (const auto line = file.next()) reader.add(*line);
+}
+
 // A run whose end is not told may still be at work.
-void lookForItsEnd(std::optional<Run>& run) {
-  const bool isOpen = run && run->ending == Ending::brokenOff && run->rcpHome;
-  if (isOpen && isAtWorkOn(*run->rcpHome)) run->ending = Ending::atWork;
+bool mayBeAtWork(const std::optional<Run>& run) {
+  return run && (run->ending == Ending::brokenOff || run->ending == Ending::argumentsMissing);
 }
 
 }  // namespace
@@ -23,7 +31,10 @@ std::optional<Trace> readTrace(const std::string& path, FinalLink link, FileErro
   if (!file) return std::nullopt;
   Trace trace{path, file->modified(), 0, 0, std::nullopt};
   RunReader reader(yearOf(trace.modified));
-  while (const auto line = file->next()) reader.add(*line);
+  readOn(*file, reader);
+  const auto known = reader.run();
+  const bool atWork = mayBeAtWork(known) && isAtWork(*known);
+  readOn(*file, reader);  // the run may have ended between the last line and the question
   if (const std::string rest = file->rest(); !rest.empty()) reader.add(rest);
   if (file->readError()) {
     error = *file->readError();
@@ -32,7 +43,7 @@ std::optional<Trace> readTrace(const std::string& path, FinalLink link, FileErro
   trace.run = reader.run();
   trace.lines = reader.lines();
   trace.otherLines = reader.otherLines();
-  lookForItsEnd(trace.run);
+  if (atWork && mayBeAtWork(trace.run)) trace.run->ending = Ending::atWork;
   return trace;
 }
 
@@ -40,8 +51,13 @@ std::optional<Trace> readLastTrace(FileError& error) {
   return readTrace(Platform::current().paths.traceFile, FinalLink::refuse, error);
 }
 
-bool isAtWorkOn(const std::string& rcpHome) {
-  return isFolderLocked(rcpHome);
+bool isAtWork(const Run& run) {
+  FileError lack;
+  if (run.rcpHome && run.rcpHome->starts_with('/')) {
+    if (isFolderLocked(*run.rcpHome, &lack)) return true;
+    if (lack.description.empty()) return false;
+  }
+  return programOf(run.process) == kInstaller;
 }
 
 int yearOf(std::time_t time) {
@@ -55,7 +71,8 @@ std::string isoTime(std::time_t time) {
   const std::tm* const local = std::localtime(&time);
   if (local == nullptr) return "";
   const std::size_t length = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S%z", local);
-  return {text.data(), length};
+  std::string written(text.data(), length);
+  return written.insert(written.size() - 2, ":");  // of the zone
 }
 
 }  // namespace installer::ctl

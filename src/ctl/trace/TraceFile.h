@@ -28,12 +28,13 @@ struct Trace {
 // The trace of the last run on this machine, which everybody could have planted: no link counts.
 [[nodiscard]] std::optional<Trace> readLastTrace(FileError& error);
 
-// Whether an installer has the instance's lock right now. Nobody is waited for.
-bool isAtWorkOn(const std::string& rcpHome);
+// Whether the run is at work right now: whoever is has its instance's lock. A run of which no
+// instance is known, or only from its own working folder, is known by its process.
+bool isAtWork(const Run& run);
 
 // The year, in local time.
 int yearOf(std::time_t time);
-// "2026-11-22T11:35:02+0000"
+// "2026-11-22T11:35:02+00:00"
 std::string isoTime(std::time_t time);
 
 }  // namespace installer::ctl

@@ -1,6 +1,7 @@
 // Runs of the installer itself, explained: whatever words it changes, its companion has to know
 // them.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/resource.h>
@@ -20,6 +21,7 @@ namespace {
 using nlohmann::json;
 using ::testing::AllOf;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -41,6 +43,11 @@ class ExplainTest : public ControlTest {
     EXPECT_EQ(errorRecord().code, run.at("errorCode"));
     return run;
   }
+  // Of an installation, which fails.
+  json failedRun() {
+    EXPECT_EQ(1, install().status);
+    return explainedRun(1);
+  }
   static std::vector<std::string> stepsOf(const json& run) {
     std::vector<std::string> steps;
     for (const json& step : run.at("steps")) steps.push_back(step.at("step"));
@@ -48,6 +55,18 @@ class ExplainTest : public ControlTest {
   }
   static std::string causeOf(const json& run) {
     return run.at("cause").is_null() ? "" : run.at("cause").at("text").get<std::string>();
+  }
+  // A line of a trace, as the installer writes it.
+  static std::string line(const std::string& time, const std::string& text,
+                          const std::string& level = "Info") {
+    return "Nov 22 " + time + " mac HotfixInstaller[42] <" + level + ">: " + text + "\n";
+  }
+  // The explanation as soon as the trace tells of that step, of a run of the installer that is in
+  // the list of the processes.
+  std::string explainedAt(const std::string& step, const std::string& then) const {
+    return std::string(CliSandbox::kProgram) + " " + _package.folder + " " + _destination +
+           " & until case $(" + CliSandbox::kControl + " explain --json) in *" + step +
+           "*) true;; *) false;; esac; do :; done; " + then;
   }
   void launcherAnswers(const std::string& result) {
     _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), result));
@@ -80,6 +99,10 @@ TEST_F(ExplainTest, AnswersForProgramsKeepToTheirSchema) {
 
   ctl::test::judged(control({"explain", "--json"}).out, "explain-1");
   ctl::test::judged(control({"explain", "--json", "/notes"}).out, "explain-1");
+  _sandbox.writeFile("/back", line("07:08:00", "Begin to install hotfix.") +
+                                  line("07:08:10", "Check the version of hotfix") +
+                                  line("07:08:05", "back in time", "Error"));
+  ctl::test::judged(control({"explain", "--json", "/back"}).out, "explain-1");
 }
 
 TEST_F(ExplainTest, AnUpgradeRemovesTheOlderHotfixFirst) {
@@ -318,6 +341,67 @@ TEST_F(ExplainTest, ARunThatIsAtWorkIsNotBrokenOff) {
   running.kill();
 }
 
+TEST_F(ExplainTest, ARunThatIsKilledInItsRecoveryIsBrokenOff) {
+  proves("EXPLAIN-2");
+  recordHotfix("1.6");
+  _sandbox.script("rcplauncher", ChildScript().signalParent(SIGKILL));
+  ASSERT_EQ(128 + SIGKILL, install().status);
+
+  const json run = explained(2).at("run");
+
+  EXPECT_EQ("broken-off", run.at("ending"));
+  EXPECT_EQ("recover", stepsOf(run).back());
+}
+
+TEST_F(ExplainTest, ARunInItsRecoveryIsAtWork) {
+  proves("EXPLAIN-2");
+  _sandbox.makeFolder("/Applications/A=B");
+  Instance odd;
+  odd.bundle = "/Applications/A=B/Quillmere.app";
+  buildInstance(odd);
+  _sandbox.script("rcplauncher", ChildScript().await("/tmp/go"));
+  RunningProgram running = _sandbox.start({_package.folder, "/Applications/A=B"});
+  ASSERT_TRUE(comesTrue([&] { return !_sandbox.children("rcplauncher").empty(); }));
+
+  const json run = explained(2).at("run");
+
+  EXPECT_EQ("at-work", run.at("ending"));
+  EXPECT_EQ(odd.home(), run.at("rcpHome"));
+  running.kill();
+}
+
+TEST_F(ExplainTest, ARunThatWaitsForAnotherOneIsAtWork) {
+  proves("EXPLAIN-2");
+  _sandbox.script("rcplauncher", ChildScript().await("/tmp/go"));
+  RunningProgram first = _sandbox.start({_package.folder, _destination});
+  ASSERT_TRUE(comesTrue([&] { return !_sandbox.children("rcplauncher").empty(); }));
+
+  const RunResult result = shell(explainedAt("wait-for-installer",
+                                             "/control/hotfixctl explain; kill -9 $!; wait $!; "
+                                             "/control/hotfixctl explain"));
+
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.out, AllOf(HasSubstr("\nResult    the run is at work\n"),
+                                HasSubstr("\nResult    the run was broken off\n")));
+  first.kill();
+}
+
+TEST_F(ExplainTest, ARunWhoseInstanceIsNamedFromItsOwnFolderIsAtWork) {
+  proves("EXPLAIN-2", "EXPLAIN-5");
+  _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
+  _destination = ".";
+
+  const RunResult result =
+      shell("cd /Applications; " + explainedAt("update-untouched",
+                                               "cd /; /control/hotfixctl explain; echo >/tmp/go; "
+                                               "/control/hotfixctl explain --follow"));
+
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.out, AllOf(HasSubstr("\nInstance  ./Quillmere.app/Contents/MacOS/rcp\n"),
+                                HasSubstr("\nResult    the run is at work\n"),
+                                HasSubstr("\nResult    the hotfix was installed\n")));
+}
+
 // --- Where the trace comes from ------------------------------------------------------------------
 
 TEST_F(ExplainTest, AKeptRunIsAFolderWithItsTrace) {
@@ -504,6 +588,106 @@ TEST_F(ExplainTest, FollowingTellsStepsUntilTheRunHasEnded) {
   EXPECT_EQ(0, result.status) << result.err;
   EXPECT_THAT(result.out, AllOf(HasSubstr("records the hotfix"),
                                 HasSubstr("\nResult    the hotfix was installed\n")));
+}
+
+TEST_F(ExplainTest, FollowingTellsEachStepWhenTheNextOneBegins) {
+  proves("EXPLAIN-5");
+  _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
+  RunningProgram running = _sandbox.start({_package.folder, _destination});
+  ASSERT_TRUE(comesTrue([&] { return !_sandbox.children("rcplauncher").empty(); }));
+  RunOptions options;
+  options.program = "/bin/sh";
+  RunningProgram follower = _sandbox.start(
+      {"-c", "/control/hotfixctl explain --follow >/tmp/steps; echo $? >>/tmp/steps"}, options);
+
+  const auto told = [&] { return _sandbox.readFile("/tmp/steps").value_or(""); };
+  ASSERT_TRUE(comesTrue([&] { return told().find("compares the versions") != told().npos; }));
+  EXPECT_EQ(std::string::npos, told().find("update the instance as it is")) << "it is at work";
+  _sandbox.writeFile("/tmp/go", "");
+
+  EXPECT_EQ(0, running.finish().status);
+  follower.finish();
+  const std::string all = told();
+  const std::size_t screen = all.find("Trace  ");
+  ASSERT_NE(std::string::npos, screen);
+  const std::string steps = all.substr(0, screen);
+  for (const char* step :
+       {"reads the package", "compares the versions", "update the instance as it is",
+        "records the hotfix", "collects the logs"}) {
+    EXPECT_THAT(steps, HasSubstr(step));
+    EXPECT_EQ(steps.find(step), steps.rfind(step)) << "once";
+    EXPECT_THAT(all.substr(screen), HasSubstr(step));
+  }
+  EXPECT_THAT(all, EndsWith("\n0\n"));
+}
+
+TEST_F(ExplainTest, FollowingGoesOnWithTheTraceOfTheNextRun) {
+  proves("EXPLAIN-5");
+  _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
+  RunningProgram running = _sandbox.start({_package.folder, _destination});
+  ASSERT_TRUE(comesTrue([&] { return !_sandbox.children("rcplauncher").empty(); }));
+  RunOptions options;
+  options.program = "/bin/sh";
+  RunningProgram follower = _sandbox.start(
+      {"-c", "/control/hotfixctl explain --follow >/tmp/steps; echo $? >>/tmp/steps"}, options);
+  const auto told = [&] { return _sandbox.readFile("/tmp/steps").value_or(""); };
+  ASSERT_TRUE(comesTrue([&] { return told().find("compares the versions") != told().npos; }));
+
+  _sandbox.remove(kTrace);
+  _sandbox.writeFile(
+      kTrace, line("07:08:00", "Begin to install hotfix.") +
+                  line("07:08:09", "Check whether platform is running.") +
+                  line("07:08:10", "Check the target platform under " + _instance.home() + "."));
+  ASSERT_TRUE(comesTrue([&] { return told().find(" 9 s   reads the package") != told().npos; }));
+  running.kill();
+
+  follower.finish();
+  EXPECT_THAT(told(), AllOf(HasSubstr("process 42 on mac"),
+                            HasSubstr("\nResult    the run was broken off\n"), EndsWith("\n2\n")));
+}
+
+TEST_F(ExplainTest, FollowingWhatIsNoRunEnds) {
+  proves("EXPLAIN-4", "EXPLAIN-5");
+  _sandbox.writeFile("/notes", "what is\nthis\n");
+
+  const RunResult result = control({"explain", "--follow", "/notes"});
+
+  EXPECT_EQ(3, result.status);
+  EXPECT_EQ("hotfixctl: \"/notes\" holds no run of the installer\n", result.err);
+}
+
+TEST_F(ExplainTest, FollowingARunThatWasKilledBeforeItsChecksEnds) {
+  proves("EXPLAIN-5");
+  _sandbox.writeFile("/killed", line("07:08:00", "Begin to install hotfix.") +
+                                    line("07:08:01", "Caller specified rcpdata"));
+
+  EXPECT_EQ("broken-off", explained(2, {"--follow", "/killed"}).at("run").at("ending"));
+}
+
+TEST_F(ExplainTest, FollowingARunInItsRecoveryEndsWithIt) {
+  proves("EXPLAIN-5");
+  Instance odd;
+  odd.bundle = "/Applications/A=B/Quillmere.app";
+  buildInstance(odd);
+  _sandbox.script("rcplauncher", 1, ChildScript().await("/tmp/go"));
+  RunningProgram running = _sandbox.start({_package.folder, "/Applications/A=B"});
+  ASSERT_TRUE(comesTrue([&] { return !_sandbox.children("rcplauncher").empty(); }));
+  RunOptions options;
+  options.program = "/bin/sh";
+  RunningProgram follower = _sandbox.start(
+      {"-c", "/control/hotfixctl explain --follow >/tmp/steps; echo $? >>/tmp/steps"}, options);
+  const auto told = [&] { return _sandbox.readFile("/tmp/steps").value_or(""); };
+  ASSERT_TRUE(comesTrue([&] { return told().find("characters of the paths") != told().npos; }));
+  _sandbox.writeFile("/notes", "no run");
+  control({"explain", "--follow", "/notes"});  // looks several times before it gives up
+  EXPECT_EQ(std::string::npos, told().find("Result")) << "it is at work";
+  _sandbox.writeFile("/tmp/go", "");
+  EXPECT_EQ(1, running.finish().status);
+
+  follower.finish();
+
+  EXPECT_THAT(told(), AllOf(HasSubstr("  collects the logs\n"), HasSubstr("(code 3)\n"),
+                            EndsWith("\n1\n")));
 }
 
 TEST_F(ExplainTest, FollowingARunThatHasEndedEndsAtOnce) {
