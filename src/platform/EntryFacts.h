@@ -20,4 +20,8 @@ struct EntryFacts {
 // nullopt when nothing is there, or it cannot be looked at.
 [[nodiscard]] std::optional<EntryFacts> entryAt(const std::string& path);
 
+// Whether the paths lead to one and the same item, links followed; two of which nothing can be seen
+// do not.
+[[nodiscard]] bool isSameItem(const std::string& path, const std::string& other);
+
 }  // namespace installer

@@ -12,13 +12,15 @@
 #include "instance/InstanceLayout.h"
 #include "platform/EntryFacts.h"
 #include "platform/FileManager.h"
+#include "platform/LeftOverName.h"
 #include "platform/Platform.h"
 
 namespace installer::ctl {
 
 namespace {
 
-constexpr std::string_view kTemporary = ".hotfix-";
+// A manifest may name any number; who reads the findings does not need all.
+constexpr std::size_t kMostFeatures = 10;
 
 class Examination {
  public:
@@ -26,12 +28,14 @@ class Examination {
       : _home(rcpHome), _hasHotfix(hasHotfix), _findings(findings) {}
 
   void lookForLeftOvers() {
-    for (const std::string& folder : workedIn())
-      for (const std::string& name : namesIn(folder, kTemporary))
-        add("left-over-item",
-            fmt::format("A run that was killed left \"{}\".",
-                        path::appendingComponent(folder, name)),
-            "The next installation removes it.");
+    for (const std::string& folder : workedIn()) {
+      const auto names = files().list(folder);
+      if (names)
+        lookForLeftOvers(folder, *names);
+      else if (files().isDirectory(folder))
+        add("not-looked-through", fmt::format("\"{}\" cannot be listed by this user.", folder),
+            "Ask as a user who may, root say.");
+    }
   }
 
   void compareRecord() {
@@ -45,9 +49,10 @@ class Examination {
           "the hotfix is removed.");
     if (!_hasHotfix && hasIdentifier)
       add("identifier-without-version",
-          "A hotfix's identifier is recorded and no version: it was removed, or its features were "
-          "not installed.",
-          "Install a hotfix; its removal would otherwise never be asked for.");
+          "A hotfix's identifier is recorded and no version: it was removed, its features were "
+          "not installed, or its package has no version.",
+          "Install a hotfix that has a version; the removal of this one would otherwise never be "
+          "asked for.");
   }
 
   void lookAtUninstallManifest() {
@@ -66,8 +71,9 @@ class Examination {
   }
 
   void lookForKeyStores() {
-    const auto names = namesIn(InstanceLayout::deploy(_home), "");
-    const bool hasSome = std::any_of(names.begin(), names.end(), [](const std::string& name) {
+    const auto names = files().list(InstanceLayout::deploy(_home));
+    if (!names) return;  // which lookForLeftOvers() tells
+    const bool hasSome = std::any_of(names->begin(), names->end(), [](const std::string& name) {
       return InstallUtil::hasPrefixCaseInsensitive(name, ".keystore");
     });
     if (hasSome) return;
@@ -104,24 +110,25 @@ class Examination {
 
  private:
   static FileManager& files() { return *Platform::current().files; }
-  static std::vector<std::string> namesIn(const std::string& folder, std::string_view prefix) {
-    return files().list(folder, prefix).value_or(std::vector<std::string>());
-  }
 
   void add(std::string_view name, std::string text, std::string remedy) {
     _findings.push_back({name, std::move(text), std::move(remedy)});
   }
 
-  // The folders in which runs write.
+  void lookForLeftOvers(const std::string& folder, const std::vector<std::string>& names) {
+    for (const std::string& name : names)
+      if (canBeLeftOver(name))
+        add("left-over-item",
+            fmt::format("A run that was killed left \"{}\".",
+                        path::appendingComponent(folder, name)),
+            "The next installation removes it.");
+  }
+
+  // The folders in which runs write, and which they look through for what others left.
   std::vector<std::string> workedIn() const {
     using namespace InstanceLayout;
-    return {_home,
-            path::deletingLastComponent(_home),
-            deploy(_home),
-            extras(_home),
-            links(_home),
-            defaultRcpData(_home),
-            workspaceFlag(defaultRcpData(_home))};
+    return {_home,        deploy(_home),         extras(_home),
+            links(_home), defaultRcpData(_home), workspaceFlag(defaultRcpData(_home))};
   }
   std::vector<std::string> handedOver() const {
     using namespace InstanceLayout;
@@ -140,15 +147,25 @@ class Examination {
 
   // What the manifest would remove is installed, although no hotfix is recorded.
   void compareFeatures(const std::string& manifest) {
-    const std::vector<Feature> installed = featuresIn(InstanceLayout::installManifest(_home));
+    constexpr const char* kRemedy =
+        "Install the hotfix again, so that it is recorded and can be removed.";
+    std::vector<Feature> installed = featuresIn(InstanceLayout::installManifest(_home));
+    std::sort(installed.begin(), installed.end());
+    std::size_t count = 0;
     for (const Feature& feature : featuresIn(manifest)) {
-      if (std::find(installed.begin(), installed.end(), feature) == installed.end()) continue;
+      if (!std::binary_search(installed.begin(), installed.end(), feature)) continue;
+      if (++count > kMostFeatures) continue;
       add("unrecorded-feature",
           fmt::format("The feature {} {} is installed, and no hotfix is recorded: the run ended "
                       "before it could.",
                       feature.identifier, feature.version),
-          "Install the hotfix again, so that it is recorded and can be removed.");
+          kRemedy);
     }
+    if (count > kMostFeatures)
+      add("unrecorded-feature",
+          fmt::format("{} more features are installed, and no hotfix is recorded.",
+                      count - kMostFeatures),
+          kRemedy);
   }
 
   const std::string& _home;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <string>
 #include <vector>
 
@@ -9,7 +10,7 @@ namespace installer::ctl {
 struct Feature {
   std::string identifier;
   std::string version;
-  friend bool operator==(const Feature&, const Feature&) = default;
+  friend auto operator<=>(const Feature&, const Feature&) = default;
 };
 
 // The features of the manifest, in its order; none when it cannot be read or has none.

@@ -5,10 +5,22 @@
 
 #include "hotfix/base/PropertyList.h"
 #include "hotfix/util/InstallUtil.h"
+#include "platform/EntryFacts.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 
 namespace installer::ctl {
+
+namespace {
+
+// The installer takes its destination as it stands: the instance may have other names, and one from
+// the installer's working folder tells nothing to others.
+bool isMeant(const std::optional<std::string>& named, const std::string& rcpHome) {
+  if (!named || !named->starts_with('/')) return false;
+  return *named == rcpHome || isSameItem(*named, rcpHome);
+}
+
+}  // namespace
 
 std::optional<ErrorRecord> lastErrorRecord() {
   const std::optional<PropertyList::Dictionary> record = InstallUtil::getErrorMessage();
@@ -35,7 +47,7 @@ const Problem* LastRun::firstError() const {
 }
 
 bool LastRun::failedOn(const std::string& rcpHome) const {
-  if (!trace || !trace->run || trace->run->rcpHome != rcpHome) return false;
+  if (!trace || !trace->run || !isMeant(trace->run->rcpHome, rcpHome)) return false;
   const Ending ending = trace->run->ending;
   return ending != Ending::installed && ending != Ending::atWork &&
          ending != Ending::higherHotfixInstalled;

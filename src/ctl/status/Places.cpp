@@ -7,6 +7,7 @@
 #include "hotfix/formats/RegisterFile.h"
 #include "hotfix/util/InstallUtil.h"
 #include "platform/AbsolutePath.h"
+#include "platform/EntryFacts.h"
 #include "platform/Exists.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
@@ -34,7 +35,7 @@ bool isFolder(const std::string& path) {
 
 void add(InstancePlace place, std::vector<InstancePlace>& places) {
   const bool isKnown = std::any_of(places.begin(), places.end(), [&](const InstancePlace& known) {
-    return known.rcpHome == place.rcpHome;
+    return known.rcpHome == place.rcpHome || isSameItem(known.rcpHome, place.rcpHome);
   });
   if (!isKnown) places.push_back(std::move(place));
 }

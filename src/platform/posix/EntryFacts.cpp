@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 
+#include "platform/files/Ancestry.h"
 #include "platform/files/Opening.h"
 
 namespace installer {
@@ -17,6 +18,12 @@ std::optional<EntryFacts> entryAt(const std::string& path) {
   if (!status) return std::nullopt;
   return EntryFacts{isLink(status), status->st_uid, status->st_mtime, isFolder(status),
                     static_cast<mode_t>(status->st_mode & kPermissions)};
+}
+
+bool isSameItem(const std::string& path, const std::string& other) {
+  const auto one = statusFollowingLinks(AT_FDCWD, path);
+  const auto two = statusFollowingLinks(AT_FDCWD, other);
+  return one && two && identityOf(*one) == identityOf(*two);
 }
 
 }  // namespace installer

@@ -47,6 +47,15 @@ class StatusTest : public ControlTest {
     for (const json& finding : findings) names.push_back(finding.at("name"));
     return names;
   }
+  // A manifest with the features "f<first>" to "f<end - 1>".
+  static std::string manifestOf(int first, int end) {
+    const std::string whole = kSimpleManifest;
+    const std::size_t at = whole.find("<feature ");
+    std::string features;
+    for (int i = first; i < end; ++i)
+      features += "<feature id=\"f" + std::to_string(i) + "\" version=\"1\"/>\n";
+    return whole.substr(0, at) + features + whole.substr(whole.find('\n', at));
+  }
   Instance other(const std::string& bundle) {
     Instance instance;
     instance.bundle = bundle;
@@ -122,6 +131,16 @@ TEST_F(StatusTest, RegisteredInstancesAndThoseOfTheApplicationsFolderAreLookedAt
                     one.at("rcpHome").get<std::string>());
   EXPECT_THAT(found, UnorderedElementsAre("registration " + away.home(),
                                           "registration " + _instance.home()));
+}
+
+TEST_F(StatusTest, AnInstanceThatIsRegisteredThroughALinkIsLookedAtOnce) {
+  proves("STATUS-2");
+  _sandbox.makeLink("/Volumes/link", "/Applications");
+  registerProduct(
+      "Quillmere",
+      ListValue::dictionary({{"pathToProduct", ListValue::string("/Volumes/link/Quillmere.app")}}));
+
+  EXPECT_EQ("registration", instance(1).at("foundBy"));
 }
 
 TEST_F(StatusTest, ABundleAndItsRcpHomeMeanTheSame) {
@@ -251,6 +270,43 @@ TEST_F(StatusTest, ARunThatFailedOnAnotherInstanceConcernsOnlyThat) {
 
   EXPECT_EQ("needs-attention", told(2, {_instance.bundle}).at("instances").at(0).at("state"));
   EXPECT_EQ("no-hotfix", told(1, {second.bundle}).at("instances").at(0).at("state"));
+}
+
+TEST_F(StatusTest, ARunThatFailedBeforeItKnewTheInstanceConcernsIt) {
+  proves("STATUS-3");
+  const Instance odd = other("/Applications/A=B/Quillmere.app");
+  ASSERT_EQ(1, _sandbox.run({_package.folder, "/Applications/A=B"}).status);
+
+  const json found = told(2, {odd.bundle}).at("instances").at(0);
+
+  EXPECT_EQ("last-run-failed", found.at("findings").at(0).at("name"));
+}
+
+TEST_F(StatusTest, HoweverTheInstanceIsNamedItsFailedRunConcernsIt) {
+  proves("STATUS-3");
+  _sandbox.writeFile(_instance.launcher(), "");
+  _sandbox.makeLink("/link.app", _instance.bundle);
+  ASSERT_EQ(1, install().status);
+
+  for (const std::string& place : {_instance.bundle, std::string("/link.app"),
+                                   std::string("/Applications/../Applications/Quillmere.app")}) {
+    const json found = instance(2, {place}).at("findings");
+    ASSERT_FALSE(found.empty()) << place;
+    EXPECT_EQ("last-run-failed", found.back().at("name")) << place;
+  }
+}
+
+TEST_F(StatusTest, AnInstanceThatTheRunNamedFromItsOwnFolderIsUnknown) {
+  proves("STATUS-3");
+  _sandbox.remove(_instance.launcher());
+  RunOptions options;
+  options.directory = "/Applications";
+  ASSERT_EQ(1, _sandbox.run({_package.folder, "."}, options).status);
+
+  const json answer = told(1, {_instance.bundle}, options);
+
+  EXPECT_EQ("./Quillmere.app/Contents/MacOS/rcp", answer.at("lastRun").at("run").at("rcpHome"));
+  EXPECT_THAT(answer.at("instances").at(0).at("findings"), IsEmpty());
 }
 
 TEST_F(StatusTest, ARefusedOlderHotfixConcernsNobody) {
@@ -395,12 +451,15 @@ TEST_F(StatusTest, TheDoctorFindsWhatAKilledRunLeft) {
 
 TEST_F(StatusTest, TheDoctorNamesWhatWasLeftWhereRunsWrite) {
   proves("STATUS-6");
-  const std::string name = "/.hotfix-0123456789abcdef";
-  _sandbox.writeFile(_instance.home() + "/.hotfixes", "none of ours");
+  const std::string name = "/.hotfix-16045690984503098046";
+  // None of ours; no run removes them, nor anything beside the home.
+  for (const char* other : {"/.hotfixes", "/.hotfix-notes.txt", "/.hotfix-0123456789abcdef",
+                            "/.hotfix-007", "/.hotfix-", "/../.hotfix-16045690984503098046"})
+    _sandbox.writeFile(_instance.home() + other, "none of ours");
+  EXPECT_THAT(findings(1), IsEmpty());
   for (const std::string& folder :
-       {_instance.home(), _instance.bundle + "/Contents/MacOS", _instance.deploy("extras"),
-        _instance.home() + "/deploy", _instance.home() + "/eclipse/links", _instance.data(),
-        _instance.data() + "/.config"}) {
+       {_instance.home(), _instance.deploy("extras"), _instance.home() + "/deploy",
+        _instance.home() + "/eclipse/links", _instance.data(), _instance.data() + "/.config"}) {
     _sandbox.writeFile(folder + name, "half");
 
     const json found = instance(2, {"--doctor"});
@@ -410,7 +469,11 @@ TEST_F(StatusTest, TheDoctorNamesWhatWasLeftWhereRunsWrite) {
     EXPECT_EQ("A run that was killed left \"" + folder + name + "\".",
               found.at("findings").at(0).at("text"));
     EXPECT_EQ("no-hotfix", instance(1).at("state")) << "only the doctor looks for it";
-    _sandbox.remove(folder + name);
+    ASSERT_EQ(0, install().status);
+    EXPECT_FALSE(_sandbox.exists(folder + name)) << "as the remedy promises";
+    _sandbox.remove(_instance.info());
+    _sandbox.remove(_instance.deploy("uninstall.hotfix.xml"));
+    _sandbox.remove(kTrace);
   }
 }
 
@@ -450,6 +513,29 @@ TEST_F(StatusTest, TheDoctorFindsFeaturesThatNobodyRecorded) {
               StartsWith("The feature com.kiv.fix 1 is installed"));
 }
 
+TEST_F(StatusTest, ManyFeaturesThatNobodyRecordedAreCounted) {
+  proves("STATUS-6");
+  _sandbox.writeFile(_instance.deploy("uninstall.hotfix.xml"), manifestOf(0, 25));
+  _sandbox.writeFile(_instance.deploy("install.xml"), manifestOf(2, 25));
+
+  const json found = instance(2, {"--doctor"}).at("findings");
+
+  ASSERT_EQ(11u, found.size());
+  for (const json& finding : found) EXPECT_EQ("unrecorded-feature", finding.at("name"));
+  EXPECT_THAT(found.at(0).at("text").get<std::string>(), StartsWith("The feature f2 1 is "));
+  EXPECT_THAT(found.at(9).at("text").get<std::string>(), StartsWith("The feature f11 1 is "));
+  EXPECT_EQ("13 more features are installed, and no hotfix is recorded.", found.at(10).at("text"));
+}
+
+// Each would otherwise be compared with each.
+TEST_F(StatusTest, TheDoctorIsSoonDoneWithHostileManifests) {
+  proves("STATUS-6");
+  _sandbox.writeFile(_instance.deploy("uninstall.hotfix.xml"), manifestOf(0, 100'000));
+  _sandbox.writeFile(_instance.deploy("install.xml"), manifestOf(100'000, 200'000));
+
+  EXPECT_THAT(findings(1), IsEmpty());
+}
+
 TEST_F(StatusTest, TheDoctorFindsAnInstanceWithoutKeyStores) {
   proves("STATUS-6");
   _sandbox.remove(_instance.deploy(".keystore"));
@@ -457,6 +543,21 @@ TEST_F(StatusTest, TheDoctorFindsAnInstanceWithoutKeyStores) {
 
   _sandbox.writeFile(_instance.deploy(".KeyStore.x"), "");
   EXPECT_THAT(findings(1), IsEmpty());
+}
+
+TEST_F(StatusTest, TheDoctorSaysWhatItMayNotLookThrough) {
+  proves("STATUS-6");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
+  _sandbox.setMode(_instance.home() + "/deploy", 0711);
+  RunOptions options;
+  options.user = CliSandbox::kAlice;
+
+  const json found = told(2, {"--doctor", _instance.bundle}, options).at("instances").at(0);
+
+  ASSERT_EQ(1u, found.at("findings").size()) << "nothing is said of key stores";
+  EXPECT_EQ("not-looked-through", found.at("findings").at(0).at("name"));
+  EXPECT_EQ("\"" + _instance.home() + "/deploy\" cannot be listed by this user.",
+            found.at("findings").at(0).at("text"));
 }
 
 TEST_F(StatusTest, TheDoctorFindsFilesOfAnotherOwner) {
@@ -484,7 +585,7 @@ TEST_F(StatusTest, TheDoctorFindsLinksInPlaceOfFiles) {
 
 TEST_F(StatusTest, TheDoctorSparesAnInstanceOnWhichARunIsAtWork) {
   proves("STATUS-6");
-  _sandbox.writeFile(_instance.deploy(".hotfix-0123456789abcdef"), "half");
+  _sandbox.writeFile(_instance.deploy(".hotfix-16045690984503098046"), "half");
   _sandbox.script("rcplauncher", ChildScript().await("/tmp/go"));
   RunningProgram running = _sandbox.start({_package.folder, _destination});
   ASSERT_TRUE(comesTrue([&] { return !_sandbox.children("rcplauncher").empty(); }));

@@ -38,6 +38,20 @@ TEST(EntryFactsTest, FoldersAndTheirModesAreKnown) {
   EXPECT_FALSE(entryAt(folder.makeFile("file"))->isFolder);
 }
 
+TEST(EntryFactsTest, AnItemIsTheSameByEveryPath) {
+  const TemporaryFolder folder;
+  const std::string one = folder.makeFolder("one");
+  const std::string two = folder.makeFolder("two");
+  const std::string link = folder.makeLink("link", "one");
+
+  EXPECT_TRUE(isSameItem(one, one));
+  EXPECT_TRUE(isSameItem(one, folder.path("two/../one/")));
+  EXPECT_TRUE(isSameItem(link, one));
+  EXPECT_FALSE(isSameItem(one, two));
+  EXPECT_FALSE(isSameItem(one, folder.path("missing")));
+  EXPECT_FALSE(isSameItem(folder.path("missing"), folder.path("missing")));
+}
+
 TEST(EntryFactsTest, AnotherUsersEntryIsTheirs) {
   if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
   const TemporaryFolder folder;
