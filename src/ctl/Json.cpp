@@ -7,7 +7,7 @@ Json jsonOf(const std::optional<std::string>& text) {
 }
 
 std::string textOf(const Json& document) {
-  return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return document.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace installer::ctl

@@ -14,7 +14,8 @@ using Json = nlohmann::ordered_json;
 // null for an absent text.
 Json jsonOf(const std::optional<std::string>& text);
 
-// The whole document with a line feed. Bytes that are no UTF-8 (in paths) become U+FFFD.
+// The whole document with a line feed, in ASCII: what it tells of files and arguments does nothing
+// to a terminal. Bytes that are no UTF-8 (in paths) become U+FFFD.
 std::string textOf(const Json& document);
 
 }  // namespace installer::ctl

@@ -663,7 +663,7 @@ TEST_F(StatusTest, ControlCharactersOfARecordDoNotReachTheTerminal) {
 
   const RunResult answer = control({"status", "--json"});
   EXPECT_FALSE(json::parse(answer.out, nullptr, false).is_discarded());
-  EXPECT_THAT(answer.out, HasSubstr("\ufffd.app"));
+  EXPECT_THAT(answer.out, HasSubstr("\\ufffd.app"));
 }
 
 }  // namespace
