@@ -38,11 +38,31 @@ std::string withoutMark(const std::string& text) {
   return text.starts_with(kMark) ? text.substr(1) : text;
 }
 
+// What stands behind it are no options, however they look.
+constexpr std::string_view kEndOfOptions = "--";
+
+bool isOption(const std::string& argument, const std::vector<std::string>& arguments) {
+  const auto end = std::find(arguments.begin(), arguments.end(), kEndOfOptions);
+  return argument.starts_with('-') && std::find(arguments.begin(), end, argument) != end;
+}
+
+// Every value is taken as it stands, before anything looks at it.
+void takeMarksOff(CLI::App& line) {
+  for (CLI::Option* option : line.get_options())
+    if (option->get_items_expected_max() > 0) option->transform(withoutMark);
+}
+
 // What the reader takes: the last argument first.
-std::vector<std::string> prepared(const std::vector<std::string>& arguments) {
+std::vector<std::string> prepared(const CLI::App& line, const std::vector<std::string>& arguments) {
   std::vector<std::string> turned;
-  for (auto each = arguments.rbegin(); each != arguments.rend(); ++each)
-    turned.push_back(withMark(lineWord(*each)));
+  const std::string longForm = fmt::format("-{}", kInstallersOption);
+  const bool hasInstallersOption = line.get_option_no_throw(longForm) != nullptr;
+  const auto end = std::find(arguments.begin(), arguments.end(), kEndOfOptions);
+  for (auto each = arguments.begin(); each != arguments.end(); ++each) {
+    const bool isInstallers = hasInstallersOption && each < end && *each == kInstallersOption;
+    turned.push_back(isInstallers ? longForm : withMark(*each));
+  }
+  std::reverse(turned.begin(), turned.end());
   return turned;
 }
 
@@ -57,15 +77,18 @@ std::vector<std::string> checksOf(CLI::Option& option) {
 }
 
 // The first argument that the command has no use for.
-std::string refusalOf(const CLI::App& line, const std::string& name) {
+std::string refusalOf(const CLI::App& line, const std::string& name,
+                      const std::vector<std::string>& arguments) {
   for (const std::string& argument : line.remaining()) {
-    if (!argument.starts_with('-') || argument == "--") continue;
+    if (!isOption(argument, arguments)) continue;
     const std::string option = argument.substr(0, argument.find('='));
     const auto meant = option.starts_with("--") ? nearest(option, optionsOf(line)) : std::nullopt;
     return fmt::format("{} has no option \"{}\"{}", name, option,
                        meant ? fmt::format("; did you mean \"{}\"?", *meant) : "");
   }
-  const std::string first = withoutMark(line.remaining().front());
+  std::vector<std::string> left = line.remaining();
+  if (left.size() > 1 && left.front() == kEndOfOptions) left.erase(left.begin());
+  const std::string first = withoutMark(left.front());
   return fmt::format("\"{}\" is one argument too many for {}", first, name);
 }
 
@@ -73,12 +96,12 @@ std::string refusalOf(const CLI::App& line, const std::string& name) {
 
 CLI::Option* addText(CLI::App& line, const std::string& name, std::optional<std::string>& text,
                      const std::string& description) {
-  return line.add_option(name, text, description)->transform(withoutMark);
+  return line.add_option(name, text, description);
 }
 
 CLI::Option* addTexts(CLI::App& line, const std::string& name, std::vector<std::string>& texts,
                       const std::string& description) {
-  return line.add_option(name, texts, description)->transform(withoutMark);
+  return line.add_option(name, texts, description);
 }
 
 CLI::Validator oneOf(const std::vector<std::string>& words) {
@@ -113,13 +136,14 @@ std::variant<HelpWanted, Misunderstood, Order> readCommandLine(
   CLI::App line;
   Order order;
   declareLine(command, line, order);
+  takeMarksOff(line);
   try {
-    line.parse(prepared(arguments));
+    line.parse(prepared(line, arguments));
     return order;
   } catch (const CLI::CallForHelp&) {
     return HelpWanted{helpOf(command, line, Style::chosenBy(order.color))};
   } catch (const CLI::ExtrasError&) {
-    return Misunderstood{refusalOf(line, name)};
+    return Misunderstood{refusalOf(line, name, arguments)};
   } catch (const CLI::ParseError& error) {
     return Misunderstood{fmt::format("{}: {}", name, error.what())};
   }

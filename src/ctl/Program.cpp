@@ -20,6 +20,9 @@ namespace installer::ctl {
 
 namespace {
 
+constexpr const char* kHelp = "--help";
+constexpr const char* kVersionOption = "--version";
+
 int refuse(std::string_view reason) {
   complain(reason);
   return kUsageError;
@@ -31,14 +34,16 @@ int answer(std::string_view text, Output& out) {
 }
 
 int refuseCommand(const std::string& name, std::span<const Command> commands) {
-  if (name.starts_with('-'))
-    return refuse(
-        fmt::format("\"{}\" stands before the command; hotfixctl --help lists all", name));
   std::vector<std::string> names;
   for (const Command& command : commands) names.emplace_back(command.name);
-  const auto meant = nearest(name, names);
+  const bool isOption = name.starts_with('-');
+  const auto meant =
+      nearest(name, isOption ? std::vector<std::string>{kHelp, kVersionOption} : names);
+  if (isOption && !meant)
+    return refuse(
+        fmt::format("\"{}\" stands before the command; hotfixctl --help lists all", name));
   return refuse(fmt::format(
-      "there is no command \"{}\"; {}", name,
+      "there is no {} \"{}\"; {}", isOption ? "option" : "command", name,
       meant ? fmt::format("did you mean \"{}\"?", *meant) : "hotfixctl --help lists all"));
 }
 
@@ -54,9 +59,12 @@ int runCommand(const Command& command, const std::vector<std::string>& arguments
 int run(const std::vector<std::string>& arguments, std::span<const Command> commands, Output& out) {
   if (arguments.size() < 2) return refuse("a command is missing; hotfixctl --help lists all");
   const std::string& name = arguments[1];
-  if (name == "-h" || name == "--help")
-    return answer(helpOf(commands, Style::chosenBy("auto")), out);
-  if (name == "--version") return answer(fmt::format("hotfixctl {}\n", kVersion), out);
+  const bool wantsHelp = name == "-h" || name == kHelp;
+  const bool wantsVersion = name == kVersionOption;
+  if ((wantsHelp || wantsVersion) && arguments.size() > 2)
+    return refuse(fmt::format("\"{}\" is one argument too many for {}", arguments[2], name));
+  if (wantsHelp) return answer(helpOf(commands, Style::chosenBy("auto")), out);
+  if (wantsVersion) return answer(fmt::format("hotfixctl {}\n", kVersion), out);
   if (name == "--complete")
     return answer(textOf(choicesFor({arguments.begin() + 2, arguments.end()}, commands)), out);
   const auto* const command = std::find_if(commands.data(), commands.data() + commands.size(),

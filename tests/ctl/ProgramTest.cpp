@@ -52,6 +52,17 @@ Action declareShow(CLI::App& line) {
   };
 }
 
+Action declareGive(CLI::App& line) {
+  auto options = std::make_shared<Asked>();
+  auto number = std::make_shared<int>();
+  addText(line, "--rcpdata", options->file, "the data");
+  line.add_option("--number", *number, "a number");
+  return [options, number](Surroundings&) {
+    asked = *options;
+    return 5;
+  };
+}
+
 Action declareFail(CLI::App& /*line*/) {
   return [](Surroundings&) -> int { throw std::bad_alloc(); };
 }
@@ -63,6 +74,7 @@ Action declareLack(CLI::App& /*line*/) {
 constexpr ExitStatus kStatuses[] = {{3, "it was shown, and here is a longer text about it"}};
 constexpr Command kTable[] = {
     {"show", "shows something", "Shows something.\n\nAt length.", kStatuses, declareShow},
+    {"give", "gives something", "Gives.", {}, declareGive},
     {"fail", "fails", "Fails.", {}, declareFail},
     {"lack", "lacks", "Lacks.", {}, declareLack},
 };
@@ -108,6 +120,33 @@ TEST_F(ProgramTest, ArgumentsAreTakenAsTheyStand) {
   EXPECT_EQ("[c,d]", asked.file);
   EXPECT_EQ((std::vector<std::string>{"[a,b]", "a=b", "", "--json", "--"}), asked.places);
   EXPECT_FALSE(asked.json);
+}
+
+TEST_F(ProgramTest, TheInstallersOptionIsOneOnlyWhereThereIsSuch) {
+  proves("CTL-3");
+  EXPECT_EQ(3, run({"show", "--", "-rcpdata", "-x"}));
+  EXPECT_EQ((std::vector<std::string>{"-rcpdata", "-x"}), asked.places);
+
+  EXPECT_EQ(64, run({"show", "-rcpdata"}));
+  EXPECT_EQ("hotfixctl: show has no option \"-rcpdata\"\n", _complaint);
+
+  EXPECT_EQ(5, run({"give", "-rcpdata", "/data"}));
+  EXPECT_EQ("/data", asked.file);
+}
+
+TEST_F(ProgramTest, WhatStandsBehindTheEndOfOptionsIsNoUnknownOption) {
+  EXPECT_EQ(64, run({"fail", "--", "-x"}));
+
+  EXPECT_EQ("hotfixctl: \"-x\" is one argument too many for fail\n", _complaint);
+}
+
+TEST_F(ProgramTest, ValuesThatAreRefusedAreToldAsTheyStand) {
+  proves("CTL-3");
+  EXPECT_EQ(64, run({"show", "--color", "[x"}));
+  EXPECT_THAT(_complaint, HasSubstr("[x"));
+
+  EXPECT_EQ(64, run({"give", "--number", "[1]"}));
+  EXPECT_THAT(_complaint, HasSubstr("[1]"));
 }
 
 TEST_F(ProgramTest, ColorsAreOnDemand) {
@@ -171,6 +210,21 @@ TEST_F(ProgramTest, WithoutACommandTheHelpIsNamed) {
   EXPECT_EQ(64, run({"--json", "show"}));
   EXPECT_EQ("hotfixctl: \"--json\" stands before the command; hotfixctl --help lists all\n",
             _complaint);
+}
+
+TEST_F(ProgramTest, AnUnknownOptionOfTheProgramIsRefusedWithTheNearestOne) {
+  proves("CTL-3");
+  EXPECT_EQ(64, run({"--hepl"}));
+
+  EXPECT_EQ("hotfixctl: there is no option \"--hepl\"; did you mean \"--help\"?\n", _complaint);
+}
+
+TEST_F(ProgramTest, NothingStandsBehindTheProgramsOwnOptions) {
+  for (const std::string option : {"--version", "--help", "-h"}) {
+    EXPECT_EQ(64, run({option, "--jsno"}));
+    EXPECT_EQ("hotfixctl: \"--jsno\" is one argument too many for " + option + "\n", _complaint);
+  }
+  EXPECT_EQ("", _answers.text());
 }
 
 TEST_F(ProgramTest, TheVersionIsTheLibrarys) {
@@ -269,7 +323,7 @@ TEST_F(ProgramTest, AnAnswerThatCannotBeWrittenIsAnErrorWithAStatus) {
 
 TEST(JsonTest, BytesThatAreNoUtf8DoNotBreakTheDocument) {
   proves("CTL-5");
-  EXPECT_EQ("{\n  \"b\": \"/a\ufffd\",\n  \"a\": null\n}\n",
+  EXPECT_EQ("{\n  \"b\": \"/a\\ufffd\",\n  \"a\": null\n}\n",
             textOf({{"b", jsonOf("/a\xff")}, {"a", jsonOf(std::nullopt)}}));
 }
 

@@ -28,7 +28,7 @@ TEST_F(StandardOutputTest, WhatIsWrongComesToStandardError) {
 
   EXPECT_EQ(64, result.status);
   EXPECT_EQ("", result.out);
-  EXPECT_EQ("hotfixctl: \"--versoin\" stands before the command; hotfixctl --help lists all\n",
+  EXPECT_EQ("hotfixctl: there is no option \"--versoin\"; did you mean \"--version\"?\n",
             result.err);
 }
 
