@@ -18,6 +18,7 @@ constexpr std::size_t kWords = 20;
 // So that all is on one screen.
 constexpr std::size_t kShownSteps = 20;
 constexpr std::size_t kShownProblems = 5;
+constexpr std::size_t kShownText = 1000;  // bytes of a line of the trace
 constexpr std::int64_t kMicroseconds = 1'000'000;
 
 std::string fact(std::string_view name, std::string_view text, const Style& style) {
@@ -40,7 +41,9 @@ std::string result(const EndingDescription& ending, const Style& style) {
 }
 
 std::string lineOf(const Problem& problem) {
-  return fmt::format("{} {}: {}", shown(problem.time), nameOf(problem.level), shown(problem.text));
+  const std::string_view text = problem.text;
+  return fmt::format("{} {}: {}{}", shown(problem.time), nameOf(problem.level),
+                     shown(text.substr(0, kShownText)), text.size() > kShownText ? "..." : "");
 }
 
 std::string versions(const Run& run) {
