@@ -6,7 +6,6 @@
 #include "instance/InstanceLayout.h"
 #include "instance/ProvisioningCommand.h"
 #include "platform/Platform.h"
-#include "platform/ProcessTable.h"
 #include "platform/UserContext.h"
 
 namespace installer {

@@ -1,12 +1,10 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <string>
 
-namespace installer {
+#include "platform/ProcessTable.h"
 
-class ProcessTable;
+namespace installer {
 
 // Whether a launcher of the rcp home that this user has started runs right now; the second form
 // asks for the effective user in the table of the platform.
