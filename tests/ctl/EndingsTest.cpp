@@ -2,10 +2,22 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <nlohmann/json.hpp>
 #include <set>
+#include <string>
+#include <vector>
+
+#include "ctl/trace/Run.h"
+#include "support/Proves.h"
 
 namespace installer::ctl {
 namespace {
+
+nlohmann::json schema(const std::string& name) {
+  std::ifstream file(HOTFIX_SOURCE_DIR "/src/ctl/schema/" + name + ".schema.json");
+  return nlohmann::json::parse(file);
+}
 
 TEST(EndingsTest, EachIsDescribedOnceWithANameOfItsOwn) {
   std::set<std::string_view> names;
@@ -30,6 +42,26 @@ TEST(EndingsTest, EachErrorCodeHasTheLibrarysMeaningAndARemedy) {
     EXPECT_EQ(error.code, description->code);
     EXPECT_EQ(error.meaning, description->meaning);
   }
+}
+
+// A reader may take every name for known that the schema lists, and no other.
+TEST(EndingsTest, TheSchemasListEveryNameInUse) {
+  proves("CTL-6");
+  std::vector<std::string_view> names;
+  for (const EndingDescription& description : endings()) names.push_back(description.name);
+  std::vector<std::string_view> steps;
+  for (int kind = 0; kind <= static_cast<int>(StepKind::collectLogs); ++kind)
+    steps.push_back(nameOf(static_cast<StepKind>(kind)));
+  std::vector<int> codes;
+  for (const ErrorDescription& error : kErrors) codes.push_back(static_cast<int>(error.code));
+
+  const nlohmann::json explain = schema("explain-1");
+  const nlohmann::json& run = explain.at("definitions").at("run").at("properties");
+  EXPECT_EQ(nlohmann::json(names), run.at("ending").at("enum"));
+  EXPECT_EQ(nlohmann::json(codes), run.at("errorCode").at("enum"));
+  EXPECT_EQ(nlohmann::json(steps),
+            run.at("steps").at("items").at("properties").at("step").at("enum"));
+  EXPECT_EQ(nlohmann::json(names), schema("status-1").at("definitions").at("ending").at("enum"));
 }
 
 TEST(EndingsTest, RetiredCodesHaveNone) {

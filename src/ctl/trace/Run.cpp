@@ -12,7 +12,6 @@ struct StepWords {
   std::string_view words;
 };
 
-// In the order of the kinds.
 constexpr std::array kSteps{
     StepWords{StepKind::readPackage, "read-package", "reads the package"},
     StepWords{StepKind::waitForInstaller, "wait-for-installer",
@@ -34,6 +33,14 @@ constexpr std::array kSteps{
     StepWords{StepKind::recover, "recover", "brings the instance back into a consistent state"},
     StepWords{StepKind::collectLogs, "collect-logs", "collects the logs"},
 };
+
+// They are found by their kind's number.
+constexpr bool areInOrder() {
+  for (std::size_t i = 0; i < kSteps.size(); ++i)
+    if (static_cast<std::size_t>(kSteps[i].kind) != i) return false;
+  return true;
+}
+static_assert(areInOrder());
 
 }  // namespace
 

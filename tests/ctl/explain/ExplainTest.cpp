@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <nlohmann/json.hpp>
@@ -143,26 +144,26 @@ TEST_F(ExplainTest, AnUnsupportedCharacterIsTheCause) {
 
   EXPECT_EQ("unsupported-characters", run.at("ending"));
   EXPECT_EQ(3, run.at("errorCode"));
+  EXPECT_EQ("", causeOf(run)) << "the ending says it all";
   EXPECT_THAT(stepsOf(run), ElementsAre("read-package", "check-paths", "recover", "collect-logs"));
 }
 
 TEST_F(ExplainTest, AMissingInstanceIsTheCause) {
   proves("EXPLAIN-2");
   _sandbox.remove(_instance.deploy("install.xml"));
-  ASSERT_EQ(1, install().status);
 
-  const json run = explainedRun(1);
+  const json run = failedRun();
 
   EXPECT_EQ("not-installed", run.at("ending"));
   EXPECT_EQ(8, run.at("errorCode"));
+  EXPECT_EQ("", causeOf(run));
 }
 
 TEST_F(ExplainTest, ADescriptionThatCannotBeReadIsTheCause) {
   proves("EXPLAIN-2");
   _sandbox.writeFile(_package.list(), "no list");
-  ASSERT_EQ(1, install().status);
 
-  const json run = explainedRun(1);
+  const json run = failedRun();
 
   EXPECT_EQ("not-installed", run.at("ending"));
   EXPECT_EQ("The hotfix description " + _package.list() + " can not be read as a property list.",
@@ -181,14 +182,14 @@ TEST_F(ExplainTest, ARunningApplicationIsTheCause) {
 
   EXPECT_EQ("application-running", run.at("ending"));
   EXPECT_EQ(6, run.at("errorCode"));
+  EXPECT_EQ("", causeOf(run));
 }
 
 TEST_F(ExplainTest, AHigherHotfixIsTheCause) {
   proves("EXPLAIN-2");
   recordHotfix("1.6");
-  ASSERT_EQ(1, install().status);
 
-  const json run = explainedRun(1);
+  const json run = failedRun();
 
   EXPECT_EQ("higher-hotfix-installed", run.at("ending"));
   EXPECT_EQ(7, run.at("errorCode"));
@@ -199,9 +200,8 @@ TEST_F(ExplainTest, AHigherHotfixIsTheCause) {
 TEST_F(ExplainTest, AMissingManifestIsTheCause) {
   proves("EXPLAIN-2");
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
-  ASSERT_EQ(1, install().status);
 
-  const json run = explainedRun(1);
+  const json run = failedRun();
 
   EXPECT_EQ("manifest-not-copied", run.at("ending"));
   EXPECT_EQ(4, run.at("errorCode"));
@@ -221,9 +221,8 @@ TEST_F(ExplainTest, AManifestThatCannotBeCopiedIsTheCause) {
   _sandbox.remove(_package.deployFile("install.hotfix.xml"));
   _sandbox.makeFolder(_package.deployFile("install.hotfix.xml"));
   _sandbox.makePipe(_package.deployFile("install.hotfix.xml") + "/pipe");
-  ASSERT_EQ(1, install().status);
 
-  const json run = explainedRun(1);
+  const json run = failedRun();
 
   EXPECT_EQ("manifest-not-copied", run.at("ending"));
   EXPECT_THAT(causeOf(run), HasSubstr("install.hotfix.xml"));
@@ -232,9 +231,8 @@ TEST_F(ExplainTest, AManifestThatCannotBeCopiedIsTheCause) {
 TEST_F(ExplainTest, ALauncherThatFailsIsTheCause) {
   proves("EXPLAIN-2");
   launcherAnswers("rc=13\n");
-  ASSERT_EQ(1, install().status);
 
-  const json run = explainedRun(1);
+  const json run = failedRun();
 
   EXPECT_EQ("provisioning-failed", run.at("ending"));
   EXPECT_THAT(causeOf(run), StartsWith("The provisioning answered 13; "));
@@ -244,9 +242,8 @@ TEST_F(ExplainTest, AFailedRemovalIsNotTheCauseOfALaterFailure) {
   proves("EXPLAIN-2");
   recordHotfix("1.4");
   launcherAnswers("rc=13\n");
-  ASSERT_EQ(1, install().status);
 
-  const json run = explainedRun(1);
+  const json run = failedRun();
 
   EXPECT_EQ("provisioning-failed", run.at("ending"));
   EXPECT_EQ("remove-older", stepsOf(run).at(5));
@@ -256,9 +253,8 @@ TEST_F(ExplainTest, AFailedRemovalIsNotTheCauseOfALaterFailure) {
 TEST_F(ExplainTest, ALauncherThatSaysNothingIsTheCause) {
   proves("EXPLAIN-2");
   launcherAnswers("x=1\n");
-  ASSERT_EQ(1, install().status);
 
-  const json run = explainedRun(1);
+  const json run = failedRun();
 
   EXPECT_EQ("provisioning-failed", run.at("ending"));
   EXPECT_THAT(causeOf(run), HasSubstr(" holds no rc; "));
@@ -267,9 +263,8 @@ TEST_F(ExplainTest, ALauncherThatSaysNothingIsTheCause) {
 TEST_F(ExplainTest, ALauncherThatIsMissingIsTheCause) {
   proves("EXPLAIN-2");
   _sandbox.remove(_instance.launcher());
-  ASSERT_EQ(1, install().status);
 
-  const json run = explainedRun(1);
+  const json run = failedRun();
 
   EXPECT_EQ("provisioning-failed", run.at("ending"));
   EXPECT_THAT(causeOf(run), StartsWith("Not able to start " + _instance.launcher() + ": "));
@@ -278,9 +273,8 @@ TEST_F(ExplainTest, ALauncherThatIsMissingIsTheCause) {
 TEST_F(ExplainTest, ALauncherThatASignalEndsIsTheCause) {
   proves("EXPLAIN-2");
   _sandbox.script("rcplauncher", ChildScript().kill(SIGKILL));
-  ASSERT_EQ(1, install().status);
 
-  const json run = explainedRun(1);
+  const json run = failedRun();
 
   EXPECT_EQ("provisioning-failed", run.at("ending"));
   EXPECT_EQ(_instance.launcher() + " was ended by signal 9 (Killed).", causeOf(run));
@@ -289,9 +283,8 @@ TEST_F(ExplainTest, ALauncherThatASignalEndsIsTheCause) {
 TEST_F(ExplainTest, ASignalIsTheCause) {
   proves("EXPLAIN-2");
   _sandbox.script("rcplauncher", ChildScript().signalParent(SIGTERM));
-  ASSERT_EQ(1, install().status);
 
-  const json run = explainedRun(1);
+  const json run = failedRun();
 
   EXPECT_EQ("interrupted", run.at("ending"));
   EXPECT_EQ("Asked to end by signal 15 (Terminated). The installation ends here.", causeOf(run));
@@ -498,16 +491,27 @@ TEST_F(ExplainTest, ALongTraceTakesLittleMemory) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "the sanitizer maps more than the limit";
 #endif
-  ASSERT_EQ(0, install().status);
-  const std::string trace = _sandbox.readFile(kTrace).value();
-  _sandbox.writeFile("/long", trace);
-  ASSERT_EQ(0, truncate(_sandbox.host("/long").c_str(), off_t{300} << 20));
+  std::string bad = line("07:08:00", "Begin to install hotfix.");
+  for (int i = 0; i < 100'000; ++i)
+    bad += line("07:08:00", "trouble " + std::to_string(i), "Error");
+  _sandbox.writeFile("/long", bad);
+  const int file = open(_sandbox.host("/long").c_str(), O_WRONLY | O_APPEND);
+  // One line of 300 MiB, most of it holes.
+  const off_t end = lseek(file, 0, SEEK_END);
+  for (off_t mega = 1; mega <= 300; ++mega) {
+    ASSERT_EQ(0, ftruncate(file, end + (mega << 20)));
+    ASSERT_EQ(1, write(file, "x", 1));
+  }
+  close(file);
   RunOptions options;
   options.limits[RLIMIT_AS] = std::uint64_t{128} << 20;
 
-  const RunResult result = control({"explain", "/long"}, options);
+  const RunResult result = control({"explain", "--json", "/long"}, options);
 
-  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_EQ(2, result.status) << result.err;
+  const json answer = json::parse(result.out);
+  EXPECT_EQ(100'002, answer.at("lines"));
+  EXPECT_EQ(99'900, answer.at("run").at("problemsLeftOut"));
 }
 
 // --- For people ----------------------------------------------------------------------------------
@@ -550,6 +554,49 @@ TEST_F(ExplainTest, ControlCharactersOfATraceDoNotReachTheTerminal) {
   EXPECT_THAT(control({"explain", "/evil"}).out,
               AllOf(HasSubstr("m\\x1b[2Jac"), HasSubstr("\\x1b]0;evil\\x07\\xff\\u202e"),
                     Not(HasSubstr("\x1b")), Not(HasSubstr("\x07"))));
+}
+
+TEST_F(ExplainTest, ControlCharactersOfATraceDoNotReachATerminalAsJsonEither) {
+  proves("CTL-5");
+  _sandbox.writeFile("/evil", line("07:08:00", "Begin to install hotfix.") +
+                                  line("07:08:01", "\u009b2J\u202e\x7f\u2028\xff\u00fc", "Error"));
+
+  const std::string out = control({"explain", "--json", "/evil"}).out;
+
+  EXPECT_THAT(out, HasSubstr("\\u009b2J\\u202e\\u007f\\u2028"));
+  for (const char* raw : {"\u009b", "\u202e", "\x7f", "\u2028"})
+    EXPECT_THAT(out, Not(HasSubstr(raw)));
+  EXPECT_THAT(json::parse(out).at("run").at("problems").at(0).at("text").get<std::string>(),
+              EndsWith("\u00fc"));
+}
+
+TEST_F(ExplainTest, LongLinesAreCutOnTheScreen) {
+  proves("EXPLAIN-1");
+  _sandbox.writeFile("/long", line("07:08:00", "Begin to install hotfix.") +
+                                  line("07:08:01", std::string(1000, 'x'), "Error") +
+                                  line("07:08:01", std::string(60'000, 'y') + "z", "Error"));
+
+  EXPECT_THAT(control({"explain", "/long"}).out,
+              AllOf(HasSubstr(std::string(1000, 'x') + "\n"),
+                    HasSubstr(": " + std::string(1000, 'y') + "...\n")));
+  EXPECT_THAT(control({"explain", "--json", "/long"}).out, HasSubstr("yz\""));
+}
+
+TEST_F(ExplainTest, BlanksOfAPathStay) {
+  _sandbox.writeFile("/a  b", line("07:08:00", "Begin to install hotfix."));
+
+  EXPECT_THAT(control({"explain", "/a  b"}).out, StartsWith("Trace     /a  b\n"));
+}
+
+TEST_F(ExplainTest, TheTimeOfTheLastChangeIsAnIsoTime) {
+  _sandbox.writeFile("/old", line("07:08:00", "Begin to install hotfix."));
+  const timespec times[2] = {{1'763'796'902, 0}, {1'763'796'902, 0}};
+  ASSERT_EQ(0, utimensat(AT_FDCWD, _sandbox.host("/old").c_str(), times, 0));
+  RunOptions options;
+  options.set("TZ", "XST-05:30");
+
+  EXPECT_EQ("2025-11-22T13:05:02+05:30",
+            json::parse(control({"explain", "--json", "/old"}, options).out).at("modified"));
 }
 
 TEST_F(ExplainTest, ColorsAreThereOnDemand) {
@@ -732,6 +779,18 @@ TEST_F(ExplainTest, TraceEventsAreWrittenForEachStepAndProblem) {
   EXPECT_EQ("i", events.back().at("ph"));
   EXPECT_EQ(run.at("problems").back().at("text"), events.back().at("name"));
   for (const json& event : events) EXPECT_EQ(run.at("process"), event.at("pid"));
+}
+
+TEST_F(ExplainTest, TraceEventsReplaceAFileWhole) {
+  proves("EXPLAIN-6");
+  ASSERT_EQ(0, install().status);
+  _sandbox.writeFile("/tmp/events.json", std::string(100'000, 'x'), 0640);
+
+  explained(0, {"--chrome-trace", "/tmp/events.json"});
+
+  const std::string events = _sandbox.readFile("/tmp/events.json").value();
+  EXPECT_FALSE(json::parse(events).at("traceEvents").empty());
+  EXPECT_EQ(0640u, _sandbox.mode("/tmp/events.json"));
 }
 
 TEST_F(ExplainTest, TraceEventsDoNotTakeThePlaceOfWhatIsNoFile) {
