@@ -1,6 +1,9 @@
 #pragma once
 
+#include <chrono>
+#include <ctime>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -19,6 +22,11 @@ class ControlTest : public InstallerTest {
   RunResult shell(const std::string& command, RunOptions options = {}) {
     options.program = "/bin/sh";
     return _sandbox.run({"-c", command}, options);
+  }
+  // Names and versions hold the minute: what is compared must not fall into two of them.
+  static void awaitRoomInTheMinute() {
+    while (std::time(nullptr) % 60 >= 50)
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
   }
 };
 

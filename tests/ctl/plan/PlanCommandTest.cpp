@@ -88,6 +88,7 @@ class PlanCommandTest : public ControlTest {
 
   // The run comes out as the plan that was made before it.
   void proveTruth() {
+    awaitRoomInTheMinute();
     const Places before = places();
     const json told = planned();
     EXPECT_EQ(places(), before);

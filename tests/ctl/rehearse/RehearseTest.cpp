@@ -110,6 +110,7 @@ TEST_F(RehearseTest, AnInstallationIsRehearsed) {
 // What the rehearsal tells is what the run then does.
 TEST_F(RehearseTest, TheRunComesOutAsRehearsed) {
   proves("REHEARSE-1");
+  awaitRoomInTheMinute();
   recordHotfix("1.4");
   const auto before = _sandbox.tree(_instance.bundle);
   const json answer = told(0, {"--all"});
