@@ -13,7 +13,8 @@ ROOT = Path(__file__).resolve().parents[2]
 # What the script itself runs.
 TOOLS = ["awk", "bash", "cat", "cut", "dirname", "env", "grep", "id", "ls", "readlink", "sed"]
 COMMANDS = ["c++", "cmake", "ninja", "python3", "git", "clang-format", "plistutil", "xmllint",
-            "doxygen", "zsh", "fish", "abidiff", "mandoc", "clang-tidy", "cppcheck", "shellcheck", "clang++", "gcovr"]
+            "doxygen", "zsh", "fish", "abidiff", "mandoc", "clang-tidy", "cppcheck", "shellcheck",
+            "ansible-playbook", "ansible-lint", "ip", "ssh", "sshd", "clang++", "gcovr"]
 MODULES = ["libxml-2.0", "fmt", "libutf8proc", "CLI11", "nlohmann_json", "libarchive", "gtest",
            "gmock", "benchmark"]
 NOBODY = 65534
