@@ -87,6 +87,15 @@ tellOfAFailure() {
   expectApplicationSays "hotfix 6.2.3.3 is active"
 }
 
+tellOfARemoval() {
+  step "The hotfix is taken back" "By the uninstall manifest that its package left; an older one could go in now."
+  runControl 0 remove "$app"
+  expectHotfix none
+  askApplication
+  expectApplicationSays "feature com.quillmere.platform_6.2.3"
+  expectApplicationSilentAbout "com.quillmere.hotfix"
+}
+
 tellStory() {
   local first second broken third
   app=$(sample/make-instance --programs build/release/sample "$stage/Applications")
@@ -101,4 +110,5 @@ tellStory() {
   tellOfUpgrades
   tellOfRefusals
   tellOfAFailure
+  tellOfARemoval
 }

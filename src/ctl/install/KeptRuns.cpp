@@ -1,6 +1,5 @@
 #include "ctl/install/KeptRuns.h"
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -39,9 +38,13 @@ bool isPlain(char letter) {
 
 std::string timeText(std::chrono::system_clock::time_point time) {
   const auto whole = std::chrono::floor<std::chrono::milliseconds>(time);
-  const std::time_t seconds = std::chrono::system_clock::to_time_t(whole);
-  return fmt::format("{:%Y%m%dT%H%M%S}.{:03}Z", fmt::gmtime(seconds),
-                     whole.time_since_epoch().count() % 1000);
+  const auto midnight = std::chrono::floor<std::chrono::days>(whole);
+  const std::chrono::year_month_day day(midnight);
+  const std::chrono::hh_mm_ss clock(whole - midnight);
+  return fmt::format("{:04}{:02}{:02}T{:02}{:02}{:02}.{:03}Z", static_cast<int>(day.year()),
+                     static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()),
+                     clock.hours().count(), clock.minutes().count(), clock.seconds().count(),
+                     clock.subseconds().count());
 }
 
 bool makeFolder(const std::string& path, mode_t mode, FileError& error) {
