@@ -8,9 +8,10 @@ hotfix() { sample/make-hotfix --version "$1" "${@:3}" "$stage/$2"; }
 # The parts tell of the packages and the instance that tellStory makes.
 
 tellOfAPlan() {
+  # Only root is told whether another user runs the application.
   step "What the first hotfix would do" \
     "The installer's own code, played on files that stay as they are."
-  planInstaller 0 "$first" "$stage/Applications"
+  planInstaller $((EUID == 0 ? 0 : 2)) "$first" "$stage/Applications"
   runControl 1 status "$app"
 }
 

@@ -16,6 +16,7 @@
 #include "instance/ProvisioningCommand.h"
 #include "platform/Exists.h"
 #include "platform/ProcessTable.h"
+#include "platform/UserContext.h"
 #include "platform/overlay/KeptOutput.h"
 
 namespace installer::ctl {
@@ -123,7 +124,9 @@ void Plan::lookAtProcesses(uid_t user) {
   };
   waitsForLauncher =
       rcpHome && (isAtWork(*rcpHome) || (rcpHomeOfWorkflow && isAtWork(*rcpHomeOfWorkflow)));
-  if (_platform.hasAskedForProcesses() && !processes.seesAll())
+  // Root sees here what its run will see.
+  const bool isRoot = Platform::current().users->effectiveUserId() == 0;
+  if (!isRoot && _platform.hasAskedForProcesses() && !processes.seesAll())
     tree().noteUnknown("the processes of other users");
 }
 

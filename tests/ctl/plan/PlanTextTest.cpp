@@ -144,8 +144,10 @@ TEST_F(PlanTextTest, WhereSomethingIsClosedTheEndIsNoPromise) {
   EXPECT_THAT(text(), EndsWith("Exit status   0: the hotfix would be installed\n"));
 
   _sandbox.processes().isOpen = false;
+  _sandbox.users().effectiveUser = 4711;
 
-  EXPECT_THAT(text(), HasSubstr("\nUnknown\n  the processes of other users\n  (this user may not "
+  EXPECT_THAT(text(), HasSubstr("\nUnknown\n  the preferences of tester\n  the processes of other "
+                                "users\n  (this user may not "
                                 "look there; root's run may find something else)\n"));
   EXPECT_THAT(text(),
               EndsWith("Exit status   0: the hotfix would be installed, as far as can be told\n"));

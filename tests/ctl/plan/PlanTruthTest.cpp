@@ -264,14 +264,19 @@ TEST_F(PlanTruthTest, ARunningApplicationThatIsNotAskedFor) {
   EXPECT_EQ(plan().checks[2].state, PlannedCheck::State::skipped);
 }
 
-// Another user's could be the application.
+// Another user's could be the application. Root sees what its run will see.
 TEST_F(PlanTruthTest, ProcessesThatAreClosedAreUnknownToTheCheckThatAsksForThem) {
   const PlanRequest request{package(), destination(), data()};
   _sandbox.processes().isOpen = false;
-  EXPECT_THAT(Plan(request, ownMaker()).unknown(), ElementsAre("the processes of other users"));
+  _sandbox.users().effectiveUser = 4711;
+  EXPECT_THAT(Plan(request, ownMaker()).unknown(), Contains("the processes of other users"));
+  _sandbox.users().effectiveUser = 0;
+  EXPECT_THAT(Plan(request, ownMaker()).unknown(), IsEmpty());
+
+  _sandbox.users().effectiveUser = 4711;
 
   describe("SKIPRUNNINGCHECK", "true");
-  EXPECT_THAT(Plan(request, ownMaker()).unknown(), IsEmpty());
+  EXPECT_THAT(Plan(request, ownMaker()).unknown(), Not(Contains("the processes of other users")));
 }
 
 TEST_F(PlanTruthTest, ALauncherThatRootHasLeftBehindIsWaitedFor) {
