@@ -88,8 +88,8 @@ class PortingTest(unittest.TestCase):
 
         rows = rowsBelow("Services") + rowsBelow("Functions found by the linker")
 
-        self.assertEqual(len(rows), 19)
-        self.assertIn("supply the nineteen things", page)
+        self.assertEqual(len(rows), 26)
+        self.assertIn("supply the twenty-six things", page)
 
 
 def sourcesIn(folder):

@@ -30,7 +30,7 @@ bool isEmpty(int folder, const std::string& name) {
 
 }  // namespace
 
-TreeMaking::TreeMaking(std::string path, FileChanges::Door refusal)
+TreeMaking::TreeMaking(const std::string& path, FileChanges::Door refusal)
     : _path(withoutTrailingSlashes(path)),
       _changes(std::move(refusal)),
       _parent(openPlace(_path)),

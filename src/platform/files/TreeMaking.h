@@ -15,7 +15,7 @@ namespace installer {
 class TreeMaking : public NewTree {
  public:
   // `refusal` is asked before each change to the disk.
-  TreeMaking(std::string path, FileChanges::Door refusal);
+  TreeMaking(const std::string& path, FileChanges::Door refusal);
 
   // Before all else, once.
   [[nodiscard]] bool begin(FileError& error);

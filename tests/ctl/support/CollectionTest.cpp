@@ -22,7 +22,7 @@ std::vector<Fate> fates(const std::vector<Collected>& collected) {
   return all;
 }
 
-TEST(CollectionTest, WhatComesWhenThereIsNoRoomLeftIsLeftOut) {
+TEST(SupportCollectionTest, WhatComesWhenThereIsNoRoomLeftIsLeftOut) {
   proves("SUPPORT-5");
   const auto collected = collect({made("123456"), made("12345"), made("1234"), made("1")}, 10);
 
@@ -32,16 +32,16 @@ TEST(CollectionTest, WhatComesWhenThereIsNoRoomLeftIsLeftOut) {
   EXPECT_THAT(collected[1].reason, HasSubstr("no room for it: it holds 10 bytes"));
 }
 
-TEST(CollectionTest, LimitsAreThoseOfTheManual) {
+TEST(SupportCollectionTest, LimitsAreThoseOfTheManual) {
   EXPECT_EQ(std::size_t{32} << 20, kMostBytes);
   EXPECT_EQ(std::size_t{4} << 20, kEnds.head + kEnds.tail);
 }
 
-TEST(CollectionTest, WhatIsMadeOfNothingIsMissing) {
+TEST(SupportCollectionTest, WhatIsMadeOfNothingIsMissing) {
   EXPECT_THAT(fates(collect({made("")}, 10)), ElementsAre(Fate::missing));
 }
 
-TEST(CollectionTest, HolesOfATextAreNoLetters) {
+TEST(SupportCollectionTest, HolesOfATextAreNoLetters) {
   const test::TemporaryFolder folder;
   folder.makeFile("trace", std::string("pass\0word=hidden\n\0\0text\n", 24));
   const Item item{"trace", "a text", WantedFile{folder.path(), "trace", Content::lines}, {}};
