@@ -15,7 +15,7 @@ namespace installer::ctl {
 
 namespace {
 
-constexpr std::uint64_t kMostSeconds = 7 * 24 * 60 * 60;
+constexpr std::uint64_t kMostSeconds = std::uint64_t{7} * 24 * 60 * 60;
 constexpr std::uint64_t kMostRuns = 10'000;
 constexpr std::uint64_t kMostDays = 36'500;
 

@@ -100,6 +100,7 @@ Action declare(CLI::App& line) {
 std::vector<InstancePlace> placesOf(const std::vector<std::string>& arguments) {
   if (arguments.empty()) return knownPlaces();
   std::vector<InstancePlace> places;
+  places.reserve(arguments.size());
   for (const std::string& place : arguments) places.push_back({rcpHomeOf(place), "argument"});
   return places;
 }

@@ -69,6 +69,7 @@ std::optional<std::string> obstacleAt(const std::string& archive, bool force) {
 
 std::vector<Collected> onlyListed(const std::vector<support::Item>& items) {
   std::vector<Collected> listed;
+  listed.reserve(items.size());
   for (const support::Item& item : items) listed.push_back({item, Fate::listed, "", 0, 0, ""});
   return listed;
 }

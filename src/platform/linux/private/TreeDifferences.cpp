@@ -59,9 +59,10 @@ class Comparison {
   void compare(int before, int after, const std::string& path) {
     std::set<std::string> names = namesIn(before, path);
     names.merge(namesIn(after, path));
+    const std::string prefix = path.empty() ? path : path + "/";
     for (const std::string& name : names) {
       checkInterruption();
-      compareEntry(before, after, name, path.empty() ? name : path + "/" + name);
+      compareEntry(before, after, name, prefix + name);
     }
   }
 
