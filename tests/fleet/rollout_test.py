@@ -29,7 +29,8 @@ def make_instance(folder):
 
 
 def make_hotfix(folder, version):
-    run(ROOT / "sample/make-hotfix", "--version", version, folder, stdout=subprocess.DEVNULL)
+    run(ROOT / "sample/make-hotfix", "--version", version, folder, stdout=subprocess.DEVNULL,
+        env={**os.environ, "HOTFIXCTL": str(OPTIONS.build / "hotfixctl")})
     return folder
 
 
