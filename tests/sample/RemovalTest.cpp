@@ -20,10 +20,6 @@ constexpr const char* kFeature = "com.quillmere.hotfix_6.2.3.1";
 
 class RemovalTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    if (!fs::exists(kControl)) GTEST_SKIP() << "hotfixctl is not built";
-  }
-
   Outcome control(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), kControl);
     return run(arguments);

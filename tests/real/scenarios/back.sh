@@ -8,10 +8,6 @@
 # control ARGUMENT...: as install does with the installer.
 control() {
   local before program=${HOTFIX_PROGRAM%/*}/hotfixctl
-  if [[ ! -x $program ]]; then
-    echo 'hotfixctl is not built'
-    exit 77
-  fi
   before=$(launcherResults | wc -w)
   status=0
   "$program" "$@" >"$work/output" 2>"$work/errors" || status=$?
