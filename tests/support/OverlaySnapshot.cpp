@@ -25,8 +25,9 @@ std::string contentOf(Tree& tree, const Node& node) {
 }
 
 void collect(Tree& tree, const NodePtr& node, const std::string& relative, TreeSnapshot& snapshot) {
-  snapshot[relative] = {kindOf(*node), node->isLink() ? 0 : node->now.mode, node->now.owner,
-                        node->now.group, contentOf(tree, *node)};
+  const mode_t mode = node->isLink() ? 0 : node->now.mode;
+  snapshot[relative] = {kindOf(*node), mode, node->now.owner, node->now.group,
+                        contentOf(tree, *node)};
   const auto names = tree.names(node);
   if (!names) return;
   for (const std::string& name : *names)
