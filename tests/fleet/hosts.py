@@ -2,9 +2,11 @@
 ssh server and sample instance, on a bridge that nothing else is on."""
 
 import contextlib
+import json
 import os
 import shutil
 import subprocess
+import tempfile
 import time
 from pathlib import Path
 
@@ -27,6 +29,19 @@ PidFile none
 
 def run(*command, **options):
     return subprocess.run([str(word) for word in command], check=True, **options)
+
+
+@contextlib.contextmanager
+def folder_in_memory():
+    """A folder where the hosts' roots can be made even if the machine's own cannot carry others."""
+    folder = tempfile.mkdtemp(prefix="hotfix-fleet-")
+    run("mount", "--make-rprivate", "/")
+    run("mount", "-t", "tmpfs", "tmpfs", folder)
+    try:
+        yield Path(folder)
+    finally:
+        run("umount", "--lazy", folder)
+        os.rmdir(folder)
 
 
 class Host:
@@ -104,6 +119,22 @@ class Host:
     def start_command(self, *command, **options):
         first = self._first()
         return subprocess.Popen(["nsenter", "-t", str(first), "-m", "-p", "-n", "-r", "-w/", *command], **options)
+
+    def processor_time(self):
+        """Seconds that the host's processes took since it began, and those that they waited for."""
+        space = os.readlink(f"/proc/{self._first()}/ns/pid")
+        ticks = 0
+        for process in Path("/proc").glob("[0-9]*"):
+            with contextlib.suppress(OSError):
+                if os.readlink(process / "ns/pid") == space:
+                    ticks += sum(map(int, (process / "stat").read_text().rpartition(")")[2].split()[11:15]))
+        return ticks / os.sysconf("SC_CLK_TCK")
+
+    def bytes_moved(self):
+        """Bytes that it got and that it sent, since it began, with all that its network adds."""
+        link = json.loads(run("ip", "-json", "-statistics", "link", "show", self._link, capture_output=True).stdout)
+        counts = link[0]["stats64"]
+        return counts["tx"]["bytes"], counts["rx"]["bytes"]
 
     def connect(self, is_connected):
         run("ip", "link", "set", self._link, "up" if is_connected else "down")
