@@ -152,6 +152,30 @@ class RolloutTest(unittest.TestCase):
         self.assertEqual(status, 0, words)
         self.assertEqual(self.versions(), self.everywhere("6.2.3.2"))
 
+    def testHostPullsItsHotfixItself(self):
+        host = self._fleet.hosts[0]
+        repository = host.upper / "srv/repository"
+        shutil.copytree(ROOT / "fleet/ansible", repository / "collections/ansible_collections/kiv/hotfix")
+        shutil.copy(ROOT / "fleet/ansible/playbooks/pull.yml", repository)
+        shutil.copytree(self._first, host.upper / "srv/hotfix")
+        git = ["git", "-C", "/srv/repository", "-c", "user.name=a", "-c", "user.email=a@example.org"]
+        host.command(*git, "init", "-q", "-b", "main")
+        host.command(*git, "add", "-A")
+        host.command(*git, "commit", "-q", "-m", "The hotfixes of this fleet")
+
+        pull = ["ansible-pull", "-U", "file:///srv/repository", "-C", "main", "-d", "/var/db/pulled",
+                "-e", "rollout_share=/srv/hotfix", "pull.yml"]
+        words = self._fleet.ssh(host, *pull, capture_output=True, text=True, check=False)
+
+        self.assertEqual(words.returncode, 0, words.stdout + words.stderr)
+        self.assertIn("changed=1 ", words.stdout.partition("PLAY RECAP")[2])
+        self.assertEqual(self.recorded(host), "6.2.3.1")
+
+        words = self._fleet.ssh(host, *pull, capture_output=True, text=True, check=False)
+
+        self.assertEqual(words.returncode, 0, words.stdout + words.stderr)
+        self.assertIn("changed=0 ", words.stdout.partition("PLAY RECAP")[2])
+
 
 def fail_to_provision(host):
     host.command("sh", "-c", f"printf '#!/bin/sh\\nexit 13\\n' >{RCP}/rcplauncher")
