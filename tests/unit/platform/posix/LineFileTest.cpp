@@ -73,7 +73,7 @@ TEST_F(LineFileTest, LinesMayLieAcrossWhatIsReadAtOnce) {
   const auto lines = linesOf(*file);
 
   ASSERT_EQ(40'000u, lines.size());
-  for (int i = 0; i < 40'000; ++i) ASSERT_EQ("line " + std::to_string(i), lines[i]);
+  for (std::size_t i = 0; i < 40'000; ++i) ASSERT_EQ("line " + std::to_string(i), lines[i]);
 }
 
 TEST_F(LineFileTest, AnEndlessLineIsCutAndTheNextOneIsWhole) {
