@@ -69,10 +69,10 @@ class Host:
             folder = self.upper / "usr/local" / place
             folder.mkdir(parents=True, exist_ok=True)
             shutil.copy2(self._fleet.programs / program, folder)
-        for folder in ("Library", "Users", "var/log/hotfix"):
+        for folder in ("Library", "Users", "var/lib/hotfix"):
             (self.upper / folder).mkdir(parents=True)
         run("cp", "-a", self._fleet.template, self.upper / "Applications")
-        for folder in (self._folder, self.upper, self.upper / "var", self.upper / "var/log",
+        for folder in (self._folder, self.upper, self.upper / "var", self.upper / "var/lib",
                        self.upper / "usr", self.upper / "etc"):
             folder.chmod(0o755)
 

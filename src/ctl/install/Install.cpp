@@ -122,8 +122,8 @@ const Command kInstall{
     "runs the installer, and tells and keeps what came of it",
     "Plans the run, starts the installer, and waits for its end; one at a time on a machine. "
     "Signals that ask this program to end are passed on to it.\n\nOf each run trace, error record, "
-    "plan, output and result are kept in a folder of its own below /var/log/hotfix (on macOS it is "
-    "/Library/Logs/Hotfix instead), which hotfixctl explain reads. Only root can install.",
+    "plan, output and result are kept in a folder of its own below /var/lib/hotfix (on macOS it is "
+    "/var/db/hotfix instead), which hotfixctl explain reads. Only root can install.",
     install::statuses(),
     declare,
 };

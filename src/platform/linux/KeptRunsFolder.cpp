@@ -3,7 +3,7 @@
 namespace installer {
 
 std::string keptRunsFolder() {
-  return "/var/log/hotfix";
+  return "/var/lib/hotfix";
 }
 
 }  // namespace installer

@@ -3,7 +3,7 @@
 namespace installer {
 
 std::string keptRunsFolder() {
-  return "/Library/Logs/Hotfix";
+  return "/var/db/hotfix";
 }
 
 }  // namespace installer

@@ -11,14 +11,14 @@
 
 namespace installer::cli {
 
-inline constexpr const char* kState = "/var/log/hotfix";
+inline constexpr const char* kState = "/var/lib/hotfix";
 
-// Installations by the companion program, on a machine that keeps logs.
+// Installations by the companion program, on a machine that keeps what they leave.
 class InstallControl : public ControlTest {
  protected:
   void SetUp() override {
     ControlTest::SetUp();
-    _sandbox.makeFolder("/var/log");
+    _sandbox.makeFolder("/var/lib");
   }
 
   std::vector<std::string> commandLine(const std::vector<std::string>& options = {}) const {

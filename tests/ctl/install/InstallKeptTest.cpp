@@ -48,7 +48,7 @@ TEST_F(InstallKeptTest, ARunIsKeptInAFolderOfItsOwn) {
   const std::string run = keptRuns().front();
   EXPECT_EQ(run, answer["keptRun"]);
   EXPECT_TRUE(
-      std::regex_match(run, std::regex("/var/log/hotfix/20\\d{6}T\\d{6}\\.\\d{3}Z-Quillmere")))
+      std::regex_match(run, std::regex("/var/lib/hotfix/20\\d{6}T\\d{6}\\.\\d{3}Z-Quillmere")))
       << run;
   EXPECT_THAT(_sandbox.list(run), ElementsAre("install_trace.log", "output.txt", "plan.json",
                                               "record.plist", "result.json"));
@@ -184,14 +184,21 @@ TEST_F(InstallKeptTest, WhatBelongsToAnotherUserIsNoRun) {
 TEST_F(InstallKeptTest, AFolderThatOthersCanWriteIsRefused) {
   proves("ROLLOUT-9");
   _sandbox.makeFolder(kState, 0777);
-  expectNotKept("\"/var/log/hotfix\" cannot be trusted: others can write /var/log/hotfix");
+  expectNotKept("\"/var/lib/hotfix\" cannot be trusted: others can write /var/lib/hotfix");
   EXPECT_THAT(_sandbox.list(kState), IsEmpty());
 
   _sandbox.setMode(kState, 0755);
-  _sandbox.setMode("/var/log", 0777);
-  expectNotKept("others can write /var/log");
-  _sandbox.setMode("/var/log", 0755);
+  _sandbox.setMode("/var/lib", 0777);
+  expectNotKept("others can write /var/lib");
+  _sandbox.setMode("/var/lib", 0755);
   (void)told(0);
+}
+
+TEST_F(InstallKeptTest, LogsThatAGroupCanWriteAreInNobodysWay) {
+  proves("ROLLOUT-9");
+  _sandbox.makeFolder("/var/log", 0775);
+
+  EXPECT_EQ(0, installs().status);
 }
 
 TEST_F(InstallKeptTest, AFolderOrALinkOfAnotherUserIsRefused) {
@@ -199,7 +206,7 @@ TEST_F(InstallKeptTest, AFolderOrALinkOfAnotherUserIsRefused) {
   if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs several users";
   _sandbox.makeLink(kState, "/Users/alice");
   _sandbox.giveTo(kState, CliSandbox::kAlice, CliSandbox::kAlice);
-  expectNotKept("/var/log/hotfix belongs to the user 1000");
+  expectNotKept("/var/lib/hotfix belongs to the user 1000");
 
   _sandbox.remove(kState);
   _sandbox.makeLink(kState, "/Users/alice");
@@ -209,7 +216,7 @@ TEST_F(InstallKeptTest, AFolderOrALinkOfAnotherUserIsRefused) {
   _sandbox.remove(kState);
   _sandbox.makeFolder(kState);
   _sandbox.giveTo(kState, CliSandbox::kAlice, CliSandbox::kAlice);
-  expectNotKept("/var/log/hotfix belongs to the user 1000");
+  expectNotKept("/var/lib/hotfix belongs to the user 1000");
 }
 
 TEST_F(InstallKeptTest, ALinkOfRootsMayMoveTheFolder) {
@@ -223,15 +230,15 @@ TEST_F(InstallKeptTest, ALinkOfRootsMayMoveTheFolder) {
 TEST_F(InstallKeptTest, WhatIsNoFolderIsRefused) {
   proves("ROLLOUT-9");
   _sandbox.writeFile(kState, "file");
-  expectNotKept("\"/var/log/hotfix\" is no folder");
+  expectNotKept("\"/var/lib/hotfix\" is no folder");
   _sandbox.remove(kState);
   _sandbox.makePipe(kState);
-  expectNotKept("\"/var/log/hotfix\" is no folder");
+  expectNotKept("\"/var/lib/hotfix\" is no folder");
   _sandbox.remove(kState);
   _sandbox.makeLink(kState, "/nowhere");
-  expectNotKept("\"/var/log/hotfix\" is no folder");
-  _sandbox.remove("/var/log");
-  expectNotKept("\"/var/log/hotfix\" cannot be created: No such file or directory");
+  expectNotKept("\"/var/lib/hotfix\" is no folder");
+  _sandbox.remove("/var/lib");
+  expectNotKept("\"/var/lib/hotfix\" cannot be created: No such file or directory");
 }
 
 // Who can open a folder can lock it.
@@ -257,26 +264,26 @@ TEST_F(InstallKeptTest, ALockThatOthersCouldTakeIsRefused) {
 
 TEST_F(InstallKeptTest, NothingIsBegunThatCannotBeKept) {
   proves("ROLLOUT-9");
-  _sandbox.limitSpace("/var/log", 64 << 10);
+  _sandbox.limitSpace("/var/lib", 64 << 10);
   _sandbox.makeFolder(kState);
-  _sandbox.fillSpace("/var/log");
+  _sandbox.fillSpace("/var/lib");
   expectNotKept("plan.json\" cannot be written: No space left on device");
 
   EXPECT_THAT(keptRuns(), IsEmpty());
 }
 
 TEST_F(InstallKeptTest, WithoutRoomForAFolderNothingIsBegun) {
-  _sandbox.limitEntries("/var/log", 3);
+  _sandbox.limitEntries("/var/lib", 3);
   expectNotKept("cannot be created: No space left on device");
 }
 
 TEST_F(InstallKeptTest, ADiskThatFillsUpMeanwhileDoesNotChangeTheOutcome) {
   proves("ROLLOUT-8");
-  _sandbox.limitSpace("/var/log", 256 << 10);
+  _sandbox.limitSpace("/var/lib", 256 << 10);
   playInstaller(
       "/control/HotfixInstaller \"$@\"; status=$?\n"
       "while echo 0123456789012345678901234567890123456789012345678901234567890123; do :;"
-      " done > /var/log/filler 2> /dev/null\nexit $status\n");
+      " done > /var/lib/filler 2> /dev/null\nexit $status\n");
   const json answer = told(0, _played);
 
   EXPECT_EQ("1.5", recorded("hotfixVersion"));
@@ -284,7 +291,7 @@ TEST_F(InstallKeptTest, ADiskThatFillsUpMeanwhileDoesNotChangeTheOutcome) {
   EXPECT_THAT(_result.err, HasSubstr("No space left on device"));
   EXPECT_EQ("at-work", keptResult()["cause"]) << "the next one brings it to its end";
 
-  _sandbox.remove("/var/log/filler");
+  _sandbox.remove("/var/lib/filler");
   (void)told(0);
   EXPECT_EQ("broken-off",
             json::parse(*_sandbox.readFile(keptRuns().front() + "/result.json"))["cause"]);

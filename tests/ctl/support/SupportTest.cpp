@@ -28,7 +28,7 @@ using ::testing::SizeIs;
 using ::testing::StartsWith;
 
 constexpr const char* kArchive = "/tmp/out.tar.gz";
-constexpr const char* kKept = "/var/log/hotfix/20261122T153012.045Z-Quillmere";
+constexpr const char* kKept = "/var/lib/hotfix/20261122T153012.045Z-Quillmere";
 
 class SupportTest : public ControlTest {
  protected:
@@ -185,8 +185,8 @@ TEST_F(SupportTest, InstancesThatAreNamedAreLookedAtAlone) {
 
 TEST_F(SupportTest, TheNewestKeptRunsAreTaken) {
   for (int number = 10; number < 22; ++number)
-    keepRun("/var/log/hotfix/20261122T1530" + std::to_string(number) + ".000Z-Q");
-  _sandbox.makeFolder("/var/log/hotfix/.lock");
+    keepRun("/var/lib/hotfix/20261122T1530" + std::to_string(number) + ".000Z-Q");
+  _sandbox.makeFolder("/var/lib/hotfix/.lock");
 
   ASSERT_EQ(0, support().status);
 
@@ -380,7 +380,7 @@ TEST_F(SupportTest, WhatIsClosedToTheUserIsTold) {
 
 TEST_F(SupportTest, NamesOfAllKindsAreWrittenInPlainLetters) {
   registerProduct("a\nb\x1b[31m ../\xFF", ListValue::dictionary({}));
-  keepRun("/var/log/hotfix/2\n3 x");
+  keepRun("/var/lib/hotfix/2\n3 x");
 
   const RunResult result = support();
 
