@@ -18,8 +18,8 @@ description:
 options:
   state:
     description:
-      - C(present) installs O(package); an older hotfix is removed by that.
-      - C(absent) removes the hotfix that is recorded in O(bundle).
+      - C(present) installs I(package); an older hotfix is removed by that.
+      - C(absent) removes the hotfix that is recorded in I(bundle).
     type: str
     choices: [present, absent]
     default: present
@@ -39,14 +39,14 @@ options:
     description: The rcp data folder, where it is not in the instance.
     type: path
   user:
-    description: Whose the instance is to be afterwards; the one who is logged in unless given.
+    description: Whose the instance is to be afterwards; the one who has it up to now unless given.
     type: str
   lint:
     description: Whether to refuse a package in which C(hotfixctl lint) finds errors.
     type: bool
     default: false
   wait:
-    description: For how many seconds to wait for another installation on the host.
+    description: For how many seconds an installation waits for another one on the host.
     type: int
     default: 0
   time_limit:
@@ -68,8 +68,10 @@ attributes:
     support: full
     description: Tells what C(hotfixctl plan) foresees.
   diff_mode:
-    support: full
-    description: Shows the changes that C(hotfixctl plan) foresees.
+    support: partial
+    description: >-
+      Shows the changes that C(hotfixctl plan) foresees, settings with their values, and nothing of a
+      removal.
 """
 
 EXAMPLES = r"""
@@ -94,17 +96,24 @@ cause:
   sample: application-running
 versions:
   description: The version of the package, and those recorded before and after.
-  returned: O(state=present)
+  returned: I(state=present)
   type: dict
 kept_run:
   description: The folder on the host with all that is left of the run.
   returned: when an installation was begun
   type: str
+due:
+  description: Whether there was anything to install.
+  returned: I(state=present)
+  type: bool
 answer:
-  description: The whole answer of hotfixctl.
+  description: The answer of hotfixctl; of a plan without its changes, output and log, which may be long.
   returned: always
   type: dict
 """
+
+import os
+import pwd
 
 from ansible.module_utils.basic import AnsibleModule
 from ansible_collections.kiv.hotfix.plugins.module_utils.hotfixctl import Companion, told
@@ -128,14 +137,29 @@ def variables(parameters):
     return {"USER": parameters["user"]} if parameters["user"] else {}
 
 
+def owner_of(instance):
+    """Who has the instance, where that is not root: a connection's own user would make it root's."""
+    try:
+        owner = os.stat(os.path.join(instance["rcpHome"], "deploy")).st_uid
+        return pwd.getpwuid(owner).pw_name if owner != 0 else None
+    except (KeyError, OSError, TypeError):
+        return None
+
+
 def plan_of(module, companion):
     """What the installation would do, and the outcome that the module has without doing it."""
     parameters = module.params
     arguments = data_folder(parameters) + [parameters["package"], parameters["destination"]]
     plan = companion.ask("plan", *arguments, **variables(parameters))
+    if not parameters["user"]:
+        parameters["user"] = owner_of(plan["instance"])
+        if parameters["user"]:
+            plan = companion.ask("plan", *arguments, **variables(parameters))
     versions = plan["versions"]
-    due = parameters["force"] or versions["package"] != versions["before"]
-    outcome = {"changed": due, "versions": versions, "answer": plan}
+    # A package without a version records nothing that could tell that it is there.
+    due = parameters["force"] or versions["package"] is None or versions["package"] != versions["before"]
+    answer = {name: value for name, value in plan.items() if name not in ("changes", "log", "output")}
+    outcome = {"changed": due, "due": due, "versions": versions, "answer": answer}
     if due and module._diff:
         outcome["diff"] = {"prepared": companion.text(
             "plan", "--diff", *arguments, **variables(parameters))}
@@ -177,7 +201,8 @@ def remove(module, companion):
     if not instance["hotfix"] and not parameters["force"]:
         module.exit_json(changed=False, answer=status)
     if module.check_mode:
-        module.exit_json(changed=True, answer=status)
+        module.exit_json(changed=bool(instance["hotfix"]) or instance["state"] == "needs-attention",
+                         answer=status)
     arguments = data_folder(parameters) + (["--force"] if parameters["force"] else [])
     answer = companion.ask("remove", *(arguments + [parameters["bundle"]]), **variables(parameters))
     outcome = {"answer": answer, "cause": answer["outcome"],
