@@ -19,7 +19,7 @@ def make_hotfix(build, folder, version):
 
 
 class Controller:
-    """Works in FOLDER, beside the fleet's own files; the first host is the canary."""
+    """Works in FOLDER, beside the fleet's own files; the first two hosts are the canaries."""
 
     def __init__(self, folder, fleet, forks):
         self._folder, self._fleet, self._forks = folder, fleet, forks
@@ -31,7 +31,7 @@ class Controller:
         self._write_inventory()
 
     def _write_inventory(self):
-        groups = {"canaries": self._fleet.hosts[:1], "others": self._fleet.hosts[1:]}
+        groups = {"canaries": self._fleet.hosts[:2], "others": self._fleet.hosts[2:]}
         common = {"ansible_user": "root", "ansible_ssh_private_key_file": str(self._fleet.key),
                   "ansible_ssh_common_args": "-o StrictHostKeyChecking=no -o UserKnownHostsFile=/dev/null"
                                              " -o ServerAliveInterval=1 -o ServerAliveCountMax=2",
@@ -41,13 +41,14 @@ class Controller:
         (self._folder / "inventory.json").write_text(
             json.dumps({"hosts": {"children": children, "vars": common}}))
 
-    def begin(self, hotfix, playbook=None, **variables):
+    def begin(self, hotfix, playbook=None, arguments=(), **variables):
         variables = {"rollout_hotfix": str(hotfix), "rollout_results": str(self.results),
                      "rollout_notice": ["touch", "/run/asked"], "rollout_deadline": 2,
                      "rollout_interval": 1, "rollout_retry_delay": 1, "rollout_wait": 60, **variables}
         return subprocess.Popen(
             ["ansible-playbook", "-i", self._folder / "inventory.json", "--forks", str(self._forks),
-             "-e", json.dumps(variables), playbook or ROOT / "tests/fleet/rollout.yml"],
+             "-e", json.dumps(variables), *arguments,
+             playbook or ROOT / "tests/fleet/rollout.yml"],
             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL, text=True,
             start_new_session=True,
             env={**os.environ, "ANSIBLE_COLLECTIONS_PATH": str(self._folder / "collections"),

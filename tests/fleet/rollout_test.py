@@ -20,6 +20,7 @@ from controller import Controller, make_hotfix, make_instance
 from hosts import ROOT, Fleet, folder_in_memory
 
 OPTIONS = argparse.Namespace()
+PLAYBOOK = ROOT / "fleet/ansible/playbooks/rollout.yml"
 BUNDLE = "/Applications/Quillmere.app"
 RCP = f"{BUNDLE}/Contents/MacOS/rcp"
 
@@ -49,6 +50,10 @@ class RolloutTest(unittest.TestCase):
         self.assertNotIn("left-over-item", [finding["name"] for finding in instance["findings"]])
         return (instance["hotfix"] or {}).get("version")
 
+    def owner(self, host):
+        return self._fleet.ssh(host, "stat", "-c", "%U", f"{RCP}/deploy/extras", capture_output=True, text=True,
+                               check=True).stdout.strip()
+
     def result(self, host):
         return json.loads((self._controller.results / f"{host.name}.json").read_text())
 
@@ -57,12 +62,16 @@ class RolloutTest(unittest.TestCase):
 
     def nothingIsLeft(self):
         for host in self._fleet.hosts:
-            found = self._fleet.ssh(host, "find", "/var/db", "/root/.ansible/tmp", "-mindepth", "1",
+            found = self._fleet.ssh(host, "find", "/root/.ansible/tmp", "-mindepth", "1", ";",
+                                    "find", "/root", "-maxdepth", "1", "-name", ".hotfix*",
                                     capture_output=True, text=True, check=False)
             self.assertEqual(found.stdout, "")
         self.assertEqual(list(self._folder.glob("*.tar.gz")), [])
 
     def testInstallsEverywhereAndASecondTimeNothing(self):
+        owned = self._fleet.hosts[-1]
+        owned.command("chown", "-R", "games:games", BUNDLE)
+
         status, words, counts = self.roll_out(self._first)
 
         self.assertEqual(status, 0, words)
@@ -70,6 +79,8 @@ class RolloutTest(unittest.TestCase):
         self.assertEqual({name: count["changed"] for name, count in counts.items()}, self.everywhere("1"))
         self.assertEqual({self.result(host)["cause"] for host in self._fleet.hosts}, {"installed"})
         self.nothingIsLeft()
+        self.assertEqual(self.owner(owned), "games")
+        self.assertEqual(self.owner(self._fleet.hosts[0]), "root")
 
         status, words, counts = self.roll_out(self._first)
 
@@ -109,15 +120,34 @@ class RolloutTest(unittest.TestCase):
         self.nothingIsLeft()
 
     def testFailingCanaryStopsAllOthers(self):
-        canary = self._fleet.hosts[0]
+        canary, other = self._fleet.hosts[1:3]
         fail_to_provision(canary)
+        of_other = self._controller.results / f"{other.name}.json"
+        of_other.write_text("{}")
 
-        status, words, _ = self.roll_out(self._first, playbook=ROOT / "fleet/ansible/playbooks/rollout.yml")
+        status, words, _ = self.roll_out(self._first, playbook=PLAYBOOK)
 
         self.assertEqual(status, 2, words)
         self.assertEqual(self.result(canary)["cause"], "provisioning-failed")
+        self.assertEqual({host: version for host, version in self.versions().items() if version},
+                         {self._fleet.hosts[0].name: "6.2.3.1"})
+        self.assertFalse(of_other.exists(), "a result of an earlier roll-out")
+
+    def testOthersWaitForCanariesAndForABatchThatFails(self):
+        first, failing, last = self._fleet.hosts[0], self._fleet.hosts[2], self._fleet.hosts[-1]
+
+        status, words, _ = self.roll_out(self._first, playbook=PLAYBOOK, arguments=["--limit", "others"])
+
+        self.assertEqual(status, 2, words)
+        self.assertIn("has gone first. Without canaries", words)
         self.assertEqual(self.versions(), self.everywhere(None))
-        self.assertFalse((self._controller.results / f"{self._fleet.hosts[1].name}.json").exists())
+
+        fail_to_provision(failing)
+        status, words, _ = self.roll_out(self._first, playbook=PLAYBOOK, rollout_batch=2)
+
+        self.assertEqual(status, 2, words)
+        self.assertEqual(self.result(failing)["cause"], "provisioning-failed")
+        self.assertEqual((self.recorded(first), self.recorded(last)), ("6.2.3.1", None))
 
     def testNextRunCompletesWhatAKilledControllerLeft(self):
         process = self._controller.begin(self._first, rollout_batch=1)
@@ -137,7 +167,7 @@ class RolloutTest(unittest.TestCase):
         self.roll_out(self._first)
         host = self._fleet.hosts[1]
         host.command("sh", "-c", f"mv {RCP}/rcplauncher {RCP}/own && printf '#!/bin/sh\\n"
-                     "touch /run/reached; sleep 3; exec \"${0%%/*}/own\" \"$@\"\\n' "
+                     "stat -c \"%%a %%U\" /root/.hotfix-rollout.* >/run/reached; sleep 3; exec \"${0%%/*}/own\" \"$@\"\\n' "
                      f">{RCP}/rcplauncher && chmod 755 {RCP}/rcplauncher")
 
         process = self._controller.begin(self._second)
@@ -146,6 +176,8 @@ class RolloutTest(unittest.TestCase):
         host.connect(False)
         words = process.communicate()[0]
         host.connect(True)
+        self.assertEqual(self._fleet.ssh(host, "cat", "/run/reached", capture_output=True, text=True,
+                                         check=True).stdout, "700 root\n")
 
         self.assertIn("unreachable=1", words)
         status, words, _ = self.roll_out(self._second)
