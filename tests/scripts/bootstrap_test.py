@@ -166,6 +166,14 @@ class BootstrapTest(unittest.TestCase):
         self.assertMissing("  pkg-config's module CLI11 (Debian: libcli11-dev)",
                            "  pkg-config's module benchmark (Debian: libbenchmark-dev)")
 
+    def testNoServerIsInstalledWhereItWouldBeStarted(self):
+        self.lose("ansible-playbook")
+        for state, missed in (("running", False), ("degraded", False), ("offline", True)):
+            with self.subTest(state):
+                self.make("systemctl", f"[[ $* == is-system-running ]] && echo {state}; exit 1")
+                self.assertEqual(self.bootstrap("tests").returncode, int(missed))
+                self.assertEqual(self.bootstrap("fleet").returncode, 1)
+
     def testFilesAreLookedForByPattern(self):
         with open(self._root / "scripts/bootstrap", encoding="utf-8") as file:
             text = file.read()
