@@ -104,6 +104,10 @@ CLI::Option* addTexts(CLI::App& line, const std::string& name, std::vector<std::
   return line.add_option(name, texts, description);
 }
 
+std::string whyNoText(const std::string& text) {
+  return text.empty() ? "the text is empty" : "";
+}
+
 CLI::Validator oneOf(const std::vector<std::string>& words) {
   // A description would stand in the help, behind the value's name.
   return CLI::IsMember(words).description("").name(

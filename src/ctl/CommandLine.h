@@ -22,6 +22,10 @@ CLI::Option* addText(CLI::App& line, const std::string& name, std::optional<std:
 CLI::Option* addTexts(CLI::App& line, const std::string& name, std::vector<std::string>& texts,
                       const std::string& description);
 
+// What is wrong with an empty text, as a check of an option: a shell's variable that is not set
+// would pass for an option that is not given.
+std::string whyNoText(const std::string& text);
+
 // That a text is one of the words. They are told to who asks what can be written there.
 CLI::Validator oneOf(const std::vector<std::string>& words);
 // The words of that; none for an option that has any other value, or none.

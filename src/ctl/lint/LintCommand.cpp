@@ -121,11 +121,6 @@ int run(const Options& options, Surroundings& surroundings) {
   return kUsageError;
 }
 
-// A shell's variable that is not set would pass for an option that is not given.
-std::string whyNoText(const std::string& text) {
-  return text.empty() ? "the text is empty" : "";
-}
-
 Action declare(CLI::App& line) {
   const auto options = std::make_shared<Options>();
   auto* const package =

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,8 @@ constexpr ExitStatus kStatuses[] = {
 struct Options {
   std::vector<std::string> places;
   bool doctor = false;
+  bool brief = false;
+  std::optional<std::string> atLeast;  // a hotfix's version; then only that is judged
 };
 
 void addLastRun(const LastRun& last, InstanceReport& report) {
@@ -46,10 +49,20 @@ void addLastRun(const LastRun& last, InstanceReport& report) {
   report.state = InstanceState::needsAttention;
 }
 
-int statusOf(const std::vector<InstanceReport>& reports) {
+// What the state is once it does not matter what needs attention, but which hotfix is recorded.
+// Versions compare as the installer compares them.
+InstanceState stateFor(const std::string& atLeast, const InstanceReport& report) {
+  if (report.state > InstanceState::needsAttention) return report.state;
+  const bool has = report.hotfix && report.hotfix->version >= atLeast;
+  return has ? InstanceState::hotfixInstalled : InstanceState::noHotfix;
+}
+
+int statusOf(const std::vector<InstanceReport>& reports,
+             const std::optional<std::string>& atLeast = std::nullopt) {
   if (reports.empty()) return numberOf(InstanceState::noInstance);
   int status = 0;
-  for (const InstanceReport& report : reports) status = std::max(status, numberOf(report.state));
+  for (const InstanceReport& report : reports)
+    status = std::max(status, numberOf(atLeast ? stateFor(*atLeast, report) : report.state));
   return status;
 }
 
@@ -77,9 +90,11 @@ int status(const Options& options, Surroundings& surroundings) {
   QuietPlatform quiet;
   const LastRun last = lastRun();
   const auto reports = reportsOn(placesOf(options.places), options.doctor, last, quiet);
-  const int number = statusOf(reports);
+  const int number = statusOf(reports, options.atLeast);
   if (surroundings.json)
     surroundings.out.write(textOf(documentOf(reports, last, number)));
+  else if (options.brief)
+    surroundings.out.write(briefTextOf(reports));
   else
     answer(reports, last, surroundings);
   return number;
@@ -92,6 +107,16 @@ Action declare(CLI::App& line) {
       "an application bundle or an rcp home; without any all that are registered, and those in "
       "the applications folder");
   line.add_flag("--doctor", options->doctor, "looks for signs of something half done, too");
+  line.add_flag(
+      "--brief", options->brief,
+      "answers with one line for each instance: the hotfix's version or \"none\", and what "
+      "needs attention");
+  addText(
+      line, "--at-least", options->atLeast,
+      "judges the hotfix's version only: the exit status is 0 where it is that or higher, and 1 "
+      "where it is lower or there is none")
+      ->type_name("VERSION")
+      ->check(whyNoText);
   return [options](Surroundings& surroundings) { return status(*options, surroundings); };
 }
 

@@ -92,6 +92,20 @@ std::string factsOf(const InstanceReport& report, const Style& style) {
   return text;
 }
 
+std::string briefOf(const InstanceReport& report) {
+  if (report.state == InstanceState::noInstance) return "no instance";
+  if (report.state == InstanceState::notReadable)
+    return "not readable: " + shown(report.reason, "");
+  const std::string version = report.hotfix ? shown(report.hotfix->version) : "none";
+  std::string_view separator = " (needs attention: ";
+  std::string findings;
+  for (const Finding& finding : report.findings) {
+    findings += fmt::format("{}{}", separator, shown(finding.text));
+    separator = " ";
+  }
+  return findings.empty() ? version : version + findings + ")";
+}
+
 const EndingDescription* meaningOf(const ErrorRecord& record) {
   return descriptionOf(record.code);
 }
@@ -204,6 +218,16 @@ std::string textOf(const LastRun& last, const Style& style) {
                  fmt::format("{} is there: a check has failed, in this run or in one before",
                              shown(Platform::current().paths.errorMarker)),
                  style);
+  return text;
+}
+
+std::string briefTextOf(const std::vector<InstanceReport>& reports) {
+  if (reports.empty()) return "no instance\n";
+  std::string text;
+  for (const InstanceReport& report : reports) {
+    if (reports.size() > 1) text += shown(report.bundle.value_or(report.place.rcpHome)) + ": ";
+    text += briefOf(report) + "\n";
+  }
   return text;
 }
 

@@ -47,6 +47,13 @@ class StatusTest : public ControlTest {
     for (const json& finding : findings) names.push_back(finding.at("name"));
     return names;
   }
+  std::string brief(int status, std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"status", "--brief"});
+    const RunResult result = control(arguments);
+    EXPECT_EQ(status, result.status) << result.out;
+    EXPECT_EQ("", result.err);
+    return result.out;
+  }
   // A manifest with the features "f<first>" to "f<end - 1>".
   static std::string manifestOf(int first, int end) {
     const std::string whole = kSimpleManifest;
@@ -649,6 +656,114 @@ TEST_F(StatusTest, WithoutAnyInstanceThereIsALine) {
 
   EXPECT_THAT(control({"status"}).out,
               StartsWith("No instance is registered, and none is in the applications folder.\n"));
+}
+
+// --- For scripts ---------------------------------------------------------------------------------
+
+TEST_F(StatusTest, InBriefThereIsTheVersionOrNone) {
+  proves("STATUS-7");
+  EXPECT_EQ("none\n", brief(1, {_instance.bundle}));
+
+  recordHotfix("1.4");
+  EXPECT_EQ("1.4\n", brief(0, {}));
+  EXPECT_EQ("1.4\n", brief(0, {_instance.home()}));
+}
+
+TEST_F(StatusTest, InBriefThereIsEverythingThatNeedsAttention) {
+  proves("STATUS-7");
+  recordHotfix("1.4");
+  _sandbox.remove(_instance.deploy("uninstall.hotfix.xml"));
+  _sandbox.writeFile(_instance.result(), "rc=13\n");
+
+  EXPECT_EQ("1.4 (needs attention: The launcher answered 13 when it was last started. \"" +
+                _instance.deploy("uninstall.hotfix.xml") +
+                "\" is missing: the hotfix cannot be removed.)\n",
+            brief(2, {"--doctor"}));
+}
+
+TEST_F(StatusTest, InBriefAFailedRunIsToldBesideTheHotfixThatIsThereNot) {
+  proves("STATUS-7");
+  _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), "rc=13\n"));
+  ASSERT_EQ(1, install().status);
+
+  EXPECT_THAT(brief(2, {}), StartsWith("none (needs attention: The launcher answered 13"));
+}
+
+TEST_F(StatusTest, InBriefEachOfSeveralInstancesHasItsName) {
+  proves("STATUS-7");
+  recordHotfix("1.4");
+  const Instance second = other("/Applications/Second.app");
+
+  EXPECT_EQ(_instance.bundle + ": 1.4\n" + second.bundle + ": none\n/missing: no instance\n",
+            brief(3, {_instance.bundle, second.bundle, "/missing"}));
+}
+
+TEST_F(StatusTest, InBriefThereIsWhyNothingCanBeTold) {
+  proves("STATUS-7");
+  EXPECT_EQ("no instance\n", brief(3, {"/missing"}));
+
+  _sandbox.writeFile(_instance.info(), "no list");
+  EXPECT_THAT(brief(4, {}), AllOf(StartsWith("not readable: "), HasSubstr("installInfo.plist")));
+
+  _sandbox.remove(_instance.bundle);
+  EXPECT_EQ("no instance\n", brief(3, {}));
+}
+
+TEST_F(StatusTest, InBriefAVersionIsOneLineThatDoesNothingToATerminal) {
+  proves("STATUS-7", "CTL-5");
+  recordHotfix("1.4\n2\x7f");
+
+  EXPECT_EQ("1.4\\n2\\x7f\n", brief(0, {}));
+}
+
+TEST_F(StatusTest, AnswersForProgramsAreAlwaysWhole) {
+  EXPECT_EQ(1u, told(1, {"--brief"}).at("instances").size());
+}
+
+TEST_F(StatusTest, AskedForAVersionTheStatusTellsWhetherTheHotfixIsThatHighAsTheInstallerCompares) {
+  proves("STATUS-8");
+  EXPECT_EQ("none\n", brief(1, {"--at-least", "1.4"}));
+
+  recordHotfix("1.4");
+  for (const char* lower : {"1.4", "1.3", "1", "0", "1.10"})
+    EXPECT_EQ("1.4\n", brief(0, {"--at-least", lower})) << lower;
+  for (const char* higher : {"1.5", "1.4.0", "2", "1.4 ", "a"})
+    EXPECT_EQ("1.4\n", brief(1, {"--at-least", higher})) << higher;
+}
+
+TEST_F(StatusTest, AskedForAVersionItDoesNotMatterWhatNeedsAttention) {
+  proves("STATUS-8");
+  recordHotfix("1.4");
+  _sandbox.remove(_instance.deploy("uninstall.hotfix.xml"));
+
+  EXPECT_EQ(2, control({"status", "--doctor"}).status);
+  EXPECT_EQ(0, control({"status", "--doctor", "--at-least", "1.4"}).status);
+  EXPECT_EQ(1, control({"status", "--doctor", "--at-least", "1.5"}).status);
+}
+
+TEST_F(StatusTest, AskedForAVersionTheHighestNumberOfSeveralInstancesCounts) {
+  proves("STATUS-8");
+  recordHotfix("1.4");
+  const Instance second = other("/Applications/Second.app");
+
+  EXPECT_EQ(1, control({"status", "--at-least", "1.4"}).status);
+  EXPECT_EQ(0, control({"status", "--at-least", "1.4", _instance.bundle}).status);
+  EXPECT_EQ(3, control({"status", "--at-least", "1.4", _instance.bundle, "/missing"}).status);
+  told(1, {"--at-least", "1.4", second.bundle});
+  _sandbox.writeFile(_instance.info(), "no list");
+  EXPECT_EQ(4, control({"status", "--at-least", "1.4", _instance.bundle, "/missing"}).status);
+  _sandbox.remove(_instance.bundle);
+  _sandbox.remove(second.bundle);
+  EXPECT_EQ(3, control({"status", "--at-least", "1.4"}).status);
+}
+
+TEST_F(StatusTest, AnEmptyVersionIsRefused) {
+  proves("STATUS-8");
+  const RunResult result = control({"status", "--at-least", ""});
+
+  EXPECT_EQ(64, result.status);
+  EXPECT_EQ("", result.out);
+  EXPECT_THAT(result.err, HasSubstr("the text is empty"));
 }
 
 TEST_F(StatusTest, ControlCharactersOfARecordDoNotReachTheTerminal) {
