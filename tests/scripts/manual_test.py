@@ -11,7 +11,7 @@ PAGES = Path(__file__).resolve().parents[2] / "packaging"
 
 class ManualTest(unittest.TestCase):
     def pages(self):
-        pages = sorted(PAGES.glob("*.[1-9]"))
+        pages = sorted(PAGES.rglob("*.[1-9]"))
         self.assertGreater(len(pages), 3)
         return pages
 
