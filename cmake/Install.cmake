@@ -1,11 +1,17 @@
 # cmake --install: the program and its manual page, the library in both forms, the headers that
 # other installers of the platform build on, the CMake package and the pkg-config file.
+#
+# Components are the packages that cmake/Package.cmake makes: what names none is the installer's.
 include(CMakePackageConfigHelpers)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME hotfix-installer)
+set(HOTFIX_LIBRARY_COMPONENT libhotfix${PROJECT_VERSION_MAJOR})
+set(HOTFIX_HEADER_COMPONENT libhotfix-dev)
 
 # The public headers. They include nothing but one another and the standard library.
 install(
   DIRECTORY include/hotfix
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  COMPONENT ${HOTFIX_HEADER_COMPONENT}
   FILES_MATCHING
   PATTERN "*.h")
 
@@ -27,6 +33,10 @@ if(TARGET hotfixctl)
           DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
   install(FILES packaging/completions/hotfixctl.fish
           DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+  # Where Ansible looks for collections, below /usr.
+  install(DIRECTORY fleet/ansible/
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/ansible/collections/ansible_collections/kiv/hotfix
+          PATTERN __pycache__ EXCLUDE)
 endif()
 install(FILES packaging/HotfixInstaller.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 file(GLOB formats CONFIGURE_DEPENDS packaging/*.5)
@@ -36,21 +46,25 @@ install(
   TARGETS hotfix hotfix_shared
   EXPORT hotfix-targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+          COMPONENT ${HOTFIX_LIBRARY_COMPONENT}
+          NAMELINK_COMPONENT ${HOTFIX_HEADER_COMPONENT}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${HOTFIX_HEADER_COMPONENT})
 
 # A folder with the archive and no shared library, for pkg-config --static.
 file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/archive)
 file(CREATE_LINK ../libhotfix.a ${PROJECT_BINARY_DIR}/archive/libhotfix.a SYMBOLIC)
 install(FILES ${PROJECT_BINARY_DIR}/archive/libhotfix.a
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/hotfix)
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/hotfix COMPONENT ${HOTFIX_HEADER_COMPONENT})
 
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/hotfix)
-install(EXPORT hotfix-targets NAMESPACE hotfix:: DESTINATION ${package_folder})
+install(EXPORT hotfix-targets NAMESPACE hotfix:: DESTINATION ${package_folder}
+        COMPONENT ${HOTFIX_HEADER_COMPONENT})
 configure_package_config_file(packaging/hotfix-config.cmake.in hotfix-config.cmake
                               INSTALL_DESTINATION ${package_folder})
 write_basic_package_version_file(hotfix-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/hotfix-config.cmake
-              ${PROJECT_BINARY_DIR}/hotfix-config-version.cmake DESTINATION ${package_folder})
+              ${PROJECT_BINARY_DIR}/hotfix-config-version.cmake
+        DESTINATION ${package_folder} COMPONENT ${HOTFIX_HEADER_COMPONENT})
 
 # What the archive is linked with.
 set(pc_libraries ${HOTFIX_FRAMEWORKS})
@@ -73,4 +87,4 @@ foreach(file hotfix hotfix-libdir)
   configure_file(packaging/${file}.pc.in ${file}.pc @ONLY)
 endforeach()
 install(FILES ${PROJECT_BINARY_DIR}/hotfix.pc ${PROJECT_BINARY_DIR}/hotfix-libdir.pc
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT ${HOTFIX_HEADER_COMPONENT})

@@ -11,9 +11,10 @@ endif()
 
 # What the build asks of a system besides its folder: whether its sources are Objective-C++ too,
 # which frameworks and libraries of the system the library is linked to, under which name libxml2 is
-# loaded (when it cannot be asked itself; so libarchive), whether its linker takes a version script (or else a list
-# of symbols), where the libraries lie that everybody has there, what kind of package cpack makes, and
-# whether the tests of the whole program run there: they need mount namespaces and look into /proc.
+# loaded (when it cannot be asked itself; so libarchive), whether its linker takes a version script (or
+# else a list of symbols), where the libraries lie that everybody has there, what kind of package cpack
+# makes, whether there are tools there that make several packages of one build, and whether the tests of
+# the whole program run there: they need mount namespaces and look into /proc.
 set(HOTFIX_OBJECTIVE_C OFF)
 set(HOTFIX_FRAMEWORKS "")
 set(HOTFIX_SYSTEM_LIBRARIES "")
@@ -22,8 +23,10 @@ set(HOTFIX_XML_LIBRARY "")
 set(HOTFIX_ARCHIVE_LIBRARY "")
 set(HOTFIX_VERSION_SCRIPT ON)
 set(HOTFIX_NAMESPACES OFF)
+set(HOTFIX_PACKAGE_COMPONENTS OFF)
 if(HOTFIX_SYSTEM STREQUAL "linux")
   set(HOTFIX_NAMESPACES ON)
+  set(HOTFIX_PACKAGE_COMPONENTS ON)
 elseif(HOTFIX_SYSTEM STREQUAL "macos")
   set(HOTFIX_OBJECTIVE_C ON)
   set(HOTFIX_FRAMEWORKS "-framework AppKit" "-framework Foundation" "-framework CoreFoundation"

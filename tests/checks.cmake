@@ -84,6 +84,37 @@ hotfix_add_package_step(demo)
 # The story needs mounts of its own.
 set_tests_properties(package.demo PROPERTIES SKIP_RETURN_CODE 77)
 
+# The packages of a release: made, judged, and used from the first installation to the last trace. They
+# are made of the same release; a second build of it is left to ./test packages.
+function(hotfix_add_packages_step step)
+  hotfix_add_recorded_test(package packages-${step} ${ARGN} COMMAND
+                           ${CMAKE_CURRENT_SOURCE_DIR}/package/packages ${step}
+                           ${PROJECT_BINARY_DIR}/packages)
+  set_tests_properties(package.packages-${step} PROPERTIES LABELS package TIMEOUT 900
+                                                           SKIP_RETURN_CODE 77)
+  if(step STREQUAL "made")
+    set_tests_properties(package.packages-${step} PROPERTIES FIXTURES_REQUIRED installed
+                                                             FIXTURES_SETUP packages)
+  else()
+    set_tests_properties(package.packages-${step} PROPERTIES FIXTURES_REQUIRED packages)
+  endif()
+  if(step MATCHES "^(made|packed|contents)$")
+    set_tests_properties(package.packages-${step} PROPERTIES RESOURCE_LOCK release)
+  endif()
+endfunction()
+
+if(HOTFIX_PACKAGE_COMPONENTS AND HOTFIX_BUILD_SAMPLE AND HOTFIX_BUILD_CTL)
+  hotfix_add_packages_step(made PROVES SHIP-1)
+  hotfix_add_packages_step(lintian PROVES SHIP-2)
+  hotfix_add_packages_step(life PROVES SHIP-3)
+  hotfix_add_packages_step(rpm PROVES SHIP-4)
+  hotfix_add_packages_step(packed PROVES SHIP-5)
+  hotfix_add_packages_step(versions PROVES SHIP-6)
+  hotfix_add_packages_step(sbom PROVES SHIP-7)
+  hotfix_add_packages_step(contents PROVES SHIP-8)
+  set_tests_properties(package.packages-packed PROPERTIES PROCESSORS 2)
+endif()
+
 # What all these tests have shown: a passed test for each promise, the sample's among them. It comes
 # last; ctest learns what to wait for when it learns of the tests.
 if(TARGET sample-tests)

@@ -14,7 +14,8 @@ ROOT = Path(__file__).resolve().parents[2]
 TOOLS = ["awk", "bash", "cat", "cut", "dirname", "env", "grep", "id", "ls", "readlink", "sed"]
 COMMANDS = ["c++", "cmake", "ninja", "python3", "git", "clang-format", "plistutil", "xmllint",
             "doxygen", "zsh", "fish", "abidiff", "mandoc", "clang-tidy", "cppcheck", "shellcheck",
-            "ansible-playbook", "ansible-lint", "ip", "ssh", "sshd", "clang++", "gcovr"]
+            "ansible-playbook", "ansible-lint", "ip", "ssh", "sshd", "clang++", "gcovr",
+            "dpkg-shlibdeps", "lintian", "rpmbuild"]
 MODULES = ["libxml-2.0", "fmt", "libutf8proc", "CLI11", "nlohmann_json", "libarchive", "gtest",
            "gmock", "benchmark"]
 NOBODY = 65534
@@ -104,6 +105,13 @@ class BootstrapTest(unittest.TestCase):
         self.loseModules("libutf8proc")
 
         self.assertMissing("  pkg-config's module libutf8proc (Debian: libutf8proc-dev)")
+
+    def testWhatPackagesAreMadeWithIsPartOfTheTests(self):
+        self.lose("lintian", "rpmbuild")
+
+        self.assertMissing("  rpmbuild (Debian: rpm)", sets=("package",))
+        self.assertMissing("  lintian (Debian: lintian)", "  rpmbuild (Debian: rpm)", sets=("tests",))
+        self.assertContent("ctl", "sample")
 
     def testEverythingThatIsMissingIsNamedOnce(self):
         self.lose("c++", "cppcheck", "python3")
