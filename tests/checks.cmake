@@ -112,6 +112,7 @@ if(HOTFIX_PACKAGE_COMPONENTS AND HOTFIX_BUILD_SAMPLE AND HOTFIX_BUILD_CTL)
   hotfix_add_packages_step(versions PROVES SHIP-6)
   hotfix_add_packages_step(sbom PROVES SHIP-7)
   hotfix_add_packages_step(contents PROVES SHIP-8)
+  hotfix_add_packages_step(symbols PROVES SHIP-9)
   set_tests_properties(package.packages-packed PROPERTIES PROCESSORS 2)
 endif()
 
