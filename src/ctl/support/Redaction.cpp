@@ -311,10 +311,13 @@ class Lines {
   static std::size_t beginOfSecret(std::string_view line) {
     const std::string small = lowered(line);
     SecretWords words(small);
+    // Looked for once: a line can have many names behind many blanks.
+    const std::size_t first = line.find_first_not_of(" \t");
     std::size_t end = 0;
     for (Word word; (word = words.next(end)).begin < line.size();) {
       end = endOfName(line, word.end);
-      const std::size_t value = valueBehind(line, beginOfName(line, word.begin), end);
+      const std::size_t begin = beginOfName(line, word.begin);
+      const std::size_t value = valueBehind(line, {begin, end}, begin == first);
       if (value != std::string_view::npos && !isTakenOut(line.substr(value))) return value;
     }
     return std::string_view::npos;
@@ -327,17 +330,17 @@ class Lines {
     return value.starts_with('"') || value.starts_with('\'') || value.starts_with('<');
   }
 
-  // The name stands from `begin` to `end`. "name=value", "name: value", "-name value", and a line
-  // that begins with the name, as files of keys and values may have it.
-  static std::size_t valueBehind(std::string_view line, std::size_t begin, std::size_t end) {
-    const std::size_t next = std::min(line.find_first_not_of("\"'\\] \t", end), line.size());
+  // "name=value", "name: value", "-name value", and a line that begins with the name, as files of
+  // keys and values may have it.
+  static std::size_t valueBehind(std::string_view line, Word name, bool isFirst) {
+    const std::size_t next = std::min(line.find_first_not_of("\"'\\] \t", name.end), line.size());
     if (next < line.size() && (line[next] == '=' || line[next] == ':')) {
       const std::size_t value = std::min(line.find_first_not_of("\"'\\= :\t\r", next), line.size());
       return value == line.size() ? std::string_view::npos : value;
     }
-    if (line[begin] == '-') return std::min(line.find_first_not_of("\"', \t\r", end), line.size());
-    const bool isFirst = line.substr(0, begin).find_first_not_of(" \t") == std::string_view::npos;
-    const bool isApart = end < line.size() && isBlank(line[end]);
+    if (line[name.begin] == '-')
+      return std::min(line.find_first_not_of("\"', \t\r", name.end), line.size());
+    const bool isApart = name.end < line.size() && isBlank(line[name.end]);
     return isFirst && isApart && next < line.size() ? next : std::string_view::npos;
   }
 
