@@ -331,13 +331,15 @@ class Lines {
   }
 
   // "name=value", "name: value", "-name value", and a line that begins with the name, as files of
-  // keys and values may have it.
+  // keys and values may have it. The line's end for a value that begins in the next one.
   static std::size_t valueBehind(std::string_view line, Word name, bool isFirst) {
     const std::size_t next = std::min(line.find_first_not_of("\"'\\] \t", name.end), line.size());
     if (next < line.size() && (line[next] == '=' || line[next] == ':')) {
       const std::size_t value = std::min(line.find_first_not_of("\"'\\= :\t\r", next), line.size());
-      return value == line.size() ? std::string_view::npos : value;
+      const bool isBehind = value < line.size() || line[next] == ':' || goesOn(line);
+      return isBehind ? value : std::string_view::npos;
     }
+    if (next == line.size() && goesOn(line)) return next;
     if (line[name.begin] == '-')
       return std::min(line.find_first_not_of("\"', \t\r", name.end), line.size());
     const bool isApart = name.end < line.size() && isBlank(line[name.end]);

@@ -84,6 +84,19 @@ TEST(RedactionTest, AValueOfSeveralLinesGoesAsAWhole) {
   EXPECT_EQ("-password\n[redacted]\nb\n", text("-password\nhidden\nb\n"));
 }
 
+TEST(RedactionTest, AValueThatBeginsInTheNextLineGoes) {
+  proves("SUPPORT-3");
+  EXPECT_EQ("password=\\\n[redacted]\nb=1\n", text("password=\\\nhidden\nb=1\n"));
+  EXPECT_EQ("+password = \\\r\n[redacted]\n[redacted]\nb=1\n",
+            text("+password = \\\r\n  hid\\\n+den\nb=1\n"));
+  EXPECT_EQ("password \\\n[redacted]\nb=1\n", text("password \\\n  hidden\nb=1\n"));
+  EXPECT_EQ("password:\n[redacted]\nb: 1\n", text("password:\nhidden\nb: 1\n"));
+  EXPECT_EQ("\"password\" : \n[redacted]\n", text("\"password\" : \n  \"hidden\"\n"));
+  EXPECT_EQ("password=\\\\\nb=1\n", text("password=\\\\\nb=1\n")) << "this line is not continued";
+  EXPECT_EQ("a password\nb=1\n", text("a password\nb=1\n"));
+  EXPECT_EQ("password =\nb=1\n", text("password =\nb=1\n")) << "there is nothing to take out";
+}
+
 TEST(RedactionTest, PrivateKeysGo) {
   proves("SUPPORT-3");
   EXPECT_EQ("a\n[redacted]\n\n[redacted]\nb\n",
