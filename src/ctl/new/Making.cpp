@@ -17,6 +17,7 @@
 #include "hotfix/base/Path.h"
 #include "hotfix/util/InstallUtil.h"
 #include "instance/InstanceLayout.h"
+#include "platform/FileEnds.h"
 #include "platform/FileManager.h"
 #include "platform/Interruption.h"
 #include "platform/NewTree.h"
@@ -52,13 +53,29 @@ std::string settingsIn(const std::string& file) {
 
 // --- Key stores ----------------------------------------------------------------------------------
 
+// The instance is its user's: a link, or a second name of a file, could bring one into the package
+// that is not.
+std::string ownContentOf(const std::string& rcpHome, const std::string& below) {
+  constexpr EndSizes kWhole{FileManager::kMaximumRead, 0};
+  FileError error;
+  auto file = readEnds(rcpHome, below, kWhole, error);
+  if (!file) give(error.description);
+  const std::string path = appendingComponent(rcpHome, below);
+  if (file->hasOtherNames)
+    give(fmt::format("\"{}\" has other names: it may be a file that is nobody's business", path));
+  if (file->leftOut > 0) give(fmt::format("\"{}\" is longer than {} bytes", path, kWhole.head));
+  return std::move(file->head);
+}
+
 // By the names under which the installer takes them.
 class KeyStores {
  public:
   // Those that the instance has stay, unless the package brings another one of that name.
-  void takeFrom(const std::string& folder) {
+  void takeFrom(const std::string& rcpHome) {
+    const std::string folder = InstanceLayout::deploy(rcpHome);
+    const std::string below = path::lastComponent(folder);
     for (const std::string& name : lint::keyStoresIn(folder))
-      if (!isThere(name)) _stores[name] = contentOf(appendingComponent(folder, name));
+      if (!isThere(name)) _stores[name] = ownContentOf(rcpHome, appendingComponent(below, name));
   }
   void add(const std::string& file) {
     std::string name = path::lastComponent(file);
@@ -80,16 +97,16 @@ class KeyStores {
   std::map<std::string, std::string> _stores;  // name -> bytes
 };
 
-std::string keyStoresOf(const std::string& instance, const std::string& frameworkPath) {
+std::string rcpHomeOf(const std::string& instance, const std::string& frameworkPath) {
   HotfixPackage package;
   package.frameworkPath = frameworkPath;
-  return InstanceLayout::deploy(*package.rcpHomeIn(instance));
+  return *package.rcpHomeIn(instance);
 }
 
 KeyStores keyStoresFor(const Wanted& wanted) {
   KeyStores stores;
   for (const std::string& file : wanted.keyStores) stores.add(file);
-  if (wanted.instance) stores.takeFrom(keyStoresOf(*wanted.instance, wanted.frameworkPath));
+  if (wanted.instance) stores.takeFrom(rcpHomeOf(*wanted.instance, wanted.frameworkPath));
   return stores;
 }
 

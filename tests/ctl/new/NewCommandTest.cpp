@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <cstdint>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "ctl/ControlTest.h"
@@ -245,6 +247,30 @@ TEST_F(NewCommandTest, AKeyStoreOfAnotherLetterCaseIsNotTaken) {
 
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.out, HasSubstr("\".keystore\" of the instance would be removed"));
+}
+
+// The instance is its user's, and what a package holds everybody can read.
+TEST_F(NewCommandTest, NothingButTheInstancesOwnFilesIsTakenForItsKeyStores) {
+  proves("NEW-6");
+  const std::string store = _instance.deploy(".keystore.own");
+  const auto words = arguments({"--instance", _instance.bundle});
+  _sandbox.writeFile("/Applications/guarded", "guarded", 0600);
+  _sandbox.makeLink(store, "/Applications/guarded");
+  expectRefusal(words, 2, "\"" + store + "\" cannot be read");
+
+  _sandbox.remove(store);
+  std::filesystem::create_hard_link(_sandbox.host("/Applications/guarded"), _sandbox.host(store));
+  expectRefusal(words, 2, "\"" + store + "\" has other names");
+
+  _sandbox.remove(store);
+  _sandbox.writeFile(store, "");
+  std::filesystem::resize_file(_sandbox.host(store), (std::uintmax_t{64} << 20) + 1);
+  expectRefusal(words, 2, "\"" + store + "\" is longer than 67108864 bytes");
+
+  _sandbox.remove(_instance.deploy(""));
+  _sandbox.writeFile("/Applications/guarded-deploy/.keystore", "guarded");
+  _sandbox.makeLink(_instance.home() + "/deploy", "/Applications/guarded-deploy");
+  expectRefusal(words, 2, "\"" + _instance.deploy(".keystore") + "\" cannot be read");
 }
 
 TEST_F(NewCommandTest, TwoKeyStoresOfOneNameAreRefused) {
