@@ -9,9 +9,16 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
+bool endsWithEscape(std::string_view text) {
+  const std::size_t begin = text.find_last_not_of('\\') + 1;  // 0 when there is nothing else
+  return (text.size() - begin) % 2 == 1;
+}
+
+// A backslash before the letter means nothing, but would take ours for its own.
 void appendEscapes(char32_t character, std::string& to) {
   std::u16string units;
   appendUnits(character, units);
+  if (endsWithEscape(to)) to.pop_back();
   for (const char16_t unit : units) {
     to += "\\u";
     appendHexDigits(unit, to);

@@ -32,6 +32,16 @@ TEST(SettingsTest, LettersBecomeEscapesOfTheirUnits) {
               Optional(std::string("a=\\u00fc\\u20ac\\ud83d\\ude00!\n")));
 }
 
+// An escape begins with a backslash that none stands before.
+TEST(SettingsTest, ABackslashThatMeansNothingGoesBeforeALetter) {
+  proves("NEW-4");
+  EXPECT_THAT(plain("k\\\xC3\xBC=v"), Optional(std::string("k\\u00fc=v")));
+  EXPECT_THAT(plain("k\\\\\xC3\xBC=v"), Optional(std::string("k\\\\\\u00fc=v")));
+  EXPECT_THAT(plain("k\\\\\\\xC3\xBC=v"), Optional(std::string("k\\\\\\u00fc=v")));
+  EXPECT_THAT(plain("\\\xF0\x9F\x98\x80"), Optional(std::string("\\ud83d\\ude00")));
+  EXPECT_THAT(plain("k\\t\xC3\xBC=v"), Optional(std::string("k\\t\\u00fc=v")));
+}
+
 TEST(SettingsTest, AByteOrderMarkGoes) {
   proves("NEW-4");
   EXPECT_THAT(plain("\xEF\xBB\xBF"
