@@ -36,6 +36,10 @@ bool isBlank(char letter) {
 bool isOfName(char letter) {
   return isAlnum(letter) || std::string_view("_.-").find(letter) != std::string_view::npos;
 }
+// An element's; all letters beyond ASCII do.
+bool beginsName(char letter) {
+  return isAlnum(letter) || letter == '_' || letter == ':' || static_cast<signed char>(letter) < 0;
+}
 // What the tokens of protocols are made of.
 bool isOfToken(char letter) {
   return isAlnum(letter) || std::string_view("_.-+/=~").find(letter) != std::string_view::npos;
@@ -137,12 +141,18 @@ class Markup {
 
   // Answers where the tag has ended.
   std::size_t takeTag(std::size_t at) {
-    if (_text.substr(at).starts_with(kRawText)) return takeRawText(at);
+    const std::string_view rest = _text.substr(at);
+    const bool hasSections = _isDocument || _secretDepth || _isKey;
+    if (hasSections && rest.starts_with(kSection.open))
+      return takeEnclosed(at, kSection, &Markup::takeSection);
+    for (const Brackets& brackets : {kComment, kInstruction})
+      if ((_isDocument || _secretDepth) && rest.starts_with(brackets.open))
+        return takeEnclosed(at, brackets, &Markup::takeAside);
     const std::size_t end = endOfTag(at);
     const std::string_view tag = _text.substr(at, end - at);
     if (tag.starts_with("</"))
       close(tag);
-    else if (tag.ends_with('>') && isAlnum(tag[1]))
+    else if (tag.ends_with('>') && beginsName(tag[1]))
       open(tag);
     else
       _result.text += tag;
@@ -169,12 +179,37 @@ class Markup {
     if (_secretDepth && _depth < *_secretDepth) _secretDepth.reset();
   }
 
-  std::size_t takeRawText(std::size_t at) {
-    const std::size_t begin = at + kRawText.size();
-    const std::size_t end = std::min(_text.find("]]>", begin), _text.size());
-    _result.text += kRawText;
-    takeText(_text.substr(begin, end - begin));
-    return end;
+  // Encloses a text in which no tag counts.
+  struct Brackets {
+    std::string_view open;
+    std::string_view close;
+  };
+
+  std::size_t takeEnclosed(std::size_t at, const Brackets& brackets,
+                           void (Markup::*take)(std::string_view)) {
+    const std::size_t begin = at + brackets.open.size();
+    const std::size_t end = std::min(_text.find(brackets.close, begin), _text.size());
+    const std::string_view close = _text.substr(end, brackets.close.size());
+    _result.text += brackets.open;
+    (this->*take)(_text.substr(begin, end - begin));
+    _result.text += close;
+    return end + close.size();
+  }
+
+  void takeSection(std::string_view text) {
+    if (_secretDepth || _isKey)
+      takeText(text);
+    else
+      takeAside(text);
+  }
+
+  // Elements that are written in it have a depth of their own. What it encloses itself is taken for
+  // other text, so that no text is looked at within more than one other.
+  void takeAside(std::string_view text) {
+    const Redacted aside =
+        _secretDepth ? Redacted{std::string(kRedacted), 1} : Markup(text, false).redacted();
+    _result.text += aside.text;
+    _result.count += aside.count;
   }
 
   // Behind the closing bracket; before the next opening one, which no tag can hold, when there is
@@ -227,7 +262,9 @@ class Markup {
     return name == "name" || name == "key" || name == "id";
   }
 
-  static constexpr std::string_view kRawText = "<![CDATA[";
+  static constexpr Brackets kSection{"<![CDATA[", "]]>"};
+  static constexpr Brackets kComment{"<!--", "-->"};
+  static constexpr Brackets kInstruction{"<?", "?>"};
 
   const std::string_view _text;
   const bool _isDocument;
