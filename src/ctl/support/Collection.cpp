@@ -3,9 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 #include <utility>
 
+#include "base/XmlRewriting.h"
 #include "ctl/support/Redaction.h"
 
 namespace installer::ctl::support {
@@ -66,7 +68,7 @@ bool redactWhole(Content content, std::string_view bytes, Redacted& redacted) {
     case Content::lines:
       break;
     case Content::document:
-      if (!isMarkup(bytes)) return false;
+      if (!isMarkup(bytes) || !xml::parse(std::string(bytes))) return false;
       redacted = redactDocument(bytes);
       return true;
     case Content::propertyList:

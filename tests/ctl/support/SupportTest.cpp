@@ -322,13 +322,17 @@ TEST_F(SupportTest, WhatCannotBeSearchedForSecretsIsLeftOut) {
   proves("SUPPORT-3");
   keepRun();
   _sandbox.writeFile(_instance.deploy("install.xml"), std::string("\xFF\xFE<\0a\0/\0>\0", 10));
+  // Where an element that is not closed ends nobody can say.
+  _sandbox.writeFile(_instance.deploy("uninstall.hotfix.xml"),
+                     "<m><password>a</pasword>hidden</password></m>\n");
   _sandbox.writeFile(_instance.info(), "no list");
   _sandbox.writeFile(std::string(kKept) + "/plan.json", "{\"cut\": ");
 
   EXPECT_EQ(1, support().status);
 
-  for (const std::string entry : {"instances/1/deploy/install.xml", "instances/1/installInfo.plist",
-                                  "kept-runs/20261122T153012.045Z-Quillmere/plan.json"}) {
+  for (const std::string entry :
+       {"instances/1/deploy/install.xml", "instances/1/deploy/uninstall.hotfix.xml",
+        "instances/1/installInfo.plist", "kept-runs/20261122T153012.045Z-Quillmere/plan.json"}) {
     EXPECT_EQ("left-out", indexed(entry).at("fate"));
     EXPECT_THAT(indexed(entry).at("reason"), HasSubstr("cannot be read as what it should be"));
     EXPECT_FALSE(unpacked().contains("hotfix-support/" + entry));
