@@ -17,6 +17,7 @@
 #include "platform/FileManager.h"
 #include "platform/Interruption.h"
 #include "platform/ProcessSetup.h"
+#include "platform/TrustedPath.h"
 #include "platform/UserContext.h"
 #include "workflow/HotfixPackage.h"
 
@@ -35,10 +36,14 @@ struct Lack {
 // The copy, and all that the run needs beside it; gone with the object.
 class WorkFolder {
  public:
-  explicit WorkFolder(const std::optional<std::string>& folder) {
+  explicit WorkFolder(const std::string& folder) {
     std::string reason;
-    const auto made =
-        privately::makeWorkFolder(absolutePath(folder.value_or(usualFolder())), reason);
+    // From now on it is known by its path.
+    const uid_t user = Platform::current().users->effectiveUserId();
+    if (const auto distrust = reasonToDistrust(folder, user))
+      throw Lack{RehearsalOutcome::notPossible,
+                 fmt::format("\"{}\" cannot be trusted: {}", folder, *distrust)};
+    const auto made = privately::makeWorkFolder(folder, reason);
     if (!made) throw Lack{RehearsalOutcome::notPossible, reason};
     _path = *made;
   }
@@ -64,11 +69,13 @@ class WorkFolder {
   }
 
  private:
-  // What is there is on a disk, mostly the instance's, whose blocks a copy can share.
-  static std::string usualFolder() { return exists(std::string("/var/tmp")) ? "/var/tmp" : "/tmp"; }
-
   std::string _path;
 };
+
+// What is there is on a disk, mostly the instance's, whose blocks a copy can share.
+std::string usualFolder() {
+  return exists(std::string("/var/tmp")) ? "/var/tmp" : "/tmp";
+}
 
 // Everywhere that the package says it has something.
 std::vector<std::string> placesOf(const std::string& package) {
@@ -98,7 +105,7 @@ class Rehearsal {
   void run() {
     if (const auto lack = privately::lack()) throw Lack{RehearsalOutcome::notPossible, *lack};
     lookAtInstance();
-    WorkFolder work(_request.folder);
+    WorkFolder work(absolutePath(_request.folder.value_or(usualFolder())));
     try {
       copyInstance(work);
       play(work);

@@ -398,6 +398,38 @@ TEST_F(RehearseTest, WithoutRoomThereIsNone) {
   EXPECT_EQ(2, rehearse({"--work", "/missing"}).status);
 }
 
+// Root makes folders there and opens one of them to all.
+TEST_F(RehearseTest, AWorkFolderThatSomebodyCouldExchangeIsRefused) {
+  proves("REHEARSE-7");
+  _sandbox.makeFolder("/work/below");
+  _sandbox.setMode("/work", 0777);
+  _sandbox.makeLink("/way", "/work/below");
+  for (const char* folder : {"/work", "/work/below", "/way"}) {
+    const RunResult result = rehearse({"--work", folder});
+
+    EXPECT_EQ(2, result.status) << folder;
+    EXPECT_EQ(
+        "hotfixctl: \"" + std::string(folder) + "\" cannot be trusted: others can write /work\n",
+        result.err);
+  }
+  EXPECT_THAT(_sandbox.list("/work"), ElementsAre("below"));
+
+  _sandbox.setMode("/work", 01777);
+  EXPECT_EQ(0, rehearse({"--work", "/way"}).status);
+}
+
+TEST_F(RehearseTest, AWorkFolderOfAnotherUserIsRefused) {
+  proves("REHEARSE-7");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
+
+  const RunResult result = rehearse({"--work", "/Users/alice"});
+
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ(
+      "hotfixctl: \"/Users/alice\" cannot be trusted: /Users/alice belongs to the user 1000\n",
+      result.err);
+}
+
 TEST_F(RehearseTest, AUserWithoutNamespacesIsToldSo) {
   proves("REHEARSE-6");
   if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
