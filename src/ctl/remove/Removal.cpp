@@ -170,13 +170,21 @@ class Removal {
         _report.agreement == Agreement::manifestDamaged)
       return forget();
     auto instance = InstanceService::existing(_home, _report.rcpData);
-    if (_report.agreement == Agreement::brokenOff && instance)
-      (void)instance->copyHotfixUninstallManifest(manifest());  // without it the workflow says so
+    if (instance) prepare(*instance);
     overlay::KeptOutput kept;
     _succeeded = HotfixUninstall(_home, _report.rcpData).uninstallOldHotfix();
     _report.output = kept.take();
     // Whatever came of it, the launcher was root's, and what it made is the user's.
     if (instance) instance->updatePermissions(true, std::optional(_report.rcpData));
+  }
+
+  void prepare(InstanceService& instance) {
+    if (_report.agreement == Agreement::brokenOff)
+      (void)instance.copyHotfixUninstallManifest(manifest());  // without it the workflow says so
+    // What goes only after a success tells a removal that had none. A record that lacks it counts
+    // as one that says the same.
+    if (!instance.getInstalledHotfixBundleID())
+      instance.saveHotfixSkipRunningCheckProperty(instance.isHotfixInstallWithSkipRunningCheck());
   }
 
   Agreement agreement() const {

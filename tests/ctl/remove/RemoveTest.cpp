@@ -81,6 +81,22 @@ class RemoveTest : public ControlTest {
     EXPECT_EQ(before, places());
     EXPECT_EQ(children, _sandbox.children().size());
   }
+  // An installation that failed leaves no version; a package without an identifier no more than
+  // one.
+  void keepOfTheRecord(bool version) {
+    std::vector<std::pair<std::string, ListValue>> kept = {{"version", ListValue::string("8.5.2")}};
+    if (version) kept.emplace_back("hotfixVersion", ListValue::string("1.4"));
+    writeInfo(kept);
+  }
+  // Killed when it is about to give an entry that name.
+  static RunOptions killedAt(const char* name) {
+    RunOptions options;
+    options.set("LD_PRELOAD", CliSandbox::kKillAtName);
+    options.set("HOTFIX_KILL_AT_NAME", name);
+    // The sanitizer of a build with one wants to be the first library that is loaded.
+    options.set("ASAN_OPTIONS", "verify_asan_link_order=0");
+    return options;
+  }
   void failLauncher() {
     _sandbox.script("rcplauncher", ChildScript().write(_instance.result(), "rc=13\n"));
   }
@@ -457,6 +473,27 @@ TEST_F(RemoveTest, AFailedRemovalIsToldAndCanBeMadeAgain) {
   EXPECT_EQ(1, remove().status);
 }
 
+// Nothing but the manifest told of the hotfix, and that is the launcher's by then.
+TEST_F(RemoveTest, AFailedRemovalOfWhatIsHardlyRecordedCanBeMadeAgain) {
+  proves("UNDO-6");
+  for (const bool hasVersion : {false, true}) {
+    keepOfTheRecord(hasVersion);
+    _sandbox.writeFile(uninstallManifest(), manifestOf("uninstall"));
+    failLauncher();
+    ASSERT_EQ(7, remove({"--force"}).status);
+    EXPECT_FALSE(_sandbox.exists(uninstallManifest()));
+
+    refuses(2, "A removal has begun and did not succeed");
+
+    _sandbox.script("rcplauncher",
+                    ChildScript().snapshot(updateManifest()).write(_instance.result(), "rc=0\n"));
+    EXPECT_EQ("removed", told(0, {"--force"}).at("outcome"));
+    EXPECT_EQ(manifestOf("uninstall"), launches().back().fileAt(updateManifest()));
+    EXPECT_THAT(listAt(_instance.info()).keys(), ElementsAre("version"));
+    EXPECT_EQ(1, remove({"--force"}).status);
+  }
+}
+
 TEST_F(RemoveTest, AFailedRemovalStillHandsTheFilesBack) {
   proves("UNDO-6");
   if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
@@ -524,13 +561,8 @@ TEST_F(RemoveTest, ARemovalThatWasKilledCanBeTakenUp) {
     _sandbox.remove(_instance.deploy("install.0101200000.xml"));
     _sandbox.writeFile(_instance.launcherProperties(),
                        "provisioning.manifest.version=0101200000\n");
-    RunOptions options;
-    options.set("LD_PRELOAD", CliSandbox::kKillAtName);
-    options.set("HOTFIX_KILL_AT_NAME", name);
-    // The sanitizer of a build with one wants to be the first library that is loaded.
-    options.set("ASAN_OPTIONS", "verify_asan_link_order=0");
 
-    ASSERT_EQ(128 + SIGKILL, remove({}, options).status) << name;
+    ASSERT_EQ(128 + SIGKILL, remove({}, killedAt(name)).status) << name;
 
     const int again = remove().status;
     EXPECT_TRUE(again == 0 || again == 2) << name << " " << again;
@@ -539,6 +571,24 @@ TEST_F(RemoveTest, ARemovalThatWasKilledCanBeTakenUp) {
     }
     EXPECT_THAT(listAt(_instance.info()).keys(), ElementsAre("version")) << name;
     EXPECT_THAT(_sandbox.entriesNamed(".hotfix-"), IsEmpty()) << name;
+  }
+}
+
+TEST_F(RemoveTest, ARemovalOfWhatIsHardlyRecordedCanBeTakenUpAfterAKill) {
+  proves("UNDO-7");
+  for (const bool hasVersion : {false, true}) {
+    keepOfTheRecord(hasVersion);
+    _sandbox.writeFile(uninstallManifest(), manifestOf("uninstall"));
+    _sandbox.remove(_instance.deploy("install.0101200000.xml"));
+    _sandbox.writeFile(_instance.launcherProperties(),
+                       "provisioning.manifest.version=0101200000\n");
+
+    ASSERT_EQ(128 + SIGKILL, remove({"--force"}, killedAt("install.0101200000.xml")).status);
+
+    EXPECT_FALSE(_sandbox.exists(uninstallManifest()));
+    EXPECT_EQ(2, remove().status);
+    EXPECT_EQ("removed", told(0, {"--force"}).at("outcome"));
+    EXPECT_THAT(listAt(_instance.info()).keys(), ElementsAre("version"));
   }
 }
 
