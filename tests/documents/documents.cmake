@@ -4,7 +4,7 @@ if(NOT TARGET hotfixctl OR NOT TARGET HotfixInstaller OR NOT HOTFIX_BUILD_SAMPLE
 endif()
 
 file(GLOB documents CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/authors.md
-     ${PROJECT_SOURCE_DIR}/docs/administrators.md)
+     ${PROJECT_SOURCE_DIR}/docs/administrators.md ${PROJECT_SOURCE_DIR}/docs/fleet.md)
 foreach(document IN LISTS documents)
   get_filename_component(name ${document} NAME_WE)
   hotfix_add_recorded_test(documents ${name} COMMAND ${CMAKE_CURRENT_LIST_DIR}/run ${document})
