@@ -48,7 +48,7 @@ def describe(folder, **changes):
 
 class MacsTest(unittest.TestCase):
     def setUp(self):
-        for place in ("/Applications", "/Library", "/var/log", "/hotfixes", "/items"):
+        for place in ("/Applications", "/Library", "/var/lib", "/hotfixes", "/items"):
             Path(place).mkdir(exist_ok=True)
             run("mount", "-t", "tmpfs", "-o", "mode=0755", "fresh", place)
             self.addCleanup(run, "umount", place)
