@@ -41,7 +41,7 @@ class Companion:
 
 def plan(package="2", before="1", code=0, home="/nowhere"):
     return {"status": 1 if code else 0, "versions": {"package": package, "before": before, "after": package},
-            "instance": {"rcpHome": home}, "error": {"code": code}, "changes": ["many"], "log": ["long"],
+            "instance": {"rcpHome": home}, "error": {"code": code, "cause": "running", "meaning": "it runs.", "remedy": "Quit it."}, "changes": ["many"], "log": ["long"],
             "output": "long", "children": []}
 
 
@@ -71,7 +71,7 @@ class InstallTest(unittest.TestCase):
         outcome = outcome_of(hotfix.install, Module(), Companion(plan(before="2")))
 
         self.assertEqual({"changes", "log", "output"} & set(outcome["answer"]), set())
-        self.assertEqual(outcome["answer"]["error"], {"code": 0})
+        self.assertEqual(outcome["answer"]["error"]["code"], 0)
 
     def testRefusalIsForeseenWithItsReason(self):
         module = Module()
@@ -79,8 +79,8 @@ class InstallTest(unittest.TestCase):
 
         outcome = outcome_of(hotfix.install, module, Companion(plan(code=6)))
 
-        self.assertEqual((outcome["failed"], outcome["changed"], outcome["msg"]),
-                         (True, False, hotfix.CAUSES[6]))
+        self.assertEqual((outcome["failed"], outcome["changed"], outcome["msg"], outcome["cause"]),
+                         (True, False, "it runs. Quit it.", "running"))
 
     def testInstanceStaysItsOwners(self):
         with tempfile.TemporaryDirectory() as home:

@@ -1,5 +1,6 @@
 #include "ctl/plan/PlanJson.h"
 
+#include "ctl/Endings.h"
 #include "ctl/plan/ChangeTexts.h"
 #include "ctl/plan/PlanText.h"
 
@@ -56,6 +57,16 @@ Json checksJson(const Plan& plan) {
   return checks;
 }
 
+// What becomes of it is told in the words that tell it of a run.
+Json errorJson(const Plan& plan) {
+  Json error = {{"code", plan.errorCode}, {"details", plan.errorDetails}};
+  const EndingDescription* const ending = descriptionOf(plan.errorCode);
+  error["cause"] = ending ? Json(ending->name) : Json(nullptr);
+  error["meaning"] = ending ? Json(ending->meaning) : Json(nullptr);
+  error["remedy"] = ending ? Json(ending->remedy) : Json(nullptr);
+  return error;
+}
+
 Json statusJson(const std::optional<overlay::Status>& status) {
   if (!status) return nullptr;
   return {{"kind", nameOf(status->kind)},
@@ -106,7 +117,7 @@ Json planJson(Plan& plan, bool withDifferences) {
           {"assumed", plan.request().assumed},
           {"instance", instanceJson(plan)},
           {"checks", checksJson(plan)},
-          {"error", {{"code", plan.errorCode}, {"details", plan.errorDetails}}},
+          {"error", errorJson(plan)},
           {"versions",
            {{"package", jsonOf(plan.packageVersion)},
             {"before", jsonOf(plan.versionBefore)},

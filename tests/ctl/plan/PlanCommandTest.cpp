@@ -5,6 +5,7 @@
 #include <set>
 
 #include "ctl/ControlTest.h"
+#include "ctl/Endings.h"
 #include "support/Judge.h"
 #include "support/Proves.h"
 #include "support/TemporaryFolder.h"
@@ -225,11 +226,25 @@ TEST_F(PlanCommandTest, TheSchemaKnowsTheWholeAnswer) {
   }
 }
 
+TEST_F(PlanCommandTest, WhatIsInTheWayIsToldAsARunTellsIt) {
+  recordHotfix("9");
+
+  const json error = planned()["error"];
+
+  const auto& ending = ctl::descriptionOf(ctl::Ending::higherHotfixInstalled);
+  EXPECT_EQ(error["code"], static_cast<int>(ending.code));
+  EXPECT_EQ(error["cause"], ending.name);
+  EXPECT_EQ(error["meaning"], ending.meaning);
+  EXPECT_EQ(error["remedy"], ending.remedy);
+}
+
 // It stays for whoever reads it after the run, too.
 TEST_F(PlanCommandTest, ARecordThatCannotBeReplacedIsToldAsItStands) {
   keepRecordWith("99");
 
-  EXPECT_EQ(planned()["error"]["code"], 99);
+  const json error = planned()["error"];
+  EXPECT_EQ(error["code"], 99);
+  EXPECT_EQ(error["cause"], nullptr);
   judgeBySchema(_result.out);
 }
 

@@ -90,8 +90,10 @@ EXAMPLES = r"""
 
 RETURN = r"""
 cause:
-  description: Why it ended as it did, in one word of C(hotfixctl install) or C(hotfixctl remove).
-  returned: when something was done
+  description:
+    - Why it ended as it did, or would, in one word of C(hotfixctl install) or C(hotfixctl remove).
+    - In check mode null where the launcher is what fails.
+  returned: when something was done, or cannot be done
   type: str
   sample: application-running
 versions:
@@ -117,17 +119,6 @@ import pwd
 
 from ansible.module_utils.basic import AnsibleModule
 from ansible_collections.kiv.hotfix.plugins.module_utils.hotfixctl import Companion, told
-
-# What the checks that a plan makes find, by the code of the error record.
-CAUSES = {
-    0: "The launcher would not install it.",
-    3: "A path holds a character that is not supported.",
-    4: "The install manifest is missing.",
-    6: "The application is running. Quit it, and run this again.",
-    7: "A higher hotfix is installed. Remove it first.",
-    8: "There is no such instance.",
-}
-
 
 def data_folder(parameters):
     return ["-rcpdata", parameters["rcpdata"]] if parameters["rcpdata"] else []
@@ -173,7 +164,9 @@ def install(module, companion):
     if module.check_mode:
         if plan["status"] != 0:
             outcome["changed"] = False
-            module.fail_json(msg=CAUSES.get(plan["error"]["code"], CAUSES[0]), **outcome)
+            error = plan["error"]
+            module.fail_json(msg=told(error, "meaning", "remedy") or "The launcher would not install it.",
+                             cause=error["cause"], **outcome)
         module.exit_json(**outcome)
     parameters = module.params
     arguments = ["--wait", str(parameters["wait"])] + data_folder(parameters)
