@@ -94,6 +94,21 @@ void lintOlderRemoval(const PackageView& older, Findings& findings) {
                  "The older hotfix's uninstall manifest is missing or damaged.");
 }
 
+// A folder that stays is told alone, without what is in it.
+void lintOlderExtras(const PackageView& package, const std::string& older, Findings& findings) {
+  const std::string& extras = package.resolved.locations.extras;
+  const auto seen = lookBelow(older, kTreeLook);
+  if (!seen) return;
+  for (const SeenEntry& entry : seen->entries) {
+    const std::string now = path::appendingComponent(extras, entry.path);
+    const bool isTold =
+        entry.path.find('/') != std::string::npos && !exists(path::deletingLastComponent(now));
+    if (!isTold && !exists(now))
+      findings.add(rule("HF906"), placeOf(path::appendingComponent(older, entry.path)),
+                   fmt::format("\"{}\" of the older package's extras stays.", entry.path));
+  }
+}
+
 void lintOlderFiles(const PackageView& package, const PackageView& older, Findings& findings) {
   const auto brought = keyStoresIn(package.resolved.locations.keyStores);
   const std::string& stores = older.resolved.locations.keyStores;
@@ -102,11 +117,7 @@ void lintOlderFiles(const PackageView& package, const PackageView& older, Findin
       findings.add(
           rule("HF905"), placeOf(path::appendingComponent(stores, name)),
           fmt::format("\"{}\" of the older package would be removed and not replaced.", name));
-  const std::string& extras = older.resolved.locations.extras;
-  for (const SeenEntry& entry : entriesOf(extras))
-    if (!exists(path::appendingComponent(package.resolved.locations.extras, entry.path)))
-      findings.add(rule("HF906"), placeOf(path::appendingComponent(extras, entry.path)),
-                   fmt::format("\"{}\" of the older package's extras stays.", entry.path));
+  lintOlderExtras(package, older.resolved.locations.extras, findings);
 }
 
 }  // namespace

@@ -259,6 +259,19 @@ TEST_F(LintCommandTest, RulesAreListedAndExplainedWithoutAPackage) {
   EXPECT_THAT(result.out, StartsWith("HF108 (error)\nversion is missing.\n\n"));
 }
 
+TEST_F(LintCommandTest, WhatStaysOfOlderExtrasIsToldOnceForAFolder) {
+  const std::string older = "/Volumes/Old/mac/deploy/extras/";
+  for (const char* path : {"fonts/kept.ttf", "fonts/old.ttf", "gone/a", "gone/deep/b"})
+    _world->write(older + path, "old");
+  _world->write(LintWorld::extras("fonts/kept.ttf"), "new");
+
+  const std::string told = lint({_path, "--older", LintWorld::kOlder}).out;
+
+  EXPECT_THAT(told, HasSubstr("\"fonts/old.ttf\" of the older package's extras stays."));
+  EXPECT_THAT(told, HasSubstr("\"gone\" of the older package's extras stays."));
+  EXPECT_THAT(told, Not(AnyOf(HasSubstr("kept.ttf"), HasSubstr("gone/"), HasSubstr("\"fonts\""))));
+}
+
 TEST_F(LintCommandTest, NothingIsChangedOrLoggedOrStarted) {
   proves("LINT-7");
   _world->unset("version");
