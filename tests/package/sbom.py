@@ -60,7 +60,7 @@ def output(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
-class ContentsTest(unittest.TestCase):
+class DocumentTest(unittest.TestCase):
     def setUp(self):
         [path] = FOLDER.glob("*.spdx.json")
         self._document = json.loads(path.read_text(encoding="utf-8"))
