@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "ctl/install/Outcome.h"
 #include "ctl/trace/Run.h"
 #include "support/Proves.h"
 
@@ -62,6 +63,21 @@ TEST(EndingsTest, TheSchemasListEveryNameInUse) {
   EXPECT_EQ(nlohmann::json(steps),
             run.at("steps").at("items").at("properties").at("step").at("enum"));
   EXPECT_EQ(nlohmann::json(names), schema("status-1").at("definitions").at("ending").at("enum"));
+}
+
+TEST(EndingsTest, CausesOfInstallationsAndStepsAreFoundByTheirNames) {
+  const nlohmann::json install = schema("install-1");
+  const nlohmann::json& causes = install.at("properties").at("cause").at("enum");
+  ASSERT_LT(endings().size(), causes.size());
+  for (const std::string name : causes) {
+    const auto outcome = install::outcomeNamed(name);
+    ASSERT_TRUE(outcome) << name;
+    EXPECT_EQ(name, outcome->name);
+  }
+  for (int kind = 0; kind <= static_cast<int>(StepKind::collectLogs); ++kind)
+    EXPECT_EQ(static_cast<StepKind>(kind), stepNamed(nameOf(static_cast<StepKind>(kind))));
+  EXPECT_FALSE(install::outcomeNamed("unheard-of"));
+  EXPECT_FALSE(stepNamed("unheard-of"));
 }
 
 TEST(EndingsTest, RetiredCodesHaveNone) {

@@ -98,6 +98,15 @@ constexpr Outcome kNotKept{
     "See to the folder that the line names: it has to be root's, nobody else may write there, and "
     "its disk needs room."};
 
+std::optional<Outcome> outcomeNamed(std::string_view name) {
+  for (const EndingDescription& ending : endings())
+    if (ending.name == name) return outcomeOf(ending.ending);
+  for (const Outcome& outcome :
+       {kUntold, kAnotherAtWork, kRefusedByLint, kNotRoot, kNoPackage, kNoInstaller, kNotKept})
+    if (outcome.name == name) return outcome;
+  return std::nullopt;
+}
+
 std::span<const ExitStatus> statuses() {
   return kStatuses;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -29,6 +30,9 @@ extern const Outcome kNotRoot;
 extern const Outcome kNoPackage;
 extern const Outcome kNoInstaller;
 extern const Outcome kNotKept;
+
+// The outcome of that name; nullopt for a name that none has.
+std::optional<Outcome> outcomeNamed(std::string_view name);
 
 // Every status that is told so.
 std::span<const ExitStatus> statuses();

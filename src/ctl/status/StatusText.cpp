@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <string_view>
-
 #include "ctl/Endings.h"
 #include "ctl/Shown.h"
 #include "platform/Platform.h"
@@ -16,22 +14,6 @@ constexpr std::size_t kFacts = 16;  // where they begin
 
 std::string fact(std::string_view name, std::string_view text, const Style& style) {
   return entry(fmt::format("  {}", name), text, {style.width, kFacts});
-}
-
-std::string_view nameOf(InstanceState state) {
-  switch (state) {
-    case InstanceState::hotfixInstalled:
-      return "hotfix-installed";
-    case InstanceState::noHotfix:
-      return "no-hotfix";
-    case InstanceState::needsAttention:
-      return "needs-attention";
-    case InstanceState::noInstance:
-      return "no-instance";
-    case InstanceState::notReadable:
-      return "not-readable";
-  }
-  return "";
 }
 
 std::string wordsOf(const InstanceReport& report, const Style& style) {
@@ -193,6 +175,22 @@ std::string runOf(const LastRun& last, const Style& style) {
 }
 
 }  // namespace
+
+std::string_view nameOf(InstanceState state) {
+  switch (state) {
+    case InstanceState::hotfixInstalled:
+      return "hotfix-installed";
+    case InstanceState::noHotfix:
+      return "no-hotfix";
+    case InstanceState::needsAttention:
+      return "needs-attention";
+    case InstanceState::noInstance:
+      return "no-instance";
+    case InstanceState::notReadable:
+      return "not-readable";
+  }
+  return "";
+}
 
 std::string textOf(const InstanceReport& report, const Style& style) {
   const std::string place = report.bundle.value_or(report.place.rcpHome);

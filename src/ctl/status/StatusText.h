@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ctl/Json.h"
@@ -10,6 +11,9 @@
 
 // What status answers.
 namespace installer::ctl {
+
+// For programs: "needs-attention".
+std::string_view nameOf(InstanceState state);
 
 std::string textOf(const InstanceReport& report, const Style& style);
 std::string textOf(const LastRun& last, const Style& style);

@@ -52,4 +52,10 @@ std::string_view wordsOf(StepKind kind) {
   return kSteps.at(static_cast<std::size_t>(kind)).words;
 }
 
+std::optional<StepKind> stepNamed(std::string_view name) {
+  for (const StepWords& step : kSteps)
+    if (step.name == name) return step.kind;
+  return std::nullopt;
+}
+
 }  // namespace installer::ctl

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/LogLevel.h"
@@ -38,6 +39,8 @@ struct Step {
 // For programs: "check-paths"; for people: "checks the characters of the paths".
 std::string_view nameOf(StepKind kind);
 std::string_view wordsOf(StepKind kind);
+// The kind of that name; nullopt for a name that none has.
+std::optional<StepKind> stepNamed(std::string_view name);
 
 // A line that somebody should see.
 struct Problem {
