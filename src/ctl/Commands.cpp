@@ -9,6 +9,7 @@
 #include "ctl/plan/PlanCommand.h"
 #include "ctl/rehearse/RehearseCommand.h"
 #include "ctl/remove/RemoveCommand.h"
+#include "ctl/report/Report.h"
 #include "ctl/status/Status.h"
 #include "ctl/support/Support.h"
 
@@ -16,7 +17,7 @@ namespace installer::ctl {
 
 std::span<const Command> commands() {
   static const std::array kAll{kNew,    kLint,    kPlan,   kRehearse, kInstall,
-                               kStatus, kExplain, kRemove, kSupport};
+                               kStatus, kExplain, kReport, kRemove,   kSupport};
   return kAll;
 }
 
