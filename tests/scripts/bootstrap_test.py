@@ -15,7 +15,7 @@ TOOLS = ["awk", "bash", "cat", "cut", "dirname", "env", "grep", "id", "ls", "rea
 COMMANDS = ["c++", "cmake", "ninja", "python3", "git", "clang-format", "plistutil", "xmllint",
             "doxygen", "zsh", "fish", "abidiff", "mandoc", "clang-tidy", "cppcheck", "shellcheck",
             "ansible-playbook", "ansible-lint", "ip", "ssh", "sshd", "clang++", "gcovr",
-            "dpkg-shlibdeps", "lintian", "rpmbuild"]
+            "dpkg-shlibdeps", "lintian", "rpmbuild", "chromium", "node", "npm"]
 MODULES = ["libxml-2.0", "fmt", "libutf8proc", "CLI11", "nlohmann_json", "libarchive", "gtest",
            "gmock", "benchmark"]
 NOBODY = 65534
