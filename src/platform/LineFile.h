@@ -1,7 +1,11 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <ctime>
+#include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,7 +29,13 @@ class LineFile {
   // The next line without its line feed and without zero bytes before it: a file that was emptied
   // under somebody who goes on writing begins with a hole. nullopt when no whole line is left now;
   // more may come.
-  [[nodiscard]] virtual std::optional<std::string> next() = 0;
+  [[nodiscard]] std::optional<std::string> next() {
+    std::size_t all = std::numeric_limits<std::size_t>::max();
+    return nextWithin(all);
+  }
+  // The same, reading at most so many bytes, from which those that were read are taken off; nullopt
+  // also when they do not suffice. What has come of the line by then is kept.
+  [[nodiscard]] virtual std::optional<std::string> nextWithin(std::size_t& bytes) = 0;
   // What stands behind the last line feed, once there are no more lines.
   [[nodiscard]] virtual std::string rest() = 0;
 
@@ -37,10 +47,21 @@ class LineFile {
   virtual bool isReplaced() const = 0;
 };
 
-// Opens the file without waiting for anything. Null, with `error` set, for what is missing, no
-// regular file, or kept from this process; a link in the last component is followed on demand.
+// Whether a link in the last component of a path is followed.
 enum class FinalLink { follow, refuse };
-[[nodiscard]] std::unique_ptr<LineFile> openLineFile(const std::string& path, FinalLink link,
-                                                     FileError& error);
+
+// What a LineFile reads.
+struct LineSource {
+  std::string path;
+  FinalLink link = FinalLink::refuse;
+  // Who may own the file, for what other users could have planted: asked of the very file that is
+  // opened. Empty when anybody may. Where it counts, a file with several names is refused, for
+  // others can give one to a file that they cannot write.
+  std::function<bool(uid_t)> mayOwn;
+};
+
+// Opens the file without waiting for anything. Null, with `error` set, for what is missing, no
+// regular file, not wanted, or kept from this process.
+[[nodiscard]] std::unique_ptr<LineFile> openLineFile(const LineSource& source, FileError& error);
 
 }  // namespace installer

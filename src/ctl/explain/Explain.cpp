@@ -35,20 +35,13 @@ struct Options {
   bool follow = false;
 };
 
-// Where the trace is, and whether a link to it counts.
-struct Source {
-  std::string path;
-  FinalLink link;
-};
-
 // A kept run is a folder that holds the trace under its usual name.
-Source sourceOf(const Options& options) {
+LineSource sourceOf(const Options& options) {
+  if (!options.trace) return lastTrace();
   const Platform& platform = Platform::current();
-  const std::string& usual = platform.paths.traceFile;
-  if (!options.trace) return {usual, FinalLink::refuse};
-  if (!platform.files->isDirectory(*options.trace)) return {*options.trace, FinalLink::follow};
-  const std::string name = path::lastComponent(usual);
-  return {path::appendingComponent(*options.trace, name), FinalLink::follow};
+  if (!platform.files->isDirectory(*options.trace)) return {*options.trace, FinalLink::follow, {}};
+  const std::string name = path::lastComponent(platform.paths.traceFile);
+  return {path::appendingComponent(*options.trace, name), FinalLink::follow, {}};
 }
 
 int statusOf(Ending ending) {
@@ -92,11 +85,10 @@ int answer(const Trace& trace, Surroundings& surroundings) {
 
 int explain(const Options& options, Surroundings& surroundings) {
   const QuietPlatform quiet;
-  const Source source = sourceOf(options);
+  const LineSource source = sourceOf(options);
   FileError error;
   const std::optional<Trace> trace =
-      options.follow ? Follower(source.path, source.link).follow(surroundings, error)
-                     : readTrace(source.path, source.link, error);
+      options.follow ? Follower(source).follow(surroundings, error) : readTrace(source, error);
   if (!trace) return noTrace(error);
   if (trace->run && options.chromeTrace && !writeChromeTrace(*options.chromeTrace, *trace->run))
     return kNotReadable;

@@ -12,7 +12,7 @@ namespace installer::ctl {
 // Watches a trace as it grows, and tells each step when the next one begins.
 class Follower {
  public:
-  Follower(std::string path, FinalLink link) : _watch(std::move(path), link) {}
+  explicit Follower(LineSource source) : _watch(std::move(source)) {}
 
   // Comes back when the run in it is over, or the answer can not be written any more. nullopt, with
   // `error` set, when the trace cannot be read. A trace that another one replaces is followed from

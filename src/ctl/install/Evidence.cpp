@@ -9,7 +9,6 @@
 #include "platform/EntryFacts.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
-#include "platform/UserContext.h"
 
 namespace installer::ctl::install {
 
@@ -18,31 +17,23 @@ namespace {
 constexpr std::size_t kMostOutput = std::size_t{64} << 10;  // bytes
 constexpr mode_t kPrivate = 0600;
 
-bool isOwn(uid_t owner) {
-  return Platform::current().users->isOwn(owner);
-}
-
 // Numbers of processes are used again: a trace from before the plan is another run's.
 std::optional<Run> runOf(const std::string& folder, std::optional<long> process) {
   const auto plan = entryAt(path::appendingComponent(folder, kPlanFile));
-  const auto entry = entryAt(Platform::current().paths.traceFile);
-  if (!plan || !entry || !isOwn(entry->owner) || entry->modified < plan->modified)
-    return std::nullopt;
   FileError error;
-  const std::optional<Trace> trace = readLastTrace(error);
-  if (!trace || !trace->run || trace->run->process != process.value_or(trace->run->process))
-    return std::nullopt;
-  return trace->run;
+  const std::optional<Trace> trace = readTrace(lastTrace(), error);
+  if (!plan || !trace || !trace->run || trace->modified < plan->modified) return std::nullopt;
+  return trace->run->process == process.value_or(trace->run->process) ? trace->run : std::nullopt;
 }
 
 std::optional<std::string> lackOfTrace(const std::string& folder) {
-  const Platform& platform = Platform::current();
-  CopySource source(platform.paths.traceFile);
-  source.mayOwn = isOwn;
+  const LineSource last = lastTrace();
+  CopySource source(last.path);
+  source.mayOwn = last.mayOwn;
   const std::string name = path::lastComponent(source.path);
   FileError error;
-  if (platform.files->copy(source, path::appendingComponent(folder, name), ExistingItem::keep,
-                           &error))
+  if (Platform::current().files->copy(source, path::appendingComponent(folder, name),
+                                      ExistingItem::keep, &error))
     return std::nullopt;
   return error.description;
 }

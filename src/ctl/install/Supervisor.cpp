@@ -17,7 +17,7 @@ Supervisor::Supervisor(WatchedChild& child, const TimeLimits& limits, Progress& 
     : _child(child),
       _limits(limits),
       _progress(progress),
-      _trace(Platform::current().paths.traceFile, FinalLink::refuse),
+      _trace(lastTrace()),
       _began(std::time(nullptr)) {}
 
 WatchedEnd Supervisor::watch() {
@@ -49,7 +49,7 @@ void Supervisor::heedTime() {
 void Supervisor::lookAtTrace() {
   FileError error;
   if (!_isOpen && (!_trace.open(error) || _trace.modified() < _began)) return;
-  (void)_trace.readOn();  // what has not come yet comes later
+  _trace.readSome();  // what has not come yet comes later
   _isOpen = belongsToChild();
   if (_isOpen)
     _progress.show(*_trace.run(), std::chrono::duration_cast<std::chrono::seconds>(_time));

@@ -222,8 +222,8 @@ class Rehearsal {
     _report.output = files.read(work.in("output")).value_or("");
     FileError error;
     const std::string trace = path::lastComponent(Platform::current().paths.traceFile);
-    if (auto found =
-            readTrace(path::appendingComponent(work.in("tmp"), trace), FinalLink::refuse, error))
+    if (auto found = readTrace(
+            {path::appendingComponent(work.in("tmp"), trace), FinalLink::refuse, {}}, error))
       _report.run = std::move(found->run);
     std::string reason;
     auto differences = privately::differences(_bundle, copy, reason);

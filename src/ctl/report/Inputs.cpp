@@ -129,7 +129,8 @@ class Reader {
     FileError error;
     const auto ends = readEnds(folder, traceName(), {}, error);
     const bool isLong = ends && ends->size > kLongestTrace;
-    const auto file = ends && !isLong ? openLineFile(path, FinalLink::refuse, error) : nullptr;
+    const auto file =
+        ends && !isLong ? openLineFile({path, FinalLink::refuse, {}}, error) : nullptr;
     const auto run = file ? runIn(*file) : std::nullopt;
     if (run) return toldBy(*run, path::lastComponent(folder), file->modified());
     if (isLong)

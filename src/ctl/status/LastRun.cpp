@@ -56,7 +56,7 @@ bool LastRun::failedOn(const std::string& rcpHome) const {
 LastRun lastRun() {
   LastRun last;
   FileError error;
-  last.trace = readLastTrace(error);
+  last.trace = readTrace(lastTrace(), error);
   if (!last.trace && error.code != FileError::kMissing) last.traceLack = error.description;
   if (last.trace) {
     const auto age = static_cast<std::int64_t>(std::time(nullptr) - last.trace->modified);

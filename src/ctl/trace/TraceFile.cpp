@@ -7,6 +7,7 @@
 #include "platform/LockLook.h"
 #include "platform/Platform.h"
 #include "platform/ProgramName.h"
+#include "platform/UserContext.h"
 
 namespace installer::ctl {
 
@@ -26,10 +27,10 @@ bool mayBeAtWork(const std::optional<Run>& run) {
 
 }  // namespace
 
-std::optional<Trace> readTrace(const std::string& path, FinalLink link, FileError& error) {
-  const std::unique_ptr<LineFile> file = openLineFile(path, link, error);
+std::optional<Trace> readTrace(const LineSource& source, FileError& error) {
+  const std::unique_ptr<LineFile> file = openLineFile(source, error);
   if (!file) return std::nullopt;
-  Trace trace{path, file->modified(), 0, 0, std::nullopt};
+  Trace trace{source.path, file->modified(), 0, 0, std::nullopt};
   RunReader reader(yearOf(trace.modified));
   readOn(*file, reader);
   const auto known = reader.run();
@@ -47,8 +48,9 @@ std::optional<Trace> readTrace(const std::string& path, FinalLink link, FileErro
   return trace;
 }
 
-std::optional<Trace> readLastTrace(FileError& error) {
-  return readTrace(Platform::current().paths.traceFile, FinalLink::refuse, error);
+LineSource lastTrace() {
+  return {Platform::current().paths.traceFile, FinalLink::refuse,
+          [](uid_t owner) { return Platform::current().users->isOwn(owner); }};
 }
 
 bool isAtWork(const Run& run) {

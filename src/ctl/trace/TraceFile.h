@@ -22,11 +22,11 @@ struct Trace {
 };
 
 // Reads it from its beginning to its end. nullopt, with `error` set, when that cannot be done.
-[[nodiscard]] std::optional<Trace> readTrace(const std::string& path, FinalLink link,
-                                             FileError& error);
+[[nodiscard]] std::optional<Trace> readTrace(const LineSource& source, FileError& error);
 
-// The trace of the last run on this machine, which everybody could have planted: no link counts.
-[[nodiscard]] std::optional<Trace> readLastTrace(FileError& error);
+// The trace of the last run on this machine. Everybody could have planted it: only root's and the
+// effective user's counts, and no link.
+LineSource lastTrace();
 
 // Whether the run is at work right now: whoever is has its instance's lock. A run of which no
 // instance is known, or only from its own working folder, is known by its process.

@@ -2,8 +2,14 @@
 
 namespace installer::ctl {
 
+namespace {
+
+constexpr std::size_t kSome = std::size_t{1} << 20;  // bytes
+
+}  // namespace
+
 bool TraceWatch::open(FileError& error) {
-  std::unique_ptr<LineFile> file = openLineFile(_path, _link, error);
+  std::unique_ptr<LineFile> file = openLineFile(_source, error);
   if (!file) return false;
   _file = std::move(file);
   _reader.emplace(yearOf(_file->modified()));
@@ -17,6 +23,11 @@ bool TraceWatch::readOn() {
     hasCome = true;
   }
   return hasCome;
+}
+
+void TraceWatch::readSome() {
+  std::size_t bytes = kSome;
+  while (const auto line = _file->nextWithin(bytes)) _reader->add(*line);
 }
 
 }  // namespace installer::ctl

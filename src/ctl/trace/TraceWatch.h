@@ -14,7 +14,7 @@ namespace installer::ctl {
 // A trace that is read as it grows.
 class TraceWatch {
  public:
-  TraceWatch(std::string path, FinalLink link) : _path(std::move(path)), _link(link) {}
+  explicit TraceWatch(LineSource source) : _source(std::move(source)) {}
 
   // Begins at the beginning of what stands there now. False, with `error` set and everything as
   // before, when it cannot be read.
@@ -22,6 +22,8 @@ class TraceWatch {
 
   // The following are for an opened one. Reads what has come since; false when nothing has.
   bool readOn();
+  // The same, but no more than can be read in a moment: for who has to watch something else too.
+  void readSome();
   // Whether another trace has taken its place.
   bool isReplaced() const { return _file->isReplaced(); }
   // Why it cannot be read any further.
@@ -29,12 +31,12 @@ class TraceWatch {
   std::time_t modified() const { return _file->modified(); }
   std::optional<Run> run() const { return _reader->run(); }
   Trace trace() const {
-    return {_path, _file->modified(), _reader->lines(), _reader->otherLines(), _reader->run()};
+    return {_source.path, _file->modified(), _reader->lines(), _reader->otherLines(),
+            _reader->run()};
   }
 
  private:
-  const std::string _path;
-  const FinalLink _link;
+  const LineSource _source;
   std::unique_ptr<LineFile> _file;
   std::optional<RunReader> _reader;
 };

@@ -23,10 +23,10 @@ class OpenLineFile : public LineFile {
   OpenLineFile(std::string path, RegularFile file)
       : _path(std::move(path)), _file(std::move(file)), _chunk(kChunk, '\0') {}
 
-  std::optional<std::string> next() override {
+  std::optional<std::string> nextWithin(std::size_t& bytes) override {
     do {
       if (takeLine()) return std::exchange(_line, {});
-    } while (fill());
+    } while (fill(bytes));
     return std::nullopt;
   }
   std::string rest() override { return std::exchange(_line, {}); }
@@ -50,13 +50,15 @@ class OpenLineFile : public LineFile {
     _begin = std::min(feed + 1, _end);
     return feed < _end;
   }
-  bool fill() {
+  bool fill(std::size_t& bytes) {
+    const std::size_t most = std::min(_chunk.size(), bytes);
     const ssize_t count =
-        uninterrupted([&] { return ::read(_file.file.get(), _chunk.data(), _chunk.size()); });
+        uninterrupted([&] { return ::read(_file.file.get(), _chunk.data(), most); });
     if (count < 0) _error = readFailure(_path, errno);
     _begin = 0;
     _end = count > 0 ? static_cast<std::size_t>(count) : 0;
     _read += static_cast<off_t>(_end);
+    bytes -= _end;
     return _end > 0;
   }
   struct stat statusNow() const {
@@ -73,14 +75,31 @@ class OpenLineFile : public LineFile {
   std::optional<FileError> _error;
 };
 
+RegularFile openFileOf(const LineSource& source) {
+  return source.link == FinalLink::follow ? openRegularFileFollowingLinks(AT_FDCWD, source.path)
+                                          : openRegularFile(AT_FDCWD, source.path);
+}
+
+// nullptr when the file is wanted.
+const char* whyNotWanted(const LineSource& source, const struct stat& status) {
+  if (!source.mayOwn) return nullptr;
+  if (!source.mayOwn(status.st_uid)) return "it belongs to another user";
+  return status.st_nlink == 1 ? nullptr : "it has several names";
+}
+
 }  // namespace
 
-std::unique_ptr<LineFile> openLineFile(const std::string& path, FinalLink link, FileError& error) {
-  RegularFile file = link == FinalLink::follow ? openRegularFileFollowingLinks(AT_FDCWD, path)
-                                               : openRegularFile(AT_FDCWD, path);
-  if (file.valid()) return std::make_unique<OpenLineFile>(path, std::move(file));
-  error = readFailure(path, errno);
-  return nullptr;
+std::unique_ptr<LineFile> openLineFile(const LineSource& source, FileError& error) {
+  RegularFile file = openFileOf(source);
+  if (!file.valid()) {
+    error = readFailure(source.path, errno);
+    return nullptr;
+  }
+  if (const char* const reason = whyNotWanted(source, file.status)) {
+    error = failure(FileError::kOther, source.path, "read", reason);
+    return nullptr;
+  }
+  return std::make_unique<OpenLineFile>(source.path, std::move(file));
 }
 
 }  // namespace installer

@@ -459,6 +459,43 @@ TEST_F(ExplainTest, ATraceThatSomebodyPlantedAsALinkIsRefused) {
   EXPECT_EQ("", result.out);
 }
 
+// Everybody can put one there; who names it wants it.
+TEST_F(ExplainTest, AnotherUsersTraceIsNotTakenForTheLastRuns) {
+  proves("EXPLAIN-4");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs several users";
+  ASSERT_EQ(0, install().status);
+  _sandbox.giveTo(kTrace, CliSandbox::kAlice, CliSandbox::kAlice);
+  RunOptions alice;
+  alice.user = CliSandbox::kAlice;
+  RunOptions bob;
+  bob.user = CliSandbox::kBob;
+
+  for (const RunOptions& other : {RunOptions(), bob}) {
+    for (const std::vector<std::string>& options :
+         std::vector<std::vector<std::string>>{{"explain"}, {"explain", "--follow"}}) {
+      const RunResult result = control(options, other);
+      EXPECT_EQ(4, result.status);
+      EXPECT_EQ("", result.out);
+      EXPECT_EQ(
+          "hotfixctl: \"/tmp/install_trace.log\" cannot be read: it belongs to another user\n",
+          result.err);
+    }
+    EXPECT_EQ(0, control({"explain", kTrace}, other).status);
+  }
+  EXPECT_EQ(0, control({"explain"}, alice).status);
+  _sandbox.giveTo(kTrace, 0, 0);
+  EXPECT_EQ(0, control({"explain"}, alice).status) << "root's is everybody's";
+}
+
+TEST_F(ExplainTest, ATraceWithASecondNameIsNotTakenForTheLastRuns) {
+  proves("EXPLAIN-4");
+  ASSERT_EQ(0, install().status);
+  ASSERT_EQ(0, link(_sandbox.host(kTrace).c_str(), _sandbox.host("/tmp/second").c_str()));
+
+  EXPECT_EQ("hotfixctl: \"/tmp/install_trace.log\" cannot be read: it has several names\n",
+            control({"explain"}).err);
+}
+
 TEST_F(ExplainTest, AFileThatIsClosedToTheUserIsALineAndAStatus) {
   proves("EXPLAIN-4");
   if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";

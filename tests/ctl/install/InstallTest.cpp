@@ -1,7 +1,10 @@
 // What an installation answers: each exit status by a run that ends so.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -36,6 +39,34 @@ class InstallTest : public InstallControl {
     EXPECT_THAT(keptRuns(), IsEmpty());
     EXPECT_THAT(_sandbox.children(), IsEmpty());
     EXPECT_FALSE(_sandbox.exists(kTrace));
+  }
+  // What is told of an installer that fails and leaves a trace of its own number, to which that was
+  // done before it stood there.
+  json toldOfTrace(int status, const std::function<void(const std::string& path)>& change) {
+    playInstaller("echo $$ > /tmp/pid; until [ -e /tmp/go ]; do :; done; exit 1\n");
+    RunOptions run;
+    run.program = CliSandbox::kControl;
+    RunningProgram running =
+        _sandbox.start(commandLine({"--installer", "/opt/Played", "--progress", "--json"}), run);
+    const auto number = [&] { return _sandbox.readFile("/tmp/pid").value_or(""); };
+    EXPECT_TRUE(comesTrue([&] { return number().ends_with('\n'); }));
+    const std::string before = "Nov 22 10:00:00 host HotfixInstaller[" +
+                               number().substr(0, number().size() - 1) + "] <Error>: ";
+    _sandbox.writeFile("/tmp/made", before + "Begin to install hotfix.\n" + before +
+                                        "Asked to end by a test. The installation ends here.\n");
+    change(_sandbox.host("/tmp/made"));
+    std::filesystem::rename(_sandbox.host("/tmp/made"), _sandbox.host(kTrace));
+    _sandbox.writeFile("/tmp/go", "");
+    _result = running.finish();
+    EXPECT_EQ(status, _result.status) << _result.err;
+    return ctl::test::judged(_result.out, "install-1");
+  }
+  void expectThatNothingExplains(const json& answer) {
+    EXPECT_EQ("untold", answer["cause"]);
+    EXPECT_EQ(0, answer["code"]);
+    EXPECT_THAT(answer["phases"], IsEmpty());
+    EXPECT_EQ("", kept("install_trace.log"));
+    EXPECT_EQ("", kept("record.plist"));
   }
 };
 
@@ -201,12 +232,30 @@ TEST_F(InstallTest, ATraceFromBeforeExplainsNothing) {
   recordHotfix("1.6");
   ASSERT_EQ(1, install().status);
   playInstaller("exit 1\n");
-  const json answer = told(1, _played);
+  expectThatNothingExplains(told(1, _played));
+}
 
-  EXPECT_EQ("untold", answer["cause"]);
-  EXPECT_EQ(0, answer["code"]);
-  EXPECT_EQ("", kept("install_trace.log"));
-  EXPECT_EQ("", kept("record.plist"));
+TEST_F(InstallTest, AnOldTraceOfTheSameNumberExplainsNothing) {
+  proves("ROLLOUT-1");
+  EXPECT_EQ("interrupted", toldOfTrace(5, [](const std::string&) {})["cause"]);
+  EXPECT_NE("", kept("install_trace.log"));
+  for (const char* file : {"/tmp/pid", "/tmp/go", kTrace}) _sandbox.remove(file);
+
+  expectThatNothingExplains(toldOfTrace(1, [](const std::string& path) {
+    const timespec times[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+    ASSERT_EQ(0, utimensat(AT_FDCWD, path.c_str(), times, 0));
+  }));
+  EXPECT_EQ("installer:PHASE:the installer failed and did not tell why\n", _result.err);
+}
+
+TEST_F(InstallTest, AnotherUsersTraceExplainsNothingAndIsNoProgress) {
+  proves("ROLLOUT-1", "ROLLOUT-7");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs several users";
+  expectThatNothingExplains(toldOfTrace(1, [](const std::string& path) {
+    ASSERT_EQ(0, chown(path.c_str(), CliSandbox::kAlice, CliSandbox::kAlice));
+  }));
+
+  EXPECT_EQ("installer:PHASE:the installer failed and did not tell why\n", _result.err);
 }
 
 // --- What is told before anything is begun -------------------------------------------------------
@@ -400,6 +449,22 @@ TEST_F(InstallTest, ProgressComesBesideAnAnswerForPrograms) {
   (void)told(0, {"--progress"});
 
   EXPECT_THAT(_result.err, StartsWith("installer:PHASE:reads the package\n"));
+}
+
+// A hole takes minutes to read.
+TEST_F(InstallTest, ATraceWithoutAnEndDoesNotHoldUpTheTimeLimit) {
+  proves("ROLLOUT-7", "ROLLOUT-13");
+  _sandbox.writeFile(kTrace, "");
+  const std::string trace = _sandbox.host(kTrace);
+  ASSERT_EQ(0, truncate(trace.c_str(), off_t{4} << 40));
+  const timespec future[2] = {{4'000'000'000, 0}, {4'000'000'000, 0}};
+  ASSERT_EQ(0, utimensat(AT_FDCWD, trace.c_str(), future, 0));
+  playInstaller("trap ': > /tmp/install_trace.log; exit 1' TERM\nwhile :; do :; done\n");
+
+  const json answer = told(5, {"--installer", "/opt/Played", "--progress", "--time-limit", "1"});
+
+  EXPECT_EQ("interrupted", answer["cause"]);
+  EXPECT_EQ(false, answer["interruption"]["killed"]);
 }
 
 TEST_F(InstallTest, ATerminalShowsHowFarItIs) {

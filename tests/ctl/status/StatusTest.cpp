@@ -347,6 +347,19 @@ TEST_F(StatusTest, TheLastRunIsToldWithRecordAndMarker) {
   EXPECT_EQ(true, last.at("marker"));
 }
 
+TEST_F(StatusTest, AnotherUsersTraceIsNotTheLastRuns) {
+  proves("STATUS-4");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs several users";
+  ASSERT_EQ(0, install().status);
+  _sandbox.giveTo(kTrace, CliSandbox::kAlice, CliSandbox::kAlice);
+
+  const json last = told(0).at("lastRun");
+
+  EXPECT_EQ(nullptr, last.at("run"));
+  EXPECT_EQ("\"/tmp/install_trace.log\" cannot be read: it belongs to another user",
+            last.at("reason"));
+}
+
 TEST_F(StatusTest, AMachineOnWhichNothingRanHasNoLastRun) {
   proves("STATUS-4");
   const json last = told(1).at("lastRun");

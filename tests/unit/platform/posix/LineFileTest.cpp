@@ -23,7 +23,7 @@ class LineFileTest : public ::testing::Test {
     return openFile(_folder.makeFile("trace", bytes));
   }
   std::unique_ptr<LineFile> openFile(const std::string& path, FinalLink link = FinalLink::refuse) {
-    return openLineFile(path, link, _error);
+    return openLineFile({path, link, {}}, _error);
   }
   static std::vector<std::string> linesOf(LineFile& file) {
     std::vector<std::string> lines;
@@ -90,6 +90,33 @@ TEST_F(LineFileTest, AnEndlessRestIsCut) {
   EXPECT_EQ(LineFile::kLongestLine, file->rest().size());
 }
 
+TEST_F(LineFileTest, NoMoreIsReadThanMayBe) {
+  const auto file = open("one\ntwo\nthree\n");
+  std::size_t bytes = 6;
+
+  EXPECT_EQ("one", file->nextWithin(bytes));
+  EXPECT_EQ(0u, bytes);
+  EXPECT_EQ(std::nullopt, file->nextWithin(bytes));
+  bytes = 100;
+  EXPECT_EQ("two", file->nextWithin(bytes)) << "what had come of it is kept";
+  EXPECT_EQ("three", file->nextWithin(bytes));
+  EXPECT_EQ(100u - 8u, bytes);
+}
+
+TEST_F(LineFileTest, AHoleIsReadNoFurtherThanMayBeEither) {
+  const std::string path = _folder.makeFile("trace", "");
+  ASSERT_EQ(0, truncate(path.c_str(), 1'000'000));
+  append("one\n");
+  const auto file = openFile(path);
+
+  std::size_t bytes = 500'000;
+  EXPECT_EQ(std::nullopt, file->nextWithin(bytes));
+  EXPECT_EQ(0u, bytes);
+  bytes = 500'004;
+  EXPECT_EQ("one", file->nextWithin(bytes));
+  EXPECT_EQ(0u, bytes);
+}
+
 TEST_F(LineFileTest, AHoleBeforeALineIsPassedOver) {
   const std::string path = _folder.makeFile("trace", "one\n");
   ASSERT_EQ(0, truncate(path.c_str(), 1'000'000));
@@ -122,6 +149,39 @@ TEST_F(LineFileTest, ALinkIsFollowedOnDemand) {
   const auto file = openFile(link, FinalLink::follow);
   ASSERT_NE(nullptr, file);
   EXPECT_THAT(linesOf(*file), ElementsAre("one"));
+}
+
+TEST_F(LineFileTest, WhoMayOwnTheFileIsAskedForTheOneThatIsOpened) {
+  const std::string path = _folder.makeFile("trace", "one\n");
+  std::vector<uid_t> asked;
+  const auto file = openLineFile({path, FinalLink::refuse,
+                                  [&](uid_t owner) {
+                                    asked.push_back(owner);
+                                    return true;
+                                  }},
+                                 _error);
+
+  ASSERT_NE(nullptr, file);
+  EXPECT_THAT(linesOf(*file), ElementsAre("one"));
+  EXPECT_THAT(asked, ElementsAre(geteuid()));
+}
+
+TEST_F(LineFileTest, AFileOfAnotherUserIsRefusedOnDemand) {
+  const std::string path = _folder.makeFile("trace", "one\n");
+
+  EXPECT_EQ(nullptr, openLineFile({path, FinalLink::refuse, [](uid_t) { return false; }}, _error));
+  EXPECT_EQ(FileError::kOther, _error.code);
+  EXPECT_EQ("\"" + path + "\" cannot be read: it belongs to another user", _error.description);
+}
+
+TEST_F(LineFileTest, AFileWithSeveralNamesIsRefusedWhereItsOwnerCounts) {
+  const std::string path = _folder.makeFile("trace", "one\n");
+  ASSERT_EQ(0, link(path.c_str(), _folder.path("other").c_str()));
+
+  EXPECT_NE(nullptr, openFile(path));
+  EXPECT_EQ(nullptr, openLineFile({path, FinalLink::refuse, [](uid_t) { return true; }}, _error));
+  EXPECT_EQ(FileError::kOther, _error.code);
+  EXPECT_EQ("\"" + path + "\" cannot be read: it has several names", _error.description);
 }
 
 TEST_F(LineFileTest, ItTellsWhenItWasChanged) {
