@@ -93,11 +93,12 @@ bool Installation::passesLint() {
 }
 
 bool Installation::takeTurn(const std::string& folder) {
+  const Deadline deadline(_settings.wait);
   NoTurn lack;
-  _runs = KeptRuns::takeTurn(folder, _settings.wait, lack);
+  _runs = KeptRuns::takeTurn(folder, deadline, lack);
   if (!_runs && !lack.isBusy) return refuse(kNotKept, lack.reason);
   if (!_runs) return refuse(kAnotherAtWork, std::string(kAnotherAtWork.meaning));
-  const auto orphan = settleOrphans(*_runs);
+  const auto orphan = settleOrphans(*_runs, deadline);
   if (!orphan) return true;
   return refuse(kAnotherAtWork,
                 fmt::format("the installer of the run \"{}\" is still at work", *orphan));

@@ -9,7 +9,6 @@
 #include "platform/Clock.h"
 #include "platform/EntryFacts.h"
 #include "platform/FileManager.h"
-#include "platform/Interruption.h"
 #include "platform/Platform.h"
 #include "platform/TrustedPath.h"
 #include "platform/UserContext.h"
@@ -22,7 +21,6 @@ constexpr mode_t kOpenToRead = 0755;
 constexpr mode_t kPrivate = 0700;
 constexpr mode_t kOthers = 0077;
 constexpr std::size_t kLongestBundle = 64;
-constexpr std::chrono::milliseconds kPause{100};
 constexpr int kMostNames = 100;
 // Who may open a folder can lock it: this one nobody else can open.
 constexpr std::string_view kLockFolder = "lock";
@@ -71,22 +69,19 @@ std::optional<std::string> whyNoLock(const std::string& path) {
 }
 
 // Null without the lock; an empty reason when somebody else has it.
-std::shared_ptr<const void> lockWithin(const std::string& path, std::chrono::seconds wait,
+std::shared_ptr<const void> lockWithin(const std::string& path, const Deadline& deadline,
                                        std::string& reason) {
-  const auto end = std::chrono::steady_clock::now() + wait;
   while (true) {
     FileError error;
     LockAttempt attempt = files().tryLock(path, &error);
     if (!attempt.busy) reason = error.description;
-    if (!attempt.busy || std::chrono::steady_clock::now() >= end) return std::move(attempt.hold);
-    checkInterruption();
-    Platform::current().clock->pause(kPause);
+    if (!attempt.busy || !deadline.allowsAnotherTry()) return std::move(attempt.hold);
   }
 }
 
 }  // namespace
 
-std::unique_ptr<KeptRuns> KeptRuns::takeTurn(const std::string& folder, std::chrono::seconds wait,
+std::unique_ptr<KeptRuns> KeptRuns::takeTurn(const std::string& folder, const Deadline& deadline,
                                              NoTurn& lack) {
   const std::string lock = path::appendingComponent(folder, kLockFolder);
   std::optional<std::string> reason = whyNoFolder(folder, kOpenToRead);
@@ -96,7 +91,7 @@ std::unique_ptr<KeptRuns> KeptRuns::takeTurn(const std::string& folder, std::chr
     return nullptr;
   }
   std::string lockReason;
-  auto turn = lockWithin(lock, wait, lockReason);
+  auto turn = lockWithin(lock, deadline, lockReason);
   if (!turn) {
     lack = {lockReason.empty(), lockReason};
     return nullptr;

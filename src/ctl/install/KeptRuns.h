@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "ctl/install/Deadline.h"
+
 namespace installer::ctl::install {
 
 // The files of a kept run; its trace has the name that traces always have.
@@ -31,10 +33,10 @@ struct NoTurn {
 // time. All that happens here trusts nothing but what root alone can change.
 class KeptRuns {
  public:
-  // Makes the folder when there is none, and waits for the turn at most so long. Null, with `lack`
-  // set, without it.
+  // Makes the folder when there is none, and waits for the turn until the deadline. Null, with
+  // `lack` set, without it.
   [[nodiscard]] static std::unique_ptr<KeptRuns> takeTurn(const std::string& folder,
-                                                          std::chrono::seconds wait, NoTurn& lack);
+                                                          const Deadline& deadline, NoTurn& lack);
 
   const std::string& folder() const { return _folder; }
 

@@ -73,10 +73,11 @@ void settle(const std::string& folder) {
 
 }  // namespace
 
-std::optional<std::string> settleOrphans(const KeptRuns& runs) {
+std::optional<std::string> settleOrphans(const KeptRuns& runs, const Deadline& deadline) {
   files().removeLeftOvers(runs.folder(), LeftOvers::below);
   for (const std::string& folder : runs.all()) {
-    if (isOutputHeld(fileIn(folder, kOutputFile))) return folder;
+    while (isOutputHeld(fileIn(folder, kOutputFile)))
+      if (!deadline.allowsAnotherTry()) return folder;
     settle(folder);
   }
   return std::nullopt;

@@ -32,6 +32,19 @@ class InstallEndTest : public InstallControl {
     EXPECT_TRUE(comesTrue([&] { return !_sandbox.children("rcplauncher").empty(); }));
     return running;
   }
+  // An installer at work whose hotfixctl was killed.
+  std::string losesItsParent() const {
+    return inShell() + " & pid=$!; " + kSettle + "kill -KILL $pid; wait $pid; ";
+  }
+  // One that waits for its end, and has the turn meanwhile or is gone.
+  std::string waitsForIt() const {
+    return inShell("--json --wait 600") +
+           " > /tmp/answer 2>/tmp/reason & pid=$!; "
+           "while kill -0 $pid; do case $(" +
+           inShell() +
+           " 2>&1) in "
+           "*\"another installation\"*) break;; esac; done 2>/dev/null; ";
+  }
   json resultAt(std::size_t run) const {
     return ctl::test::judged(_sandbox.readFile(keptRuns().at(run) + "/result.json").value_or(""),
                              "install-1");
@@ -202,12 +215,11 @@ TEST_F(InstallEndTest, AnInstallerThatLostItsParentIsNotDisturbed) {
   _sandbox.script("rcplauncher",
                   ChildScript().write(_instance.result(), "rc=0\n").await("/tmp/go"));
   const RunResult result =
-      shell(inShell() + " & pid=$!; " + kSettle + "kill -KILL $pid; wait $pid; " + inShell() +
-            "; echo status $?; : > /tmp/go; status=9; while [ $status = 9 ]; do " +
-            inShell("--json") + " > /tmp/answer 2>/dev/null; status=$?; done; exit $status");
+      shell(losesItsParent() + inShell() + "; echo status $?; " + inShell("--wait 1") +
+            " 2>/dev/null; echo status $?; " + waitsForIt() + ": > /tmp/go; wait $pid");
 
-  EXPECT_EQ(0, result.status);
-  EXPECT_EQ("status 9\n", result.out);
+  EXPECT_EQ(0, result.status) << _sandbox.readFile("/tmp/reason").value_or("");
+  EXPECT_EQ("status 9\nstatus 9\n", result.out);
   ASSERT_THAT(keptRuns(), SizeIs(2));
   EXPECT_THAT(result.err, HasSubstr("hotfixctl: the installer of the run \"" + keptRuns().front() +
                                     "\" is still at work\n"));
@@ -221,6 +233,17 @@ TEST_F(InstallEndTest, AnInstallerThatLostItsParentIsNotDisturbed) {
   EXPECT_THAT(_sandbox.readFile(keptRuns().front() + "/install_trace.log").value_or(""),
               HasSubstr("Begin to update new hotfix version."));
   EXPECT_TRUE(_sandbox.exists(keptRuns().front() + "/record.plist"));
+}
+
+TEST_F(InstallEndTest, ASignalEndsTheWaitForAnInstallerThatLostItsParent) {
+  proves("ROLLOUT-12");
+  _sandbox.script("rcplauncher", ChildScript().await("/never"));
+  const RunResult result = shell(losesItsParent() + waitsForIt() + "kill -TERM $pid; wait $pid");
+
+  EXPECT_EQ(5, result.status);
+  EXPECT_EQ("hotfixctl: signal 15 (Terminated) came before the installer was started\n",
+            _sandbox.readFile("/tmp/reason"));
+  EXPECT_THAT(keptRuns(), SizeIs(1));
 }
 
 TEST_F(InstallEndTest, WhatAKillOfAllLeavesIsPutInOrderByTheNext) {
