@@ -50,7 +50,7 @@ std::optional<std::string> lackOfRecord(const std::string& folder) {
 }
 
 bool tellsTheEnd(const std::optional<Run>& run) {
-  return run && run->ending != Ending::brokenOff && run->ending != Ending::atWork;
+  return run && run->ending != Ending::atWork && !mayBeAtWork(run);
 }
 
 }  // namespace

@@ -20,11 +20,6 @@ void readOn(LineFile& file, RunReader& reader) {
   while (const auto line = file.next()) reader.add(*line);
 }
 
-// A run whose end is not told may still be at work.
-bool mayBeAtWork(const std::optional<Run>& run) {
-  return run && (run->ending == Ending::brokenOff || run->ending == Ending::argumentsMissing);
-}
-
 }  // namespace
 
 std::optional<Trace> readTrace(const LineSource& source, FileError& error) {
@@ -51,6 +46,10 @@ std::optional<Trace> readTrace(const LineSource& source, FileError& error) {
 LineSource lastTrace() {
   return {Platform::current().paths.traceFile, FinalLink::refuse,
           [](uid_t owner) { return Platform::current().users->isOwn(owner); }};
+}
+
+bool mayBeAtWork(const std::optional<Run>& run) {
+  return run && (run->ending == Ending::brokenOff || run->ending == Ending::argumentsMissing);
 }
 
 bool isAtWork(const Run& run) {

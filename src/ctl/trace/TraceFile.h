@@ -28,6 +28,10 @@ struct Trace {
 // effective user's counts, and no link.
 LineSource lastTrace();
 
+// Whether the lines of a run leave open how it ended. Of one that has told nothing but its
+// beginning they do: an installer without arguments tells no more, and neither does one that reads
+// its package.
+bool mayBeAtWork(const std::optional<Run>& run);
 // Whether the run is at work right now: whoever is has its instance's lock. A run of which no
 // instance is known, or only from its own working folder, is known by its process.
 bool isAtWork(const Run& run);

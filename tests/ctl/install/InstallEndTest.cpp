@@ -4,6 +4,8 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "ctl/install/InstallControl.h"
 #include "support/Proves.h"
 
@@ -44,6 +46,17 @@ class InstallEndTest : public InstallControl {
            inShell() +
            " 2>&1) in "
            "*\"another installation\"*) break;; esac; done 2>/dev/null; ";
+  }
+  // The run of an installer with the number 4711 whose end nobody saw.
+  void keepOpen(const std::string& run) {
+    (void)told(0);
+    json open = keptResult();
+    std::filesystem::rename(_sandbox.host(keptRuns().back()), _sandbox.host(run));
+    open["cause"] = "at-work";
+    open["installer"]["process"] = 4711;
+    _sandbox.writeFile(run + "/result.json", open.dump());
+    for (const char* file : {"install_trace.log", "record.plist"})
+      _sandbox.remove(run + "/" + file);
   }
   json resultAt(std::size_t run) const {
     return ctl::test::judged(_sandbox.readFile(keptRuns().at(run) + "/result.json").value_or(""),
@@ -244,6 +257,17 @@ TEST_F(InstallEndTest, ASignalEndsTheWaitForAnInstallerThatLostItsParent) {
   EXPECT_EQ("hotfixctl: signal 15 (Terminated) came before the installer was started\n",
             _sandbox.readFile("/tmp/reason"));
   EXPECT_THAT(keptRuns(), SizeIs(1));
+}
+
+TEST_F(InstallEndTest, AnOrphanWhoseTraceHasOnlyItsBeginningWasBrokenOff) {
+  proves("ROLLOUT-14");
+  const std::string run = std::string(kState) + "/20251122T000000.000Z-Quillmere";
+  const std::string before = "Nov 22 10:00:00 host HotfixInstaller[4711] <Info>: ";
+  keepOpen(run);
+  _sandbox.writeFile(kTrace, before + "Begin to install hotfix.\n");
+  (void)told(0, {"--keep-days", "36500"});
+
+  EXPECT_EQ("broken-off", resultAt(0)["cause"]);
 }
 
 TEST_F(InstallEndTest, WhatAKillOfAllLeavesIsPutInOrderByTheNext) {

@@ -235,6 +235,20 @@ TEST_F(InstallTest, ATraceFromBeforeExplainsNothing) {
   expectThatNothingExplains(told(1, _played));
 }
 
+// An installer that reads its package has told as much as one without arguments.
+TEST_F(InstallTest, ATraceOfNothingButItsBeginningTellsNoEnd) {
+  proves("ROLLOUT-14");
+  const std::string begins =
+      "echo \"Nov 22 10:00:00 host HotfixInstaller[$$] <Info>: Begin to install hotfix.\" "
+      "> /tmp/install_trace.log; ";
+  playInstaller(begins + "kill -KILL $$\n");
+  EXPECT_EQ("broken-off", told(5, _played)["cause"]);
+  EXPECT_NE("", kept("install_trace.log"));
+
+  playInstaller(begins + "exit 1\n");
+  EXPECT_EQ("untold", told(1, _played)["cause"]);
+}
+
 TEST_F(InstallTest, AnOldTraceOfTheSameNumberExplainsNothing) {
   proves("ROLLOUT-1");
   EXPECT_EQ("interrupted", toldOfTrace(5, [](const std::string&) {})["cause"]);
