@@ -21,8 +21,9 @@ def make_hotfix(build, folder, version):
 class Controller:
     """Works in FOLDER, beside the fleet's own files; the first two hosts are the canaries."""
 
-    def __init__(self, folder, fleet, forks):
-        self._folder, self._fleet, self._forks = folder, fleet, forks
+    def __init__(self, folder, fleet, forks, programs=None):
+        """PROGRAMS is where its own hotfixctl is; it need not have any."""
+        self._folder, self._fleet, self._forks, self._programs = folder, fleet, forks, programs
         self.results = folder / "results"
         self.results.mkdir()
         collections = folder / "collections/ansible_collections/kiv"
@@ -51,7 +52,8 @@ class Controller:
              playbook or ROOT / "tests/fleet/rollout.yml"],
             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL, text=True,
             start_new_session=True,
-            env={**os.environ, "ANSIBLE_COLLECTIONS_PATH": str(self._folder / "collections"),
+            env={**os.environ, "PATH": os.pathsep.join(filter(None, [self._programs, os.environ["PATH"]])),
+                 "ANSIBLE_COLLECTIONS_PATH": str(self._folder / "collections"),
                  "ANSIBLE_HOME": str(self._folder / "ansible"), "ANSIBLE_LOCALHOST_WARNING": "False",
                  "ANSIBLE_STDOUT_CALLBACK": "default", "ANSIBLE_NOCOLOR": "1", "ANSIBLE_PIPELINING": "True",
                  "LC_ALL": "C.UTF-8", "TMPDIR": str(self._folder)})

@@ -7,6 +7,7 @@ In a namespace of its own, which tests/fleet/run makes."""
 import argparse
 import json
 import os
+import re
 import shutil
 import signal
 import subprocess
@@ -35,7 +36,7 @@ class RolloutTest(unittest.TestCase):
         self._fleet.start()
         self._first = make_hotfix(OPTIONS.build, self._folder / "hotfix-1", "6.2.3.1")
         self._second = make_hotfix(OPTIONS.build, self._folder / "hotfix-2", "6.2.3.2")
-        self._controller = Controller(self._folder, self._fleet, OPTIONS.forks)
+        self._controller = Controller(self._folder, self._fleet, OPTIONS.forks, str(OPTIONS.build))
 
     def roll_out(self, hotfix, **variables):
         return self._controller.roll_out(hotfix, **variables)
@@ -56,6 +57,12 @@ class RolloutTest(unittest.TestCase):
 
     def result(self, host):
         return json.loads((self._controller.results / f"{host.name}.json").read_text())
+
+    def reported(self):
+        """The machines of the page, each with its hotfix and its result."""
+        page = (self._controller.results / "report.html").read_text()
+        rows = re.findall("<tr class=[^>]*><th scope=row>(.*?)<td>(.*?)<td>.*?<summary>(.*?)</summary>", page)
+        return {name: (version, result) for name, version, result in rows}
 
     def everywhere(self, version):
         return {host.name: version for host in self._fleet.hosts}
@@ -87,6 +94,7 @@ class RolloutTest(unittest.TestCase):
         self.assertEqual(status, 0, words)
         self.assertEqual({name: count["changed"] for name, count in counts.items()}, self.everywhere("0"))
         self.assertEqual({self.result(host)["cause"] for host in self._fleet.hosts}, {"installed-already"})
+        self.assertEqual(self.reported(), self.everywhere(("6.2.3.1", "Hotfix installed")))
         self.assertNotIn("Unpack it there", words)
 
     def testHostsThatFailAreNamedWithTheirReasonsWhileTheOthersFinish(self):
@@ -117,6 +125,12 @@ class RolloutTest(unittest.TestCase):
         others = [host for host in self._fleet.hosts if host not in reasons]
         self.assertEqual({self.recorded(host) for host in others}, {"6.2.3.1"})
         self.assertEqual(self.recorded(higher), "6.2.3.9")
+        self.assertEqual(self.reported(), {
+            **{host.name: ("6.2.3.1", "Hotfix installed") for host in others},
+            running.name: ("none", "Application running"),
+            higher.name: ("6.2.3.9", "Higher hotfix installed"),
+            failing.name: ("none", "Provisioning failed")})
+        self.assertIn("report.html", words)
         self.nothingIsLeft()
 
     def testFailingCanaryStopsAllOthers(self):

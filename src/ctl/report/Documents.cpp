@@ -15,6 +15,8 @@ namespace {
 using Document = nlohmann::json;
 
 constexpr int kDeepest = 32;
+constexpr std::string_view kInstallSchema = "hotfixctl/install/1";
+constexpr std::string_view kStatusSchema = "hotfixctl/status/1";
 
 std::string cut(std::string text) {
   if (text.size() <= kLongestText) return text;
@@ -164,27 +166,31 @@ bool isNote(const Document& document) {
          at(document, "answer").is_object();
 }
 
+// Of a host on which nothing was begun, the answer is its status, or the plan, or there is none.
+Told toldByPlan(const Document& plan, std::int64_t modified) {
+  const Document& versions = at(plan, "versions");
+  Told told;
+  told.at = modified;
+  addInstance(placeIn(at(plan, "instance")), textAt(versions, "before"), told);
+  told.run = ToldRun();
+  told.run->packageVersion = textAt(versions, "package");
+  told.run->versionBefore = textAt(versions, "before");
+  return told;
+}
+
 std::optional<Told> toldByNote(const Document& document, std::int64_t modified) {
   const Document& answer = at(document, "answer");
-  Told told;
-  if (hasSchema(answer, "hotfixctl/install/1")) {
-    auto installed = toldByInstall(answer, modified);
-    if (!installed) return std::nullopt;
-    told = std::move(*installed);
-  } else {
-    // Nothing was begun; the answer is the plan, where there is one.
-    told.at = modified;
-    const Document& versions = at(answer, "versions");
-    addInstance(placeIn(at(answer, "instance")), textAt(versions, "before"), told);
-    told.run = ToldRun();
-    told.run->ended = modified;
-    told.run->packageVersion = textAt(versions, "package");
-    told.run->versionBefore = textAt(versions, "before");
-  }
-  told.machine = *textAt(document, "host");
-  told.run->cause = *textAt(document, "cause");
+  const bool isBegun = hasSchema(answer, kInstallSchema);
+  std::optional<Told> told = isBegun                            ? toldByInstall(answer, modified)
+                             : hasSchema(answer, kStatusSchema) ? toldByStatus(answer, modified)
+                                                                : toldByPlan(answer, modified);
+  if (!told) return std::nullopt;
+  if (hasSchema(answer, kStatusSchema)) told->run = ToldRun();
+  if (!isBegun) told->run->ended = modified;
+  told->machine = *textAt(document, "host");
+  told->run->cause = *textAt(document, "cause");
   const auto message = textAt(document, "message");
-  if (!told.run->line && message && !message->empty()) told.run->line = message;
+  if (!told->run->line && message && !message->empty()) told->run->line = message;
   return told;
 }
 
@@ -222,9 +228,9 @@ std::optional<Told> toldBy(std::string_view text, std::int64_t modified, std::st
     return std::nullopt;
   }
   std::optional<Told> told;
-  if (hasSchema(document, "hotfixctl/status/1"))
+  if (hasSchema(document, kStatusSchema))
     told = toldByStatus(document, modified);
-  else if (hasSchema(document, "hotfixctl/install/1"))
+  else if (hasSchema(document, kInstallSchema))
     told = toldByInstall(document, modified);
   else if (isNote(document))
     told = toldByNote(document, modified);

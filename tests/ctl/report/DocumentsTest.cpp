@@ -195,6 +195,20 @@ TEST(ReportDocumentsTest, WhereNothingWasBegunTheNoteHasThePlan) {
   EXPECT_EQ("1.6", all->run->versionBefore);
 }
 
+TEST(ReportDocumentsTest, WhereNothingWasBroughtTheNoteHasTheStatus) {
+  proves("REPORT-2");
+  const auto all = told(
+      {{"host", "mac1"}, {"cause", "installed-already"}, {"message", ""}, {"answer", status()}});
+
+  ASSERT_TRUE(all);
+  EXPECT_EQ("mac1", all->machine);
+  EXPECT_EQ(1'795'347'362, all->at);
+  EXPECT_EQ("1.5", all->instances.at(0).version);
+  EXPECT_EQ("installed-already", all->run->cause);
+  EXPECT_EQ(kModified, all->run->ended);
+  EXPECT_EQ(std::nullopt, all->run->line);
+}
+
 TEST(ReportDocumentsTest, AHostThatWasNotReachedToTheEndHasAMessage) {
   const auto all = told({{"host", "mac1"},
                          {"cause", "not-begun"},
