@@ -100,9 +100,9 @@ std::optional<std::int64_t> momentOf(std::string_view isoTime) {
   text.separator('T');
   const TimeOfDay time = timeIn(text, ':');
   const int sign = text.sign();
-  const int hours = text.number(2);
+  const std::int64_t hours = text.number(2);
   text.separator(':');
-  const int minutes = text.number(2);
+  const std::int64_t minutes = text.number(2);
   if (text.isWrong() || !text.isAtEnd()) return std::nullopt;
   const auto local = momentOf(day, time);
   if (!local) return std::nullopt;
