@@ -47,7 +47,7 @@ class List {
   void addFile(std::string entry, std::string what, WantedFile file) {
     _items.push_back({freeName(std::move(entry)), std::move(what), std::move(file), {}});
   }
-  void addMade(std::string entry, std::string what, std::function<std::string()> make) {
+  void addMade(std::string entry, std::string what, std::function<Redacted()> make) {
     _items.push_back({freeName(std::move(entry)), std::move(what), std::nullopt, std::move(make)});
   }
   std::vector<Item> taken() { return std::move(_items); }
@@ -64,17 +64,17 @@ class List {
   std::set<std::string> _names;
 };
 
-std::string recordAsList() {
+// Nothing for a text that is none of its kind, as those are that are made here.
+Redacted recordAsList() {
   const auto record = InstallUtil::getErrorMessage();
+  const auto bytes = record ? PropertyList::serializeDictionary(*record) : std::nullopt;
   Redacted redacted;
-  if (!record) return "";
-  const auto bytes = PropertyList::serializeDictionary(*record);
-  return bytes && redactPropertyList(*bytes, redacted) ? redacted.text : "";
+  return bytes && redactPropertyList(*bytes, redacted) ? redacted : Redacted();
 }
 
-std::string doctorsReport(const std::vector<InstancePlace>& places) {
+Redacted withoutSecrets(const std::string& json) {
   Redacted redacted;
-  return redactJson(statusDocument(places), redacted) ? redacted.text : "";
+  return redactJson(json, redacted) ? redacted : Redacted();
 }
 
 void addLastRun(List& list) {
@@ -114,9 +114,10 @@ void addRegistrations(List& list) {
   std::vector<std::string> products = namesIn(folder);
   products.resize(std::min(products.size(), kMostProducts));
   for (const std::string& product : products)
-    list.addFile(fmt::format("registrations/{}/{}", plainName(product), kRegistration),
-                 "where a product is installed",
-                 {folder, path::appendingComponent(product, kRegistration), Content::propertyList});
+    list.addFile(
+        fmt::format("registrations/{}/{}", plainName(redactText(product).text), kRegistration),
+        "where a product is installed",
+        {folder, path::appendingComponent(product, kRegistration), Content::propertyList});
 }
 
 void addInstance(List& list, const std::string& rcpHome, std::size_t number) {
@@ -132,16 +133,17 @@ void addInstance(List& list, const std::string& rcpHome, std::size_t number) {
                  {rcpHome, fmt::format("{}/{}", deploy, name), Content::document});
   list.addMade(begin + "listing.json",
                "names, modes, owners, sizes and times of what is in an instance's folders",
-               [rcpHome] { return listingOf(rcpHome); });
+               [rcpHome] { return withoutSecrets(listingOf(rcpHome)); });
 }
 
 }  // namespace
 
 std::vector<Item> allowList(const std::vector<InstancePlace>& places) {
   List list;
-  list.addMade("machine.json", "the versions of the program and the system", machineDocument);
+  list.addMade("machine.json", "the versions of the program and the system",
+               [] { return withoutSecrets(machineDocument()); });
   list.addMade("status.json", "what hotfixctl status --doctor tells",
-               [places] { return doctorsReport(places); });
+               [places] { return withoutSecrets(statusDocument(places)); });
   addLastRun(list);
   addKeptRuns(list);
   addRegistrations(list);

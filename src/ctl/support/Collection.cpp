@@ -119,7 +119,9 @@ void take(Collected& collected) {
     takeFile(*collected.item.file, collected);
     return;
   }
-  collected.bytes = collected.item.make();
+  Redacted made = collected.item.make();
+  collected.redactions = made.count;
+  collected.bytes = std::move(made.text);
   collected.size = collected.bytes.size();
   collected.fate = collected.bytes.empty() ? Fate::missing : Fate::taken;
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "ctl/support/Redaction.h"
 #include "platform/FileEnds.h"
 
 namespace installer::ctl::support {
@@ -28,10 +29,10 @@ struct WantedFile {
 
 // One entry of the archive, as it is planned.
 struct Item {
-  std::string entry;                  // its path in the archive, of letters that every system takes
-  std::string what;                   // for people: no capital letter, no full stop
-  std::optional<WantedFile> file;     // or else
-  std::function<std::string()> make;  // what is told in it, without secrets
+  std::string entry;               // its path in the archive, of letters that every system takes
+  std::string what;                // for people: no capital letter, no full stop
+  std::optional<WantedFile> file;  // or else
+  std::function<Redacted()> make;  // what is told in it, without secrets; empty for nothing
 };
 
 // What became of an item.

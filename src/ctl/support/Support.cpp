@@ -17,6 +17,7 @@
 #include "ctl/support/AllowList.h"
 #include "ctl/support/Archive.h"
 #include "ctl/support/Collection.h"
+#include "ctl/support/Redaction.h"
 #include "ctl/support/SupportText.h"
 #include "hotfix/base/Path.h"
 #include "platform/AbsolutePath.h"
@@ -105,15 +106,17 @@ int write(const Options& options, support::ArchiveForm form,
   surroundings.out.flush();
   const std::vector<Collected> collected = support::collect(items, support::kMostBytes);
   const int status = statusOf(collected);
-  const std::string index = textOf(documentOf(collected, archive, status));
+  support::Redacted index;
+  if (!support::redactJson(textOf(documentOf(collected, archive, status)), index))
+    return refuse("the archive has no index");
   std::string reason;
-  const auto bytes = bytesOf(collected, index, form, reason);
+  const auto bytes = bytesOf(collected, index.text, form, reason);
   if (!bytes) return refuse(fmt::format("the archive cannot be made: {}", reason));
   if (const auto obstacle = obstacleAt(archive, options.force)) return refuse(*obstacle);
   FileError error;
   if (!Platform::current().files->write(archive, *bytes, ReplacedFile::forget, kOwnersOnly, &error))
     return refuse(error.description);
-  surroundings.out.write(surroundings.json ? index
+  surroundings.out.write(surroundings.json ? index.text
                                            : resultText(collected, archive, surroundings.style));
   return status;
 }

@@ -13,7 +13,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 Item made(const std::string& bytes) {
-  return {"made", "something", std::nullopt, [bytes] { return bytes; }};
+  return {"made", "something", std::nullopt, [bytes] { return Redacted{bytes, 3}; }};
 }
 
 std::vector<Fate> fates(const std::vector<Collected>& collected) {
@@ -29,6 +29,7 @@ TEST(SupportCollectionTest, WhatComesWhenThereIsNoRoomLeftIsLeftOut) {
   EXPECT_THAT(fates(collected),
               ElementsAre(Fate::taken, Fate::leftOut, Fate::taken, Fate::leftOut));
   EXPECT_EQ("", collected[1].bytes);
+  EXPECT_EQ(3u, collected[0].redactions);
   EXPECT_THAT(collected[1].reason, HasSubstr("no room for it: it holds 10 bytes"));
 }
 

@@ -303,6 +303,10 @@ TEST_F(SupportTest, PlantedSecretsAreInNoFileOfTheArchive) {
   _sandbox.writeFile(_instance.info(), xmlList(list));
   for (const char* name : {"install.xml", "install.update.xml", "uninstall.hotfix.xml"})
     _sandbox.writeFile(_instance.deploy(name), manifest);
+  // Names are told, too.
+  registerProduct("token=" + secret, ListValue::dictionary({}));
+  _sandbox.writeFile(_instance.deploy("extras/token=" + secret), "");
+  _sandbox.makeLink(_instance.deploy("away"), "https://u:" + secret + "@host");
   // What is not collected at all.
   _sandbox.writeFile(_instance.deploy(".keystore"), secret);
   _sandbox.writeFile(_instance.customization(), "a/token=" + secret + "\n");
@@ -312,8 +316,12 @@ TEST_F(SupportTest, PlantedSecretsAreInNoFileOfTheArchive) {
   ASSERT_EQ(0, support().status);
 
   const auto files = unpacked();
-  EXPECT_THAT(files, SizeIs(16)) << "the secrets stood in files that are collected";
-  for (const auto& [name, bytes] : files) EXPECT_THAT(bytes, Not(HasSubstr(secret))) << name;
+  EXPECT_THAT(files, SizeIs(17)) << "the secrets stood in files that are collected";
+  for (const auto& [name, bytes] : files) {
+    EXPECT_THAT(bytes, Not(HasSubstr(secret))) << name;
+    EXPECT_THAT(name, Not(HasSubstr(secret)));
+  }
+  EXPECT_EQ(2, indexed("instances/1/listing.json").at("redactions"));
   EXPECT_THAT(unpacked(files, "last-run/install_trace.log"), HasSubstr("password=[redacted]\na=1"));
   EXPECT_EQ(7, indexed("last-run/install_trace.log").at("redactions"));
 }
