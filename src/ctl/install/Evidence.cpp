@@ -5,6 +5,7 @@
 #include "ctl/install/KeptRuns.h"
 #include "ctl/trace/TraceFile.h"
 #include "hotfix/base/Path.h"
+#include "hotfix/platform/PropertyListFile.h"
 #include "hotfix/util/InstallUtil.h"
 #include "platform/EntryFacts.h"
 #include "platform/FileManager.h"
@@ -24,6 +25,18 @@ std::optional<Run> runOf(const std::string& folder, std::optional<long> process)
   const std::optional<Trace> trace = readTrace(lastTrace(), error);
   if (!plan || !trace || !trace->run || trace->modified < plan->modified) return std::nullopt;
   return trace->run->process == process.value_or(trace->run->process) ? trace->run : std::nullopt;
+}
+
+// Of a run whose evidence was kept before its hotfixctl was killed.
+std::optional<Run> keptRunIn(const std::string& folder) {
+  const std::string name = path::lastComponent(lastTrace().path);
+  FileError error;
+  auto trace = readTrace({path::appendingComponent(folder, name), FinalLink::refuse, {}}, error);
+  return trace ? std::move(trace->run) : std::nullopt;
+}
+
+std::optional<ErrorRecord> keptRecordIn(const std::string& folder) {
+  return errorRecordIn(PropertyList::readDictionary(path::appendingComponent(folder, kRecordFile)));
 }
 
 std::optional<std::string> lackOfTrace(const std::string& folder) {
@@ -56,8 +69,12 @@ bool tellsTheEnd(const std::optional<Run>& run) {
 }  // namespace
 
 Evidence keepEvidence(const std::string& folder, std::optional<long> process) {
-  Evidence evidence{runOf(folder, process), std::nullopt, std::nullopt};
-  if (!evidence.run) return evidence;
+  Evidence evidence{keptRunIn(folder), std::nullopt, std::nullopt};
+  if (evidence.run) evidence.record = keptRecordIn(folder);
+  if (evidence.record) return evidence;
+  const std::optional<Run> last = runOf(folder, process);
+  if (!last) return evidence;
+  evidence.run = last;
   evidence.record = lastErrorRecord();
   evidence.lack = lackOfTrace(folder);
   const std::optional<std::string> another = lackOfRecord(folder);

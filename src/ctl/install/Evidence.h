@@ -18,8 +18,9 @@ struct Evidence {
 };
 
 // Copies trace and error record of the installer with that process number (any, for nullopt) into
-// the folder of its run. A trace that somebody else could have written, that is older than the run,
-// or that tells of another process, counts for nothing.
+// the folder of its run, unless they are there already, and tells them. A trace that somebody else
+// could have written, that is older than the run, or that tells of another process, counts for
+// nothing.
 Evidence keepEvidence(const std::string& folder, std::optional<long> process);
 
 // The first bytes of the installer's output.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <ctime>
 
-#include "hotfix/base/PropertyList.h"
 #include "hotfix/util/InstallUtil.h"
 #include "platform/EntryFacts.h"
 #include "platform/FileManager.h"
@@ -23,7 +22,10 @@ bool isMeant(const std::optional<std::string>& named, const std::string& rcpHome
 }  // namespace
 
 std::optional<ErrorRecord> lastErrorRecord() {
-  const std::optional<PropertyList::Dictionary> record = InstallUtil::getErrorMessage();
+  return errorRecordIn(InstallUtil::getErrorMessage());
+}
+
+std::optional<ErrorRecord> errorRecordIn(const std::optional<PropertyList::Dictionary>& record) {
   if (!record) return std::nullopt;
   ErrorRecord found;
   const PropertyList::Value* const code = record->find("ERROR_CODE");

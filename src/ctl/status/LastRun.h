@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ctl/trace/TraceFile.h"
+#include "hotfix/base/PropertyList.h"
 
 namespace installer::ctl {
 
@@ -14,6 +15,8 @@ struct ErrorRecord {
   std::vector<std::string> details;
 };
 
+// nullopt for what is no error record.
+std::optional<ErrorRecord> errorRecordIn(const std::optional<PropertyList::Dictionary>& record);
 // That of the last run on this machine; nullopt when there is none.
 std::optional<ErrorRecord> lastErrorRecord();
 

@@ -270,6 +270,33 @@ TEST_F(InstallEndTest, AnOrphanWhoseTraceHasOnlyItsBeginningWasBrokenOff) {
   EXPECT_EQ("broken-off", resultAt(0)["cause"]);
 }
 
+TEST_F(InstallEndTest, WhatIsKeptAlreadyTellsHowItEnded) {
+  proves("ROLLOUT-14");
+  recordHotfix("1.6");
+  (void)told(7);
+  const std::string run = keptRuns().front();
+  const json whole = keptResult();
+  json open = whole;
+  open["cause"] = "at-work";
+  open["status"] = nullptr;
+  open["code"] = 0;
+  open["details"] = json::array();
+  open["phases"] = json::array();
+  _sandbox.writeFile(run + "/result.json", open.dump());
+  const std::string trace = kept("install_trace.log");
+  const std::string record = kept("record.plist");
+  recordHotfix("1.4");
+  ASSERT_EQ(0, install().status);
+
+  (void)told(0);
+
+  const json first = resultAt(0);
+  for (const char* member : {"status", "cause", "code", "details", "line", "phases", "keptLack"})
+    EXPECT_EQ(whole[member], first[member]) << member;
+  EXPECT_EQ(trace, _sandbox.readFile(run + "/install_trace.log"));
+  EXPECT_EQ(record, _sandbox.readFile(run + "/record.plist"));
+}
+
 TEST_F(InstallEndTest, WhatAKillOfAllLeavesIsPutInOrderByTheNext) {
   proves("ROLLOUT-14");
   _sandbox.script("rcplauncher", 1, ChildScript().await("/never"));
