@@ -8,7 +8,8 @@
 
 namespace installer {
 
-// How a child ended: by itself with a status, or by a signal ("signal 9 (Killed)").
+// How a child ended: by itself with a status, or by a signal ("signal 9 (Killed)"). The
+// system may tell neither.
 struct WatchedEnd {
   std::optional<int> status;
   std::optional<std::string> signal;

@@ -6,6 +6,7 @@
 #include <array>
 #include <system_error>
 
+#include "platform/posix/ChildEnd.h"
 #include "platform/posix/ChildOfSignals.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/SignalText.h"
@@ -24,16 +25,9 @@ constexpr std::size_t kLongestLine = 1022;  // bytes
 int waitFor(pid_t child) {
   {
     const ChildOfSignals told(child);
-    siginfo_t ended{};
-    const auto waitUnreaped = [&] {
-      return waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT);
-    };
-    (void)uninterrupted(waitUnreaped);  // without such a child there is nobody to tell
+    (void)hasEnded(child, 0);  // without such a child there is nobody to tell
   }
-  int status = -1;
-  const auto wait = [&] { return waitpid(child, &status, 0); };
-  (void)uninterrupted(wait);  // without such a child the status stays -1
-  return status;
+  return reaped(child).value_or(-1);
 }
 
 // A child that runs; it is told of signals, and its end is waited for, whatever happens meanwhile.

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/files/Opening.h"
+#include "platform/posix/ChildEnd.h"
 #include "platform/posix/ChildOfSignals.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/SignalText.h"
@@ -26,37 +27,28 @@ class PosixWatchedChild : public WatchedChild {
  public:
   explicit PosixWatchedChild(pid_t child) : _child(child) { _told.emplace(child); }
   ~PosixWatchedChild() override {
-    if (!_end) (void)look(0);  // how it ended does not count any more
+    if (!_end) (void)hasEnded(_child, 0);  // how it ended does not count any more
     if (!_end) reap();
   }
 
   long process() const override { return _child; }
   std::optional<WatchedEnd> end() override {
-    if (!_end && look(WNOHANG)) reap();
+    if (!_end && hasEnded(_child, WNOHANG)) reap();
     return _end;
   }
   void ask() override { send(SIGTERM); }
   void kill() override { send(SIGKILL); }
 
  private:
-  // Whether it has ended; its number stays its own until it is reaped.
-  bool look(int options) const {
-    siginfo_t ended{};
-    const auto wait = [&] {
-      return waitid(P_PID, static_cast<id_t>(_child), &ended, WEXITED | WNOWAIT | options);
-    };
-    return uninterrupted(wait) != 0 || ended.si_pid == _child;
-  }
   void reap() {
     _told.reset();
-    int status = 0;
-    const auto wait = [&] { return waitpid(_child, &status, 0); };
-    (void)uninterrupted(wait);  // it has ended
+    const std::optional<int> status = reaped(_child);
     _end.emplace();
-    if (WIFSIGNALED(status))
-      _end->signal = signalText(WTERMSIG(status));
+    if (!status) return;
+    if (WIFSIGNALED(*status))
+      _end->signal = signalText(WTERMSIG(*status));
     else
-      _end->status = WEXITSTATUS(status);
+      _end->status = WEXITSTATUS(*status);
   }
   void send(int signal) const {
     if (!_end) (void)::kill(_child, signal);  // its number is its own

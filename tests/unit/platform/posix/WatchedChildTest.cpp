@@ -98,6 +98,15 @@ TEST_F(WatchedChildTest, TheStatusOfAChildIsKnownThoughChildrenWereIgnored) {
   }));
 }
 
+TEST_F(WatchedChildTest, OneWhoseEndTheSystemDoesNotTellHasNeitherStatusNorSignal) {
+  EXPECT_TRUE(inChild([&] {
+    const auto child = start(ChildScript().await(go()));
+    (void)std::signal(SIGCHLD, SIG_IGN);  // from now on children leave no status
+    letGo();
+    return child && endOf(*child) == WatchedEnd{std::nullopt, std::nullopt};
+  }));
+}
+
 TEST_F(WatchedChildTest, OnlyWhatAsksToEndStaysIgnored) {
   EXPECT_TRUE(inChild([&] {
     for (const int ignored : {SIGHUP, SIGPIPE, SIGUSR1}) (void)std::signal(ignored, SIG_IGN);
