@@ -1,6 +1,7 @@
 #include "ctl/install/Evidence.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "ctl/install/KeptRuns.h"
 #include "ctl/trace/TraceFile.h"
@@ -18,12 +19,10 @@ namespace {
 constexpr std::size_t kMostOutput = std::size_t{64} << 10;  // bytes
 constexpr mode_t kPrivate = 0600;
 
-// Numbers of processes are used again: a trace from before the plan is another run's.
 std::optional<Run> runOf(const std::string& folder, std::optional<long> process) {
-  const auto plan = entryAt(path::appendingComponent(folder, kPlanFile));
   FileError error;
   const std::optional<Trace> trace = readTrace(lastTrace(), error);
-  if (!plan || !trace || !trace->run || trace->modified < plan->modified) return std::nullopt;
+  if (!trace || !trace->run || trace->modified < plannedAt(folder)) return std::nullopt;
   return trace->run->process == process.value_or(trace->run->process) ? trace->run : std::nullopt;
 }
 
@@ -67,6 +66,11 @@ bool tellsTheEnd(const std::optional<Run>& run) {
 }
 
 }  // namespace
+
+std::time_t plannedAt(const std::string& folder) {
+  const auto plan = entryAt(path::appendingComponent(folder, kPlanFile));
+  return plan ? plan->modified : std::numeric_limits<std::time_t>::max();
+}
 
 Evidence keepEvidence(const std::string& folder, std::optional<long> process) {
   Evidence evidence{keptRunIn(folder), std::nullopt, std::nullopt};

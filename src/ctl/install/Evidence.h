@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ctime>
 #include <optional>
 #include <string>
 
@@ -16,6 +17,10 @@ struct Evidence {
   std::optional<ErrorRecord> record;  // nullopt without such a trace
   std::optional<std::string> lack;    // the first that could not be kept
 };
+
+// When the run in the folder had been planned: what was changed last before that is another run's,
+// for numbers of processes are used again. Without a plan everything is.
+std::time_t plannedAt(const std::string& folder);
 
 // Copies trace and error record of the installer with that process number (any, for nullopt) into
 // the folder of its run, unless they are there already, and tells them. A trace that somebody else

@@ -158,7 +158,7 @@ void Installation::watch(WatchedChild& child, std::size_t phases) {
   _result.installer->number = child.process();
   (void)keepBeginning();  // a lack is told at the end
   Progress progress(_settings.progress, _out, _columns, phases);
-  Supervisor supervisor(child, _settings.limits, progress);
+  Supervisor supervisor(child, _settings.limits, progress, plannedAt(*_result.keptRun));
   const WatchedEnd end = supervisor.watch();
   _result.time = supervisor.time();
   _result.interruption = supervisor.interruption();

@@ -13,12 +13,9 @@ constexpr std::chrono::milliseconds kPause{20};
 
 }  // namespace
 
-Supervisor::Supervisor(WatchedChild& child, const TimeLimits& limits, Progress& progress)
-    : _child(child),
-      _limits(limits),
-      _progress(progress),
-      _trace(lastTrace()),
-      _began(std::time(nullptr)) {}
+Supervisor::Supervisor(WatchedChild& child, const TimeLimits& limits, Progress& progress,
+                       std::time_t planned)
+    : _child(child), _limits(limits), _progress(progress), _trace(lastTrace()), _planned(planned) {}
 
 WatchedEnd Supervisor::watch() {
   while (true) {
@@ -48,7 +45,7 @@ void Supervisor::heedTime() {
 // it is the child's own its place in it is kept.
 void Supervisor::lookAtTrace() {
   FileError error;
-  if (!_isOpen && (!_trace.open(error) || _trace.modified() < _began)) return;
+  if (!_isOpen && (!_trace.open(error) || _trace.modified() < _planned)) return;
   _trace.readSome();  // what has not come yet comes later
   _isOpen = belongsToChild();
   if (_isOpen)

@@ -20,7 +20,9 @@ struct TimeLimits {
 // Watches over an installer that runs: its time, and its progress, which its trace tells.
 class Supervisor {
  public:
-  Supervisor(WatchedChild& child, const TimeLimits& limits, Progress& progress);
+  // `planned`: when the run was; an older trace is another run's.
+  Supervisor(WatchedChild& child, const TimeLimits& limits, Progress& progress,
+             std::time_t planned);
 
   // Comes back when it has ended.
   WatchedEnd watch();
@@ -38,7 +40,7 @@ class Supervisor {
   const TimeLimits _limits;
   Progress& _progress;
   TraceWatch _trace;
-  const std::time_t _began;
+  const std::time_t _planned;
   const std::chrono::steady_clock::time_point _start = std::chrono::steady_clock::now();
   std::chrono::milliseconds _time{0};
   std::optional<std::chrono::milliseconds> _askedAt;
