@@ -156,7 +156,7 @@ void Installation::work(Plan& plan) {
 void Installation::watch(WatchedChild& child, std::size_t phases) {
   const HeldInterruptions held;
   _result.installer->number = child.process();
-  (void)keepBeginning();  // a lack is told at the end
+  (void)keepBeginning();  // the one from before the start stays
   Progress progress(_settings.progress, _out, _columns, phases);
   Supervisor supervisor(child, _settings.limits, progress, plannedAt(*_result.keptRun));
   const WatchedEnd end = supervisor.watch();

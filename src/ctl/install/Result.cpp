@@ -73,7 +73,7 @@ std::string endText(const WatchedEnd& end) {
 }  // namespace
 
 void Result::take(const Evidence& evidence) {
-  keptLack = evidence.lack;
+  keptLack = evidence.lack;  // what could not be written before will be now, or is told then
   if (evidence.record) code = static_cast<int>(evidence.record->code);
   if (evidence.record) details = evidence.record->details;
   if (!evidence.run) return;
@@ -120,6 +120,7 @@ std::string textOf(const Result& result, const Style& style) {
         "Installer",
         fmt::format("{}, {:.1f} s", endText(result.installer->end), secondsOf(result.time)), style);
   if (result.keptRun) text += fact("Kept run", shown(*result.keptRun), style);
+  if (result.keptLack) text += fact("Not kept", shown(*result.keptLack), style);
   return text;
 }
 

@@ -277,6 +277,24 @@ TEST_F(InstallKeptTest, WithoutRoomForAFolderNothingIsBegun) {
   expectNotKept("cannot be created: No space left on device");
 }
 
+// There is room for the result then.
+TEST_F(InstallKeptTest, ATraceThatDoesNotFitIsToldToPeopleToo) {
+  proves("ROLLOUT-8");
+  _sandbox.limitSpace("/var/lib", 256 << 10);
+  playInstaller(
+      "before=\"Nov 22 10:00:00 host HotfixInstaller[$$] <Info>:\"; n=0\n"
+      "{ echo \"$before Begin to install hotfix.\"\n"
+      "while [ $n -lt 6000 ]; do echo \"$before A line like many others.\"; n=$((n + 1)); done; } "
+      "> /tmp/install_trace.log\nexit 1\n");
+  const RunResult result = installs(_played);
+
+  const std::string lack = "\"/tmp/install_trace.log\" cannot be copied to \"" +
+                           keptRuns().front() + "/install_trace.log\": No space left on device";
+  EXPECT_THAT(result.out, HasSubstr("\nNot kept   " + lack + "\n"));
+  EXPECT_EQ(lack, keptResult()["keptLack"]);
+  EXPECT_THAT(installs().out, Not(HasSubstr("Not kept")));
+}
+
 TEST_F(InstallKeptTest, ADiskThatFillsUpMeanwhileDoesNotChangeTheOutcome) {
   proves("ROLLOUT-8");
   _sandbox.limitSpace("/var/lib", 256 << 10);
@@ -291,6 +309,7 @@ TEST_F(InstallKeptTest, ADiskThatFillsUpMeanwhileDoesNotChangeTheOutcome) {
   EXPECT_THAT(_result.err, HasSubstr("No space left on device"));
   EXPECT_EQ("at-work", keptResult()["cause"]) << "the next one brings it to its end";
 
+  // The trace is of another process than the one that was started: nothing tells how that ended.
   _sandbox.remove("/var/lib/filler");
   (void)told(0);
   EXPECT_EQ("broken-off",
