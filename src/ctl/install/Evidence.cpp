@@ -1,7 +1,7 @@
 #include "ctl/install/Evidence.h"
 
-#include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "ctl/install/KeptRuns.h"
 #include "ctl/trace/TraceFile.h"
@@ -9,6 +9,7 @@
 #include "hotfix/platform/PropertyListFile.h"
 #include "hotfix/util/InstallUtil.h"
 #include "platform/EntryFacts.h"
+#include "platform/FileEnds.h"
 #include "platform/FileManager.h"
 #include "platform/Platform.h"
 
@@ -87,11 +88,9 @@ Evidence keepEvidence(const std::string& folder, std::optional<long> process) {
 }
 
 std::string outputIn(const std::string& folder) {
-  FileManager& files = *Platform::current().files;
-  std::string output =
-      files.readUnlinked(path::appendingComponent(folder, kOutputFile), nullptr).value_or("");
-  output.resize(std::min(output.size(), kMostOutput));
-  return output;
+  FileError error;
+  auto ends = readEnds(folder, kOutputFile, {kMostOutput, 0}, error);
+  return ends ? std::move(ends->head) : "";
 }
 
 // A trace that has no end, of an installer that ended by itself, could not be written to its end.

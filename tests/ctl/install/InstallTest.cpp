@@ -414,6 +414,21 @@ TEST_F(InstallTest, WhatTheInstallerWroteIsKeptAndShownOnDemand) {
   EXPECT_EQ("to output\nto error\n", told(0, _played)["installer"]["output"]);
 }
 
+TEST_F(InstallTest, OfALongOutputTheBeginningIsTold) {
+  proves("ROLLOUT-6");
+  constexpr std::size_t kTold = 65'536;
+  const std::string makesMegabyte =
+      "line=0123456789abcdef; while [ ${#line} -lt 1048576 ]; do line=$line$line; done; ";
+  const std::string beginning = "<0123456789abcdef";
+
+  playInstaller(makesMegabyte +
+                "for n in 1 2 3 4 5; do printf '<%s' $line $line $line $line $line "
+                "$line $line $line $line $line $line $line $line; done\n");
+  const std::string most = told(0, _played)["installer"]["output"];
+  EXPECT_EQ(kTold, most.size());
+  EXPECT_THAT(most, StartsWith(beginning));
+}
+
 TEST_F(InstallTest, AnAnswerThatNobodyReadsDoesNotEndTheInstallation) {
   RunOptions options;
   options.brokenOutput = true;
