@@ -23,12 +23,13 @@ void Progress::show(const Run& run, std::chrono::seconds running) {
   _out.flush();
 }
 
-// What has begun is not done yet.
+// What has begun is not done yet. More phases than planned make no part smaller that was told.
 void Progress::showLines(const Run& run) {
   for (; _told < run.steps.size(); ++_told) {
     const std::size_t all = std::max(_phases, run.steps.size());
+    _part = std::max(_part, kWhole * _told / all);
     _out.write(fmt::format("installer:PHASE:{}\ninstaller:%{}\n", wordsOf(run.steps[_told].kind),
-                           kWhole * _told / all));
+                           _part));
   }
   _out.flush();
 }

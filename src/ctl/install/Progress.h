@@ -38,6 +38,7 @@ class Progress {
   const std::size_t _columns;
   const std::size_t _phases;
   std::size_t _told = 0;  // phases
+  std::size_t _part = 0;  // per cent, as told last
   std::string _shown;     // on the terminal
 };
 

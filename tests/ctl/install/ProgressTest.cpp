@@ -79,6 +79,20 @@ TEST_F(ProgressTest, LinesAreToldOnceForEachPhase) {
       _answers.text());
 }
 
+TEST_F(ProgressTest, ThePartThatIsDoneNeverGrowsLess) {
+  proves("ROLLOUT-7");
+  Progress lines = progress(Progress::Form::lines, 80, 2);
+  for (int phase = 0; phase < 2; ++phase) begin(StepKind::record);
+  lines.show(_run, seconds(0));
+  for (int phase = 0; phase < 3; ++phase) begin(StepKind::record);
+  lines.show(_run, seconds(1));
+
+  const std::string phase = "installer:PHASE:records the hotfix, restores permissions\n";
+  EXPECT_EQ(phase + "installer:%0\n" + phase + "installer:%50\n" + phase + "installer:%50\n" +
+                phase + "installer:%60\n" + phase + "installer:%80\n",
+            _answers.text());
+}
+
 TEST_F(ProgressTest, NothingIsToldUnasked) {
   Progress none = progress(Progress::Form::none);
   begin(StepKind::readPackage);
