@@ -116,7 +116,6 @@ void Installation::install() {
 }
 
 bool Installation::begin(Plan& plan) {
-  _runs->makeRoom(_settings.retention);
   std::string reason;
   _result.keptRun = _runs->begin(plan.bundle, reason);
   if (!_result.keptRun) return refuse(kNotKept, std::move(reason));
@@ -163,6 +162,7 @@ void Installation::watch(WatchedChild& child, std::size_t phases) {
   _result.time = supervisor.time();
   _result.interruption = supervisor.interruption();
   conclude(end);
+  _runs->makeRoom(_settings.retention, *_result.keptRun);
   progress.end(_result.outcome);
 }
 

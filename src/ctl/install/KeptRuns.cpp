@@ -109,10 +109,11 @@ std::vector<std::string> KeptRuns::all() const {
   return runs;
 }
 
-void KeptRuns::makeRoom(const Retention& retention) const {
+void KeptRuns::makeRoom(const Retention& retention, const std::string& newest) const {
   const auto oldest = std::chrono::system_clock::now() - std::chrono::days(retention.days);
   const std::string limit = timeText(oldest);
-  const std::vector<std::string> runs = all();
+  std::vector<std::string> runs = all();
+  std::erase(runs, newest);
   for (std::size_t i = 0; i < runs.size(); ++i) {
     const bool isTooMany = runs.size() - i >= retention.runs;
     if (!isTooMany && path::lastComponent(runs[i]) >= limit) continue;

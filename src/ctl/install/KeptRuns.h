@@ -44,8 +44,8 @@ class KeptRuns {
   // folder is none of them.
   std::vector<std::string> all() const;
 
-  // Removes the oldest until there is room for a new one.
-  void makeRoom(const Retention& retention) const;
+  // Removes the oldest beside the newest, whatever its name says of its time.
+  void makeRoom(const Retention& retention, const std::string& newest) const;
 
   // Makes the folder of a new run; nullopt, with the reason, when that cannot be done.
   [[nodiscard]] std::optional<std::string> begin(const std::optional<std::string>& bundle,

@@ -28,8 +28,8 @@ void Progress::showLines(const Run& run) {
   for (; _told < run.steps.size(); ++_told) {
     const std::size_t all = std::max(_phases, run.steps.size());
     _part = std::max(_part, kWhole * _told / all);
-    _out.write(fmt::format("installer:PHASE:{}\ninstaller:%{}\n", wordsOf(run.steps[_told].kind),
-                           _part));
+    _out.write(
+        fmt::format("installer:PHASE:{}\ninstaller:%{}\n", wordsOf(run.steps[_told].kind), _part));
   }
   _out.flush();
 }

@@ -118,6 +118,25 @@ TEST_F(InstallKeptTest, TheOldestGoWhenThereAreTooMany) {
   EXPECT_LT(last, keptRuns().front());
 }
 
+TEST_F(InstallKeptTest, OneThatDoesNotBeginTakesNobodysPlace) {
+  proves("ROLLOUT-10");
+  const std::string old = keepOld("20200101T000000.000Z-Old");
+  _sandbox.writeFile("/opt/Played", "no program", 0644);
+  (void)told(13, {"--keep", "1", "--installer", "/opt/Played"});
+
+  EXPECT_THAT(keptRuns(), ElementsAre(old));
+}
+
+// After a clock that went wrong.
+TEST_F(InstallKeptTest, TheRunItselfStaysWhenItLooksOlder) {
+  proves("ROLLOUT-10");
+  const std::string later = keepOld("20990101T000000.000Z-Later");
+  const json answer = told(0, {"--keep", "1"});
+
+  EXPECT_THAT(keptRuns(), ElementsAre(answer["keptRun"]));
+  EXPECT_FALSE(_sandbox.exists(later));
+}
+
 TEST_F(InstallKeptTest, TwentyAreKeptUnlessToldOtherwise) {
   proves("ROLLOUT-10");
   (void)told(0);
