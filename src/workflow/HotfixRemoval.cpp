@@ -28,10 +28,12 @@ constexpr const char* kMissing =
 
 }  // namespace
 
-HotfixRemoval::HotfixRemoval(const std::string& pathToRcphome, const std::string& pathToRcpData)
+HotfixRemoval::HotfixRemoval(const std::string& pathToRcphome, const std::string& pathToRcpData,
+                             HandOver handOver)
     : _pathToRcpHome(pathToRcphome),
       _pathToRcpData(pathToRcpData),
-      _instance(pathToRcphome, pathToRcpData) {}
+      _instance(pathToRcphome, pathToRcpData),
+      _handOver(handOver) {}
 
 bool HotfixRemoval::copyUninstallManifest() {
   const std::string manifest = InstanceLayout::uninstallManifest(_pathToRcpHome);
@@ -72,7 +74,7 @@ void HotfixRemoval::clearRecords() {
   _instance.removeProvisionRCFile();
   print("The provisioning operations have completed successfully.");
   removeHotfixReceipt();
-  _instance.updatePermissions(false, _pathToRcpData);
+  _instance.updatePermissions(_handOver == HandOver::everything, _pathToRcpData);
   _instance.removeHotfixSkipRunningCheckProperty();
   _instance.deleteInstalledHotfixBundleID();
 }

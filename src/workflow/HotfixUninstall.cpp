@@ -11,7 +11,8 @@ HotfixUninstall::HotfixUninstall(const std::optional<std::string>& pathToRcphome
                                  const std::optional<std::string>& pathToRcpData) {
   if (!pathToRcphome || !reported::exists(*pathToRcphome)) return;
   _removal = std::make_unique<HotfixRemoval>(
-      *pathToRcphome, pathToRcpData.value_or(InstanceLayout::defaultRcpData(*pathToRcphome)));
+      *pathToRcphome, pathToRcpData.value_or(InstanceLayout::defaultRcpData(*pathToRcphome)),
+      HandOver::data);
 }
 
 HotfixUninstall::HotfixUninstall(HotfixUninstall&&) noexcept = default;

@@ -15,7 +15,6 @@
 #include "hotfix/instance/InstanceService.h"
 #include "hotfix/platform/ToldOnce.h"
 #include "hotfix/util/InstallUtil.h"
-#include "hotfix/workflow/HotfixUninstall.h"
 #include "instance/InstanceLayout.h"
 #include "platform/EntryFacts.h"
 #include "platform/Exists.h"
@@ -24,6 +23,7 @@
 #include "platform/Log.h"
 #include "platform/Reported.h"
 #include "platform/overlay/KeptOutput.h"
+#include "workflow/HotfixRemoval.h"
 
 namespace installer::ctl {
 
@@ -107,6 +107,9 @@ class Removal {
     if (!mayBegin()) return;
     removeLeftOverItems(_report.rcpData);
     carryOut();
+    // What has come to its end is not interrupted any more.
+    const HeldInterruptions held;
+    if (!_succeeded) handOver();
     _report.after = lookAt(_home);
     judge();
   }
@@ -172,9 +175,13 @@ class Removal {
     auto instance = InstanceService::existing(_home, _report.rcpData);
     if (instance) prepare(*instance);
     overlay::KeptOutput kept;
-    _succeeded = HotfixUninstall(_home, _report.rcpData).uninstallOldHotfix();
+    _succeeded = HotfixRemoval(_home, _report.rcpData, HandOver::everything).uninstallOldHotfix();
     _report.output = kept.take();
-    // Whatever came of it, the launcher was root's, and what it made is the user's.
+  }
+
+  // Whatever came of it, the launcher was root's, and what it made is the user's.
+  void handOver() {
+    auto instance = InstanceService::existing(_home, _report.rcpData);
     if (instance) instance->updatePermissions(true, std::optional(_report.rcpData));
   }
 

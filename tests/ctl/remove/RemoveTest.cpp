@@ -592,6 +592,23 @@ TEST_F(RemoveTest, ARemovalOfWhatIsHardlyRecordedCanBeTakenUpAfterAKill) {
   }
 }
 
+// Whoever is killed before the last record has gone is told to begin again.
+TEST_F(RemoveTest, TheFilesAreHandedOverBeforeTheLastRecordGoes) {
+  proves("UNDO-1", "UNDO-7");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
+  RunOptions options = killedAt("installInfo.plist");
+  options.set("HOTFIX_KILL_AT_TIME", "2");  // the first one deletes the version
+
+  ASSERT_EQ(128 + SIGKILL, remove({}, options).status);
+
+  EXPECT_EQ(std::nullopt, recorded("hotfixVersion"));
+  EXPECT_EQ("com.kiv.hotfix.old", recorded("installedHotfixBundleID"));
+  for (const std::string& file : {updateManifest(), _instance.shared() + "/lib.txt"})
+    EXPECT_EQ(CliSandbox::kAlice, _sandbox.ownership(file).owner) << file;
+  EXPECT_EQ(2, remove().status);
+  EXPECT_EQ("removed", told(0, {"--force"}).at("outcome"));
+}
+
 // --- What stays ----------------------------------------------------------------------------------
 
 TEST_F(RemoveTest, WhatStaysIsTold) {
