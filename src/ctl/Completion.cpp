@@ -30,18 +30,17 @@ Choices nothing() {
   return {};
 }
 
-// The names that values have in helps, where they are no files. A number or a name of somebody
-// else's cannot be offered.
+// By the names that values have in helps. A number or a name of somebody else's cannot be offered.
 Choices valuesNamed(const std::string& name) {
   if (name == "rule" || name == "rules") return {NextWord::oneOfThese, rules()};
   constexpr std::string_view kFolders[] = {"package", "destination", "instance",
                                            "bundle",  "folder",      "place"};
   if (std::find(std::begin(kFolders), std::end(kFolders), name) != std::end(kFolders))
     return {NextWord::folder, {}};
-  constexpr std::string_view kFree[] = {"code",    "seconds", "days", "number",
-                                        "version", "name",    "text", "identifier"};
-  if (std::find(std::begin(kFree), std::end(kFree), name) != std::end(kFree)) return nothing();
-  return {NextWord::file, {}};
+  constexpr std::string_view kFiles[] = {"file", "program", "trace"};
+  if (std::find(std::begin(kFiles), std::end(kFiles), name) != std::end(kFiles))
+    return {NextWord::file, {}};
+  return nothing();
 }
 
 std::string nameOfValue(const CLI::Option& option) {

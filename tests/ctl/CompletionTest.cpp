@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <set>
 
 #include "ctl/Answers.h"
 #include "ctl/CommandLine.h"
@@ -162,6 +163,35 @@ TEST(CompletionTest, NoTextOfACommandBreaksALine) {
       for (const Choice& choice : choicesFor({std::string(command.name), begun}, commands()).words)
         EXPECT_EQ(std::string::npos, (choice.word + choice.meaning).find_first_of("\t\n"));
   EXPECT_THAT(textOf(choicesFor({""}, commands())), StartsWith("words\nnew\tmakes a"));
+}
+
+// A value of a name that nobody has thought of would be offered nothing.
+TEST(CompletionTest, WhatEveryValueOfTheProgramCanBeIsKnown) {
+  proves("COMPLETION-1");
+  const std::set<std::string> free = {"CODE",   "DAYS", "FEATURE", "ID",     "NAME",
+                                      "NUMBER", "PATH", "SECONDS", "VERSION"};
+  for (const Command& command : commands()) {
+    CLI::App line;
+    Order order;
+    declareLine(command, line, order);
+    for (const CLI::Option* option : line.get_options()) {
+      if (option->get_positional() || option->get_items_expected_max() == 0) continue;
+      const std::string name = "--" + option->get_lnames().front();
+      const Choices values = choicesFor({std::string(command.name), name, ""}, commands());
+      const bool isFree = free.contains(option->get_type_name());
+      const bool isOffered = values.kind != NextWord::oneOfThese || !values.words.empty();
+      EXPECT_NE(isFree, isOffered) << command.name << " " << name << " " << option->get_type_name();
+    }
+  }
+}
+
+TEST(CompletionTest, LayoutsOfPackagesAreOffered) {
+  proves("COMPLETION-1");
+  const Choices layouts = choicesFor({"new", "--layout", ""}, commands());
+
+  ASSERT_EQ(2u, layouts.words.size());
+  EXPECT_EQ("default", layouts.words[0].word);
+  EXPECT_EQ("flat", layouts.words[1].word);
 }
 
 }  // namespace

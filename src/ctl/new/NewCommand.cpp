@@ -125,7 +125,8 @@ void declareForm(CLI::App& line, Options& options) {
       line, "--layout", options.layout,
       "default: package and deploy in mac, the update site where the installer looks by itself; "
       "flat: all three side by side")
-      ->type_name("LAYOUT");
+      ->type_name("LAYOUT")
+      ->check(oneOf({package::kDefault, package::kFlat}));
   addText(line, "--site-folder", options.siteFolder,
           "the update site's folder in the flat layout: updates")
       ->type_name("FOLDER");

@@ -23,6 +23,11 @@ bool isGiven(const std::optional<std::string>& text) {
   return !text.value_or("").empty();
 }
 
+// An empty text is none: a script's variable that was not set.
+std::optional<std::string> given(const std::optional<std::string>& text) {
+  return isGiven(text) ? text : std::nullopt;
+}
+
 // A key store that the client has and the package does not bring is gone after an installation:
 // nobody means to bring none by saying nothing.
 constexpr std::array kNeeds{
@@ -105,15 +110,9 @@ std::string siteFolderGiven(const std::string& folder, const std::string& packag
     rest.erase(0, slash + 1);
   }
   const std::string first = folder.substr(0, folder.find('/'));
-  if (first == kDeploy || first == packageName || first.find(',') != std::string::npos)
+  if (first == kDeploy || first == packageName || folder.find(',') != std::string::npos)
     refuse(fmt::format("the update site cannot lie in \"{}\"", folder));
   return folder;
-}
-
-Layout layoutGiven(const std::string& name) {
-  if (name == "flat") return Layout::flat;
-  if (name == "default") return Layout::usual;
-  refuse(fmt::format("there is no layout \"{}\", but \"default\" and \"flat\"", name));
 }
 
 std::string bundleNameOf(const Options& options) {
@@ -124,12 +123,13 @@ std::string bundleNameOf(const Options& options) {
 }
 
 std::optional<std::string> absolute(const std::optional<std::string>& path) {
-  if (!path) return std::nullopt;
+  if (!isGiven(path)) return std::nullopt;
   return absolutePath(*path);
 }
 
 Wanted wantedOf(const Options& options) {
   Wanted wanted;
+  if (!isGiven(options.folder)) refuse("the folder has no name");
   wanted.folder = absolutePath(*options.folder);
   wanted.packageName =
       nameGiven("the package", options.packageName.value_or(std::string(kUsualPackage)));
@@ -141,15 +141,17 @@ Wanted wantedOf(const Options& options) {
   wanted.isRegistered = options.isRegistered;
   wanted.skipsRunningCheck = options.skipsRunningCheck;
   wanted.withdraws = options.withdraws;
-  wanted.layout = layoutGiven(options.layout.value_or("default"));
-  wanted.siteFolder = siteFolderGiven(options.siteFolder.value_or(std::string(kUsualSiteFolder)),
-                                      wanted.packageName);
+  if (options.layout == kFlat) {
+    wanted.layout = Layout::flat;
+    wanted.siteFolder = siteFolderGiven(options.siteFolder.value_or(std::string(kUsualSiteFolder)),
+                                        wanted.packageName);
+  }
   for (const std::string& feature : options.features)
     wanted.features.push_back(featureOf(feature, wanted.version));
-  wanted.site = options.site;
-  wanted.customization = options.customization;
+  wanted.site = given(options.site);
+  wanted.customization = given(options.customization);
   wanted.keyStores = options.keyStores;
-  wanted.extras = options.extras;
+  wanted.extras = given(options.extras);
   wanted.instance = absolute(options.instance);
   return wanted;
 }

@@ -11,6 +11,10 @@
 
 namespace installer::ctl::package {
 
+// The layouts' names.
+inline constexpr const char* kDefault = "default";
+inline constexpr const char* kFlat = "flat";
+
 // What is said of a package on the command line, and by the answers to questions.
 struct Options {
   std::optional<std::string> folder;

@@ -356,18 +356,49 @@ TEST_F(NewCommandTest, WhatIsNeededAndMissingIsNamed) {
   expectRefusal({"new"}, 64, "folder is required");
 }
 
+// A variable of a script that was not set.
+TEST_F(NewCommandTest, WhatIsEmptyIsNotGiven) {
+  proves("NEW-7");
+  expectRefusal(argumentsWithout("--site", {"--site", ""}), 64, "--site is missing");
+  expectRefusal(argumentsWithout("--keystore", {"--instance", ""}), 64, "--keystore is missing");
+  std::vector<std::string> words = arguments();
+  words[1] = "";
+  expectRefusal(words, 64, "the folder has no name");
+
+  const RunResult result = make({"--instance", "", "--extras", "", "--customization", ""});
+
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_FALSE(_sandbox.exists(made("mac/deploy/extras")));
+  EXPECT_TRUE(_sandbox.exists(made("mac/Hotfix.pkg")));
+}
+
+TEST_F(NewCommandTest, AWithdrawalTakesAnEmptySiteForNone) {
+  std::vector<std::string> words = argumentsWithout("--feature", {"--withdraw"});
+  words[std::find(words.begin(), words.end(), "--site") - words.begin() + 1] = "";
+
+  EXPECT_EQ(0, control(words).status);
+
+  EXPECT_FALSE(_sandbox.exists(made("updates")));
+}
+
+TEST_F(NewCommandTest, WhereTheSiteIsElsewhereItsFolderDoesNotMatter) {
+  EXPECT_EQ(0, make({"--package", "updates"}).status);
+}
+
 TEST_F(NewCommandTest, WhatCannotBeMeantIsNamed) {
   proves("NEW-7");
   expectRefusal(arguments({"--feature", "a/b"}), 64, "\"a/b\" is no feature");
   expectRefusal(arguments({"--feature", "_1.5"}), 64, "\"_1.5\" is no feature");
-  expectRefusal(arguments({"--layout", "round"}), 64, "there is no layout \"round\"");
+  expectRefusal(arguments({"--layout", "round"}), 64, "round");
   expectRefusal(arguments({"--package", "../P.pkg"}), 64, "\"../P.pkg\" cannot be a file's name");
   expectRefusal(arguments({"--package", ".."}), 64, "\"..\" cannot be a file's name");
   expectRefusal(arguments({"--package", "deploy"}), 64, "cannot be \"deploy\"");
   for (const char* folder : {"", "/a", "a/../..", "a//b", "a/"})
-    expectRefusal(arguments({"--site-folder", folder}), 64, "cannot be a file's name");
-  for (const char* folder : {"deploy", "deploy/site", "Hotfix.pkg", "a,b"})
-    expectRefusal(arguments({"--site-folder", folder}), 64, "the update site cannot lie in");
+    expectRefusal(arguments({"--layout", "flat", "--site-folder", folder}), 64,
+                  "cannot be a file's name");
+  for (const char* folder : {"deploy", "deploy/site", "Hotfix.pkg", "a,b", "updates/a,b"})
+    expectRefusal(arguments({"--layout", "flat", "--site-folder", folder}), 64,
+                  "the update site cannot lie in");
   expectRefusal(argumentsWithout("--bundle", {"--bundle", "a/b"}), 64,
                 "\"a/b\" cannot be a file's");
   expectRefusal(arguments({"--withdraw"}), 64, "brings no feature");
