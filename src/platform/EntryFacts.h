@@ -14,7 +14,8 @@ struct EntryFacts {
   uid_t owner = 0;
   std::time_t modified = 0;
   bool isFolder = false;
-  mode_t mode = 0;  // permission bits
+  bool isFile = false;  // a regular one
+  mode_t mode = 0;      // permission bits
 };
 
 // nullopt when nothing is there, or it cannot be looked at.

@@ -30,9 +30,15 @@ std::string_view wholeLinesAtTheBegin(std::string_view text) {
   const std::size_t feed = text.rfind('\n');
   return text.substr(0, feed == std::string_view::npos ? 0 : feed + 1);
 }
+// Neither the half line, nor the next one, whose name may stand in the lost half, nor what
+// continues them.
 std::string_view wholeLinesAtTheEnd(std::string_view text) {
-  const std::size_t feed = text.find('\n');
-  return text.substr(feed == std::string_view::npos ? text.size() : feed + 1);
+  for (int lost = 2; lost > 0 && !text.empty();) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    if (!goesOn(line)) --lost;
+  }
+  return text;
 }
 
 // What stands at a cut could be half of a secret, with the name that tells it in the other half:

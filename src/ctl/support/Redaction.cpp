@@ -298,32 +298,26 @@ class Lines {
   }
 
  private:
-  // A value goes on in the next line when this one ends with a backslash that is none itself.
-  static bool goesOn(std::string_view line) {
-    std::size_t count = 0;
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    while (line.ends_with('\\')) {
-      line.remove_suffix(1);
-      ++count;
-    }
-    return count % 2 == 1;
-  }
-
   static bool has(std::string_view line, std::string_view part) {
     return line.find(part) != std::string_view::npos;
   }
 
   // Of a private key every line goes. One that ends without having begun began before the text did.
+  // Where several begin and end in a line, the last one counts.
   bool takeKey(std::string_view line) {
-    const bool begins = has(line, "-----BEGIN") && has(line, "PRIVATE KEY");
-    const bool ends = has(line, "-----END") && has(line, "PRIVATE KEY");
+    const std::string_view marks =
+        line.substr(0, line.rfind("PRIVATE KEY") + 1);        // before the last
+    const std::size_t begin = marks.rfind("-----BEGIN") + 1;  // 0 for none
+    const std::size_t end = marks.rfind("-----END") + 1;
+    const bool begins = begin > 0;
+    const bool ends = end > 0;
     if (!begins && !ends && !_isPrivateKey) return false;
     if (ends && !begins && !_isPrivateKey) _result.text.clear();
     if (begins || ends) {
       _result.text += kRedacted;
       ++_result.count;
     }
-    _isPrivateKey = !ends;
+    _isPrivateKey = begin > end || !ends;
     return true;
   }
 
@@ -360,7 +354,8 @@ class Lines {
     for (Word word; (word = words.next(end)).begin < line.size();) {
       end = endOfName(line, word.end);
       const std::size_t begin = beginOfName(line, word.begin);
-      const std::size_t value = valueBehind(line, {begin, end}, begin == first);
+      const std::size_t value =
+          valueBehind(line, {begin, behindIndexes(line, end)}, begin == first);
       if (value != std::string_view::npos && !isTakenOut(line.substr(value))) return value;
     }
     return std::string_view::npos;
@@ -371,6 +366,17 @@ class Lines {
     if (!value.starts_with(kRedacted)) return false;
     value.remove_prefix(kRedacted.size());
     return value.starts_with('"') || value.starts_with('\'') || value.starts_with('<');
+  }
+
+  // Behind what stands in brackets behind a name: "passwords[0]". Looked for up to the next opening
+  // bracket, so that nothing is looked through twice.
+  static std::size_t behindIndexes(std::string_view line, std::size_t at) {
+    while (at < line.size() && line[at] == '[') {
+      const std::size_t end = std::min(line.find_first_of("[]", at + 1), line.size());
+      if (end == line.size() || line[end] == '[') return at;
+      at = end + 1;
+    }
+    return at;
   }
 
   // "name=value", "name: value", "-name value", and a line that begins with the name, as files of
@@ -428,6 +434,16 @@ class Lines {
 };
 
 }  // namespace
+
+bool goesOn(std::string_view line) {
+  std::size_t count = 0;
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  while (line.ends_with('\\')) {
+    line.remove_suffix(1);
+    ++count;
+  }
+  return count % 2 == 1;
+}
 
 bool isSecretName(std::string_view name) {
   const std::string small = lowered(name);

@@ -19,6 +19,9 @@ struct Redacted {
 // "authToken".
 bool isSecretName(std::string_view name);
 
+// Whether a value goes on in the next line: this one ends with a backslash that is none itself.
+bool goesOn(std::string_view line);
+
 // Takes out of a text, whatever its format: user and password of addresses, what stands behind a
 // secret name to the end of its value or of its line, what an element or attribute of a secret name
 // holds, private keys, and what shows itself as a token by its form. Takes too much rather than too

@@ -19,7 +19,6 @@
 #include "ctl/support/Collection.h"
 #include "ctl/support/Redaction.h"
 #include "ctl/support/SupportText.h"
-#include "hotfix/base/Path.h"
 #include "platform/AbsolutePath.h"
 #include "platform/EntryFacts.h"
 #include "platform/FileManager.h"
@@ -58,12 +57,9 @@ int refuse(const std::string& reason) {
 
 // Why nothing may be written to the path; nullopt when it may.
 std::optional<std::string> obstacleAt(const std::string& archive, bool force) {
-  const std::string path = absolutePath(archive);
-  if (!entryAt(path)) return std::nullopt;
-  FileError error;
-  const bool isFile =
-      readEnds(path::deletingLastComponent(path), path::lastComponent(path), {}, error).has_value();
-  if (!isFile) return fmt::format("\"{}\" is no file; it stays as it is", archive);
+  const auto entry = entryAt(absolutePath(archive));
+  if (!entry) return std::nullopt;
+  if (!entry->isFile) return fmt::format("\"{}\" is no file; it stays as it is", archive);
   if (!force) return fmt::format("\"{}\" is there already; --force replaces it", archive);
   return std::nullopt;
 }

@@ -1,6 +1,7 @@
 #include "platform/EntryFacts.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include "platform/files/Ancestry.h"
 #include "platform/files/Opening.h"
@@ -16,8 +17,9 @@ constexpr mode_t kPermissions = 07777;
 std::optional<EntryFacts> entryAt(const std::string& path) {
   const auto status = statusOf(AT_FDCWD, path);
   if (!status) return std::nullopt;
-  return EntryFacts{isLink(status), status->st_uid, status->st_mtime, isFolder(status),
-                    static_cast<mode_t>(status->st_mode & kPermissions)};
+  return EntryFacts{isLink(status),           status->st_uid,
+                    status->st_mtime,         isFolder(status),
+                    S_ISREG(status->st_mode), static_cast<mode_t>(status->st_mode & kPermissions)};
 }
 
 bool isSameItem(const std::string& path, const std::string& other) {

@@ -438,7 +438,7 @@ TEST_F(SupportTest, ALongTraceLosesItsMiddle) {
   proves("SUPPORT-5");
   _sandbox.writeFile(kTrace, "the first line\n" + std::string(1 << 20, 'x') + "\n");
   makeSparse(kTrace, std::uintmax_t{1} << 27);
-  std::ofstream(_sandbox.host(kTrace), std::ios::app) << "\npassword=hid\\\nden\n"
+  std::ofstream(_sandbox.host(kTrace), std::ios::app) << "\na line\npassword=hid\\\nden\n"
                                                       << "the last line\n";
 
   EXPECT_EQ(0, support().status);
@@ -457,7 +457,7 @@ TEST_F(SupportTest, ACutLeavesWholeLinesOnly) {
   const std::size_t tail = std::size_t{3} << 20;
   std::string text(head - 6, 'a');
   text += "\nhidden-of-the-head\n" + std::string(100, 'b');
-  std::string end = "hidden-of-the-tail\n";
+  std::string end = "hidden-of-the-tail\nand its value\n";
   end += std::string(tail - end.size() - 1, 'c') + "\n";
   _sandbox.writeFile(kTrace, text + "password=" + end);
 
@@ -466,6 +466,22 @@ TEST_F(SupportTest, ACutLeavesWholeLinesOnly) {
   const std::string trace = unpacked(unpacked(), "last-run/install_trace.log");
   EXPECT_THAT(trace, Not(HasSubstr("hidden")));
   EXPECT_THAT(trace, HasSubstr("aaa\n[hotfixctl: "));
+  EXPECT_THAT(trace, HasSubstr("left out]\nccc"));
+}
+
+// The half line can be a part of a value, and so can what continues it; the name of the next line
+// can stand in its lost half.
+TEST_F(SupportTest, ACutInAValueLeavesNothingOfIt) {
+  proves("SUPPORT-3");
+  const std::size_t tail = std::size_t{3} << 20;
+  std::string end = "of-a-value\\\nhidden\\\nhidden\nhidden\n";
+  end += std::string(tail - end.size() - 1, 'c') + "\n";
+  _sandbox.writeFile(kTrace, std::string(std::size_t{1} << 20, 'a') + "\npassword=" + end);
+
+  ASSERT_EQ(0, support().status);
+
+  const std::string trace = unpacked(unpacked(), "last-run/install_trace.log");
+  EXPECT_THAT(trace, Not(HasSubstr("hidden")));
   EXPECT_THAT(trace, HasSubstr("left out]\nccc"));
 }
 
@@ -522,6 +538,22 @@ TEST_F(SupportTest, AFileThatIsThereIsReplacedOnDemandOnly) {
   EXPECT_EQ("mine", _sandbox.readFile(kArchive));
   EXPECT_EQ(0, support({"-o", kArchive, "--force"}).status);
   EXPECT_THAT(unpacked(), Not(IsEmpty()));
+  EXPECT_EQ(0600u, _sandbox.mode(kArchive));
+}
+
+TEST_F(SupportTest, AFileThatMayNotBeReadIsAFile) {
+  proves("SUPPORT-6");
+  if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "there is one user only";
+  _sandbox.setMode("/tmp", 01777);
+  _sandbox.writeFile(kArchive, "mine", 0);
+  _sandbox.giveTo(kArchive, CliSandbox::kBob, CliSandbox::kBob);
+  RunOptions options;
+  options.user = CliSandbox::kBob;
+
+  const RunResult refused = control({"support", "-o", kArchive}, options);
+
+  EXPECT_EQ("hotfixctl: \"/tmp/out.tar.gz\" is there already; --force replaces it\n", refused.err);
+  EXPECT_EQ(0, control({"support", "-o", kArchive, "--force"}, options).status);
   EXPECT_EQ(0600u, _sandbox.mode(kArchive));
 }
 
