@@ -27,8 +27,8 @@ constexpr ExitStatus kStatuses[] = {
     {0, "the package is made"},
     {kFound, "it is not made, for lint finds warnings or errors in it, which are told"},
     {kCouldNotMake,
-     "it is not made: the folder is there already, or something cannot be read or "
-     "written"},
+     "it is not made: the folder is there already, something cannot be read or written, or a "
+     "signal ended it"},
 };
 
 struct Options : package::Options {

@@ -9,6 +9,7 @@
 
 #include "base/XmlRewriting.h"
 #include "ctl/support/Redaction.h"
+#include "platform/Interruption.h"
 
 namespace installer::ctl::support {
 
@@ -138,6 +139,7 @@ std::vector<Collected> collect(const std::vector<Item>& items, std::size_t most)
   std::vector<Collected> all;
   std::size_t used = 0;
   for (const Item& item : items) {
+    checkInterruption();
     Collected collected;
     collected.item = item;
     take(collected);

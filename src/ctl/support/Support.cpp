@@ -19,9 +19,11 @@
 #include "ctl/support/Collection.h"
 #include "ctl/support/Redaction.h"
 #include "ctl/support/SupportText.h"
+#include "hotfix/base/Path.h"
 #include "platform/AbsolutePath.h"
 #include "platform/EntryFacts.h"
 #include "platform/FileManager.h"
+#include "platform/Interruption.h"
 #include "platform/Platform.h"
 
 namespace installer::ctl {
@@ -94,8 +96,8 @@ std::optional<std::string> bytesOf(const std::vector<Collected>& collected,
   return archiveOf(files, form, std::time(nullptr), reason);
 }
 
-int write(const Options& options, support::ArchiveForm form,
-          const std::vector<support::Item>& items, Surroundings& surroundings) {
+int writeArchive(const Options& options, support::ArchiveForm form,
+                 const std::vector<support::Item>& items, Surroundings& surroundings) {
   constexpr mode_t kOwnersOnly = 0600;
   const std::string& archive = *options.archive;
   if (!surroundings.json) surroundings.out.write(listText(items, surroundings.style) + "\n");
@@ -110,11 +112,23 @@ int write(const Options& options, support::ArchiveForm form,
   if (!bytes) return refuse(fmt::format("the archive cannot be made: {}", reason));
   if (const auto obstacle = obstacleAt(archive, options.force)) return refuse(*obstacle);
   FileError error;
-  if (!Platform::current().files->write(archive, *bytes, ReplacedFile::forget, kOwnersOnly, &error))
+  FileManager& files = *Platform::current().files;
+  files.removeLeftOvers(path::deletingLastComponent(absolutePath(archive)), LeftOvers::within);
+  if (!files.write(archive, *bytes, ReplacedFile::forget, kOwnersOnly, &error))
     return refuse(error.description);
   surroundings.out.write(surroundings.json ? index.text
                                            : resultText(collected, archive, surroundings.style));
   return status;
+}
+
+int write(const Options& options, support::ArchiveForm form,
+          const std::vector<support::Item>& items, Surroundings& surroundings) {
+  noteInterruptions();
+  try {
+    return writeArchive(options, form, items, surroundings);
+  } catch (const Interrupted& interrupted) {
+    return refuse("ended by " + interrupted.cause);
+  }
 }
 
 int misunderstood(const std::string& reason) {

@@ -591,6 +591,44 @@ TEST_F(SupportTest, WhereItCannotBeWrittenNothingIsLeft) {
   EXPECT_THAT(_sandbox.list("/tmp/small"), ElementsAre("filler"));
 }
 
+// It waits until its list, which is longer than a pipe holds, is read: that is once signals are
+// handled and one has come.
+TEST_F(SupportTest, ASignalEndsItAndLeavesNothing) {
+  proves("SUPPORT-6");
+  _sandbox.makeFolder("/tmp/folder");
+  std::string places;
+  for (std::size_t at = 0; at < 50; ++at)
+    places += " /none/" + std::string(250, 'a') + "/" + std::string(200 + at, 'b');
+  const std::string program = CliSandbox::kControl;
+
+  const RunResult result = shell(
+      "{ sh -c 'echo $$ > /tmp/pid; exec " + program + " support -o /tmp/folder/out.zip" + places +
+      "'; echo $? > /tmp/status; } | { "
+      "handles() { while read -r name bits; do case $name$bits in SigCgt:*[4-7c-f]??[37bf]) "
+      "return 0; esac; done < /proc/$pid/status; return 1; }; "
+      "until [ -s /tmp/pid ]; do :; done; read pid < /tmp/pid; until handles; do :; done; "
+      "kill -TERM $pid; while read -r line; do :; done; }");
+
+  EXPECT_EQ("2\n", _sandbox.readFile("/tmp/status"));
+  EXPECT_EQ("hotfixctl: ended by signal 15 (Terminated)\n", result.err);
+  EXPECT_THAT(_sandbox.list("/tmp/folder"), IsEmpty());
+}
+
+TEST_F(SupportTest, WhatAKilledOneHasLeftGoesWithTheNext) {
+  proves("SUPPORT-6");
+  _sandbox.makeFolder("/tmp/folder");
+  RunOptions deadly;
+  deadly.set("LD_PRELOAD", CliSandbox::kKillAtName).set("HOTFIX_KILL_AT_NAME", "out.zip");
+  // In a sanitized build the library is rightly loaded first.
+  deadly.set("ASAN_OPTIONS", "verify_asan_link_order=0");
+  EXPECT_EQ(128 + 9, control({"support", "-o", "/tmp/folder/out.zip"}, deadly).status);
+  ASSERT_THAT(_sandbox.list("/tmp/folder"), ElementsAre(StartsWith(".hotfix-")));
+
+  EXPECT_EQ(0, support({"-o", "/tmp/folder/out.zip"}).status);
+
+  EXPECT_THAT(_sandbox.list("/tmp/folder"), ElementsAre("out.zip"));
+}
+
 TEST_F(SupportTest, WithoutAnArchiveItIsMisunderstood) {
   const RunResult result = support({});
 
