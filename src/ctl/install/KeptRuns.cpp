@@ -18,7 +18,7 @@ namespace installer::ctl::install {
 namespace {
 
 constexpr mode_t kOpenToRead = 0755;
-constexpr mode_t kPrivate = 0700;
+constexpr mode_t kClosed = 0700;
 constexpr mode_t kOthers = 0077;
 constexpr std::size_t kLongestBundle = 64;
 constexpr int kMostNames = 100;
@@ -62,7 +62,7 @@ std::optional<std::string> whyNoFolder(const std::string& path, mode_t mode) {
 }
 
 std::optional<std::string> whyNoLock(const std::string& path) {
-  if (auto reason = whyNoFolder(path, kPrivate)) return reason;
+  if (auto reason = whyNoFolder(path, kClosed)) return reason;
   const auto entry = entryAt(path);
   if (entry && entry->isFolder && (entry->mode & kOthers) == 0) return std::nullopt;
   return fmt::format("\"{}\" has to be a folder that is closed to everybody but root", path);
@@ -128,7 +128,7 @@ std::optional<std::string> KeptRuns::begin(const std::optional<std::string>& bun
   for (int tries = 0; tries < kMostNames; ++tries) {
     std::string path =
         path::appendingComponent(_folder, nameOfRun(std::chrono::system_clock::now(), bundle));
-    if (makeFolder(path, kPrivate, error)) return path;
+    if (makeFolder(path, kClosed, error)) return path;
     if (error.code != FileError::kExists) break;
     Platform::current().clock->pause(std::chrono::milliseconds(1));
   }
