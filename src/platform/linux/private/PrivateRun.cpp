@@ -67,7 +67,8 @@ class PrivateRoot {
     for (const auto& [place, content] : _view.replaced) show(content, place);
     leaveSystemLog();
     // Where it cannot be had the machine's processes are seen.
-    (void)mount("proc", (_root + "/proc").c_str(), "proc", 0, nullptr);
+    constexpr unsigned long kFlags = MS_RDONLY | MS_NOSUID | MS_NODEV | MS_NOEXEC;
+    (void)mount("proc", (_root + "/proc").c_str(), "proc", kFlags, nullptr);
     enterRoot();
   }
 
