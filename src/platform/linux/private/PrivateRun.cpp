@@ -20,6 +20,7 @@
 #include <system_error>
 
 #include "platform/Interruption.h"
+#include "platform/files/FolderReader.h"
 #include "platform/files/Opening.h"
 #include "platform/files/TreeRemoval.h"
 #include "platform/posix/ChildOfSignals.h"
@@ -212,6 +213,17 @@ End waitFor(pid_t child) {
   return {WEXITSTATUS(status), std::nullopt};
 }
 
+// The copy has closed folders where the instance has some, and nobody but root empties those. What
+// cannot be opened is told by the removal. No other process works in the folder any more.
+void openAllToOwner(int above, const std::string& name, int depth) {
+  struct stat status {};
+  if (fstatat(above, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
+  if (!S_ISDIR(status.st_mode) || depth > kMaximumDepth) return;
+  if ((status.st_mode & S_IRWXU) != S_IRWXU) (void)fchmodat(above, name.c_str(), S_IRWXU, 0);
+  FolderReader reader(openFolder(above, name));
+  while (const auto entry = reader.next()) openAllToOwner(reader.descriptor(), *entry, depth + 1);
+}
+
 }  // namespace
 
 std::optional<std::string> lack() {
@@ -228,6 +240,7 @@ std::optional<std::string> makeWorkFolder(const std::string& folder, std::string
 bool removeWorkFolder(const std::string& folder) {
   const Place place = openPlace(folder);
   FileChanges changes([](FileOperation) { return 0; });
+  if (place.usable() && geteuid() != 0) openAllToOwner(place.folder.get(), place.name, 0);
   const int error =
       place.usable() ? removeEntry(changes, place.folder.get(), place.name) : place.error;
   return error == 0 || error == ENOENT;

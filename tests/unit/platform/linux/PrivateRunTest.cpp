@@ -129,6 +129,24 @@ TEST_F(PrivateTest, AWorkFolderIsItsMakersAlone) {
   EXPECT_EQ("\"" + _folder.path("missing") + "\": No such file or directory", _reason);
 }
 
+// The launcher's files are as closed as it has made them.
+TEST_F(PrivateTest, AWorkFolderGoesWithFoldersThatAreClosedToTheirOwner) {
+  proves("REHEARSE-5");
+  ASSERT_EQ(0, chmod(_folder.path().c_str(), 0777));
+
+  EXPECT_TRUE(test::asOrdinaryUser([&] {
+    const auto work = makeWorkFolder(_folder.path(), _reason);
+    const std::string closed = work.value_or("/missing") + "/closed";
+    const std::string deep = closed + "/deep";
+    return mkdir(closed.c_str(), 0700) == 0 && mkdir(deep.c_str(), 0700) == 0 &&
+           mkdir((deep + "/empty").c_str(), 0700) == 0 && chmod(deep.c_str(), 0) == 0 &&
+           symlink(_folder.path().c_str(), (closed + "/link").c_str()) == 0 &&
+           chmod(closed.c_str(), 0555) == 0 && removeWorkFolder(*work) &&
+           access(work->c_str(), F_OK) != 0;
+  }));
+  EXPECT_EQ(0777u, statusOf("").st_mode & 07777u);
+}
+
 // --- Differences ---------------------------------------------------------------------------------
 
 TEST_F(PrivateTest, EachKindOfDifferenceIsTold) {
