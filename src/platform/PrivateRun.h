@@ -45,9 +45,9 @@ struct End {
 };
 
 // Does the work in a process of its own, and waits for its end and that of all its children. It
-// sees the view, and no other process; everything but what the view names can only be read, nobody
-// listens to what it tells the system log. Signals that ask this process to end are passed on to
-// it. nullopt, with `reason` set, when that cannot be had; the work is not begun then.
+// sees the view, and no other process but its keeper; everything but what the view names can only
+// be read, nobody listens to what it tells the system log. Signals that ask this process to end are
+// passed on to it. nullopt, with `reason` set, when that cannot be had; the work is not begun then.
 [[nodiscard]] std::optional<End> run(const View& view, const std::function<int()>& work,
                                      std::string& reason);
 

@@ -167,26 +167,65 @@ struct Caller {
   }
 };
 
-// The new process. `refusals` is closed once the work begins.
-[[noreturn]] void beChild(const View& view, const std::function<int()>& work, const Caller& caller,
-                          Descriptor refusals) {
-  int status = kNotBegun;
+// The work's own process.
+[[noreturn]] void beWorker(const std::function<int()>& work) {
+  int status = 1;
+  try {
+    status = work();
+  } catch (const Interrupted&) {
+    // as any other end that was not foreseen
+  } catch (const std::exception&) {  // nothing gets out of this process
+  }
+  (void)std::fflush(nullptr);  // what cannot be written is lost
+  _exit(status);
+}
+
+// The wait status.
+int waitFor(pid_t child) {
+  {
+    const ChildOfSignals told(child);
+    siginfo_t ended{};
+    (void)uninterrupted(
+        [&] { return waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT); });
+  }
+  int status = 0;
+  (void)uninterrupted([&] { return waitpid(child, &status, 0); });
+  return status;
+}
+
+// What the two processes tell: why the view cannot be had, and the work's wait status.
+struct Reports {
+  Descriptor refusals;
+  Descriptor end;
+};
+
+// The first of the new processes, with which all others end. The work is a child of it, for it may
+// change its user, and the system then forgets whose end is to be its own.
+[[noreturn]] void beKeeper(const View& view, const std::function<int()>& work, const Caller& caller,
+                           Reports reports) {
+  std::string reason;
   try {
     (void)prctl(PR_SET_PDEATHSIG, SIGKILL);  // without it the work goes on to its end
     if (caller.user != 0) becomeRootOf(caller.user, caller.group);
     sendOutputTo(view.output);
     PrivateRoot(view).enter();
-    refusals = Descriptor();
-    status = work();
+    const pid_t worker = fork();
+    demand(worker != -1, "a process");
+    reports.refusals = Descriptor();
+    if (worker == 0) {
+      reports.end = Descriptor();
+      beWorker(work);
+    }
+    const int status = waitFor(worker);
+    (void)!write(reports.end.get(), &status, sizeof status);  // none is an end, too
+    _exit(0);
   } catch (const Refusal& refusal) {
-    (void)!write(refusals.get(), refusal.reason.data(), refusal.reason.size());  // the end tells it
-  } catch (const Interrupted&) {
-    status = 1;
-  } catch (const std::exception&) {  // nothing gets out of this process
-    status = 1;
+    reason = refusal.reason;
+  } catch (const std::exception& error) {
+    reason = error.what();
   }
-  (void)std::fflush(nullptr);  // what cannot be written is lost
-  _exit(status);
+  (void)!write(reports.refusals.get(), reason.data(), reason.size());  // the end tells it
+  _exit(kNotBegun);
 }
 
 std::string readAll(const Descriptor& pipe) {
@@ -200,15 +239,10 @@ std::string readAll(const Descriptor& pipe) {
   }
 }
 
-End waitFor(pid_t child) {
-  {
-    const ChildOfSignals told(child);
-    siginfo_t ended{};
-    (void)uninterrupted(
-        [&] { return waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT); });
-  }
-  int status = 0;
-  (void)uninterrupted([&] { return waitpid(child, &status, 0); });
+// Without a report the keeper itself was ended.
+End endOf(int keeper, const Descriptor& report) {
+  int status = keeper;
+  (void)!uninterrupted([&] { return read(report.get(), &status, sizeof status); });
   if (WIFSIGNALED(status)) return {1, signalText(WTERMSIG(status))};
   return {WEXITSTATUS(status), std::nullopt};
 }
@@ -252,27 +286,34 @@ std::string resolved(const std::string& path) {
 }
 
 std::optional<End> run(const View& view, const std::function<int()>& work, std::string& reason) {
+  std::array<int, 2> refusals{};
   std::array<int, 2> ends{};
+  if (pipe2(refusals.data(), O_CLOEXEC) != 0) {
+    reason = words(errno);
+    return std::nullopt;
+  }
+  const Descriptor told(refusals[0]);
+  Reports reports{Descriptor(refusals[1]), Descriptor()};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) {
     reason = words(errno);
     return std::nullopt;
   }
-  const Descriptor told(ends[0]);
-  Descriptor refusals(ends[1]);
+  const Descriptor ended(ends[0]);
+  reports.end = Descriptor(ends[1]);
   const Caller caller;
   (void)std::fflush(nullptr);  // what is pending is this process's to write
-  const auto child =
+  const auto keeper =
       static_cast<pid_t>(syscall(SYS_clone, caller.namespaces() | SIGCHLD, 0, 0, 0, 0));
-  if (child == 0) beChild(view, work, caller, std::move(refusals));
-  if (child == -1) {
+  if (keeper == 0) beKeeper(view, work, caller, std::move(reports));
+  if (keeper == -1) {
     reason = "a process with mounts of its own: " + words(errno);
     return std::nullopt;
   }
-  refusals = Descriptor();
+  reports = {};
   reason = readAll(told);
-  const End end = waitFor(child);
+  const int status = waitFor(keeper);
   if (!reason.empty()) return std::nullopt;
-  return end;
+  return endOf(status, ended);
 }
 
 }  // namespace installer::privately

@@ -2,15 +2,20 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <poll.h>
 #include <sched.h>
+#include <signal.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdio>
 #include <fstream>
 #include <stdexcept>
 
+#include "platform/Interruption.h"
 #include "support/ChildRun.h"
 #include "support/Proves.h"
 #include "support/TemporaryFolder.h"
@@ -260,11 +265,66 @@ TEST_F(PrivateRunTest, OnlyWhatTheViewNamesCanBeWritten) {
   EXPECT_NE(0, access(place.c_str(), F_OK));
 }
 
-TEST_F(PrivateRunTest, ItIsTheFirstOfItsProcesses) {
+TEST_F(PrivateRunTest, ItIsAloneWithItsKeeper) {
   proves("REHEARSE-5");
-  const auto end = run([] { return getpid() == 1 ? 0 : 1; });
+  const auto end = run([] { return getpid() == 2 && getppid() == 1 ? 0 : 1; });
 
   EXPECT_EQ(0, end->status);
+}
+
+// One that has changed its user on the way, too: the system forgets then whose end is its own.
+TEST_F(PrivateRunTest, TheEndOfWhoHasStartedItEndsIt) {
+  proves("REHEARSE-5");
+  std::array<int, 2> ends{};
+  ASSERT_EQ(0, pipe(ends.data()));
+  const pid_t starter = fork();
+  if (starter == 0) {
+    (void)run([&] {
+      alarm(60);  // for a run that nobody ends
+      if (geteuid() == 0 && seteuid(test::kOrdinaryUser) != 0) return 1;
+      (void)!write(ends[1], "x", 1);
+      while (true) pause();
+      return 0;
+    });
+    _exit(1);
+  }
+  close(ends[1]);
+  char byte = 0;
+  ASSERT_EQ(1, read(ends[0], &byte, 1));
+
+  ASSERT_EQ(0, kill(starter, SIGKILL));
+  ASSERT_EQ(starter, waitpid(starter, nullptr, 0));
+
+  pollfd end{ends[0], POLLIN, 0};
+  ASSERT_EQ(1, poll(&end, 1, 10'000)) << "the work goes on";
+  EXPECT_EQ(0, read(ends[0], &byte, 1));
+  close(ends[0]);
+}
+
+// Signals that ask this process to end are for the work.
+TEST_F(PrivateRunTest, SignalsReachTheWork) {
+  proves("REHEARSE-5");
+  EXPECT_TRUE(test::inChild([&] {
+    noteInterruptions();
+    const pid_t starter = getpid();
+    std::array<int, 2> ends{};
+    if (pipe(ends.data()) != 0) return false;
+    const pid_t sender = fork();
+    if (sender == 0) {
+      char byte = 0;
+      (void)!read(ends[0], &byte, 1);
+      kill(starter, SIGTERM);
+      _exit(0);
+    }
+    const auto end = run([&] {
+      alarm(60);
+      (void)!write(ends[1], "x", 1);
+      while (!notedInterruption()) usleep(1000);
+      return 42;
+    });
+    waitpid(sender, nullptr, 0);
+    return end && end->status == 42;
+  }));
 }
 
 TEST_F(PrivateRunTest, OutputIsKept) {
