@@ -220,10 +220,13 @@ class PrivateRunTest : public PrivateTest {
              _folder.path("work/tmp"),
              {resolved(_folder.path())},
              _folder.path("output")};
-    const auto end = installer::privately::run(
-        _view, [] { return 0; }, _reason);
-    if (!end) GTEST_SKIP() << _reason;
-    ASSERT_EQ(0, rmdir(_folder.path("work/root").c_str()));
+    if (!mayHaveMountsOfItsOwn()) GTEST_SKIP() << "no mounts of a process's own here";
+  }
+
+  static bool mayHaveMountsOfItsOwn() {
+    return test::inChild([] {
+      return unshare(CLONE_NEWNS | CLONE_NEWPID | (geteuid() == 0 ? 0 : CLONE_NEWUSER)) == 0;
+    });
   }
 
   std::optional<End> run(const std::function<int()>& work) {
@@ -325,6 +328,44 @@ TEST_F(PrivateRunTest, SignalsReachTheWork) {
     waitpid(sender, nullptr, 0);
     return end && end->status == 42;
   }));
+}
+
+// Whose owners are kept by none, and who has to be root of the new namespaces.
+TEST_F(PrivateRunTest, AnOrdinaryUserHasSuchRuns) {
+  proves("REHEARSE-3");
+  test::giveToOrdinaryUser(_folder.path());
+  for (const char* name : {"work", "work/tmp", "place", "content"})
+    test::giveToOrdinaryUser(_folder.path(name));
+  const auto dumpable = [] { return prctl(PR_SET_DUMPABLE, 1) == 0; };
+  if (!test::asOrdinaryUser([&] { return dumpable() && mayHaveMountsOfItsOwn(); }))
+    GTEST_SKIP() << "no user namespaces here";
+
+  EXPECT_TRUE(test::asOrdinaryUser([&] {
+    if (!dumpable()) return false;  // changing the user has closed what is its own below /proc
+    const auto end = run([&] {
+      if (geteuid() != 0 || getegid() != 0) return 1;
+      if (!canWrite(_folder.path("place") + "/file")) return 2;
+      if (canWrite(_folder.path("beside"))) return 3;
+      return 42;
+    });
+    if (!end) std::fprintf(stderr, "%s\n", _reason.c_str());
+    return end && end->status == 42;
+  }));
+  EXPECT_EQ("x", _folder.content("content/file"));
+}
+
+TEST_F(PrivateTest, WhatAnOrdinaryUserCopiesIsHis) {
+  proves("REHEARSE-4");
+  if (geteuid() != 0) GTEST_SKIP() << "an ordinary user has no files of others";
+  _folder.makeFile("from/file", "x", 0644);
+  _folder.makeLink("from/link", "file");
+  _folder.makePipe("from/pipe");
+  ASSERT_EQ(0, chmod(_folder.path().c_str(), 0777));
+
+  EXPECT_TRUE(test::asOrdinaryUser([&] { return copy(); }));
+
+  for (const char* name : {"to", "to/file", "to/link", "to/pipe"})
+    EXPECT_EQ(test::kOrdinaryUser, statusOf(name).st_uid) << name;
 }
 
 TEST_F(PrivateRunTest, OutputIsKept) {
