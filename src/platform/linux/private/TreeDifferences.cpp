@@ -153,9 +153,11 @@ class Comparison {
 std::optional<std::vector<Difference>> differences(const std::string& before,
                                                    const std::string& after, std::string& reason) {
   const Descriptor old = openFolderFollowingLinks(AT_FDCWD, before);
+  const int oldError = errno;
   const Descriptor now = openFolderFollowingLinks(AT_FDCWD, after);
   try {
-    if (!old.valid() || !now.valid()) throw Failure{"", errno};
+    if (!old.valid()) throw Failure{before, oldError};
+    if (!now.valid()) throw Failure{after, errno};
     Comparison comparison;
     comparison.compare(old.get(), now.get(), "");
     return std::move(comparison.found);

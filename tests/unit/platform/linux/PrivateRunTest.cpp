@@ -206,7 +206,7 @@ TEST_F(PrivateTest, ADifferenceAtTheEndOfALongFileIsFound) {
 TEST_F(PrivateTest, FoldersThatCannotBeReadAreTold) {
   _folder.makeFolder("from");
   EXPECT_EQ(std::nullopt, differences(_folder.path("from"), _folder.path("to"), _reason));
-  EXPECT_EQ("\"\": No such file or directory", _reason);
+  EXPECT_EQ("\"" + _folder.path("to") + "\": No such file or directory", _reason);
 }
 
 // --- Runs ----------------------------------------------------------------------------------------
