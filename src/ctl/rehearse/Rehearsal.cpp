@@ -99,8 +99,9 @@ bool namesAnother(const std::string& package, const std::string& bundle) {
 
 class Rehearsal {
  public:
-  Rehearsal(const RehearsalRequest& request, RehearsalReport& report)
-      : _request(request), _report(report), _home(rcpHomeOf(request.instance)) {}
+  // `machine` is the platform of the run, and must outlive this.
+  Rehearsal(const RehearsalRequest& request, RehearsalReport& report, Platform& machine)
+      : _request(request), _report(report), _machine(machine), _home(rcpHomeOf(request.instance)) {}
 
   void run() {
     if (const auto lack = privately::lack()) throw Lack{RehearsalOutcome::notPossible, *lack};
@@ -201,6 +202,7 @@ class Rehearsal {
     const auto end = privately::run(
         viewOf(work),
         [&] {
+          const ScopedPlatform loud(_machine);
           setUpProcess();
           return runInstaller(commandLine());
         },
@@ -254,6 +256,7 @@ class Rehearsal {
 
   const RehearsalRequest& _request;
   RehearsalReport& _report;
+  Platform& _machine;
   const std::string _home;
   std::string _bundle;
   LockAttempt _attempt;
@@ -265,8 +268,11 @@ RehearsalReport rehearse(const RehearsalRequest& request) {
   noteInterruptions();
   RehearsalReport report;
   report.ownersAreKept = Platform::current().users->effectiveUserId() == kRoot;
+  // A line of ours would also open the machine's log, and the run would have it open.
+  Platform machine = Platform::current();
+  const QuietPlatform quiet;
   try {
-    Rehearsal(request, report).run();
+    Rehearsal(request, report, machine).run();
   } catch (const Lack& lack) {
     report.outcome = lack.outcome;
     report.reason = lack.reason;

@@ -239,6 +239,21 @@ TEST_F(RehearseTest, TheMachineStaysAsItIs) {
   EXPECT_THAT(_sandbox.entriesNamed(kWork), IsEmpty());
 }
 
+// What hotfixctl itself finds wrong with a package is no line of the machine's log, and opens no
+// connection to it that the run could use.
+TEST_F(RehearseTest, TheSystemLogReceivesNothingOfAPackageThatCannotBeRead) {
+  proves("REHEARSE-3");
+  _sandbox.remove(_package.list());
+  _sandbox.makeFolder(_package.list());
+  RunOptions options;
+  options.systemLog = true;
+
+  const RunResult result = rehearse({}, options);
+
+  EXPECT_EQ(1, result.status) << result.err;
+  EXPECT_THAT(result.systemLog, IsEmpty());
+}
+
 TEST_F(RehearseTest, AnotherDataFolderIsCopiedToo) {
   proves("REHEARSE-3");
   _sandbox.writeFile("/Users/alice/ws/log", "x", 0600);
