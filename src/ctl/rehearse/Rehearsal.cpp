@@ -90,6 +90,11 @@ std::vector<std::string> placesOf(const std::string& package) {
   return places;
 }
 
+// Whether the path is the folder, or below it.
+bool isIn(const std::string& folder, const std::string& path) {
+  return path == folder || path.starts_with(folder == "/" ? folder : folder + "/");
+}
+
 bool namesAnother(const std::string& package, const std::string& bundle) {
   const auto properties = HotfixPackage::properties(package);
   const auto name = properties ? PropertyList::textForKey(*properties, "bundleName") : std::nullopt;
@@ -106,7 +111,7 @@ class Rehearsal {
   void run() {
     if (const auto lack = privately::lack()) throw Lack{RehearsalOutcome::notPossible, *lack};
     lookAtInstance();
-    WorkFolder work(absolutePath(_request.folder.value_or(usualFolder())));
+    WorkFolder work(folderOfWork());
     try {
       copyInstance(work);
       play(work);
@@ -142,6 +147,18 @@ class Rehearsal {
     _bundle = *facts.report.bundle;
     _report.bundle = _bundle;
     _report.before = std::move(facts);
+  }
+
+  // A copy in what is copied would be copied, too.
+  std::string folderOfWork() const {
+    std::string folder = absolutePath(_request.folder.value_or(usualFolder()));
+    std::vector<std::string> copied = {_bundle};
+    if (hasOtherData()) copied.push_back(*_request.rcpData);
+    for (const std::string& one : copied)
+      if (isIn(privately::resolved(one), privately::resolved(folder)))
+        throw Lack{RehearsalOutcome::notPossible,
+                   fmt::format("\"{}\" lies in what is copied, \"{}\"", folder, one)};
+    return folder;
   }
 
   void copyInstance(const WorkFolder& work) {

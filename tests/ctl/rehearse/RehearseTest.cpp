@@ -445,6 +445,23 @@ TEST_F(RehearseTest, AWorkFolderOfAnotherUserIsRefused) {
       result.err);
 }
 
+// It would be copied into itself until the disk is full.
+TEST_F(RehearseTest, AWorkFolderInWhatIsCopiedIsRefused) {
+  proves("REHEARSE-7");
+  _sandbox.makeFolder("/Users/data/below");
+  _sandbox.makeLink("/way", "/Users/data/below");
+  const auto before = machine();
+  for (const std::string& folder : {_instance.bundle, _instance.home() + "/eclipse",
+                                    std::string("/Users/data"), std::string("/way")}) {
+    const RunResult result = rehearse({"--rcpdata", "/Users/data", "--work", folder});
+
+    EXPECT_EQ(2, result.status) << folder;
+    EXPECT_THAT(result.err, StartsWith("hotfixctl: \"" + folder + "\" lies in what is copied, "));
+  }
+  EXPECT_EQ(before, machine());
+  EXPECT_EQ(0, rehearse({"--rcpdata", "/Users/data", "--work", "/Users"}).status);
+}
+
 TEST_F(RehearseTest, AUserWithoutNamespacesIsToldSo) {
   proves("REHEARSE-6");
   if (!CliSandbox::hasManyUsers()) GTEST_SKIP() << "needs the machine's root";
