@@ -183,16 +183,16 @@ class Rehearsal {
   bool hasOtherData() const {
     if (!_request.rcpData || !Platform::current().files->isDirectory(*_request.rcpData))
       return false;
-    const std::string data = privately::resolved(*_request.rcpData);
-    return !data.starts_with(privately::resolved(_bundle) + "/");
+    return !isIn(privately::resolved(_bundle), privately::resolved(*_request.rcpData));
   }
 
   privately::View viewOf(const WorkFolder& work) const {
     privately::View view{work.path(), {}, work.in("tmp"), {}, work.in("output")};
     const std::string bundle = privately::resolved(_bundle);
-    view.replaced.emplace_back(bundle, copyIn(work));
+    // The second one is seen where both have something: the data folder can be around the bundle.
     if (hasOtherData())
       view.replaced.emplace_back(privately::resolved(*_request.rcpData), work.in("data"));
+    view.replaced.emplace_back(bundle, copyIn(work));
     const std::string& registrations = Platform::current().paths.registrations;
     if (namesAnother(_request.package, bundle) && exists(registrations))
       view.replaced.emplace_back(privately::resolved(registrations), work.in("none"));

@@ -254,6 +254,16 @@ TEST_F(RehearseTest, TheSystemLogReceivesNothingOfAPackageThatCannotBeRead) {
   EXPECT_THAT(result.systemLog, IsEmpty());
 }
 
+TEST_F(RehearseTest, ADataFolderAroundTheInstanceDoesNotHideIt) {
+  proves("REHEARSE-1");
+  for (const std::string& data : {std::string("/Applications"), _instance.bundle}) {
+    const json answer = told(0, {"--rcpdata", data});
+
+    EXPECT_EQ("1.5", answer.at("after").at("hotfix")) << data;
+    EXPECT_THAT(pathsOf(answer, "created"), Contains("Contents/MacOS/rcp/installInfo.plist"));
+  }
+}
+
 TEST_F(RehearseTest, AnotherDataFolderIsCopiedToo) {
   proves("REHEARSE-3");
   _sandbox.writeFile("/Users/alice/ws/log", "x", 0600);
