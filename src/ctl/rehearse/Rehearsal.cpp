@@ -8,6 +8,7 @@
 #include "ctl/QuietPlatform.h"
 #include "ctl/plan/UnifiedDiff.h"
 #include "ctl/trace/TraceFile.h"
+#include "driver/LauncherWait.h"
 #include "hotfix/base/Path.h"
 #include "hotfix/driver/Installer.h"
 #include "hotfix/formats/RegisterFile.h"
@@ -139,6 +140,10 @@ class Rehearsal {
     _attempt = Platform::current().files->tryLock(_home);
     if (_attempt.busy)
       throw Lack{RehearsalOutcome::atWork, "A run is at work on the instance; run it again later"};
+    if (isLauncherAtWork(_home))
+      throw Lack{RehearsalOutcome::atWork,
+                 "A launcher that an earlier run left behind is at work on the instance; run it "
+                 "again later"};
     InstanceFacts facts = factsOf(_home);
     if (facts.report.reason) throw Lack{RehearsalOutcome::notReadable, *facts.report.reason};
     if (facts.report.state == InstanceState::noInstance || !facts.report.bundle)

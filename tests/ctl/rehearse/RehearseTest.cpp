@@ -408,6 +408,23 @@ TEST_F(RehearseTest, ARunAtWorkIsNotWaitedFor) {
   running.kill();
 }
 
+TEST_F(RehearseTest, ALauncherThatWasLeftBehindIsNotWaitedFor) {
+  proves("REHEARSE-6");
+  launcherDoes("echo > /tmp/up; while :; do :; done");
+  RunOptions options;
+  options.background = {{_instance.launcher(), "-rcpLauncherWait", "-provManifest", "-noSplash",
+                         "-provisioningOperation", "update"}};
+  options.awaited = "/tmp/up";
+
+  const RunResult result = rehearse({}, options);
+
+  EXPECT_EQ(6, result.status);
+  EXPECT_EQ(
+      "hotfixctl: A launcher that an earlier run left behind is at work on the instance; run it "
+      "again later\n",
+      result.err);
+}
+
 TEST_F(RehearseTest, WithoutRoomThereIsNone) {
   proves("REHEARSE-6");
   _sandbox.makeFolder("/small");
