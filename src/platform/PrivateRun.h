@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -20,10 +22,25 @@ std::optional<std::string> lack();
 // With all that is below it, and whatever signals have come. False when something is left.
 [[nodiscard]] bool removeWorkFolder(const std::string& folder);
 
+// By which an entry is known again, unless it has changed.
+struct Stamp {
+  std::uint64_t device = 0;
+  std::uint64_t inode = 0;
+  std::int64_t seconds = 0;  // of its last change, owner and mode included
+  std::int64_t nanoseconds = 0;
+  friend bool operator==(const Stamp&, const Stamp&) = default;
+};
+// What has been copied, by path below the folder.
+using Copied = std::unordered_map<std::string, Stamp>;
+
 // Copies a folder whole: owners, modes, times, links, pipes, files with several names; blocks are
-// shared with the original where the file system can. False with `reason` set. What cannot be given
-// to its owner is this process's. Throws Interrupted between entries.
-[[nodiscard]] bool copyTree(const std::string& from, const std::string& to, std::string& reason);
+// shared with the original where the file system can. nullopt with `reason` set. What cannot be
+// given to its owner is this process's. Throws Interrupted between entries.
+[[nodiscard]] std::optional<Copied> copyTree(const std::string& from, const std::string& to,
+                                             std::string& reason);
+// Whether nothing has changed at the path in the folder since it was copied.
+[[nodiscard]] bool isAsCopied(const Copied& copied, const std::string& folder,
+                              const std::string& path);
 
 // What the path of an existing file or folder leads to, links followed; the path itself where that
 // cannot be told.
@@ -45,9 +62,10 @@ struct End {
 };
 
 // Does the work in a process of its own, and waits for its end and that of all its children. It
-// sees the view, and no other process but its keeper; everything but what the view names can only
-// be read, nobody listens to what it tells the system log. Signals that ask this process to end are
-// passed on to it. nullopt, with `reason` set, when that cannot be had; the work is not begun then.
+// sees the view, and no other process but the one that keeps it; everything but what the view names
+// can only be read, nobody listens to what it tells the system log, unless this process has opened
+// that already. Signals that ask this process to end are passed on to it. nullopt, with `reason`
+// set, when that cannot be had; the work is not begun then.
 [[nodiscard]] std::optional<End> run(const View& view, const std::function<int()>& work,
                                      std::string& reason);
 

@@ -168,16 +168,17 @@ class Rehearsal {
 
   void copyInstance(const WorkFolder& work) {
     for (const char* folder : {"copy", "tmp", "none"}) work.makeFolder(folder);
-    copy(_bundle, copyIn(work));
+    _copied = copy(_bundle, copyIn(work));
     // Who is at work there now changes nothing of the copy.
     _attempt = LockAttempt();
-    if (hasOtherData()) copy(*_request.rcpData, work.in("data"));
+    if (hasOtherData()) (void)copy(*_request.rcpData, work.in("data"));  // it is not compared
   }
 
-  static void copy(const std::string& from, const std::string& to) {
+  static privately::Copied copy(const std::string& from, const std::string& to) {
     std::string reason;
-    if (!privately::copyTree(from, to, reason))
-      throw Lack{RehearsalOutcome::notPossible, "The copy: " + reason};
+    auto copied = privately::copyTree(from, to, reason);
+    if (!copied) throw Lack{RehearsalOutcome::notPossible, "The copy: " + reason};
+    return std::move(*copied);
   }
 
   std::string copyIn(const WorkFolder& work) const {
@@ -249,12 +250,19 @@ class Rehearsal {
     if (auto found = readTrace(
             {path::appendingComponent(work.in("tmp"), trace), FinalLink::refuse, {}}, error))
       _report.run = std::move(found->run);
+    compare(copy);
+  }
+
+  void compare(const std::string& copy) {
     std::string reason;
     auto differences = privately::differences(_bundle, copy, reason);
     if (!differences) throw Lack{RehearsalOutcome::notReadable, reason};
     for (privately::Difference& one : *differences) {
       auto text = textOf(one, copy);
-      _report.changes.push_back({std::move(one), std::move(text)});
+      if (privately::isAsCopied(_copied, _bundle, one.path))
+        _report.changes.push_back({std::move(one), std::move(text)});
+      else
+        _report.changedMeanwhile.push_back(std::move(one.path));
     }
   }
 
@@ -282,6 +290,7 @@ class Rehearsal {
   const std::string _home;
   std::string _bundle;
   LockAttempt _attempt;
+  privately::Copied _copied;  // of the bundle
 };
 
 }  // namespace

@@ -51,8 +51,10 @@ struct RehearsalReport {
   std::optional<Run> run;  // as its trace tells it
   std::string output;
   std::vector<RehearsedChange> changes;  // by path, in the bundle
-  bool ownersAreKept = true;             // false for a caller who cannot give files away
-  std::optional<std::string> left;       // the work folder, when it could not be removed
+  // What differs and is not among them: others have changed it in the instance meanwhile.
+  std::vector<std::string> changedMeanwhile;
+  bool ownersAreKept = true;        // false for a caller who cannot give files away
+  std::optional<std::string> left;  // the work folder, when it could not be removed
 };
 
 // Runs the installer on a copy of the instance that stands in its place, seen by that run alone.

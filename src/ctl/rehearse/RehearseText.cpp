@@ -106,6 +106,11 @@ class RehearsalText {
     _text += fmt::format("  {} created, {} replaced, {} removed, {} other owners or modes\n",
                          count(Kind::created), count(Kind::replaced), count(Kind::removed),
                          count(Kind::attributes));
+    if (!_report.changedMeanwhile.empty())
+      _text += broken(fmt::format("(Left out, for others have changed them in the instance "
+                                  "meanwhile: {}.)",
+                                  _report.changedMeanwhile.size()),
+                      {_style.width, 2}, "  ");
     if (!_report.ownersAreKept)
       _text += broken("(Only root's rehearsal can give files to the user, as root's run does.)",
                       {_style.width, 2}, "  ");
@@ -216,6 +221,7 @@ Json documentOf(const RehearsalReport& report, const RehearsalRequest& request) 
           {"before", factsJson(report.before)},
           {"after", factsJson(report.after)},
           {"changes", std::move(changes)},
+          {"changedMeanwhile", report.changedMeanwhile},
           {"ownersAreKept", report.ownersAreKept},
           {"output", report.output},
           {"left", jsonOf(report.left)}};

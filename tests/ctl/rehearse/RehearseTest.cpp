@@ -254,6 +254,46 @@ TEST_F(RehearseTest, TheSystemLogReceivesNothingOfAPackageThatCannotBeRead) {
   EXPECT_THAT(result.systemLog, IsEmpty());
 }
 
+// The application may run: what it writes meanwhile is none of the package's doing.
+TEST_F(RehearseTest, WhatOthersChangeInTheInstanceMeanwhileIsNotTold) {
+  proves("REHEARSE-1");
+  const std::string data = _instance.data();
+  for (const char* name : {"/changed", "/both", "/other"}) _sandbox.writeFile(data + name, "old\n");
+  launcherDoes(
+      "echo > /tmp/up; until [ -e /tmp/go ]; do :; done; echo run > \"${0%/*}/systemdata/both\"; "
+      "echo rc=0 > \"${0%/rcp/*}/.provisioning_rc\"");
+  const RunResult result = shell(std::string(CliSandbox::kControl) + " rehearse --json --diff " +
+                                 _package.folder + " --instance " + _instance.bundle +
+                                 " & until [ -e /tmp/hotfixctl-*/tmp/up ]; do :; done; cd " + data +
+                                 "; echo app > new; echo app > changed; echo app > both; "
+                                 "echo > $(echo /tmp/hotfixctl-*/tmp)/go; wait $!");
+
+  ASSERT_EQ(0, result.status) << result.err;
+  const json answer = ctl::test::judged(result.out, "rehearse-1");
+  const std::string prefix = "Contents/MacOS/rcp/systemdata/";
+  for (const char* change : {"created", "removed", "replaced"})
+    EXPECT_THAT(pathsOf(answer, change), Not(Contains(StartsWith(prefix)))) << change;
+  EXPECT_THAT(pathsOf(answer, "created"), Contains("Contents/MacOS/rcp/installInfo.plist"));
+  const json meanwhile = answer.at("changedMeanwhile");
+  for (const char* name : {"changed", "new", "both"})
+    EXPECT_THAT(meanwhile, Contains(prefix + name));
+  EXPECT_THAT(meanwhile, Not(Contains(prefix + "other")));
+}
+
+TEST_F(RehearseTest, WhatIsLeftOutIsCounted) {
+  proves("REHEARSE-1");
+  EXPECT_THAT(rehearse().out, Not(HasSubstr("Left out")));
+  launcherDoes("echo > /tmp/up; until [ -e /tmp/go ]; do :; done");
+
+  const RunResult result =
+      shell(std::string(CliSandbox::kControl) + " rehearse " + _package.folder + " --instance " +
+            _instance.bundle + " & until [ -e /tmp/hotfixctl-*/tmp/up ]; do :; done; echo app > " +
+            _instance.bundle + "/new; echo > $(echo /tmp/hotfixctl-*/tmp)/go; wait $!");
+
+  EXPECT_THAT(result.out, HasSubstr("\n  (Left out, for others have changed them in the instance "
+                                    "meanwhile: 1.)\n"));
+}
+
 TEST_F(RehearseTest, ADataFolderAroundTheInstanceDoesNotHideIt) {
   proves("REHEARSE-1");
   for (const std::string& data : {std::string("/Applications"), _instance.bundle}) {
@@ -425,6 +465,23 @@ TEST_F(RehearseTest, ALauncherThatWasLeftBehindIsNotWaitedFor) {
       result.err);
 }
 
+// It would be copied into itself until the disk is full.
+TEST_F(RehearseTest, AWorkFolderInWhatIsCopiedIsRefused) {
+  proves("REHEARSE-7");
+  _sandbox.makeFolder("/Users/data/below");
+  _sandbox.makeLink("/way", "/Users/data/below");
+  const auto before = machine();
+  for (const std::string& folder : {_instance.bundle, _instance.home() + "/eclipse",
+                                    std::string("/Users/data"), std::string("/way")}) {
+    const RunResult result = rehearse({"--rcpdata", "/Users/data", "--work", folder});
+
+    EXPECT_EQ(2, result.status) << folder;
+    EXPECT_THAT(result.err, StartsWith("hotfixctl: \"" + folder + "\" lies in what is copied, "));
+  }
+  EXPECT_EQ(before, machine());
+  EXPECT_EQ(0, rehearse({"--rcpdata", "/Users/data", "--work", "/Users"}).status);
+}
+
 TEST_F(RehearseTest, WithoutRoomThereIsNone) {
   proves("REHEARSE-6");
   _sandbox.makeFolder("/small");
@@ -470,23 +527,6 @@ TEST_F(RehearseTest, AWorkFolderOfAnotherUserIsRefused) {
   EXPECT_EQ(
       "hotfixctl: \"/Users/alice\" cannot be trusted: /Users/alice belongs to the user 1000\n",
       result.err);
-}
-
-// It would be copied into itself until the disk is full.
-TEST_F(RehearseTest, AWorkFolderInWhatIsCopiedIsRefused) {
-  proves("REHEARSE-7");
-  _sandbox.makeFolder("/Users/data/below");
-  _sandbox.makeLink("/way", "/Users/data/below");
-  const auto before = machine();
-  for (const std::string& folder : {_instance.bundle, _instance.home() + "/eclipse",
-                                    std::string("/Users/data"), std::string("/way")}) {
-    const RunResult result = rehearse({"--rcpdata", "/Users/data", "--work", folder});
-
-    EXPECT_EQ(2, result.status) << folder;
-    EXPECT_THAT(result.err, StartsWith("hotfixctl: \"" + folder + "\" lies in what is copied, "));
-  }
-  EXPECT_EQ(before, machine());
-  EXPECT_EQ(0, rehearse({"--rcpdata", "/Users/data", "--work", "/Users"}).status);
 }
 
 TEST_F(RehearseTest, AUserWithoutNamespacesIsToldSo) {

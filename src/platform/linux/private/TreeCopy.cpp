@@ -24,6 +24,10 @@ FileChanges withoutDoor() {
   return FileChanges([](FileOperation) { return 0; });
 }
 
+Stamp stampOf(const struct stat& status) {
+  return {status.st_dev, status.st_ino, status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
+}
+
 // One copy of a tree. Only this process works in the new one.
 class TreeCopy {
  public:
@@ -47,6 +51,7 @@ class TreeCopy {
   }
 
   std::string path;  // of what is being copied, below the tree
+  Copied copied;
 
  private:
   std::string folder() const { return path.empty() ? "." : path; }
@@ -54,6 +59,7 @@ class TreeCopy {
   int copyEntry(int from, int to, const std::string& name, int depth) {
     struct stat status {};
     if (fstatat(from, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return errno;
+    copied.emplace(path, stampOf(status));
     if (S_ISDIR(status.st_mode)) return copyFolder(from, to, name, depth);
     if (S_ISLNK(status.st_mode)) return copyLink(from, to, name, status);
     if (!S_ISREG(status.st_mode)) return copyOther(to, name, status);
@@ -131,22 +137,32 @@ std::string told(const std::string& path, int error) {
 
 }  // namespace
 
-bool copyTree(const std::string& from, const std::string& to, std::string& reason) {
+std::optional<Copied> copyTree(const std::string& from, const std::string& to,
+                               std::string& reason) {
   Descriptor source = openFolderFollowingLinks(AT_FDCWD, from);
   if (!source.valid()) {
     reason = told(from, errno);
-    return false;
+    return std::nullopt;
   }
   const bool isMade = mkdir(to.c_str(), S_IRWXU) == 0;
   const Descriptor target = isMade ? openFolder(AT_FDCWD, to) : Descriptor();
   if (!target.valid()) {
     reason = told(to, errno);
-    return false;
+    return std::nullopt;
   }
   TreeCopy copy(target.get());
   const int error = copy.run(std::move(source));
-  if (error != 0) reason = told(copy.path.empty() ? from : from + "/" + copy.path, error);
-  return error == 0;
+  if (error == 0) return std::move(copy.copied);
+  reason = told(copy.path.empty() ? from : from + "/" + copy.path, error);
+  return std::nullopt;
+}
+
+bool isAsCopied(const Copied& copied, const std::string& folder, const std::string& path) {
+  struct stat status {};
+  const bool isThere = lstat((folder + "/" + path).c_str(), &status) == 0;
+  const auto found = copied.find(path);
+  if (found == copied.end()) return !isThere;
+  return isThere && found->second == stampOf(status);
 }
 
 }  // namespace installer::privately

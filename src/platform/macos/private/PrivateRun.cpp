@@ -23,8 +23,14 @@ bool removeWorkFolder(const std::string& /*folder*/) {
   return true;
 }
 
-bool copyTree(const std::string& /*from*/, const std::string& /*to*/, std::string& reason) {
+std::optional<Copied> copyTree(const std::string& /*from*/, const std::string& /*to*/,
+                               std::string& reason) {
   reason = kLack;
+  return std::nullopt;
+}
+
+bool isAsCopied(const Copied& /*copied*/, const std::string& /*folder*/,
+                const std::string& /*path*/) {
   return false;
 }
 

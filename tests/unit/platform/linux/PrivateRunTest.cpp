@@ -31,7 +31,11 @@ using Kind = overlay::Change::Kind;
 
 class PrivateTest : public ::testing::Test {
  protected:
-  bool copy() { return copyTree(_folder.path("from"), _folder.path("to"), _reason); }
+  bool copy() {
+    auto copied = copyTree(_folder.path("from"), _folder.path("to"), _reason);
+    _copied = copied.value_or(Copied());
+    return copied.has_value();
+  }
   std::vector<std::string> differing() {
     std::vector<std::string> lines;
     const auto found = differences(_folder.path("from"), _folder.path("to"), _reason);
@@ -51,6 +55,7 @@ class PrivateTest : public ::testing::Test {
 
   const test::TemporaryFolder _folder;
   std::string _reason;
+  Copied _copied;
 };
 
 // --- Copies --------------------------------------------------------------------------------------
@@ -99,6 +104,25 @@ TEST_F(PrivateTest, ACopyBelongsToTheSameUsers) {
     EXPECT_EQ(1001u, statusOf(name).st_gid) << name;
   }
   EXPECT_EQ(04755u, statusOf("to/file").st_mode & 07777u);
+}
+
+TEST_F(PrivateTest, WhatHasChangedSinceTheCopyIsKnown) {
+  proves("REHEARSE-1");
+  for (const char* name : {"from/a/same", "from/a/mode", "from/a/content", "from/a/gone"})
+    _folder.makeFile(name, "x", 0600);
+  _folder.makeLink("from/link", "one");
+  ASSERT_TRUE(copy()) << _reason;
+  // The system's clock for files takes its steps.
+  const auto changed = [&] { return !isAsCopied(_copied, _folder.path("from"), "a/mode"); };
+  while (!changed()) ASSERT_EQ(0, chmod(_folder.path("from/a/mode").c_str(), 0640));
+  _folder.makeFile("from/a/content", "y");
+  ASSERT_EQ(0, unlink(_folder.path("from/a/gone").c_str()));
+  _folder.makeFile("from/a/new", "x");
+
+  std::vector<std::string> same;
+  for (const char* name : {"a/same", "a/mode", "a/content", "a/gone", "a/new", "link", "none"})
+    if (isAsCopied(_copied, _folder.path("from"), name)) same.emplace_back(name);
+  EXPECT_THAT(same, ElementsAre("a/same", "link", "none"));
 }
 
 TEST_F(PrivateTest, ACopyThatCannotBeMadeIsTold) {
