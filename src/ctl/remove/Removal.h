@@ -17,7 +17,7 @@ struct RemovalRequest {
   bool force = false;                  // although record and instance disagree
 };
 
-// What came of a removal. The values are the command's exit statuses, but for the second, which is
+// What came of a removal. The values are the command's exit statuses, but for the last, which is
 // told as the first.
 enum class RemovalOutcome {
   removed = 0,
