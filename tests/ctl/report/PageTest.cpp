@@ -244,6 +244,30 @@ TEST(ReportPageTest, TheRowsComeInBodiesOfAHundred) {
   EXPECT_THAT(std::string(kPageScript), HasSubstr("const together = 100;"));
 }
 
+TEST(ReportPageTest, TenThousandMachinesTakeAKilobyteEachAtMost) {
+  proves("REPORT-7");
+  std::vector<Told> all;
+  for (int i = 0; i < 10'000; ++i) {
+    ToldRun last = run(i % 10 == 0 ? "provisioning-failed" : "installed");
+    last.line = "The launcher answered 13.";
+    all.push_back(machine("host" + std::to_string(i) + ".example.test", std::move(last)));
+  }
+
+  EXPECT_LE(page(std::move(all)).size(), 10'000u * 1000u);
+}
+
+TEST(ReportPageTest, ItSaysInMarkupAndStyleWhatScreensAndReadersNeed) {
+  proves("REPORT-7");
+  const std::string text = page({machine("a", run("provisioning-failed"))});
+
+  EXPECT_THAT(text, AllOf(HasSubstr("<html lang=en>"), HasSubstr("<meta name=viewport "),
+                          HasSubstr("<meta name=color-scheme content=\"light dark\">"),
+                          HasSubstr("<th scope=row>a<"), HasSubstr("<details>")));
+  const std::string style(kPageStyle);
+  EXPECT_THAT(style, AllOf(HasSubstr("(prefers-color-scheme: dark)"), HasSubstr("@media print"),
+                           HasSubstr("(max-width: 600px)")));
+}
+
 TEST(ReportPageTest, TheKeyNamesEachStep) {
   std::string text;
   appendKey(text);
