@@ -253,7 +253,7 @@ void openAllToOwner(int above, const std::string& name, int depth) {
   struct stat status {};
   if (fstatat(above, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
   if (!S_ISDIR(status.st_mode) || depth > kMaximumDepth) return;
-  if ((status.st_mode & S_IRWXU) != S_IRWXU) (void)fchmodat(above, name.c_str(), S_IRWXU, 0);
+  if ((status.st_mode & S_IRWXU) != S_IRWXU) (void)!fchmodat(above, name.c_str(), S_IRWXU, 0);
   FolderReader reader(openFolder(above, name));
   while (const auto entry = reader.next()) openAllToOwner(reader.descriptor(), *entry, depth + 1);
 }
