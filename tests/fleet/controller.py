@@ -35,7 +35,7 @@ class Controller:
         groups = {"canaries": self._fleet.hosts[:2], "others": self._fleet.hosts[2:]}
         common = {"ansible_user": "root", "ansible_ssh_private_key_file": str(self._fleet.key),
                   "ansible_ssh_common_args": "-o StrictHostKeyChecking=no -o UserKnownHostsFile=/dev/null"
-                                             " -o ServerAliveInterval=1 -o ServerAliveCountMax=2",
+                                             " -o ServerAliveInterval=2 -o ServerAliveCountMax=5",
                   "ansible_python_interpreter": "/usr/bin/python3"}
         children = {name: {"hosts": {host.name: {"ansible_host": host.address} for host in hosts}}
                     for name, hosts in groups.items()}
