@@ -500,20 +500,20 @@ TEST_F(RehearseTest, WithoutRoomThereIsNone) {
 // Root makes folders there and opens one of them to all.
 TEST_F(RehearseTest, AWorkFolderThatSomebodyCouldExchangeIsRefused) {
   proves("REHEARSE-7");
-  _sandbox.makeFolder("/work/below");
-  _sandbox.setMode("/work", 0777);
-  _sandbox.makeLink("/way", "/work/below");
-  for (const char* folder : {"/work", "/work/below", "/way"}) {
+  _sandbox.makeFolder("/shelf/below");
+  _sandbox.setMode("/shelf", 0777);
+  _sandbox.makeLink("/way", "/shelf/below");
+  for (const char* folder : {"/shelf", "/shelf/below", "/way"}) {
     const RunResult result = rehearse({"--work", folder});
 
     EXPECT_EQ(2, result.status) << folder;
     EXPECT_EQ(
-        "hotfixctl: \"" + std::string(folder) + "\" cannot be trusted: others can write /work\n",
+        "hotfixctl: \"" + std::string(folder) + "\" cannot be trusted: others can write /shelf\n",
         result.err);
   }
-  EXPECT_THAT(_sandbox.list("/work"), ElementsAre("below"));
+  EXPECT_THAT(_sandbox.list("/shelf"), ElementsAre("below"));
 
-  _sandbox.setMode("/work", 01777);
+  _sandbox.setMode("/shelf", 01777);
   EXPECT_EQ(0, rehearse({"--work", "/way"}).status);
 }
 
