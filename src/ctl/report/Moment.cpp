@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 
 #include "ctl/install/KeptRuns.h"
@@ -74,22 +75,23 @@ std::optional<std::int64_t> momentOf(const Day& day, const TimeOfDay& time) {
   return moment.time_since_epoch().count();
 }
 
-// With no separator, for '\0', or with this one between the numbers.
+// Three numbers, of which the later ones have two digits, with the separator between them; '\0' for
+// none.
+std::array<int, 3> numbersIn(TimeText& text, std::size_t digits, char separator) {
+  std::array<int, 3> numbers{text.number(digits)};
+  for (std::size_t i = 1; i < numbers.size(); ++i) {
+    if (separator != '\0') text.separator(separator);
+    numbers[i] = text.number(2);
+  }
+  return numbers;
+}
 Day dayIn(TimeText& text, char separator) {
-  Day day{text.number(4), 0, 0};
-  if (separator != '\0') text.separator(separator);
-  day.month = text.number(2);
-  if (separator != '\0') text.separator(separator);
-  day.day = text.number(2);
-  return day;
+  const auto [year, month, day] = numbersIn(text, 4, separator);
+  return {year, month, day};
 }
 TimeOfDay timeIn(TimeText& text, char separator) {
-  TimeOfDay time{text.number(2), 0, 0};
-  if (separator != '\0') text.separator(separator);
-  time.minute = text.number(2);
-  if (separator != '\0') text.separator(separator);
-  time.second = text.number(2);
-  return time;
+  const auto [hour, minute, second] = numbersIn(text, 2, separator);
+  return {hour, minute, second};
 }
 
 }  // namespace
